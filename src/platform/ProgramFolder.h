@@ -1,0 +1,21 @@
+#pragma once
+
+#include <string>
+#include <string_view>
+
+namespace corvane {
+
+/// The folder that holds the program's files: firmware.inf, the Download folder, the profile file.
+class ProgramFolder {
+public:
+    virtual ~ProgramFolder() = default;
+
+    /// The folder itself, without a separator at its end, in the system's bytes.
+    virtual std::string path() const = 0;
+
+    /// "\Download\x.hex" below the folder: "\" and "/" both separate, and each part matches an existing entry without
+    /// regard to case (the exact one first). Parts that do not exist stay as they are given.
+    virtual std::string resolve(std::string_view given) const = 0;
+};
+
+}  // namespace corvane

@@ -1,0 +1,195 @@
+#include "platform/linux/LinuxRuntime.h"
+
+#include <sys/epoll.h>
+#include <sys/timerfd.h>
+#include <time.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <array>
+#include <cerrno>
+#include <cmath>
+#include <system_error>
+
+namespace corvane {
+namespace {
+
+constexpr std::int64_t kMicrosPerMs = 1000;
+constexpr int kLongestQuietWait = 10;    // ms that a wait for activity may stretch to
+constexpr int kMostHandlers = 1000;      // of one dispatch, so that it ends even if they keep posting
+constexpr int kIdleServicePeriod = 500;  // ms between two looks at a source that is not busy
+
+std::int64_t monotonicMicros() {
+    timespec now{};
+    clock_gettime(CLOCK_MONOTONIC, &now);
+    return now.tv_sec * 1000000LL + now.tv_nsec / 1000;
+}
+
+/// The time of day is taken once and then counted by the monotonic clock, so that neither a correction of the system's
+/// clock nor summer time cuts a time-out short.
+double secondsFromMonotonicToDay() {
+    timespec now{};
+    clock_gettime(CLOCK_REALTIME, &now);
+    tm local{};
+    localtime_r(&now.tv_sec, &local);
+    const double day = local.tm_hour * 3600 + local.tm_min * 60 + local.tm_sec + static_cast<double>(now.tv_nsec) / 1e9;
+    return day - static_cast<double>(monotonicMicros()) / 1e6;
+}
+
+int checked(int descriptor, const char* what) {
+    if (descriptor < 0) throw std::system_error(errno, std::generic_category(), what);
+    return descriptor;
+}
+
+}  // namespace
+
+LinuxRuntime::LinuxRuntime()
+    : epoll_(checked(epoll_create1(EPOLL_CLOEXEC), "epoll_create1")), dayOffset_(secondsFromMonotonicToDay()) {}
+
+LinuxRuntime::~LinuxRuntime() {
+    for (const auto& timer : timers_) ::close(timer.first);
+    ::close(epoll_);
+}
+
+void LinuxRuntime::watch(int descriptor, std::uint32_t events, Io io) {
+    auto& entry = watches_[descriptor];
+    const int operation = entry ? EPOLL_CTL_MOD : EPOLL_CTL_ADD;
+    entry = std::make_shared<Watch>(Watch{++generation_, std::move(io)});
+    epoll_event event{};
+    event.events = events;
+    event.data.u64 = static_cast<std::uint64_t>(generation_) << 32 | static_cast<std::uint32_t>(descriptor);
+    if (epoll_ctl(epoll_, operation, descriptor, &event) < 0) {
+        const int error = errno;
+        watches_.erase(descriptor);
+        throw std::system_error(error, std::generic_category(), "epoll_ctl");
+    }
+}
+
+void LinuxRuntime::unwatch(int descriptor) {
+    if (watches_.erase(descriptor)) epoll_ctl(epoll_, EPOLL_CTL_DEL, descriptor, nullptr);
+}
+
+std::uint32_t LinuxRuntime::tick() { return static_cast<std::uint32_t>(monotonicMicros() / kMicrosPerMs); }
+
+double LinuxRuntime::secondsOfDay() {
+    constexpr double kDay = 86400;
+    const double seconds = std::fmod(static_cast<double>(monotonicMicros()) / 1e6 + dayOffset_, kDay);
+    return seconds < 0 ? seconds + kDay : seconds;
+}
+
+/// Waits for I/O until the given moment, once. True when a descriptor had something.
+bool LinuxRuntime::moveIo(std::int64_t untilMicros) {
+    std::array<epoll_event, 16> events{};
+    const std::int64_t left = std::max<std::int64_t>(0, untilMicros - monotonicMicros());
+    const timespec timeout{left / 1000000, left % 1000000 * 1000};
+    const int count = epoll_pwait2(epoll_, events.data(), static_cast<int>(events.size()), &timeout, nullptr);
+    for (int i = 0; i < count; ++i) {
+        const std::uint64_t data = events[static_cast<std::size_t>(i)].data.u64;
+        const auto found = watches_.find(static_cast<int>(data & 0xFFFFFFFF));
+        if (found == watches_.end() || found->second->generation != data >> 32) continue;
+        const auto keep = found->second;  // the handler may stop its own watch
+        keep->io(events[static_cast<std::size_t>(i)].events);
+    }
+    return count > 0;
+}
+
+void LinuxRuntime::Sleep(int ms) {
+    const std::int64_t end = monotonicMicros() + ms * kMicrosPerMs;
+    while (monotonicMicros() < end) {
+        const bool busy = isAnySourceBusy();
+        moveIo(busy ? std::min(end, monotonicMicros() + kMicrosPerMs) : end);
+        if (busy) serviceSources();
+    }
+}
+
+void LinuxRuntime::WaitActivity(int ms) {
+    const std::int64_t end = monotonicMicros() + std::max(ms, kLongestQuietWait) * kMicrosPerMs;
+    while (monotonicMicros() < end) {
+        const bool busy = isAnySourceBusy();
+        const bool moved = moveIo(busy ? std::min(end, monotonicMicros() + kMicrosPerMs) : end);
+        const bool serviced = busy && serviceSources();
+        if (moved || serviced) return;
+    }
+}
+
+void LinuxRuntime::DoEvents() {
+    dispatch();
+    if (pump_) pump_();
+}
+
+void LinuxRuntime::dispatch() {
+    if (dispatching_) return;
+    struct Guard {
+        bool& flag;
+        explicit Guard(bool& f) : flag(f) { flag = true; }
+        ~Guard() { flag = false; }
+    } guard(dispatching_);
+    moveIo(0);
+    // An idle window is woken by descriptors alone, so what handlers post in turn must not be left lying here.
+    for (int round = 0; round < kMostHandlers && !posted_.empty(); ++round) {
+        const Posted next = std::move(posted_.front());
+        posted_.pop_front();
+        next.handler();
+    }
+    if (sources_.empty()) return;
+    serviceSources();
+    for (std::size_t i = 0; i < sources_.size(); ++i) sources_[i]->dispatch();
+}
+
+int LinuxRuntime::startTimer(int ms, std::function<void()> due) {
+    const int timer = checked(timerfd_create(CLOCK_MONOTONIC, TFD_NONBLOCK | TFD_CLOEXEC), "timerfd_create");
+    const timespec period{ms / 1000, ms % 1000 * 1000000L};
+    const itimerspec setting{period, period};
+    timerfd_settime(timer, 0, &setting, nullptr);
+    const auto handler = std::make_shared<std::function<void()>>(std::move(due));
+    timers_[timer] = handler;
+    watch(timer, EPOLLIN, [this, timer, handler](std::uint32_t) {
+        std::uint64_t expirations = 0;
+        if (::read(timer, &expirations, sizeof expirations) == sizeof expirations) {
+            post(handler.get(), [handler] { (*handler)(); });
+        }
+    });
+    return timer;
+}
+
+void LinuxRuntime::stopTimer(int timer) {
+    const auto found = timers_.find(timer);
+    if (found == timers_.end()) return;
+    forget(found->second.get());
+    unwatch(timer);
+    timers_.erase(found);
+    ::close(timer);
+}
+
+void LinuxRuntime::post(const void* owner, std::function<void()> handler) {
+    posted_.push_back({owner, std::move(handler)});
+}
+
+void LinuxRuntime::forget(const void* owner) {
+    std::erase_if(posted_, [owner](const Posted& posted) { return posted.owner == owner; });
+}
+
+void LinuxRuntime::add(PolledSource& source) {
+    if (sources_.empty()) sourceTimer_ = startTimer(kIdleServicePeriod, [] {});  // dispatch itself serves the sources
+    sources_.push_back(&source);
+}
+
+void LinuxRuntime::remove(PolledSource& source) {
+    std::erase(sources_, &source);
+    if (sources_.empty() && sourceTimer_ >= 0) {
+        stopTimer(sourceTimer_);
+        sourceTimer_ = -1;
+    }
+}
+
+bool LinuxRuntime::isAnySourceBusy() const {
+    return std::any_of(sources_.begin(), sources_.end(), [](PolledSource* source) { return source->isBusy(); });
+}
+
+bool LinuxRuntime::serviceSources() {
+    bool news = false;
+    for (auto* source : sources_) news = source->service() || news;
+    return news;
+}
+
+}  // namespace corvane

@@ -1,0 +1,74 @@
+#pragma once
+
+#include <deque>
+#include <functional>
+#include <memory>
+#include <unordered_map>
+#include <vector>
+
+#include "platform/Runtime.h"
+
+namespace corvane {
+
+/// The runtime over one epoll set. A foreign event loop (the window's) watches descriptor() and calls dispatch().
+class LinuxRuntime : public Runtime {
+public:
+    /// Called with the epoll events of a descriptor, inside waits too: it only moves data and posts handlers. It must
+    /// read what is there or stop watching, or waits would no longer wait.
+    using Io = std::function<void(std::uint32_t events)>;
+
+    LinuxRuntime();
+    ~LinuxRuntime() override;
+    LinuxRuntime(const LinuxRuntime&) = delete;
+    LinuxRuntime& operator=(const LinuxRuntime&) = delete;
+
+    /// Starts watching a descriptor, or changes what is watched. Stop before closing it.
+    void watch(int descriptor, std::uint32_t events, Io io);
+    void unwatch(int descriptor);
+
+    /// Readable while something is due.
+    int descriptor() const { return epoll_; }
+
+    /// Runs what is due, without the pump; does nothing when a handler calls it.
+    void dispatch();
+
+    std::uint32_t tick() override;
+    double secondsOfDay() override;
+    void Sleep(int ms) override;
+    void WaitActivity(int ms) override;
+    void DoEvents() override;
+    void setPump(std::function<void()> pump) override { pump_ = std::move(pump); }
+    int startTimer(int ms, std::function<void()> due) override;
+    void stopTimer(int timer) override;
+    void post(const void* owner, std::function<void()> handler) override;
+    void forget(const void* owner) override;
+    void add(PolledSource& source) override;
+    void remove(PolledSource& source) override;
+
+private:
+    struct Watch {
+        std::uint32_t generation = 0;
+        Io io;
+    };
+    struct Posted {
+        const void* owner;
+        std::function<void()> handler;
+    };
+
+    bool isAnySourceBusy() const;
+    bool serviceSources();
+    bool moveIo(std::int64_t untilMicros);
+
+    int epoll_;
+    std::uint32_t generation_ = 0;
+    std::unordered_map<int, std::shared_ptr<Watch>> watches_;
+    std::unordered_map<int, std::shared_ptr<std::function<void()>>> timers_;  // by their descriptor
+    std::deque<Posted> posted_;
+    std::vector<PolledSource*> sources_;
+    int sourceTimer_ = -1;
+    bool dispatching_ = false;
+    std::function<void()> pump_;
+    double dayOffset_ = 0;  // seconds from the monotonic clock to the time of day
+};
+
+}  // namespace corvane

@@ -1,0 +1,15 @@
+#pragma once
+
+#include <string>
+#include <string_view>
+
+namespace corvane {
+
+/// Devices and sites write Windows-1252; people and files of this system read UTF-8. The five codes that Windows-1252
+/// leaves open stand for the control characters of the same number, so that any bytes survive the way there and back.
+std::string toUtf8(std::string_view text1252);
+
+/// A character that Windows-1252 does not have becomes "?", and so does each byte that is not UTF-8.
+std::string fromUtf8(std::string_view utf8);
+
+}  // namespace corvane

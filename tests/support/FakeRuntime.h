@@ -1,0 +1,83 @@
+#pragma once
+
+#include <deque>
+#include <functional>
+#include <map>
+#include <optional>
+#include <vector>
+
+#include "platform/Runtime.h"
+
+namespace corvane::fakes {
+
+using Micros = std::int64_t;
+
+/// Something that moves bytes at known moments of virtual time.
+class TimedSource {
+public:
+    virtual ~TimedSource() = default;
+    virtual std::optional<Micros> nextAt() const = 0;
+    virtual void act(Micros now) = 0;
+};
+
+/// Virtual time: it stands still while code runs and moves only when the code waits. Fails the test when code spins
+/// without waiting, or waits longer than any run may take.
+class FakeRuntime : public Runtime {
+public:
+    Micros micros() const { return now_; }
+    std::int64_t ms() const { return now_ / 1000; }
+
+    /// Runs a handler (an operator's click, say) in the first DoEvents at or after that moment.
+    void at(std::int64_t ms, std::function<void()> handler);
+
+    /// Starts the tick counter, or the time of day, at another value.
+    void tickAtStart(std::uint32_t tick) { tickOffset_ = tick; }
+    void secondsOfDayAtStart(double seconds) { dayOffset_ = seconds; }
+
+    void attach(TimedSource& source) { timed_.push_back(&source); }
+    void detach(TimedSource& source) { std::erase(timed_, &source); }
+
+    int doEventsCalls() const { return doEventsCalls_; }
+
+    std::uint32_t tick() override { return static_cast<std::uint32_t>(now_ / 1000) + tickOffset_; }
+    double secondsOfDay() override;
+    void Sleep(int ms) override;
+    void WaitActivity(int ms) override;
+    void DoEvents() override;
+    void setPump(std::function<void()> pump) override { pump_ = std::move(pump); }
+    int startTimer(int ms, std::function<void()> due) override;
+    void stopTimer(int timer) override { timers_.erase(timer); }
+    void post(const void* owner, std::function<void()> handler) override { posted_.push_back({owner, std::move(handler)}); }
+    void forget(const void* owner) override;
+    void add(PolledSource& source) override { polled_.push_back(&source); }
+    void remove(PolledSource& source) override { std::erase(polled_, &source); }
+
+private:
+    struct Timer {
+        Micros period, due;
+        std::function<void()> handler;
+    };
+    struct Posted {
+        const void* owner;
+        std::function<void()> handler;
+    };
+
+    std::optional<Micros> nextNews() const;
+    bool advance(Micros until);
+
+    Micros now_ = 0;
+    std::uint32_t tickOffset_ = 1000;
+    double dayOffset_ = 36000;
+    int doEventsCalls_ = 0;
+    int callsWithoutWaiting_ = 0;
+    int lastTimer_ = 0;
+    bool dispatching_ = false;
+    std::multimap<Micros, std::function<void()>> planned_;
+    std::map<int, Timer> timers_;
+    std::deque<Posted> posted_;
+    std::vector<TimedSource*> timed_;
+    std::vector<PolledSource*> polled_;
+    std::function<void()> pump_;
+};
+
+}  // namespace corvane::fakes
