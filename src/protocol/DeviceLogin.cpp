@@ -1,0 +1,103 @@
+#include "protocol/DeviceLogin.h"
+
+#include <algorithm>
+
+namespace corvane {
+namespace {
+
+constexpr std::uint8_t kIdentify = 0x00, kVersion = 0x01, kPassword = 0x03;
+constexpr std::int32_t kPromptSilence = 100;  // ms
+constexpr std::size_t kPromptLength = 4;
+
+bool holdsPrompt(const std::string& text) {
+    for (const char* prompt : {"M51>", "AVR>", "ARM>"}) {
+        if (text.find(prompt) != std::string::npos) return true;
+    }
+    return false;
+}
+
+}  // namespace
+
+Bytes EncodePassword(const std::string& text) {
+    Bytes encoded = bytesOf(text);
+    for (std::size_t i = 0; i + 1 < encoded.size(); ++i) encoded[i] ^= encoded[i + 1];
+    return encoded;
+}
+
+bool DeviceLogin::Login(std::string& szPass) {
+    session_.loggedIn = false;
+    Variant reply = Bytes();
+    if (!query_.Query(kIdentify, reply, {}, 0, 5000)) return false;
+    const auto& data = std::get<Bytes>(reply);
+    if (data.size() <= 2) return false;
+    if (data[0] < 0xFF) return true;
+    while (!isPasswordAccepted(szPass)) {
+        szPass = prompt_.inputBox("Please type in password:", "Password", "quill");
+        if (szPass.empty()) return false;
+    }
+    session_.loggedIn = true;
+    return true;
+}
+
+bool DeviceLogin::isPasswordAccepted(const std::string& password) {
+    Variant nothing;
+    return query_.Query(kPassword, nothing, EncodePassword(password), 0, 3000);
+}
+
+bool DeviceLogin::GetVersion(std::string& szVersion) {
+    Variant reply = Bytes();
+    if (!query_.Query(kVersion, reply, {}, 0, 3000)) return false;
+    auto& data = std::get<Bytes>(reply);
+    if (!data.empty() && data.back() == 0) data.pop_back();
+    if (data.empty()) return false;
+    szVersion = textOf(data);
+    return true;
+}
+
+bool DeviceLogin::DetectPrompt() {
+    constexpr int kAttempts = 2;
+    auto& comm = *session_.comm;
+    if (!comm.PortOpen()) return false;
+    const auto mode = comm.InputMode();
+    comm.InputMode(0);
+    session_.discardInput();
+    clsTimeout whole(session_.runtime);
+    whole.Timeout(kLongestDrain);
+    std::string collected;
+    bool found = false;
+    for (int attempt = 0; attempt < kAttempts && !found && !session_.isAbandoned(); ++attempt) {
+        session_.runtime.Sleep(50);
+        found = session_.send(std::string("\r")) && waitForPrompt(collected, whole);
+    }
+    comm.InputMode(mode);
+    return found;
+}
+
+bool DeviceLogin::waitForPrompt(std::string& collected, clsTimeout& whole) {
+    clsTimeout silence(session_.runtime);
+    silence.Timeout(kPromptSilence);
+    while (!silence.IsTimeout() && !whole.IsTimeout() && !session_.isAbandoned()) {
+        if (session_.comm->InBufferCount() >= 1) {
+            collected += textOf(session_.comm->CommInput());
+            if (holdsPrompt(collected)) return true;
+            collected.erase(0, collected.size() - std::min(collected.size(), kPromptLength - 1));
+            silence.Reset();
+        } else if (!session_.comm->PortOpen()) {
+            return false;
+        }
+        session_.runtime.WaitActivity(1);
+        session_.runtime.DoEvents();
+    }
+    return false;
+}
+
+void DeviceLogin::Delay(std::int32_t lDelayTime) {
+    clsTimeout time(session_.runtime);
+    time.Timeout(lDelayTime);
+    while (!time.IsTimeout()) {
+        session_.runtime.WaitActivity(1);
+        session_.runtime.DoEvents();
+    }
+}
+
+}  // namespace corvane

@@ -1,0 +1,44 @@
+#include "protocol/DeviceQuery.h"
+
+#include "protocol/Frame.h"
+
+namespace corvane {
+
+bool DeviceQuery::Query(std::uint8_t bFunction, Variant& vReplay, const Variant& vParam, std::uint8_t bMachine,
+                        std::int32_t dwTimeout) {
+    const BusyScope busy(session_);
+    resetReply(vReplay);
+    const auto frame = requestFrame(bMachine, bFunction, vParam);
+    session_.stop = false;
+    if (!frame || !session_.comm->PortOpen()) return false;
+    return exchange(*frame, dwTimeout, vReplay);
+}
+
+bool DeviceQuery::Query(std::uint8_t bFunction, std::int32_t dwTimeout) {
+    Variant nothing;
+    return Query(bFunction, nothing, {}, 0, dwTimeout);
+}
+
+bool DeviceQuery::exchange(const Bytes& frame, std::int32_t timeout, Variant& reply) {
+    clsTimeout silence(session_.runtime);
+    clsTimeout whole(session_.runtime);
+    silence.Timeout(timeout);
+    whole.Timeout(timeout + kLongestReplyOverrun);
+    if (session_.cancel || !session_.send(frame)) return false;
+    ReplyFrame received;
+    while (!received.isComplete()) {
+        if (silence.IsTimeout() || whole.IsTimeout() || session_.isAbandoned()) return false;
+        session_.runtime.WaitActivity(1);
+        session_.runtime.DoEvents();
+        if (session_.comm->InBufferCount() < 1) {
+            if (!session_.comm->PortOpen()) return false;
+            continue;
+        }
+        if (!received.take(bytesOf(session_.comm->CommInput()))) silence.Reset();
+    }
+    if (!received.isCrcRight()) return false;
+    convertReply(received.data(), reply);
+    return received.isAccepted();
+}
+
+}  // namespace corvane

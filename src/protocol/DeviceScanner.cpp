@@ -1,0 +1,161 @@
+#include "protocol/DeviceScanner.h"
+
+#include <algorithm>
+
+#include "text/Number.h"
+
+namespace corvane {
+namespace {
+
+constexpr std::array<const char*, 5> kSettings = {"19200,N,8,1", "115200,N,8,1", "38400,N,8,1", "57600,N,8,1",
+                                                  "9600,N,8,1"};
+constexpr double kTarnBaudRate = 9600;
+constexpr std::uint8_t kLine = 13;
+
+}  // namespace
+
+DeviceScanner::DeviceScanner(DeviceSession& session, clsIMScomm& serialPort, clsIMScomm& hidPort,
+                             PasswordPrompt& prompt, PortPanel& panel)
+    : session_(session), ports_{&serialPort, &hidPort}, login_(session, prompt), lines_(session), panel_(panel) {}
+
+std::vector<std::string> DeviceScanner::portNames() {
+    std::vector<std::string> names;
+    for (auto* port : ports_) {
+        const auto count = port->NumberOfCommPorts();
+        for (std::int32_t i = 0; i < count; ++i) names.push_back(port->EnumCommPort(i));
+    }
+    return names;
+}
+
+/// All ports, starting at the remembered one. Without one that matches, the order begins with an empty entry.
+std::vector<std::string> DeviceScanner::scanOrder() {
+    auto names = portNames();
+    if (!onlyPort_.empty()) std::erase_if(names, [this](const auto& name) { return name != onlyPort_; });
+    const auto start = std::find_if(names.begin(), names.end(), [this](const std::string& name) {
+        return !name.empty() && session_.rememberedPort.find(name) != std::string::npos;
+    });
+    if (start == names.end()) {
+        names.insert(names.begin(), std::string());
+    } else {
+        std::rotate(names.begin(), start, names.end());
+    }
+    return names;
+}
+
+std::string DeviceScanner::DeviceScan(bool& bInISP, bool bAcceptISP) {
+    session_.manualPort = false;
+    order_ = scanOrder();
+    nextSetting_.assign(order_.size(), 0);
+    panel_.showPorts(order_);
+    const int count = static_cast<int>(order_.size());
+    int current = -1;
+    std::string version;
+    for (int step = 0; step < count; ++step) {
+        current = (current + 1) % count;
+        panel_.enablePort(current, false);
+        const auto& name = order_[static_cast<std::size_t>(current)];
+        if (name.empty() || !selectPortObject(name) || !openPort(name)) continue;
+        if (tryPort(current, bInISP, bAcceptISP, version) || session_.cancel) break;
+        session_.comm->PortOpen(false);
+        if (session_.manualPort) {
+            panel_.enablePort(current, true);
+            session_.manualPort = false;
+            current = std::clamp<int>(session_.manualPortIndex, 0, count - 1) - 1;
+            --step;
+        }
+    }
+    panel_.hidePorts();
+    return version;
+}
+
+/// Makes the object that drives a port of this name the current one; the present one is asked first.
+bool DeviceScanner::selectPortObject(const std::string& name) {
+    if (session_.comm->IsMyCommPort(name)) return true;
+    auto* other = session_.comm == ports_[0] ? ports_[1] : ports_[0];
+    if (!other->IsMyCommPort(name)) return false;
+    session_.comm = other;
+    return true;
+}
+
+bool DeviceScanner::openPort(const std::string& name) {
+    session_.log.ShowInfo("Open " + name + " ...");
+    session_.comm->CommPort(name);
+    session_.comm->PortOpen(true);
+    session_.runtime.Sleep(50);
+    const bool open = session_.comm->PortOpen();
+    session_.log.ShowInfo(open ? " < OK\r\n" : " < NG\r\n");
+    if (!open) panel_.portRefused(name);
+    return open;
+}
+
+/// Goes through the settings that this port has not seen yet; True when a device answered.
+bool DeviceScanner::tryPort(int index, bool& bInISP, bool bAcceptISP, std::string& version) {
+    auto& next = nextSetting_[static_cast<std::size_t>(index)];
+    while (next < kSettings.size()) {
+        const std::string settings = kSettings[next++];
+        panel_.trying(order_[static_cast<std::size_t>(index)], settings);
+        const auto outcome = trySettings(settings, bInISP, bAcceptISP, version);
+        if (outcome == Outcome::inBootLoader) return false;
+        if (outcome == Outcome::bootLoaderAccepted) return true;
+        if (outcome == Outcome::found) {
+            session_.rememberedPort = order_[(static_cast<std::size_t>(index) + 1) % order_.size()];
+            return true;
+        }
+        if (session_.cancel || session_.manualPort) return false;
+    }
+    return false;
+}
+
+DeviceScanner::Outcome DeviceScanner::trySettings(const std::string& settings, bool& bInISP, bool bAcceptISP,
+                                                  std::string& version) {
+    session_.log.ShowInfo("   Scan by " + settings);
+    applySettings(settings);
+    session_.runtime.Sleep(50);
+    bInISP = login_.DetectPrompt();
+    if (bInISP && bAcceptISP) {
+        version = "Unknown Device";
+        return Outcome::bootLoaderAccepted;
+    }
+    if (bInISP) {
+        session_.log.ShowInfo(", In ISP Mode!!\r\n");
+        return Outcome::inBootLoader;
+    }
+    lines_.wait_comm_empty();
+    if (login_.GetVersion(version)) {
+        session_.protocolName = "TarnPlus";
+        return Outcome::found;
+    }
+    const bool isTarn = leadingNumber(settings) == kTarnBaudRate && probeTarn(version);
+    // Written even when a Tarn device has just been found: people know this log by heart.
+    session_.log.ShowInfo(", No Device!!\r\n");
+    return isTarn ? Outcome::found : Outcome::nothing;
+}
+
+void DeviceScanner::applySettings(const std::string& settings) {
+    try {
+        session_.comm->Settings(settings);
+        session_.comm->RTSEnable(true);
+        session_.comm->DTREnable(true);
+    } catch (const RuntimeError&) {
+        // The port was lost: nothing will answer, and the scan moves on.
+    }
+}
+
+/// Asks in the older text protocol.
+bool DeviceScanner::probeTarn(std::string& version) {
+    lines_.wait_comm_empty();
+    if (!session_.send(std::string("\x02"
+                                   "D00\r")) ||
+        lines_.wait_comm(0.5) != kLine)
+        return false;
+    if (!session_.send(std::string("\x02"
+                                   "F\r")) ||
+        lines_.wait_comm(0.3) != kLine)
+        return false;
+    if (session_.receivedLine.front() != 'A') return false;
+    session_.protocolName = "Tarn";
+    version = session_.receivedLine.substr(1);
+    return true;
+}
+
+}  // namespace corvane

@@ -1,0 +1,53 @@
+#pragma once
+
+#include <array>
+#include <string>
+#include <vector>
+
+#include "protocol/DeviceLogin.h"
+#include "protocol/LineReader.h"
+#include "protocol/PortPanel.h"
+
+namespace corvane {
+
+/// Finds the one port, among all serial and all HID ports, on which a device answers, and the line settings at which it
+/// does. Owns neither the ports nor the panel.
+class DeviceScanner {
+public:
+    DeviceScanner(DeviceSession& session, clsIMScomm& serialPort, clsIMScomm& hidPort, PasswordPrompt& prompt,
+                  PortPanel& panel);
+
+    /// The version text of the device that answered, whose port is the current one and stays open. "Unknown Device" for
+    /// a boot loader, which is taken only with bAcceptISP; empty when none was found. bInISP receives the result of the
+    /// last prompt detection.
+    std::string DeviceScan(bool& bInISP, bool bAcceptISP);
+
+    /// Leaves every port but this one out of the scans; empty for all of them.
+    void onlyPort(const std::string& name) { onlyPort_ = name; }
+
+    /// The names of all ports as a scan would find them, serial ports first.
+    std::vector<std::string> portNames();
+
+private:
+    enum class Outcome { nothing, inBootLoader, bootLoaderAccepted, found };
+
+    std::vector<std::string> scanOrder();
+    bool selectPortObject(const std::string& name);
+    bool openPort(const std::string& name);
+    bool tryPort(int index, bool& bInISP, bool bAcceptISP, std::string& version);
+    Outcome trySettings(const std::string& settings, bool& bInISP, bool bAcceptISP, std::string& version);
+    void applySettings(const std::string& settings);
+    bool probeTarn(std::string& version);
+    void rememberPortAfter(int index);
+
+    DeviceSession& session_;
+    std::array<clsIMScomm*, 2> ports_;
+    DeviceLogin login_;
+    LineReader lines_;
+    PortPanel& panel_;
+    std::string onlyPort_;
+    std::vector<std::string> order_;
+    std::vector<std::size_t> nextSetting_;  // by the order's index; a port that is returned to goes on there
+};
+
+}  // namespace corvane

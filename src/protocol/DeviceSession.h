@@ -1,0 +1,77 @@
+#pragma once
+
+#include <cstdint>
+#include <limits>
+#include <string>
+
+#include "platform/Runtime.h"
+#include "platform/clsTimeout.h"
+#include "ports/clsIMScomm.h"
+#include "protocol/Log.h"
+#include "text/RuntimeError.h"
+
+namespace corvane {
+
+/// What the operations of one dialogue with a device share. It owns none of what it refers to; the port is never null.
+struct DeviceSession {
+    DeviceSession(Runtime& theRuntime, Log& theLog, clsIMScomm& port) : runtime(theRuntime), log(theLog), comm(&port) {}
+
+    Runtime& runtime;
+    Log& log;
+    clsIMScomm* comm;  ///< the current port, whichever kind it is
+
+    std::string protocolName;       ///< "TarnPlus" or "Tarn", set by the scan
+    std::int32_t ispBaudRate = -1;  ///< the boot loader's rate; 0 keeps the settings, -1 tries 115200 too
+    std::string receivedLine;       ///< what wait_comm collected
+    std::string rememberedPort;     ///< where the next scan starts
+    bool loggedIn = false;          ///< the device has accepted a password
+    std::int16_t busyDepth = 0;     ///< runs and queries in progress
+
+    bool stop = false;        ///< abandons the query at hand
+    bool cancel = false;      ///< ends the scan and every wait
+    bool manualPort = false;  ///< a port button was clicked
+    std::int16_t manualPortIndex = 0;
+
+    bool isAbandoned() const { return stop || cancel; }
+
+    /// Sends to the current port. False when the port is lost, which every operation but programming takes for silence.
+    bool send(const Variant& data) const {
+        try {
+            comm->CommOutput(data);
+            return true;
+        } catch (const RuntimeError&) {
+            return false;
+        }
+    }
+
+    /// Drops what has come in and was not read.
+    void discardInput() const {
+        try {
+            comm->InBufferCount(0);
+        } catch (const RuntimeError&) {
+            // A lost port holds nothing.
+        }
+    }
+};
+
+/// Counts an operation as busy for as long as it runs.
+class BusyScope {
+public:
+    explicit BusyScope(DeviceSession& session) : session_(session) {
+        if (session.busyDepth == std::numeric_limits<std::int16_t>::max()) throw RuntimeError::overflow();
+        ++session.busyDepth;
+    }
+    ~BusyScope() { --session_.busyDepth; }
+    BusyScope(const BusyScope&) = delete;
+    BusyScope& operator=(const BusyScope&) = delete;
+
+private:
+    DeviceSession& session_;
+};
+
+/// A device that never stops talking ends no wait by silence: these end them all the same.
+constexpr std::int32_t kLongestDrain = 3000;         ///< ms, prompt detection and draining
+constexpr std::int32_t kLongestReplyOverrun = 5000;  ///< ms beyond a query's own time-out
+constexpr int kLongestLine = 4096;                   ///< bytes that one text reply may have
+
+}  // namespace corvane

@@ -1,0 +1,98 @@
+#include "protocol/HexProgrammer.h"
+
+#include <algorithm>
+
+#include "text/Number.h"
+#include "text/Text.h"
+
+namespace corvane {
+namespace {
+
+constexpr std::uint8_t kAck = 6;
+constexpr std::uint32_t kData = 0, kEnd = 1, kUpperAddress = 4, kOwnStart = 9;
+
+/// A field of hexadecimal digits in a record's text, counted from 0. The device checks the rest of the record.
+std::uint32_t field(std::string_view line, std::size_t at, std::size_t digits) {
+    const auto value = at < line.size() ? hexNumber(line.substr(at, digits)) : std::nullopt;
+    if (!value) throw RuntimeError::typeMismatch();
+    return *value;
+}
+
+}  // namespace
+
+bool HexProgrammer::ProgramHex(const std::string& code, bool bShowCode) {
+    constexpr int kTries = 3;
+    for (int i = 0; i < kTries; ++i) {
+        if (bShowCode) session_.log.ShowInfo(code);
+        if (i == 1) ++repeated_;
+        session_.comm->CommOutput(code + "\r");
+        const bool taken = lines_.wait_comm(0.5) == kAck;
+        if (bShowCode) session_.log.ShowInfo(taken ? " < OK\r\n" : " < NG\r\n");
+        if (taken) return true;
+    }
+    return false;
+}
+
+bool HexProgrammer::ISP_Program(const std::string& HexFile) {
+    session_.log.ShowInfo("Programming...");
+    bool sent = false;
+    std::string reason;
+    try {
+        sent = sendImage(readFile(HexFile));
+    } catch (const RuntimeError& error) {
+        reason = "(" + error.description() + ")";
+    }
+    session_.log.ShowInfo(sent ? " < OK\r\n" : " < NG" + reason + "\r\n");
+    progress_.progress(0, 0);
+    return sent;
+}
+
+bool HexProgrammer::sendImage(const std::string& image) {
+    const auto size = static_cast<std::int64_t>(image.size());
+    progress_.progress(0, size);
+    std::uint32_t upper = 0;
+    std::int64_t consumed = 0;
+    Held held;
+    std::string_view line;
+    for (Lines lines(image); lines.next(line);) {
+        if (line.empty() || line.front() != ':') {
+            session_.runtime.DoEvents();
+            continue;
+        }
+        if (!takeRecord(std::string(line), upper, held)) return false;
+        consumed = std::min(consumed + static_cast<std::int64_t>(line.size()) + 2, size);
+        progress_.progress(consumed, size);
+        session_.runtime.DoEvents();
+        session_.runtime.DoEvents();
+    }
+    return sendHeld(held.first) && sendHeld(held.end);
+}
+
+/// Holds a record back or sends it.
+bool HexProgrammer::takeRecord(const std::string& line, std::uint32_t& upper, Held& held) {
+    field(line, 1, 2);
+    const auto address = field(line, 3, 4);
+    const auto type = field(line, 7, 2);
+    if (upper == 0 && address == 0 && (type == kData || type == kOwnStart)) {
+        held.first = line;
+        return true;
+    }
+    if (type == kEnd) {
+        held.end = line;
+        return true;
+    }
+    if (type == kUpperAddress) {
+        if (!sendHeld(held.first)) return false;
+        upper = field(line, 9, 4);
+    }
+    return ProgramHex(line, false);
+}
+
+bool HexProgrammer::sendHeld(std::string& record) {
+    if (record.empty()) return true;
+    const bool sent = ProgramHex(record, false);
+    if (sent) record.clear();
+    return sent;
+}
+
+}  // namespace corvane

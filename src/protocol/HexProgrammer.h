@@ -1,0 +1,46 @@
+#pragma once
+
+#include <string>
+#include <string_view>
+
+#include "protocol/LineReader.h"
+#include "protocol/Progress.h"
+
+namespace corvane {
+
+/// Sends an Intel HEX image to a boot loader, a record at a time, each acknowledged. The record at address 0 of the
+/// first 64 KiB goes after the others of that segment, the end record last of all: a device that loses its power half
+/// way then has no valid start and stays in its boot loader.
+class HexProgrammer {
+public:
+    HexProgrammer(DeviceSession& session, Progress& progress)
+        : session_(session), lines_(session), progress_(progress) {}
+
+    /// Programs the image file. False when a record failed three times or a runtime error occurred, whose description
+    /// the log shows; nothing is sent after that.
+    bool ISP_Program(const std::string& HexFile);
+
+    /// Sends one record with up to three tries, logging them with bShowCode. Passes the port's errors on.
+    bool ProgramHex(const std::string& code, bool bShowCode);
+
+    /// Records that had to be sent more than once, since the last call of forgetRepeats.
+    int repeatedRecords() const { return repeated_; }
+    void forgetRepeats() { repeated_ = 0; }
+
+private:
+    struct Held {
+        std::string first;  ///< the record at address 0; empty when none is held
+        std::string end;
+    };
+
+    bool sendImage(const std::string& image);
+    bool takeRecord(const std::string& line, std::uint32_t& upper, Held& held);
+    bool sendHeld(std::string& record);
+
+    DeviceSession& session_;
+    LineReader lines_;
+    Progress& progress_;
+    int repeated_ = 0;
+};
+
+}  // namespace corvane

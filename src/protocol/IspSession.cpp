@@ -1,0 +1,84 @@
+#include "protocol/IspSession.h"
+
+namespace corvane {
+namespace {
+
+constexpr std::uint8_t kEnterIsp = 0x1F;
+constexpr std::uint8_t kLoginFirst = 228;  // a refusal's reason
+constexpr std::uint8_t kAck = 6, kLine = 13;
+constexpr double kEraseTime = 10;  // s of silence that an erase may take
+
+// One letter for two things: an application understands "enter the boot loader", a boot loader "erase".
+const std::string kLetterX = "\x02X\r";
+const std::string kRestart = "\x02R\r";
+
+}  // namespace
+
+bool IspSession::GoToISP() {
+    const bool isTarn = session_.protocolName == "Tarn";
+    session_.log.ShowInfo(isTarn ? "GoTo ISP Mode (Tarn Protocol)..." : "GoTo ISP Mode (TarnPlus Protocol)...");
+    if (!(isTarn ? switchTarn() : switchTarnPlus())) {
+        session_.log.ShowInfo(" < NG\r\n");
+        return false;
+    }
+    login_.Delay(1000);
+    session_.discardInput();
+    const bool seen = findPrompt();
+    session_.log.ShowInfo(" < OK\r\n");
+    return seen;
+}
+
+bool IspSession::switchTarnPlus() {
+    constexpr std::int32_t kTimeout = 5000;
+    Variant reply = std::uint8_t{0};
+    if (query_.Query(kEnterIsp, reply, {}, 0, kTimeout)) return true;
+    if (std::get<std::uint8_t>(reply) != kLoginFirst) return false;
+    std::string password = "quill";
+    return login_.Login(password) && query_.Query(kEnterIsp, reply, {}, 0, kTimeout);
+}
+
+bool IspSession::switchTarn() {
+    return session_.send(kLetterX) && lines_.wait_comm(0.5) == kLine && session_.receivedLine.front() == 'A';
+}
+
+/// Looks for the prompt at the boot loader's rate; when no rate is known, at the present one and then at 115200.
+bool IspSession::findPrompt() {
+    // Without a comma behind the rate: every kind of port reads the field's leading number.
+    if (session_.ispBaudRate > 0) setPortSettings(std::to_string(session_.ispBaudRate) + "N,8,1");
+    if (login_.DetectPrompt()) return true;
+    if (session_.ispBaudRate != -1) return false;
+    const auto before = session_.comm->Settings();
+    setPortSettings("115200,N,8,1");
+    if (login_.DetectPrompt()) return true;
+    setPortSettings(before);
+    return false;
+}
+
+void IspSession::setPortSettings(const std::string& settings) {
+    try {
+        session_.comm->Settings(settings);
+    } catch (const RuntimeError&) {
+        // The port was lost; no prompt will be seen on it.
+    }
+}
+
+bool IspSession::ISP_Erase() {
+    session_.log.ShowInfo("Erase Firmware...");
+    const bool erased = session_.send(kLetterX) && lines_.wait_comm(kEraseTime) == kAck;
+    session_.log.ShowInfo(erased ? " < OK\r\n" : " < NG\r\n");
+    return erased;
+}
+
+void IspSession::ISP_Reset() {
+    session_.log.ShowInfo("Update Finish\r\n");
+    session_.send(kRestart);
+}
+
+void IspSession::wait_output_empty(std::int32_t limit) {
+    for (std::int32_t waited = 1; waited <= limit; waited += 50) {
+        session_.runtime.Sleep(50);
+        if (session_.comm->PortOpen() && session_.comm->OutBufferCount() == 0) return;
+    }
+}
+
+}  // namespace corvane

@@ -1,0 +1,38 @@
+#pragma once
+
+#include "protocol/DeviceLogin.h"
+#include "protocol/LineReader.h"
+
+namespace corvane {
+
+/// The way into the boot loader, its erase and its restart. Each step logs its text and its " < OK" or " < NG".
+class IspSession {
+public:
+    IspSession(DeviceSession& session, PasswordPrompt& prompt)
+        : session_(session), query_(session), login_(session, prompt), lines_(session) {}
+
+    /// Switches the device into its boot loader at the session's ispBaudRate; True when its prompt was seen then.
+    bool GoToISP();
+
+    /// True when the device acknowledged that its flash is erased.
+    bool ISP_Erase();
+
+    /// Restarts the device into its application; nothing is awaited.
+    void ISP_Reset();
+
+    /// Waits in steps of 50 ms, up to the limit in ms, until the open port has sent everything.
+    void wait_output_empty(std::int32_t limit);
+
+private:
+    bool switchTarnPlus();
+    bool switchTarn();
+    bool findPrompt();
+    void setPortSettings(const std::string& settings);
+
+    DeviceSession& session_;
+    DeviceQuery query_;
+    DeviceLogin login_;
+    LineReader lines_;
+};
+
+}  // namespace corvane
