@@ -25,9 +25,10 @@ public:
 
 /// Event codes of a serial control that this program acts on or raises.
 enum CommEventCode : std::int32_t {
-    kSendEvent = 1,       ///< fewer than SThreshold bytes are left to send
-    kReceiveEvent = 2,    ///< RThreshold bytes have come in
-    kCtsEvent = 3,        ///< clear-to-send changed
+    kSendEvent = 1,     ///< fewer than SThreshold bytes are left to send
+    kReceiveEvent = 2,  ///< RThreshold bytes have come in
+    kCtsEvent = 3,      ///< clear-to-send changed
+    kEofEvent = 7,      ///< the end-of-file character 0x1A has come in
     kFramingError = 1004,
     kReceiveOverflow = 1008,
     kSendFull = 1010,
@@ -54,7 +55,8 @@ struct OpenFailure {
 
 /// The serial-port control: a port's properties over the system's device. A read returns the property, a write with the
 /// same name sets it. Everything may throw PortError unless it says otherwise. On a port that was lost (unplugged)
-/// PortOpen turns False at once, Input gives nothing, the counts are 0, and Output throws.
+/// PortOpen turns False at once, Input gives nothing, the counts are 0, and Output throws, until it is opened or
+/// closed. On a closed port the counts are 0, discarding does nothing, Input, Output and Break throw.
 class SerialControl {
 public:
     virtual ~SerialControl() = default;
@@ -66,16 +68,19 @@ public:
     virtual std::int16_t CommPort() const = 0;
     virtual void CommPort(std::int16_t number) = 0;
 
-    /// Opening takes the port for this program alone and applies Settings, RTSEnable, DTREnable and HandShaking.
+    /// Opening takes the port for this program alone and applies Settings, RTSEnable, DTREnable and HandShaking. Both
+    /// opening an open port and closing a closed one throw; closing drops what is not on the line yet.
     virtual bool PortOpen() = 0;
     virtual void PortOpen(bool open) = 0;
     virtual OpenFailure openFailure() const = 0;
 
-    /// "rate,parity,data bits,stop bits"; on an open port a write applies it to the line.
+    /// "rate,parity,data bits,stop bits" as it was last written here, whatever SetCommState has done since; a write to
+    /// an open port applies it to the line. What is no such text, or more than the line can do, throws and changes
+    /// nothing.
     virtual std::string Settings() const = 0;
     virtual void Settings(const std::string& settings) = 0;
 
-    /// The open port's handle for the two calls below.
+    /// The open port's handle for the two calls below; -1 when it is closed.
     virtual std::int32_t CommID() = 0;
 
     /// The line as it is. SetCommState changes these four and nothing else, and is False when the line cannot do them.

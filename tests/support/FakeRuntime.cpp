@@ -9,10 +9,13 @@ namespace {
 
 constexpr Micros kLongestRun = 24LL * 3600 * 1000000;
 constexpr int kMostCallsWithoutWaiting = 100000;
+constexpr int kMostNewsInOneMoment = 1000;
 
 }  // namespace
 
-void FakeRuntime::at(std::int64_t ms, std::function<void()> handler) { planned_.emplace(ms * 1000, std::move(handler)); }
+void FakeRuntime::at(std::int64_t ms, std::function<void()> handler) {
+    planned_.emplace(ms * 1000, std::move(handler));
+}
 
 double FakeRuntime::secondsOfDay() { return std::fmod(dayOffset_ + static_cast<double>(now_) / 1e6, 86400); }
 
@@ -27,36 +30,43 @@ std::optional<Micros> FakeRuntime::nextNews() const {
     return next;
 }
 
-/// Moves to the next news or to the given moment, whichever comes first; true when news have come.
-bool FakeRuntime::advance(Micros until) {
-    callsWithoutWaiting_ = 0;
-    const bool busy = std::any_of(polled_.begin(), polled_.end(), [](auto* source) { return source->isBusy(); });
-    const auto next = nextNews();
-    Micros to = next ? std::clamp(*next, now_, until) : until;
-    if (busy) to = std::min(to, now_ + 1000);
-    // A handler that is due but waits for DoEvents is no news twice, and time must not stand still because of it.
-    if (to == now_ && now_ < until) to = std::min(until, now_ + 1000);
-    now_ = to;
-    if (now_ > kLongestRun) throw std::runtime_error("the code under test waited for more than a day");
+/// Lets act what is due by now; true when something new has come in.
+bool FakeRuntime::moveIo() {
     bool news = false;
-    for (auto* source : timed_) {
+    for (std::size_t i = 0; i < timed_.size(); ++i) {
+        auto* source = timed_[i];
         const auto moment = source->nextAt();
-        if (moment && *moment <= now_) {
-            source->act(now_);
-            news = true;
-        }
+        if (!moment || *moment > now_) continue;
+        source->act(now_);
+        news = source->hasNews() || news;
     }
     for (auto& [id, timer] : timers_) {
         if (timer.due > now_) continue;
         while (timer.due <= now_) timer.due += timer.period;
-        posted_.push_back({&timer, timer.handler});
+        post(&timer, timer.handler);
         news = true;
     }
     while (!planned_.empty() && planned_.begin()->first <= now_) {
-        posted_.push_back({this, std::move(planned_.begin()->second)});
+        post(this, std::move(planned_.begin()->second));
         planned_.erase(planned_.begin());
         news = true;
     }
+    return news;
+}
+
+/// Moves to the next news or to the given moment, whichever comes first; true when news have come.
+bool FakeRuntime::advance(Micros until) {
+    callsWithoutWaiting_ = 0;
+    // A source that is due for ever must not make time stand still.
+    if (moveIo() && ++newsInOneMoment_ < kMostNewsInOneMoment) return true;
+    newsInOneMoment_ = 0;
+    const bool busy = std::any_of(polled_.begin(), polled_.end(), [](auto* source) { return source->isBusy(); });
+    const auto next = nextNews();
+    const Micros step = std::min(until, now_ + 1000);
+    const Micros to = std::min(next && *next > now_ ? *next : next ? step : until, busy ? step : until);
+    now_ = to;
+    if (now_ > kLongestRun) throw std::runtime_error("the code under test waited for more than a day");
+    bool news = moveIo();
     if (busy) {
         for (auto* source : polled_) news = source->service() || news;
     }
@@ -76,25 +86,37 @@ void FakeRuntime::WaitActivity(int ms) {
 void FakeRuntime::DoEvents() {
     ++doEventsCalls_;
     if (++callsWithoutWaiting_ > kMostCallsWithoutWaiting) throw std::runtime_error("the code under test spins");
-    if (!dispatching_) {
-        dispatching_ = true;
-        for (int round = 0; round < 1000 && !posted_.empty(); ++round) {
-            const auto next = std::move(posted_.front());
-            posted_.pop_front();
-            next.handler();
-        }
-        for (std::size_t i = 0; i < polled_.size(); ++i) {
-            polled_[i]->service();
-            polled_[i]->dispatch();
-        }
-        dispatching_ = false;
-    }
+    dispatch();
     if (pump_) pump_();
+}
+
+void FakeRuntime::dispatch() {
+    if (dispatching_) return;
+    struct Guard {
+        bool& flag;
+        explicit Guard(bool& f) : flag(f) { flag = true; }
+        ~Guard() { flag = false; }
+    } guard(dispatching_);
+    moveIo();
+    for (int round = 0; round < 1000 && !posted_.empty(); ++round) {
+        const auto next = std::move(posted_.front());
+        posted_.pop_front();
+        next.handler();
+    }
+    for (auto* source : polled_) source->service();
+    for (std::size_t i = 0; i < polled_.size(); ++i) polled_[i]->dispatch();
 }
 
 int FakeRuntime::startTimer(int ms, std::function<void()> due) {
     timers_[++lastTimer_] = {ms * 1000LL, now_ + ms * 1000LL, std::move(due)};
     return lastTimer_;
+}
+
+void FakeRuntime::stopTimer(int timer) {
+    const auto found = timers_.find(timer);
+    if (found == timers_.end()) return;
+    forget(&found->second);
+    timers_.erase(found);
 }
 
 void FakeRuntime::forget(const void* owner) {

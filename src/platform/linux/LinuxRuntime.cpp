@@ -1,15 +1,14 @@
 #include "platform/linux/LinuxRuntime.h"
 
-#include <sys/epoll.h>
-#include <sys/timerfd.h>
-#include <time.h>
-#include <unistd.h>
-
 #include <algorithm>
 #include <array>
 #include <cerrno>
 #include <cmath>
+#include <sys/epoll.h>
+#include <sys/timerfd.h>
 #include <system_error>
+#include <time.h>
+#include <unistd.h>
 
 namespace corvane {
 namespace {
