@@ -15,7 +15,8 @@ class Peer {
 public:
     virtual ~Peer() = default;
 
-    /// Bytes that the host has sent at its line rate (bits a second) and that have arrived by now.
+    /// Bytes that the host has sent at its line rate (bits a second) and that have arrived by now. None at all tells
+    /// the rate alone.
     virtual void hear(Micros now, const Bytes& bytes, std::uint32_t hostRate) = 0;
 
     /// When it next has something to say or to do; nothing while it only listens.
