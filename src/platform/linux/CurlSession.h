@@ -1,0 +1,76 @@
+#pragma once
+
+#include <array>
+#include <cstdint>
+#include <curl/curl.h>
+#include <functional>
+#include <string>
+#include <string_view>
+
+#include "platform/AsyncReader.h"
+#include "platform/linux/FtpAddress.h"
+#include "platform/linux/LinuxRuntime.h"
+
+namespace corvane {
+
+/// One login at one server, kept open between the reads that it serves one after the other. The transfer library is
+/// driven by the runtime's descriptors and never waits by itself. Constructor and begin throw std::runtime_error.
+class CurlSession {
+public:
+    /// All three are called inside waits too, and must not end the session. onData may throw, which ends the read.
+    std::function<void(std::string_view bytes)> onData;
+    std::function<void()> onReply;                           ///< the server has said something
+    std::function<void(const std::string& problem)> onDone;  ///< empty when everything has come
+
+    CurlSession(LinuxRuntime& runtime, const FtpAddress& address, const SiteRoute& route, int connectLimitMs);
+
+    /// Says QUIT and leaves at once, in the middle of a read too.
+    ~CurlSession();
+    CurlSession(const CurlSession&) = delete;
+    CurlSession& operator=(const CurlSession&) = delete;
+
+    /// Starts a read; the last one must be done.
+    void begin(const FtpAddress& address);
+
+    /// Whether the same server and account are meant.
+    bool isFor(const FtpAddress& address) const;
+
+    /// False when there is no connection, or the server has ended it.
+    bool isOpen() const;
+
+    /// Bytes that the running read will bring; 0 when the server does not say.
+    std::int64_t size() const;
+
+private:
+    CurlSession(LinuxRuntime& runtime, const FtpAddress& address);
+
+    static int onSocketChange(CURL*, curl_socket_t socket, int what, void* self, void*);
+    static int onTimeChange(CURLM*, long ms, void* self);
+    static std::size_t onBody(char* bytes, std::size_t size, std::size_t count, void* self);
+    static std::size_t onHeader(char* bytes, std::size_t size, std::size_t count, void* self);
+    static int onClose(void* self, curl_socket_t socket);
+
+    template <class Value>
+    void set(CURLoption option, Value value);
+    void applyRoute(const SiteRoute& route);
+    void onSocket(int socket, std::uint32_t events);
+    void onTimer();
+    bool isReplyMissing(int socket) const;
+    void waitForReply(int socket);
+    void act(int socket, int events);
+    bool isOverHttp() const;
+    std::string problemOf(CURLcode code) const;
+    int controlSocket() const;
+    void sayGoodbye();
+
+    LinuxRuntime& runtime_;
+    FtpAddress address_;
+    CURLM* multi_;
+    CURL* easy_;
+    int timer_;
+    bool isReplyAwaited_ = false;
+    std::string ownProblem_;  // what went wrong in a callback, where the library only learns that something did
+    std::array<char, CURL_ERROR_SIZE> error_{};
+};
+
+}  // namespace corvane
