@@ -1,0 +1,25 @@
+#pragma once
+
+#include <string>
+
+#include "platform/AsyncReader.h"
+#include "platform/SettingsStore.h"
+
+namespace corvane {
+
+/// How the site is reached, as the connection dialog keeps it. Text in UTF-8.
+struct ConnectionSettings {
+    int accessType = 0;  ///< 0 Default, 1 Direct, 2 Proxy; an index into the dialog's list
+    std::string proxy;
+
+    static ConnectionSettings load(SettingsStore& store);
+
+    /// False when it could not be written.
+    bool save(SettingsStore& store) const;
+
+    /// The proxy field counts, and can be edited, for the third entry alone.
+    bool usesProxy() const { return accessType == 2; }
+    SiteRoute route() const { return {static_cast<SiteRoute::Access>(accessType), proxy}; }
+};
+
+}  // namespace corvane

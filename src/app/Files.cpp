@@ -1,0 +1,38 @@
+#include "app/Files.h"
+
+#include <algorithm>
+#include <filesystem>
+
+namespace corvane {
+
+bool FileExists(const std::string& path) {
+    std::error_code error;
+    return !path.empty() && std::filesystem::exists(path, error) && !std::filesystem::is_directory(path, error);
+}
+
+bool FolderExists(const std::string& path) {
+    std::error_code error;
+    return std::filesystem::is_directory(path, error);
+}
+
+bool makeFolder(const std::string& path) {
+    std::error_code error;
+    std::filesystem::create_directories(path, error);
+    return FolderExists(path);
+}
+
+bool deleteFile(const std::string& path) {
+    std::error_code error;
+    std::filesystem::remove(path, error);
+    return !FileExists(path);
+}
+
+bool isSafeFileName(const std::string& name) {
+    const auto isBad = [](char c) {
+        const auto code = static_cast<unsigned char>(c);
+        return code < 0x20 || code == 0x7F || c == '/' || c == '\\';
+    };
+    return !name.empty() && name != "." && name != ".." && std::none_of(name.begin(), name.end(), isBad);
+}
+
+}  // namespace corvane

@@ -1,0 +1,21 @@
+#pragma once
+
+#include <string>
+
+namespace corvane {
+
+/// True when a file (no folder) lies at the path. Paths here are in the system's bytes.
+bool FileExists(const std::string& path);
+bool FolderExists(const std::string& path);
+
+/// Makes a folder; False when that was not possible.
+bool makeFolder(const std::string& path);
+
+/// Deletes a file if there is one; False when it is still there.
+bool deleteFile(const std::string& path);
+
+/// True when a site's name for a file may be used as a local name: not empty, "." or "..", no separator and no control
+/// character in it. Everything else could end up outside the folder that it is meant for.
+bool isSafeFileName(const std::string& name);
+
+}  // namespace corvane

@@ -1,0 +1,94 @@
+#include "app/MainPresenter.h"
+
+#include "app/LocalImageLoader.h"
+#include "app/OperatorSettings.h"
+#include "text/Cp1252.h"
+
+namespace corvane {
+
+void MainPresenter::load() {
+    loading_ = true;
+    loadSettings(updater_.platform().settings, updater_.choices);
+    optLine_Click(updater_.choices.offLine);
+    loading_ = false;
+    changed();
+}
+
+bool MainPresenter::unload() {
+    const bool saved = saveSettings(updater_.platform().settings, updater_.choices);
+    updater_.shutDown();
+    return saved;
+}
+
+void MainPresenter::optLine_Click(bool offLine) {
+    if (updater_.run().isRunning()) return;
+    updater_.choices.offLine = offLine;
+    if (!offLine) selectLast();
+    changed();
+}
+
+void MainPresenter::optFile_Click() {
+    if (updater_.run().isRunning()) return;
+    updater_.choices.useFile = true;
+    if (!loading_) cmdLoadFile_Click();
+    changed();
+}
+
+void MainPresenter::optLast_Click() {
+    if (updater_.run().isRunning()) return;
+    selectLast();
+    changed();
+}
+
+void MainPresenter::selectLast() { updater_.choices.useFile = false; }
+
+void MainPresenter::cmdLoadFile_Click() {
+    if (updater_.run().isRunning()) return;
+    const auto path = pickFile ? pickFile() : std::nullopt;
+    if (path) loadFile(*path);
+}
+
+bool MainPresenter::loadFile(const std::string& path) {
+    const bool loaded = LoadHexInfo(updater_.inf(), path, updater_.choices.image);
+    if (loaded) {
+        loading_ = true;  // selecting optFile must not ask for a file again
+        optFile_Click();
+        loading_ = false;
+    } else {
+        optLast_Click();
+    }
+    return loaded;
+}
+
+RunReport MainPresenter::start(bool force) {
+    auto report = updater_.run().run(force);
+    changed();
+    return report;
+}
+
+std::string MainPresenter::linkAddress(int index) const {
+    const auto target = updater_.run().linkTarget(index);
+    if (target.empty()) return {};
+    const auto& choices = updater_.choices;
+    return "FTP://" + choices.userName + ":" + choices.password + "@" + choices.server + toUtf8(target);
+}
+
+void MainPresenter::account(const std::string& server, const std::string& userName, const std::string& password) {
+    updater_.choices.server = server;
+    updater_.choices.userName = userName;
+    updater_.choices.password = password;
+}
+
+/// Start needs an image: without a local one the Download folder's (or the site's) must be selected.
+Controls MainPresenter::controls() const {
+    const auto& choices = updater_.choices;
+    const auto& run = updater_.run();
+    Controls controls;
+    controls.choices = !run.isRunning();
+    controls.start = !run.isRunning() && !(choices.useFile && choices.image.path.empty());
+    controls.cancel = run.isCancellable();
+    controls.localFile = !run.isRunning() && choices.offLine;
+    return controls;
+}
+
+}  // namespace corvane

@@ -1,0 +1,67 @@
+#pragma once
+
+#include <functional>
+#include <optional>
+
+#include "app/Updater.h"
+
+namespace corvane {
+
+/// Which controls of the main window can be used.
+struct Controls {
+    bool start = true;       ///< cmdStartCheck and cmdForceISP
+    bool cancel = false;     ///< cmdCancel
+    bool choices = true;     ///< account, server, mode, options
+    bool localFile = false;  ///< the group with optLast, optFile and cmdLoadFile
+};
+
+/// What a click on the main window does, without the window: the choices, what is enabled when, loading and saving.
+/// It does not own the updater.
+class MainPresenter {
+public:
+    explicit MainPresenter(Updater& updater) : updater_(updater) {}
+
+    /// Called whenever something that the window shows may have changed.
+    std::function<void()> onChange;
+
+    /// Asks for a local image: its path, or nothing when the operator gave up.
+    std::function<std::optional<std::string>()> pickFile;
+
+    /// Reads the stored settings.
+    void load();
+
+    /// Ends the program's session: saves the settings, closes the ports, leaves the site. False when the settings could
+    /// not be written.
+    bool unload();
+
+    void optLine_Click(bool offLine);
+    void optFile_Click();
+    void optLast_Click();
+    void cmdLoadFile_Click();
+    void cmdCancel_Click() { updater_.run().cancel(); }
+    void cmdComport_Click(int index) { updater_.run().jumpToPort(index); }
+
+    /// Runs an update; the report says how it ended.
+    RunReport start(bool force);
+
+    /// Takes an image as if it had been picked; False when it is none.
+    bool loadFile(const std::string& path);
+
+    /// The full address of a reference link, with the account in it; empty when the link leads nowhere. UTF-8.
+    std::string linkAddress(int index) const;
+
+    const Choices& choices() const { return updater_.choices; }
+    void account(const std::string& server, const std::string& userName, const std::string& password);
+    Controls controls() const;
+
+private:
+    void selectLast();
+    void changed() const {
+        if (onChange) onChange();
+    }
+
+    Updater& updater_;
+    bool loading_ = false;
+};
+
+}  // namespace corvane

@@ -1,0 +1,24 @@
+#pragma once
+
+#include <string>
+
+namespace corvane {
+
+class FirmwareDialog;
+
+/// What a message box asks about.
+enum class Question { updateFirmware, newerProgram };
+
+/// Questions to the operator that stop the run until they are answered.
+class OperatorPrompts {
+public:
+    virtual ~OperatorPrompts() = default;
+
+    /// A box with an exclamation mark, OK (the default) and Cancel; True for OK. Text in Windows-1252 with CR LF.
+    virtual bool messageBox(Question question, const std::string& text) = 0;
+
+    /// Shows the selection until the dialog says that it is closed, handing the operator's choices to it.
+    virtual void chooseFirmware(FirmwareDialog& dialog) = 0;
+};
+
+}  // namespace corvane

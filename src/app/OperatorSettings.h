@@ -1,0 +1,14 @@
+#pragma once
+
+#include "app/Choices.h"
+#include "platform/SettingsStore.h"
+
+namespace corvane {
+
+/// The operator's account, server and mode between two starts of the program.
+void loadSettings(SettingsStore& store, Choices& choices);
+
+/// False when something could not be written.
+bool saveSettings(SettingsStore& store, const Choices& choices);
+
+}  // namespace corvane

@@ -1,0 +1,22 @@
+#include "app/SelfUpdate.h"
+
+#include "app/Files.h"
+#include "app/ProgramInfo.h"
+
+namespace corvane {
+
+bool SelfUpdate::CheckNewVersion() {
+    const auto information = folder_.resolve("\\firmware.inf");
+    const auto offered = reader_.ReadInfValue("Corvane", "Version", "", information);
+    // Texts are compared by their characters' codes, not as numbers: whoever runs a site counts on just that.
+    if (offered <= programVersion()) return false;
+    if (!prompts_.messageBox(Question::newerProgram,
+                             "The Corvane is out of date.\r\nDo you want to download and update it?")) {
+        return false;
+    }
+    const auto remote = reader_.ReadInfValue("Corvane", "File", "firmware/utility/corvane.exe", information);
+    makeFolder(folder_.resolve("\\download"));
+    return site_.FTP_Download(remote, folder_.resolve("\\download\\Corvane.exe"));
+}
+
+}  // namespace corvane

@@ -1,0 +1,61 @@
+#pragma once
+
+#include <string>
+
+#include "app/Choices.h"
+#include "app/ConnectionSettings.h"
+#include "ftp/FTPDownload.h"
+#include "platform/ProgramFolder.h"
+#include "protocol/Log.h"
+#include "protocol/Progress.h"
+
+namespace corvane {
+
+/// The maker's FTP site as a run uses it: login, downloads, and the idle watch that closes the session 180 seconds
+/// after the login. Owns nothing it is given.
+class SiteAccess {
+public:
+    SiteAccess(FTPDownload& ftp, AsyncReader& reader, Runtime& runtime, const Choices& choices, SettingsStore& settings,
+               const ProgramFolder& folder, Log& log, Progress& progress);
+    ~SiteAccess();
+    SiteAccess(const SiteAccess&) = delete;
+    SiteAccess& operator=(const SiteAccess&) = delete;
+
+    bool isConnected() { return ftp_.IsConnected(); }
+
+    /// Logs in with the chosen account and starts the idle watch; logs how it went.
+    bool login();
+    void disconnect();
+
+    /// Aborts a login or a transfer in progress; the session stays.
+    void cancel();
+
+    /// Fetches one file to a local path (system's bytes), which must not be one of the site's making. Off line it does
+    /// nothing and is True. False without a session, with nothing logged.
+    bool FTP_Download(const std::string& strRemoteFile, const std::string& strLocalFile);
+
+    /// Fetches an image into the Download folder under its own name; its path, or an empty text.
+    std::string FTP_DownloadFirmware(const std::string& UrlFile);
+
+    /// Why the last transfer failed, in the transfer library's words; empty when it did not.
+    std::string problem() const { return ftp_.problem(); }
+
+private:
+    void FtpTimer_Timer();
+    void stopTimer();
+
+    FTPDownload& ftp_;
+    AsyncReader& reader_;
+    Runtime& runtime_;
+    const Choices& choices_;
+    SettingsStore& settings_;
+    const ProgramFolder& folder_;
+    Log& log_;
+    Progress& progress_;
+    int timer_ = 0;
+    std::int16_t ftpIdleSeconds_ = 0;
+    bool connecting_ = false;
+    bool transferActive_ = false;
+};
+
+}  // namespace corvane

@@ -1,0 +1,262 @@
+#include "app/UpdateRun.h"
+
+#include "app/Files.h"
+
+namespace corvane {
+
+RunReport UpdateRun::run(bool force) {
+    if (isRunning_) {
+        RunReport refused;
+        refused.end = RunEnd::alreadyRunning;
+        return refused;
+    }
+    report_ = {};
+    try {
+        const BusyScope busy(p_.session);
+        begin();
+        report_.end = steps(force);
+        if (report_.end != RunEnd::handedOver) fillLinks();
+    } catch (const std::exception& error) {
+        report_.end = RunEnd::failed;
+        report_.failure = error.what();
+    }
+    report_.cancelled = cancelRequested_;
+    report_.product = information_.product;
+    report_.version = information_.version;
+    report_.repeatedRecords = p_.programmer.repeatedRecords();
+    closePorts();
+    isRunning_ = false;
+    p_.view.phase(RunPhase::idle);
+    p_.view.running(false);
+    return report_;
+}
+
+void UpdateRun::begin() {
+    isRunning_ = true;
+    information_ = {};
+    inIsp_ = false;
+    cancelRequested_ = false;
+    auto& session = p_.session;
+    session.stop = session.cancel = session.manualPort = false;
+    session.ispBaudRate = -1;
+    p_.programmer.forgetRepeats();
+    p_.view.running(true);
+    setCancellable(true);
+    session.log.clear();
+    p_.view.links({});
+    letEventsRun();
+}
+
+RunEnd UpdateRun::steps(bool force) {
+    if (!p_.choices.offLine && !p_.site.isConnected()) {
+        RunEnd end{};
+        if (!goOnline(end)) return end;
+    }
+    return withDevice(force);
+}
+
+/// Login, firmware.inf, the check for a newer program. True when the run goes on; else how it ended.
+bool UpdateRun::goOnline(RunEnd& end) {
+    p_.view.phase(RunPhase::login);
+    if (!p_.site.login()) {
+        end = RunEnd::loginFailed;
+        return false;
+    }
+    p_.view.phase(RunPhase::information);
+    if (!p_.site.FTP_Download("/firmware/firmware.inf", p_.folder.resolve("\\firmware.inf"))) {
+        p_.site.disconnect();
+        end = RunEnd::informationMissing;
+        return false;
+    }
+    if (p_.selfUpdate.CheckNewVersion()) {
+        end = handOver();
+        return false;
+    }
+    // The idle watch may have closed the session while the operator thought about the question.
+    end = RunEnd::loginFailed;
+    return p_.site.isConnected();
+}
+
+RunEnd UpdateRun::handOver() {
+    p_.site.disconnect();
+    log(" Disconnected...\r\n");
+    log(" Install New Corvane...\r\n");
+    report_.failure = p_.launcher.start(p_.selfUpdate.newProgram());
+    return report_.failure.empty() ? RunEnd::handedOver : RunEnd::handOverFailed;
+}
+
+RunEnd UpdateRun::withDevice(bool force) {
+    auto& session = p_.session;
+    p_.view.phase(RunPhase::scan);
+    session.log.clear();
+    report_.deviceVersion = p_.scanner.DeviceScan(inIsp_, force);
+    if (report_.deviceVersion.empty()) {
+        log("Can not found any device on comm port!!\r\n");
+        return RunEnd::noDevice;
+    }
+    session.log.clear();
+    p_.view.links({});
+    letEventsRun();
+    report_.port = portName();
+    showDevice(report_.port);
+
+    p_.view.phase(RunPhase::selection);
+    std::string chosen = report_.deviceVersion;
+    switch (p_.selection.SelectFirmware(chosen, report_.port, report_.deviceVersion, force, inIsp_)) {
+        case SelectionEnd::chosen:
+            break;
+        case SelectionEnd::cancelled:
+            return RunEnd::declined;
+        case SelectionEnd::nothingSuitable:
+            return RunEnd::nothingSuitable;
+        case SelectionEnd::nothingListed:
+            return RunEnd::nothingListed;
+    }
+    if (!defineFirmware(chosen)) {
+        log("Firmware download fail!!(Not define)\r\n");
+        return RunEnd::notDefined;
+    }
+    showFirmware();
+    return install(fetchImage());
+}
+
+/// The port's name; behind a HID reader's its own firmware version.
+std::string UpdateRun::portName() {
+    const auto name = p_.session.comm->CommPort();
+    const auto text = p_.reader.deviceText();
+    if (name.empty() || text.compare(0, name.size(), name) != 0) return name;
+    return name + " (F/W:" + p_.reader.firmwareText() + ")";
+}
+
+void UpdateRun::showDevice(const std::string& port) {
+    log("[Local Site]\r\n");
+    log("Comm Port : " + port + "\r\n");
+    log("Device F/W: " + report_.deviceVersion + "\r\n\r\n");
+    letEventsRun();
+}
+
+bool UpdateRun::defineFirmware(const std::string& chosen) {
+    if (p_.choices.isLocalFile()) {
+        information_.product = p_.choices.image.program;
+        information_.version = p_.choices.image.version;
+        information_.updateInfo = p_.choices.image.description();
+        return true;
+    }
+    const bool defined = FTP_CheckFirmware(p_.inf, p_.folder, p_.session.log, chosen, information_);
+    p_.session.ispBaudRate = information_.ispBaudRate;
+    return defined;
+}
+
+void UpdateRun::showFirmware() {
+    log("[FTP Site]\r\n");
+    log("Product   : " + information_.product + "\r\n");
+    log("Version   : " + information_.version + "\r\n\r\n");
+    log("[Update Information]\r\n");
+    log(information_.updateInfo + "\r\n");
+    letEventsRun();
+    log("\r\n");
+}
+
+std::string UpdateRun::fetchImage() {
+    p_.view.phase(RunPhase::image);
+    const auto& choices = p_.choices;
+    const bool isLocal = choices.useFile && !choices.image.path.empty();
+    return isLocal ? choices.image.path : p_.site.FTP_DownloadFirmware(information_.firmwareFile);
+}
+
+RunEnd UpdateRun::install(const std::string& image) {
+    setCancellable(false);
+    if (!FileExists(image) || cancelRequested_) {
+        log("Firmware download fail!!\r\n");
+        return RunEnd::imageMissing;
+    }
+    report_.imagePath = image;
+    report_.wasSwitched = true;
+    if (!inIsp_) {
+        p_.view.phase(RunPhase::bootLoader);
+        if (!p_.isp.GoToISP()) {
+            log("Can't enter ISP Mode!!\r\n");
+            return RunEnd::noBootLoader;
+        }
+    }
+    log("\r\n[ISP Mode]\r\n");
+    if (!eraseAndProgram(image)) return RunEnd::programmingFailed;
+    p_.view.phase(RunPhase::reset);
+    p_.isp.wait_output_empty(250);
+    p_.isp.ISP_Reset();
+    p_.isp.wait_output_empty(250);
+    p_.session.runtime.Sleep(250);
+    return RunEnd::updated;
+}
+
+/// Up to three tries. An erase that has succeeded is not repeated.
+bool UpdateRun::eraseAndProgram(const std::string& image) {
+    constexpr int kTries = 3;
+    bool erased = false;
+    for (int iTry = 1; iTry <= kTries; ++iTry) {
+        p_.view.phase(RunPhase::erase);
+        report_.wasErased = true;
+        if (!erased) erased = p_.isp.ISP_Erase();
+        if (erased) {
+            p_.view.phase(RunPhase::program);
+            if (p_.programmer.ISP_Program(image)) return true;
+        }
+        log("\r\niTry:" + std::to_string(iTry) + "\r\n");
+        LineReader(p_.session).wait_comm_empty();
+    }
+    return false;
+}
+
+void UpdateRun::fillLinks() {
+    setCancellable(false);
+    if (!information_.isKnown() || report_.deviceVersion.empty()) return;
+    std::vector<ReferenceLink> links;
+    for (int i = 1; i <= FirmwareInformation::kLinks; ++i) {
+        const auto& title = information_.linkTitle[static_cast<std::size_t>(i - 1)];
+        if (!title.empty()) links.push_back({i, title});
+    }
+    p_.view.links(links);
+}
+
+/// Always the last step. A device that accepted a password over HID is told that the session ends.
+void UpdateRun::closePorts() {
+    constexpr std::uint8_t kEndOfSession = 4;
+    auto& session = p_.session;
+    session.stop = session.cancel = false;
+    setCancellable(false);
+    try {
+        session.comm = &p_.serialPort;
+        if (session.comm->PortOpen()) session.comm->PortOpen(false);
+        session.comm = &p_.hidPort;
+        if (session.comm->PortOpen()) {
+            if (session.loggedIn) p_.query.Query(kEndOfSession, 3000);
+            session.comm->PortOpen(false);
+        }
+    } catch (const std::exception& error) {
+        p_.view.advice(error.what());
+    }
+}
+
+void UpdateRun::setCancellable(bool isCancellable) {
+    isCancellable_ = isCancellable;
+    p_.view.cancellable(isCancellable);
+}
+
+void UpdateRun::cancel() {
+    if (!isCancellable_) return;
+    cancelRequested_ = true;
+    p_.session.stop = p_.session.cancel = true;
+    p_.site.cancel();
+}
+
+void UpdateRun::jumpToPort(int index) {
+    p_.session.manualPort = true;
+    p_.session.manualPortIndex = static_cast<std::int16_t>(index);
+}
+
+std::string UpdateRun::linkTarget(int index) const {
+    if (index < 1 || index > FirmwareInformation::kLinks) return {};
+    return information_.linkUrl[static_cast<std::size_t>(index - 1)];
+}
+
+}  // namespace corvane

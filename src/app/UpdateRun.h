@@ -1,0 +1,94 @@
+#pragma once
+
+#include "app/Choices.h"
+#include "app/FirmwareInformation.h"
+#include "app/FirmwareSelection.h"
+#include "app/RunReport.h"
+#include "app/RunView.h"
+#include "app/SelfUpdate.h"
+#include "app/SiteAccess.h"
+#include "platform/Launcher.h"
+#include "protocol/DeviceScanner.h"
+#include "protocol/HexProgrammer.h"
+#include "protocol/IspSession.h"
+
+namespace corvane {
+
+/// The text and firmware version of the HID reader that is open; empty for a serial port.
+class ReaderIdentity {
+public:
+    virtual ~ReaderIdentity() = default;
+    virtual std::string deviceText() = 0;
+    virtual std::string firmwareText() = 0;
+};
+
+/// What a run works with; all of it lives longer than the run.
+struct RunParts {
+    const Choices& choices;
+    DeviceSession& session;
+    clsIMScomm& serialPort;
+    clsIMScomm& hidPort;
+    DeviceScanner& scanner;
+    IspSession& isp;
+    HexProgrammer& programmer;
+    DeviceQuery& query;
+    SiteAccess& site;
+    SelfUpdate& selfUpdate;
+    FirmwareSelection& selection;
+    InfReader& inf;
+    const ProgramFolder& folder;
+    Launcher& launcher;
+    ReaderIdentity& reader;
+    RunView& view;
+};
+
+/// One update, from a device that is merely attached to one that is programmed and reset. Reports everything through
+/// log, progress and view and never throws; only one run is on at a time.
+class UpdateRun {
+public:
+    explicit UpdateRun(const RunParts& parts) : p_(parts) {}
+
+    /// force lets a device that sits in its boot loader be taken, and offers every image.
+    RunReport run(bool force);
+
+    /// Cancels the run at hand while that is possible, else does nothing.
+    void cancel();
+
+    /// A port button was clicked: the scan goes there next.
+    void jumpToPort(int index);
+
+    bool isRunning() const { return isRunning_; }
+    bool isCancellable() const { return isCancellable_; }
+
+    /// Where a link of the last run leads, on the site; empty when it leads nowhere. The index counts from 1.
+    std::string linkTarget(int index) const;
+
+private:
+    void begin();
+    RunEnd steps(bool force);
+    bool goOnline(RunEnd& end);
+    RunEnd handOver();
+    RunEnd withDevice(bool force);
+    void showDevice(const std::string& port);
+    std::string portName();
+    bool defineFirmware(const std::string& chosen);
+    void showFirmware();
+    std::string fetchImage();
+    RunEnd install(const std::string& image);
+    bool eraseAndProgram(const std::string& image);
+    void fillLinks();
+    void closePorts();
+    void setCancellable(bool isCancellable);
+    void log(const std::string& text) { p_.session.log.ShowInfo(text); }
+    void letEventsRun() { p_.session.runtime.DoEvents(); }
+
+    RunParts p_;
+    FirmwareInformation information_;
+    RunReport report_;
+    bool inIsp_ = false;
+    bool cancelRequested_ = false;
+    bool isRunning_ = false;
+    bool isCancellable_ = false;
+};
+
+}  // namespace corvane

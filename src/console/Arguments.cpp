@@ -1,0 +1,163 @@
+#include "console/Arguments.h"
+
+#include <algorithm>
+#include <functional>
+
+namespace corvane {
+namespace {
+
+using Command = Arguments::Command;
+
+struct Option {
+    const char* name;
+    std::vector<Command> commands;
+    std::function<void(Arguments&)> set;                           // without a value
+    std::function<void(Arguments&, const std::string&)> setValue;  // with one
+};
+
+const std::vector<Option>& options() {
+    static const auto value = [](std::optional<std::string> Arguments::*member) {
+        return [member](Arguments& arguments, const std::string& text) { arguments.*member = text; };
+    };
+    static const auto flag = [](bool Arguments::*member) {
+        return [member](Arguments& arguments) { arguments.*member = true; };
+    };
+    static const std::vector<Option> all = {
+        {"--offline", {Command::update, Command::images}, [](Arguments& a) { a.offLine = true; }, nullptr},
+        {"--online", {Command::update}, [](Arguments& a) { a.offLine = false; }, nullptr},
+        {"--file", {Command::update}, nullptr, value(&Arguments::file)},
+        {"--server", {Command::update}, nullptr, value(&Arguments::server)},
+        {"--user", {Command::update}, nullptr, value(&Arguments::user)},
+        {"--select", {Command::update}, nullptr, value(&Arguments::select)},
+        {"--port", {Command::update}, nullptr, value(&Arguments::port)},
+        {"--log", {Command::update}, nullptr, value(&Arguments::logFile)},
+        {"--force", {Command::update, Command::scan}, flag(&Arguments::force), nullptr},
+        {"--yes", {Command::update}, flag(&Arguments::yes), nullptr},
+        {"--self-update", {Command::update}, flag(&Arguments::selfUpdate), nullptr},
+        {"--json",
+         {Command::update, Command::scan, Command::ports, Command::images, Command::check, Command::checkSite},
+         flag(&Arguments::json),
+         nullptr},
+    };
+    return all;
+}
+
+std::optional<Command> commandOf(const std::string& word) {
+    static const std::vector<std::pair<const char*, Command>> names = {
+        {"update", Command::update},     {"scan", Command::scan},   {"ports", Command::ports},
+        {"images", Command::images},     {"check", Command::check}, {"check-site", Command::checkSite},
+        {"--version", Command::version}, {"--help", Command::help}, {"-h", Command::help},
+    };
+    for (const auto& [name, command] : names) {
+        if (word == name) return command;
+    }
+    return std::nullopt;
+}
+
+bool takesSubject(Command command) { return command == Command::check || command == Command::checkSite; }
+
+/// Sets one option, taking its value from the words behind it; false with a problem.
+bool takeOption(const std::vector<std::string>& words, std::size_t& at, Arguments& arguments, std::string& problem) {
+    auto name = words[at];
+    std::optional<std::string> value;
+    if (const auto equals = name.find('='); equals != std::string::npos) {
+        value = name.substr(equals + 1);
+        name.erase(equals);
+    }
+    const auto found =
+        std::find_if(options().begin(), options().end(), [&](const Option& o) { return o.name == name; });
+    const auto fits = [&](const Option& option) {
+        return std::find(option.commands.begin(), option.commands.end(), arguments.command) != option.commands.end();
+    };
+    if (found == options().end() || !fits(*found)) {
+        problem = "this command has no option " + name;
+        return false;
+    }
+    if (found->set) {
+        if (value) problem = "the option " + name + " takes no value";
+        found->set(arguments);
+        return !value;
+    }
+    if (!value && at + 1 < words.size()) value = words[++at];
+    if (!value) {
+        problem = "the option " + name + " needs a value";
+        return false;
+    }
+    found->setValue(arguments, *value);
+    return true;
+}
+
+/// --file means off line, --server means on line; what contradicts them is wrong.
+bool settleMode(Arguments& arguments, std::string& problem) {
+    if (arguments.file && (arguments.server || arguments.offLine == false)) {
+        problem = "--file is a local image: it does not go with --online or --server";
+        return false;
+    }
+    if (arguments.server && arguments.offLine == true) {
+        problem = "--server does not go with --offline";
+        return false;
+    }
+    if (arguments.file) arguments.offLine = true;
+    if (arguments.server) arguments.offLine = false;
+    return true;
+}
+
+}  // namespace
+
+std::optional<Arguments> parseArguments(const std::vector<std::string>& words, std::string& problem) {
+    if (words.empty()) {
+        problem = "no command is given";
+        return std::nullopt;
+    }
+    const auto command = commandOf(words.front());
+    if (!command) {
+        problem = "there is no command " + words.front();
+        return std::nullopt;
+    }
+    Arguments arguments;
+    arguments.command = *command;
+    for (std::size_t at = 1; at < words.size(); ++at) {
+        if (words[at] == "--help") {
+            arguments.command = Command::help;
+            return arguments;
+        }
+        if (words[at].compare(0, 1, "-") == 0 && words[at].size() > 1) {
+            if (!takeOption(words, at, arguments, problem)) return std::nullopt;
+        } else if (takesSubject(*command) && arguments.subject.empty() && !words[at].empty()) {
+            arguments.subject = words[at];
+        } else {
+            problem = "\"" + words[at] + "\" is one word too many";
+            return std::nullopt;
+        }
+    }
+    if (takesSubject(*command) && arguments.subject.empty()) {
+        problem = words.front() + " needs the name of what it checks";
+        return std::nullopt;
+    }
+    if (!settleMode(arguments, problem)) return std::nullopt;
+    return arguments;
+}
+
+std::string usageText() {
+    return R"(Usage: corvane-cli COMMAND [OPTIONS]
+
+  update [--offline|--online] [--file IMAGE.hex] [--server HOST[:PORT]] [--user NAME]
+         [--select SECTION] [--force] [--yes] [--self-update] [--port COMn]
+         [--log FILE] [--json]            updates the attached device
+  scan [--force] [--json]                 finds the device, prints its port and version
+  ports [--json]                          lists serial and HID ports
+  images [--offline] [--json]             lists what firmware.inf offers
+  check IMAGE.hex [--json]                says what is wrong with an image, and its memory map
+  check-site FOLDER|ftp://... [--json]    says what an operator would get from a site
+  --version | --help
+
+The FTP password comes from CORVANE_FTP_PASSWORD or the stored settings, the device's
+password from CORVANE_DEVICE_PASSWORD or a question on the terminal.
+
+Exit status: 0 done; 1 ended without an update (cancelled, declined, nothing suitable);
+2 wrong usage; 3 no device; 4 site, firmware.inf or image not to be had; 5 boot loader,
+erase or programming failed: the device waits in its boot loader, update it again with --force.
+)";
+}
+
+}  // namespace corvane

@@ -1,0 +1,34 @@
+#pragma once
+
+#include <optional>
+#include <string>
+#include <vector>
+
+namespace corvane {
+
+/// What the command line asks for; texts in the system's bytes, which are UTF-8.
+struct Arguments {
+    enum class Command { update, scan, ports, images, check, checkSite, version, help };
+
+    Command command = Command::help;
+    std::string subject;  ///< what check and check-site look at
+    std::optional<std::string> file;
+    std::optional<std::string> server;
+    std::optional<std::string> user;
+    std::optional<std::string> select;
+    std::optional<std::string> port;
+    std::optional<std::string> logFile;
+    std::optional<bool> offLine;  ///< as --offline, --online, --file or --server say; nothing when none does
+    bool force = false;
+    bool yes = false;
+    bool selfUpdate = false;
+    bool json = false;
+};
+
+/// Reads the words behind the program's name. Nothing when they are wrong, with a sentence about it in problem.
+std::optional<Arguments> parseArguments(const std::vector<std::string>& words, std::string& problem);
+
+/// What --help prints.
+std::string usageText();
+
+}  // namespace corvane

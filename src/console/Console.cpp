@@ -1,0 +1,80 @@
+#include "console/Console.h"
+
+#include "app/Advice.h"
+#include "app/OperatorSettings.h"
+#include "app/ProgramInfo.h"
+
+namespace corvane {
+
+CommandScope::CommandScope(Console& console, const Arguments& arguments, TextSink& logSink, bool json)
+    : printer(logSink, json),
+      face(arguments, printer, console.err, console.terminal, console.devicePassword),
+      updater(console.platform, face.face()),
+      console_(console) {
+    face.refusalReason = [&console](const std::string& port) {
+        return adviceFor(port, console.platform.serial.openFailure());
+    };
+    loadSettings(console.platform.settings, updater.choices);
+    auto& choices = updater.choices;
+    if (arguments.offLine) choices.offLine = *arguments.offLine;
+    if (arguments.server) choices.server = *arguments.server;
+    if (arguments.user) choices.userName = *arguments.user;
+    if (console.ftpPassword) choices.password = *console.ftpPassword;
+    updater.selection().remembersEntry(false);
+    for (const auto& problem : console.platform.ports.problems()) face.say(problem);
+}
+
+CommandScope::~CommandScope() { console_.interrupt = nullptr; }
+
+int exitStatus(const RunReport& report) {
+    switch (report.end) {
+        case RunEnd::updated:
+            return 0;
+        case RunEnd::noBootLoader:
+        case RunEnd::programmingFailed:
+            return 5;
+        case RunEnd::failed:
+            if (report.wasSwitched) return 5;
+            break;
+        case RunEnd::handedOver:
+        case RunEnd::declined:
+        case RunEnd::nothingSuitable:
+        case RunEnd::nothingListed:
+        case RunEnd::alreadyRunning:
+            return 1;
+        case RunEnd::noDevice:
+            return report.cancelled ? 1 : 3;
+        case RunEnd::loginFailed:
+        case RunEnd::informationMissing:
+        case RunEnd::handOverFailed:
+        case RunEnd::notDefined:
+        case RunEnd::imageMissing:
+            break;
+    }
+    return report.cancelled ? 1 : 4;
+}
+
+int Console::run(const Arguments& arguments) {
+    switch (arguments.command) {
+        case Arguments::Command::version:
+            out.write("corvane-cli " + programVersion() + "\n");
+            return 0;
+        case Arguments::Command::help:
+            out.write(usageText());
+            return 0;
+        case Arguments::Command::update:
+            return updateCommand(*this, arguments);
+        case Arguments::Command::scan:
+            return scanCommand(*this, arguments);
+        case Arguments::Command::ports:
+            return portsCommand(*this, arguments);
+        case Arguments::Command::images:
+            return imagesCommand(*this, arguments);
+        case Arguments::Command::check:
+        case Arguments::Command::checkSite:
+            break;
+    }
+    return 2;
+}
+
+}  // namespace corvane

@@ -1,0 +1,68 @@
+#pragma once
+
+#include <functional>
+#include <optional>
+
+#include "app/Updater.h"
+#include "console/Arguments.h"
+#include "console/LogPrinter.h"
+#include "platform/Terminal.h"
+
+namespace corvane {
+
+/// The console as a face of the workflow: the log and events on standard output, everything else on standard error,
+/// questions on the terminal or answered by the options.
+class ConsoleFace : public Log,
+                    public Progress,
+                    public PortPanel,
+                    public PasswordPrompt,
+                    public OperatorPrompts,
+                    public RunView {
+public:
+    /// The device's password, in UTF-8, answers the first question for one; isAbandoned ends a question.
+    ConsoleFace(const Arguments& arguments, LogPrinter& printer, TextSink& err, Terminal& terminal,
+                std::optional<std::string> devicePassword);
+
+    Face face() { return {*this, *this, *this, *this, *this, *this}; }
+
+    /// Cancel was pressed: a question that is open counts as answered with Cancel.
+    void abandonQuestions() { abandoned_ = true; }
+
+    /// A line on standard error.
+    void say(const std::string& utf8);
+
+    void ShowInfo(std::string_view text) override { printer_.text(text); }
+    void clear() override { printer_.clear(); }
+    void progress(std::int64_t value, std::int64_t maximum) override;
+    void showPorts(const std::vector<std::string>&) override {}
+    void enablePort(int, bool) override {}
+    void hidePorts() override {}
+    void trying(const std::string&, const std::string&) override {}
+    void portRefused(const std::string& port) override;
+    std::string inputBox(const std::string& prompt, const std::string& title, const std::string& byDefault) override;
+    bool messageBox(Question question, const std::string& text) override;
+    void chooseFirmware(FirmwareDialog& dialog) override;
+    void running(bool) override {}
+    void cancellable(bool) override {}
+    void phase(RunPhase) override {}
+    void links(const std::vector<ReferenceLink>&) override {}
+    void advice(const std::string& text) override { say(text); }
+
+    /// Why a port did not open, in UTF-8.
+    std::function<std::string(const std::string& port)> refusalReason;
+
+private:
+    int entryFor(const FirmwareDialog& dialog);
+    std::optional<std::string> ask(const std::string& question, bool echo);
+    void endProgressLine();
+
+    const Arguments& arguments_;
+    LogPrinter& printer_;
+    TextSink& err_;
+    Terminal& terminal_;
+    std::optional<std::string> devicePassword_;
+    bool abandoned_ = false;
+    int shownPercent_ = -1;
+};
+
+}  // namespace corvane

@@ -1,0 +1,111 @@
+#include "console/Console.h"
+#include "text/Cp1252.h"
+#include "text/Json.h"
+#include "text/Text.h"
+
+namespace corvane {
+namespace {
+
+std::string jsonPair(const std::string& key, const std::string& text1252) {
+    return jsonString(key) + ":" + jsonString(toUtf8(text1252));
+}
+
+/// {"key":[{...},{...}]} on one line.
+std::string jsonList(const std::string& key, const std::vector<std::string>& objects) {
+    return "{" + jsonString(key) + ":[" + joined(objects, ",") + "]}\n";
+}
+
+struct PortRow {
+    std::string name, device, description;
+    bool isScanned = false;
+};
+
+std::vector<PortRow> portRows(Updater& updater) {
+    std::vector<PortRow> rows;
+    const auto map = updater.platform().ports.list();
+    for (auto* port : {&updater.serialPort(), &updater.hidPort()}) {
+        const auto count = port->NumberOfCommPorts();
+        for (std::int32_t i = 0; i < count; ++i) {
+            PortRow row{port->EnumCommPort(i), {}, port->EnumCommPortEx(i), false};
+            row.isScanned = port->IsMyCommPort(row.name);
+            for (const auto& entry : map.value_or(std::vector<PortMapEntry>())) {
+                if (entry.port == row.name) row.device = entry.device;
+            }
+            rows.push_back(row);
+        }
+    }
+    return rows;
+}
+
+}  // namespace
+
+int portsCommand(Console& console, const Arguments& arguments) {
+    CommandScope scope(console, arguments, console.err, false);
+    std::vector<std::string> objects;
+    const auto rows = portRows(scope.updater);
+    for (const auto& row : rows) {
+        objects.push_back("{" + jsonPair("name", row.name) + "," + jsonString("device") + ":" + jsonString(row.device) +
+                          "," + jsonPair("description", row.description) +
+                          ",\"scanned\":" + (row.isScanned ? "true" : "false") + "}");
+        if (arguments.json) continue;
+        auto line = row.name + "\t" + row.device + "\t" + toUtf8(row.description);
+        if (!row.isScanned) line += "not scanned";
+        console.out.write(line + "\n");
+    }
+    if (arguments.json) console.out.write(jsonList("ports", objects));
+    if (rows.empty()) scope.face.say("There is no port.");
+    return 0;
+}
+
+int scanCommand(Console& console, const Arguments& arguments) {
+    constexpr int kNoDevice = 3, kCancelled = 1;
+    CommandScope scope(console, arguments, console.err, false);
+    auto& session = scope.updater.session();
+    console.interrupt = [&session] { session.stop = session.cancel = true; };
+    bool inIsp = false;
+    const auto version = scope.updater.scanner().DeviceScan(inIsp, arguments.force);
+    if (version.empty()) {
+        scope.face.ShowInfo("Can not found any device on comm port!!\r\n");
+        return session.cancel ? kCancelled : kNoDevice;
+    }
+    scope.face.ShowInfo("\r\n");
+    const auto port = session.comm->CommPort();
+    const auto settings = session.comm->Settings();
+    if (arguments.json) {
+        console.out.write("{" + jsonPair("port", port) + "," + jsonPair("settings", settings) + "," +
+                          jsonPair("version", version) + ",\"bootLoader\":" + (inIsp ? "true" : "false") + "}\n");
+    } else {
+        console.out.write(port + "\t" + toUtf8(version) + "\n");
+    }
+    return 0;
+}
+
+int imagesCommand(Console& console, const Arguments& arguments) {
+    constexpr int kNoSite = 4, kNothing = 1;
+    CommandScope scope(console, arguments, console.err, false);
+    auto& site = scope.updater.site();
+    console.interrupt = [&site] { site.cancel(); };
+    const auto& folder = scope.updater.platform().folder;
+    const bool fetched =
+        scope.updater.choices.offLine ||
+        (site.login() && site.FTP_Download("/firmware/firmware.inf", folder.resolve("\\firmware.inf")));
+    if (!fetched) {
+        if (!site.problem().empty()) scope.face.say(site.problem());
+        return kNoSite;
+    }
+    const auto records = scope.updater.selection().list();
+    std::vector<std::string> objects;
+    for (const auto& record : records) {
+        objects.push_back("{" + jsonPair("section", record.section) + "," + jsonPair("product", record.product) + "," +
+                          jsonPair("version", record.version) + "," + jsonPair("description", record.description) +
+                          "," + jsonPair("file", record.file) + "}");
+        if (arguments.json) continue;
+        console.out.write(toUtf8(record.section + "\t" + record.product + "\t" + record.version + "\t" + record.file) +
+                          "\n");
+    }
+    if (arguments.json) console.out.write(jsonList("images", objects));
+    if (records.empty()) scope.face.ShowInfo("Firmware file(s) not found !!!\r\n");
+    return records.empty() ? kNothing : 0;
+}
+
+}  // namespace corvane

@@ -1,0 +1,65 @@
+#include "console/LogPrinter.h"
+
+#include "text/Cp1252.h"
+#include "text/Json.h"
+#include "text/Text.h"
+
+namespace corvane {
+namespace {
+
+std::string asUtf8Lines(std::string_view logged) { return replaceAll(toUtf8(logged), "\r\n", "\n"); }
+
+/// What a device or a site sends must not command the terminal.
+std::string harmless(std::string text) {
+    for (char& c : text) {
+        const auto code = static_cast<unsigned char>(c);
+        if ((code < 0x20 && c != '\n' && c != '\t') || code == 0x7F) c = '?';
+    }
+    return text;
+}
+
+}  // namespace
+
+std::string PlainLog::text(std::string_view logged) {
+    auto text = asUtf8Lines(logged);
+    if (!text.empty()) isLineOpen_ = text.back() != '\n';
+    return text;
+}
+
+std::string PlainLog::clearing() {
+    const bool wasOpen = isLineOpen_;
+    isLineOpen_ = false;
+    return wasOpen ? "\n" : "";
+}
+
+bool LogPrinter::copyTo(const std::string& path) {
+    copy_.open(path, std::ios::trunc);
+    return copy_.is_open();
+}
+
+void LogPrinter::plain(const std::string& text) {
+    if (!json_) out_.write(out_.isTerminal() ? harmless(text) : text);
+    if (copy_.is_open()) copy_ << text << std::flush;
+}
+
+void LogPrinter::text(std::string_view logged) {
+    plain(plain_.text(logged));
+    if (json_) out_.write("{\"event\":\"log\",\"text\":" + jsonString(asUtf8Lines(logged)) + "}\n");
+}
+
+void LogPrinter::clear() {
+    plain(plain_.clearing());
+    if (json_) out_.write("{\"event\":\"clear\"}\n");
+}
+
+void LogPrinter::progress(std::int64_t value, std::int64_t maximum) {
+    if (!json_) return;
+    out_.write("{\"event\":\"progress\",\"value\":" + std::to_string(value) +
+               ",\"maximum\":" + std::to_string(maximum) + "}\n");
+}
+
+void LogPrinter::result(int code) {
+    if (json_) out_.write("{\"event\":\"result\",\"code\":" + std::to_string(code) + "}\n");
+}
+
+}  // namespace corvane

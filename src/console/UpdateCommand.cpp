@@ -1,0 +1,62 @@
+#include "app/Advice.h"
+#include "app/LocalImageLoader.h"
+#include "console/Console.h"
+#include "text/Text.h"
+
+namespace corvane {
+namespace {
+
+/// What a signal does: Cancel while that is possible; a device that is being programmed must be finished first.
+void interruptRun(CommandScope& scope) {
+    auto& run = scope.updater.run();
+    if (run.isRunning() && !run.isCancellable()) {
+        scope.face.say("The device is being programmed and cannot be left like this; the run goes on to its end.");
+        return;
+    }
+    scope.face.abandonQuestions();
+    run.cancel();
+}
+
+bool loadImage(CommandScope& scope, const std::string& path) {
+    scope.updater.choices.useFile = true;
+    if (LoadHexInfo(scope.updater.inf(), path, scope.updater.choices.image)) return true;
+    scope.face.say(path + ": " + scope.updater.choices.image.program);
+    return false;
+}
+
+/// The one port that the scan keeps to, spelled as the system spells it.
+void keepToPort(CommandScope& scope, const std::string& wanted) {
+    for (const auto& name : scope.updater.scanner().portNames()) {
+        if (equalsNoCase(name, wanted)) return scope.updater.scanner().onlyPort(name);
+    }
+    scope.face.say("There is no port " + wanted + "; corvane-cli ports lists those that are there.");
+    scope.updater.scanner().onlyPort(wanted);
+}
+
+int perform(CommandScope& scope, const Arguments& arguments) {
+    constexpr int kEndedWithoutUpdate = 1;
+    if (arguments.file && !loadImage(scope, *arguments.file)) return kEndedWithoutUpdate;
+    if (arguments.port) keepToPort(scope, *arguments.port);
+    const auto report = scope.updater.run().run(arguments.force);
+    const auto advice = adviceFor(report, scope.updater.site().problem());
+    if (!advice.empty() && !report.cancelled) scope.face.say(advice);
+    return exitStatus(report);
+}
+
+}  // namespace
+
+int updateCommand(Console& console, const Arguments& arguments) {
+    constexpr int kWrongUsage = 2;
+    CommandScope scope(console, arguments, console.out, arguments.json);
+    if (arguments.logFile && !scope.printer.copyTo(*arguments.logFile)) {
+        scope.face.say("The log file " + *arguments.logFile + " cannot be written.");
+        return kWrongUsage;
+    }
+    console.interrupt = [&scope] { interruptRun(scope); };
+    const int code = perform(scope, arguments);
+    scope.updater.shutDown();
+    scope.printer.result(code);
+    return code;
+}
+
+}  // namespace corvane

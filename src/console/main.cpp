@@ -1,0 +1,55 @@
+#include <cstdlib>
+#include <exception>
+#include <unistd.h>
+
+#include "console/Console.h"
+#include "platform/linux/LinuxConsole.h"
+#include "platform/linux/LinuxPlatform.h"
+
+namespace {
+
+std::optional<std::string> environment(const char* name) {
+    const char* value = std::getenv(name);
+    return value ? std::optional<std::string>(value) : std::nullopt;
+}
+
+int runProgram(const corvane::Arguments& arguments, corvane::StandardStream& out, corvane::StandardStream& err) {
+    corvane::LinuxPlatform system;
+    auto platform = system.seams();
+    corvane::LinuxTerminal terminal(system.runtime());
+    corvane::Console console{
+        platform, out, err, terminal, environment("CORVANE_FTP_PASSWORD"), environment("CORVANE_DEVICE_PASSWORD"),
+        nullptr};
+    const corvane::SignalSource signals(system.runtime(), [&console] {
+        if (console.interrupt) console.interrupt();
+    });
+    platform.runtime.setPump([&] {
+        out.flush();
+        err.flush();
+    });
+    return console.run(arguments);
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+    constexpr int kWrongUsage = 2, kFailed = 4;
+    corvane::StandardStream out(STDOUT_FILENO);
+    corvane::StandardStream err(STDERR_FILENO);
+    std::string problem;
+    const auto arguments = corvane::parseArguments({argv + 1, argv + argc}, problem);
+    int code = kWrongUsage;
+    if (!arguments) {
+        err.write("corvane-cli: " + problem + "\n\n" + corvane::usageText());
+    } else {
+        try {
+            code = runProgram(*arguments, out, err);
+        } catch (const std::exception& error) {
+            err.write(std::string("corvane-cli: ") + error.what() + "\n");
+            code = kFailed;
+        }
+    }
+    err.finish();
+    out.finish();
+    return code;
+}

@@ -1,0 +1,28 @@
+#pragma once
+
+#include "platform/AsyncReader.h"
+#include "platform/Launcher.h"
+#include "platform/ModuleLoader.h"
+#include "platform/PortMap.h"
+#include "platform/ProfileFile.h"
+#include "platform/ProgramFolder.h"
+#include "platform/Runtime.h"
+#include "platform/SerialControl.h"
+#include "platform/SettingsStore.h"
+
+namespace corvane {
+
+/// The system that a program runs on, one of each seam. Whoever made them owns them.
+struct Platform {
+    Runtime& runtime;
+    SerialControl& serial;
+    PortMap& ports;
+    ModuleLoader& modules;
+    AsyncReader& reader;
+    ProfileFile& profile;
+    SettingsStore& settings;
+    ProgramFolder& folder;
+    Launcher& launcher;
+};
+
+}  // namespace corvane

@@ -1,0 +1,61 @@
+#pragma once
+
+#include <functional>
+#include <string>
+
+#include "platform/Terminal.h"
+#include "platform/TextSink.h"
+#include "platform/linux/LinuxRuntime.h"
+
+namespace corvane {
+
+/// Standard output or standard error. A reader that stops reading must not stop a device half way, so text is written
+/// only as fast as it is taken; finish waits for the rest at the end of the program.
+class StandardStream : public TextSink {
+public:
+    explicit StandardStream(int descriptor);
+    void write(std::string_view utf8) override;
+    bool isTerminal() const override { return isTerminal_; }
+
+    /// Writes what is taken now, without waiting.
+    void flush() { drain(0); }
+
+    /// Waits until everything is written or nobody reads any more.
+    void finish() { drain(-1); }
+
+private:
+    void drain(int waitMs);
+
+    int descriptor_;
+    bool isTerminal_;
+    bool isBroken_ = false;
+    std::string pending_;
+};
+
+/// Standard input as a terminal.
+class LinuxTerminal : public Terminal {
+public:
+    explicit LinuxTerminal(LinuxRuntime& runtime) : runtime_(runtime) {}
+    bool isThere() const override;
+    std::optional<std::string> readLine(bool echo, const std::function<bool()>& isAbandoned) override;
+
+private:
+    LinuxRuntime& runtime_;
+    std::string typed_;  // beyond the line that was asked for
+};
+
+/// Turns SIGINT, SIGTERM and SIGHUP into calls of a handler from DoEvents, and ignores SIGPIPE, while it lives.
+class SignalSource {
+public:
+    SignalSource(LinuxRuntime& runtime, std::function<void()> handler);
+    ~SignalSource();
+    SignalSource(const SignalSource&) = delete;
+    SignalSource& operator=(const SignalSource&) = delete;
+
+private:
+    LinuxRuntime& runtime_;
+    std::function<void()> handler_;
+    int descriptor_;
+};
+
+}  // namespace corvane
