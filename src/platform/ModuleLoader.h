@@ -21,6 +21,9 @@ public:
     /// The address of an exported function, null when there is none of that name.
     virtual void* lookUp(Module module, const std::string& name) = 0;
     virtual void release(Module module) = 0;
+
+    /// Why the last open gave null, in the system's words; empty when it did not.
+    virtual std::string problem() const { return {}; }
 };
 
 }  // namespace corvane

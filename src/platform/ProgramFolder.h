@@ -14,8 +14,9 @@ public:
     virtual std::string path() const = 0;
 
     /// "\Download\x.hex" below the folder: "\" and "/" both separate, and each part matches an existing entry without
-    /// regard to case (the exact one first). Parts that do not exist stay as they are given.
-    virtual std::string resolve(std::string_view given) const = 0;
+    /// regard to case (the exact one first, else the first in the order of bytes). Parts that do not exist stay as they
+    /// are given; empty ones, "." and ".." are dropped, so that nothing outside is ever meant.
+    virtual std::string resolve(std::string_view given) const;
 };
 
 }  // namespace corvane

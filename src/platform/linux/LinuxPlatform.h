@@ -1,0 +1,35 @@
+#pragma once
+
+#include "platform/Platform.h"
+#include "platform/linux/CurlAsyncReader.h"
+#include "platform/linux/DlModuleLoader.h"
+#include "platform/linux/LinuxLauncher.h"
+#include "platform/linux/LinuxPortMap.h"
+#include "platform/linux/LinuxProgramFolder.h"
+#include "platform/linux/LinuxRuntime.h"
+#include "platform/linux/QtSettingsStore.h"
+#include "platform/linux/TermiosSerialControl.h"
+
+namespace corvane {
+
+/// The real side of every seam, one of each, for a program's main to hold.
+class LinuxPlatform {
+public:
+    LinuxRuntime& runtime() { return runtime_; }
+    const LinuxProgramFolder& folder() const { return folder_; }
+
+    Platform seams() { return {runtime_, serial_, ports_, modules_, reader_, profile_, settings_, folder_, launcher_}; }
+
+private:
+    LinuxRuntime runtime_;
+    LinuxPortMap ports_;
+    TermiosSerialControl serial_{runtime_, ports_};
+    DlModuleLoader modules_;
+    CurlAsyncReader reader_{runtime_};
+    IniProfile profile_;
+    QtSettingsStore settings_;
+    LinuxProgramFolder folder_;
+    LinuxLauncher launcher_{runtime_};
+};
+
+}  // namespace corvane

@@ -1,0 +1,27 @@
+#pragma once
+
+#include "platform/SettingsStore.h"
+
+namespace corvane {
+
+/// One file for an application, <folder>/<application>/<application>.conf, in which a section is a group. Hand-written
+/// values read back as written (RawIni.h tells the rules). The file is for this user alone, replaced whole, and keeps
+/// what this program does not know, but for comments.
+class QtSettingsStore : public SettingsStore {
+public:
+    /// In this user's configuration folder.
+    QtSettingsStore();
+    explicit QtSettingsStore(std::string folder) : folder_(std::move(folder)) {}
+
+    std::string GetSetting(const std::string& application, const std::string& section, const std::string& key,
+                           const std::string& byDefault) override;
+    bool SaveSetting(const std::string& application, const std::string& section, const std::string& key,
+                     const std::string& value) override;
+
+private:
+    std::string fileOf(const std::string& application) const;
+
+    std::string folder_;
+};
+
+}  // namespace corvane
