@@ -29,7 +29,7 @@ Device::Device(DeviceOptions options)
       application_(applicationOf(board_)),
       hostRate_(board_.options.baud),
       garbageLeft_(kMostGarbage) {
-    if (board_.options.kind == Kind::babbling && !board_.faults.find(FaultKind::babble)) board_.faults.add("babble");
+    if (board_.options.kind == Kind::babbling && !board_.faults.has(FaultKind::babble)) board_.faults.add("babble");
     for (std::uint32_t cell = 0; cell < 64; ++cell) board_.flash.program(cell, static_cast<std::uint8_t>(cell * 5));
     const bool hasBoot = board_.options.kind != Kind::silent && board_.options.kind != Kind::babbling;
     if (application_ && !board_.options.startsInBoot) {

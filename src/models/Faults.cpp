@@ -265,6 +265,10 @@ const Fault* Faults::strike(FaultKind kind, std::uint32_t number, std::string_vi
     return &*found;
 }
 
+bool Faults::has(FaultKind kind) const {
+    return std::any_of(faults_.begin(), faults_.end(), [kind](const Fault& fault) { return fault.kind == kind; });
+}
+
 std::string Faults::help() {
     std::string lines;
     for (const auto& rule : kRules) {

@@ -76,6 +76,9 @@ public:
     /// The same without counting.
     const Fault* find(FaultKind kind, std::uint32_t number = 0, std::string_view text = {}) const;
 
+    /// Whether there is one of this kind, wherever it strikes.
+    bool has(FaultKind kind) const;
+
     /// One line for each kind: how it is written and what it does.
     static std::string help();
 

@@ -1,0 +1,120 @@
+#include "models/PacedLine.h"
+
+#include <gtest/gtest.h>
+
+#include "Talk.h"
+
+namespace corvane::models {
+namespace {
+
+Bytes chars(const char* text) { return bytesOf(std::string(text)); }
+
+/// Notes when it hears what, and answers an "a" with three bytes.
+class Recorder : public Peer {
+public:
+    void hear(Micros now, const Bytes& bytes, std::uint32_t hostRate) override {
+        rates.push_back(hostRate);
+        for (const auto byte : bytes) {
+            heardAt.push_back(now);
+            if (byte == 'a') said = {{now, fromHex("717273")}};
+        }
+    }
+    std::optional<Micros> nextAt() const override { return said ? std::optional(said->first) : std::nullopt; }
+    Bytes speak(Micros) override { return std::exchange(said, std::nullopt)->second; }
+    bool isPlugged() const override { return plugged; }
+
+    std::vector<Micros> heardAt;
+    std::vector<std::uint32_t> rates;
+    std::optional<std::pair<Micros, Bytes>> said;
+    bool plugged = true;
+};
+
+TEST(PacedLine, GivesEveryByteItsTime) {
+    const struct {
+        std::uint32_t rate;
+        std::vector<Micros> heardAt;
+        Micros firstBack, allBack;
+    } rows[] = {
+        {9600, {1042, 2084, 3125}, 4167, 6250},
+        {115200, {87, 174, 261}, 348, 522},
+        {921600, {11, 22, 33}, 44, 66},
+    };
+    for (const auto& row : rows) {
+        Recorder device;
+        PacedLine line(device);
+        line.hear(0, chars("xya"), row.rate);
+        EXPECT_EQ(line.speak(row.firstBack - 1), Bytes{});
+        EXPECT_EQ(device.heardAt, row.heardAt) << row.rate;
+        EXPECT_EQ(line.speak(row.firstBack + 1), chars("q")) << row.rate;
+        EXPECT_EQ(line.speak(row.allBack - 2), chars("r")) << row.rate;
+        EXPECT_EQ(line.speak(row.allBack + 1), chars("s")) << row.rate;
+        EXPECT_EQ(line.nextAt(), std::nullopt);
+    }
+}
+
+TEST(PacedLine, NamesTheMomentOfTheNextNews) {
+    Recorder device;
+    PacedLine line(device);
+    line.hear(1000, chars("za"), 115200);
+    EXPECT_EQ(line.nextAt(), 1174) << "two bytes on their way are one event";
+    EXPECT_EQ(line.speak(1174), Bytes{});
+    EXPECT_EQ(line.nextAt(), 1435) << "and so are three on their way back";
+    EXPECT_EQ(line.speak(1435).size(), 3U);
+
+    line.hear(2000, Bytes(500, 'z'), 19200);
+    EXPECT_EQ(line.nextAt(), 3521) << "a long text is handed over every millisecond";
+}
+
+TEST(PacedLine, BytesWaitForTheOnesAhead) {
+    Recorder device;
+    PacedLine line(device);
+    line.hear(0, chars("zz"), 9600);
+    line.hear(500, chars("zz"), 9600);
+    line.speak(10000);
+    EXPECT_EQ(device.heardAt, (std::vector<Micros>{1042, 2084, 3125, 4167}));
+}
+
+TEST(PacedLine, LateOwnersChangeNothing) {
+    Recorder device;
+    PacedLine line(device);
+    line.hear(0, chars("a"), 19200);
+    EXPECT_EQ(line.speak(1000000), chars("qrs"));
+    EXPECT_EQ(device.heardAt, (std::vector<Micros>{521}));
+}
+
+TEST(PacedLine, TellsARateAloneAndDropsWhatAnUnpluggedDeviceSaid) {
+    Recorder device;
+    PacedLine line(device);
+    line.hear(0, {}, 300);
+    EXPECT_EQ(device.rates, std::vector<std::uint32_t>{300});
+    line.hear(0, chars("a"), 19200);
+    EXPECT_EQ(line.speak(1100), chars("q"));
+    device.plugged = false;
+    EXPECT_EQ(line.speak(9000), Bytes{});
+    EXPECT_FALSE(line.isPlugged());
+    device.plugged = true;
+    EXPECT_EQ(line.speak(9000), Bytes{});
+}
+
+TEST(Transcript, TotalsTheWire) {
+    DeviceOptions options;
+    options.startsInBoot = true;
+    options.bootBaud = 115200;
+    Device device(options);
+    PacedLine line(device);
+    Talk talk{line, 19200};
+    talk.timeline("0d", 100);
+    talk.rate = 115200;
+    EXPECT_EQ(talk.timeline("02580d", 100), "0:06");
+    const auto& transcript = line.transcript();
+    EXPECT_EQ(transcript.bytes(Direction::toDevice), 4U);
+    EXPECT_EQ(transcript.bytes(Direction::toHost), 1U);
+    EXPECT_EQ(transcript.wireTime(), 521 + 347);
+    EXPECT_EQ(transcript.wireTime(100000), 347);
+    ASSERT_EQ(transcript.passages().size(), 3U);
+    EXPECT_EQ(textOf(transcript.passages()[1]), "    0.100000 > 115200 \\x02X\\x0D");
+    EXPECT_EQ(textOf(transcript.passages()[2]), "    0.100348 < 115200 \\x06");
+}
+
+}  // namespace
+}  // namespace corvane::models
