@@ -1,0 +1,197 @@
+#include "hid/HidPort.h"
+
+#include <algorithm>
+#include <cmath>
+
+#include "hid/HidIdentifiers.h"
+#include "text/Number.h"
+#include "text/Text.h"
+
+namespace corvane {
+namespace {
+
+constexpr int kTries = 3;
+constexpr int kRetryPause = 50;                // ms
+constexpr int kStartPause = 150;               // ms that a reader needs after opening
+constexpr int kClosePause = 50;                // ms
+constexpr std::int32_t kSilentProductId = 21;  // takes no commands
+constexpr char kSilentMark[] = "HID1";         // neither does one whose product text says this in brackets
+
+/// The rate that a settings text names, 0 when it names none. "57600N" is the rate 57600, as for a serial port.
+std::int32_t rateOf(const std::string& settings) {
+    double rate = 0;
+    for (const auto& field : split(settings, ',')) {
+        const double value = leadingNumber(field);
+        if (value == 0 && !isNumeric(field)) continue;
+        const bool stopBits = value == 1 || value == 1.5 || value == 2;
+        const bool dataBits = value >= 4 && value <= 8;
+        if (!stopBits && !dataBits) rate = std::trunc(value);
+    }
+    return toLong(rate);
+}
+
+bool isMarkedSilent(const std::string& product) {
+    const auto end = product.rfind(')');
+    if (end == std::string::npos) return false;
+    const auto start = product.rfind('(', end);
+    if (start == std::string::npos) return false;
+    return upperCase(trimmed(std::string_view(product).substr(start + 1, end - start - 1))) == kSilentMark;
+}
+
+}  // namespace
+
+void HidPort::PortOpen(bool bPortOpen) {
+    if (bPortOpen) {
+        open();
+    } else {
+        close();
+    }
+}
+
+void HidPort::open() {
+    session_.create();
+    channel_.KestrelCmdSetEnabled(true);
+    auto& library = session_.library;
+    const std::int32_t handle = session_.handle;
+    openFailure_.clear();
+    if (!handle) {
+        openFailure_ = session_.present ? "the HID library found no way to the devices" : "the HID library is missing";
+        return;
+    }
+    if (!library.open(handle, commPort_.c_str())) {
+        openFailure_ = vellText(library.getParamString(handle));
+        return;
+    }
+    if (!takesCommands()) channel_.KestrelCmdSetEnabled(false);
+    Break(false);
+    session_.registerCallBack();
+    InBufferSize(inBufferSize_);
+    OutBufferSize(outBufferSize_);
+    if (channel_.KestrelCmdSetEnabled()) {
+        runtime_.Sleep(kStartPause);
+        if (setRateAtOpening() && readDirection()) return;
+    }
+    KestrelDefaultSerialTo = 0;
+    KestrelDefaultPS2To = 1;
+    KestrelDefaultHIDExTo = 1;
+}
+
+bool HidPort::takesCommands() {
+    auto& library = session_.library;
+    const auto known = [&](bool supported) { return supported && session_.handle; };
+    if (known(session_.supportsAddNewUSBID) &&
+        library.deviceIsUSBID(session_.handle, commPort_.c_str(), MakerVendorID, kSilentProductId)) {
+        return false;
+    }
+    if (!known(session_.supportsGetDeviceUSBID)) return true;
+    return !isMarkedSilent(vellText(library.getDeviceProduct(session_.handle, commPort_.c_str())));
+}
+
+bool HidPort::setRateAtOpening() {
+    for (int i = 0; i < kTries; ++i) {
+        commands_.KestrelDiscardBuffer();
+        if (commands_.SetHIDBaudrate(commands_.baudRate())) return true;
+        if (!channel_.IsSendHIDCmdNAK()) return false;
+        runtime_.Sleep(kRetryPause);
+    }
+    return false;
+}
+
+bool HidPort::readDirection() {
+    for (int i = 0; i < kTries; ++i) {
+        if (commands_.GetKestrelDefaultIODirect(KestrelDefaultSerialTo, KestrelDefaultPS2To, KestrelDefaultHIDExTo)) {
+            return true;
+        }
+        if (!channel_.IsSendHIDCmdNAK()) return false;
+        runtime_.Sleep(kRetryPause);
+        commands_.KestrelDiscardBuffer();
+    }
+    return false;
+}
+
+void HidPort::close() {
+    if (!session_.isOpen()) return;
+    if (channel_.KestrelCmdSetEnabled()) {
+        const auto giveBack = [this] {
+            return commands_.SetKestrelIODirect(KestrelDefaultSerialTo, KestrelDefaultPS2To, KestrelDefaultHIDExTo);
+        };
+        if (!giveBack() && channel_.IsSendHIDCmdNAK()) {
+            runtime_.Sleep(kRetryPause);
+            commands_.KestrelDiscardBuffer();
+            giveBack();
+        }
+    }
+    session_.library.close(session_.handle);
+    runtime_.Sleep(kClosePause);
+}
+
+void HidPort::Settings(const std::string& szSettings) {
+    const std::int32_t rate = rateOf(szSettings);
+    if (!PortOpen()) {
+        commands_.baudRate(rate);
+        return;
+    }
+    for (int i = 0; i < kTries && !commands_.SetHIDBaudrate(rate); ++i) runtime_.Sleep(kRetryPause);
+}
+
+std::int32_t HidPort::InBufferCount() { return session_.handle ? session_.library.bytesToRead(session_.handle) : 0; }
+
+void HidPort::discardIn() {
+    if (session_.handle) session_.library.discardReadBuffer(session_.handle);
+}
+
+std::int32_t HidPort::InBufferSize() {
+    return session_.handle ? session_.library.getReadBufferSize(session_.handle) : 0;
+}
+
+void HidPort::InBufferSize(std::int32_t lInBufferSize) {
+    inBufferSize_ = lInBufferSize;
+    if (session_.handle) session_.library.setReadBufferSize(session_.handle, lInBufferSize);
+}
+
+std::int32_t HidPort::OutBufferCount() { return session_.handle ? session_.library.bytesToWrite(session_.handle) : 0; }
+
+void HidPort::discardOut() {
+    if (session_.handle) session_.library.discardWriteBuffer(session_.handle);
+}
+
+std::int32_t HidPort::OutBufferSize() {
+    return session_.handle ? session_.library.getWriteBufferSize(session_.handle) : 0;
+}
+
+void HidPort::OutBufferSize(std::int32_t lOutBufferSize) {
+    outBufferSize_ = lOutBufferSize;
+    if (session_.handle) session_.library.setWriteBufferSize(session_.handle, lOutBufferSize);
+}
+
+Variant HidPort::CommInput() {
+    Bytes bytes;
+    if (PortOpen()) {
+        std::int32_t count = session_.library.getReadBufferSize(session_.handle);
+        if (InputLen != 0 && count > InputLen) count = InputLen;
+        if (count > 0) {
+            bytes.resize(static_cast<std::size_t>(count));
+            const std::int32_t read = session_.library.read(session_.handle, bytes.data(), count, 0, 0);
+            bytes.resize(static_cast<std::size_t>(std::clamp(read, 0, count)));
+        }
+    }
+    if (InputMode == 1) return bytes;
+    return textOf(bytes);
+}
+
+void HidPort::CommOutput(const Variant& vOutput) {
+    const Bytes bytes = bytesOf(vOutput);
+    if (bytes.empty() || !PortOpen()) return;
+    const auto size = static_cast<std::int32_t>(bytes.size());
+    session_.library.write(session_.handle, bytes.data(), size, 0, size);
+}
+
+bool HidPort::Break() { return session_.handle && session_.library.getBreak(session_.handle); }
+
+void HidPort::Break(bool bBreak) {
+    if (session_.handle) session_.library.setBreak(session_.handle, bBreak ? -1 : 0);
+}
+
+bool HidPort::CTSHolding() { return session_.handle && session_.library.getCTSHolding(session_.handle); }
+
+}  // namespace corvane
