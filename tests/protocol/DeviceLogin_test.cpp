@@ -1,0 +1,148 @@
+#include "protocol/DeviceLogin.h"
+
+#include <gtest/gtest.h>
+
+#include "models/PacedLine.h"
+#include "support/RecordingFace.h"
+#include "support/ScriptedPeer.h"
+#include "support/SerialBench.h"
+
+namespace corvane {
+namespace {
+
+TEST(Password, IsEncodedByItsNeighbours) {
+    EXPECT_EQ(EncodePassword("quill"), (Bytes{0x04, 0x1C, 0x05, 0x00, 0x6C}));
+    EXPECT_EQ(EncodePassword("k"), (Bytes{'k'}));
+    EXPECT_EQ(EncodePassword("\xE9z"), (Bytes{0x93, 'z'}));
+    EXPECT_EQ(EncodePassword(""), Bytes());
+}
+
+class Login : public ::testing::Test {
+protected:
+    models::Device& connect(models::DeviceOptions options) {
+        device = std::make_unique<models::Device>(std::move(options));
+        bench.open(*device);
+        return *device;
+    }
+
+    bool logIn(std::string password = "quill") {
+        const bool done = login.Login(password);
+        typed = password;
+        return done;
+    }
+
+    fakes::SerialBench bench;
+    std::unique_ptr<models::Device> device;
+    fakes::RecordingFace face;
+    DeviceSession session{bench.runtime, face, bench.port};
+    DeviceLogin login{session, face};
+    std::string typed;
+};
+
+TEST_F(Login, NeedsNoPasswordWhenTheDeviceWantsNone) {
+    connect({});
+    session.loggedIn = true;
+    EXPECT_TRUE(logIn());
+    EXPECT_FALSE(session.loggedIn);
+    EXPECT_EQ(device->log().requests.size(), 1U);
+}
+
+TEST_F(Login, OffersTheDefaultAndThenAsks) {
+    models::DeviceOptions options;
+    options.password = "sesame";
+    connect(options);
+    face.answers = {"wrong", "sesame"};
+    EXPECT_TRUE(logIn());
+    EXPECT_TRUE(session.loggedIn);
+    EXPECT_EQ(typed, "sesame");
+    const std::string question = "Password|Please type in password:|quill";
+    EXPECT_EQ(face.questions, (std::vector<std::string>{question, question}));
+
+    face.answers = {"wrong", ""};
+    EXPECT_FALSE(logIn());
+    EXPECT_FALSE(session.loggedIn);
+    EXPECT_TRUE(logIn("sesame"));
+}
+
+TEST_F(Login, TakesRepliesOfThreeBytesOrMoreOnly) {
+    fakes::ScriptedPeer peer;
+    bench.open(peer);
+    const std::string ask("\x01\x00\x00\x00\xC0\x71", 6);
+    peer.answer(ask, std::string("\x01\x00\x06\x02\x00\x10\x84\x84", 8));
+    EXPECT_FALSE(logIn());
+    peer.answer(ask, std::string("\x01\x00\x06\x03\x00\x10\x00\x9F\x85", 9));
+    EXPECT_TRUE(logIn());
+}
+
+TEST_F(Login, ReadsTheVersionUpToItsEnd) {
+    struct Case {
+        std::string version;
+        bool nul;
+        bool found;
+    };
+    for (const auto& one : {Case{"TARN-R200 V5.1R23", true, true}, Case{"R\xE9 1", false, true}, Case{"", true, false},
+                            Case{"", false, false}}) {
+        models::DeviceOptions options;
+        options.version = one.version;
+        options.versionEndsInNul = one.nul;
+        connect(options);
+        std::string version;
+        EXPECT_EQ(login.GetVersion(version), one.found);
+        EXPECT_EQ(version, one.version);
+        bench.port.PortOpen(false);
+    }
+}
+
+TEST_F(Login, DetectsEachPromptAlsoInPieces) {
+    for (const char* prompt : {"M51>", "AVR>", "ARM>"}) {
+        models::DeviceOptions options;
+        options.kind = models::Kind::boot;
+        options.prompt = prompt;
+        options.faults = {"prompt-pieces=60"};
+        connect(options);
+        EXPECT_TRUE(login.DetectPrompt()) << prompt;
+        EXPECT_EQ(bench.port.InputMode(), 1);
+        bench.port.PortOpen(false);
+    }
+}
+
+TEST_F(Login, PollsForAPromptTwiceWithItsSilenceRestarted) {
+    fakes::ScriptedPeer peer;
+    bench.open(peer);
+    EXPECT_FALSE(login.DetectPrompt());
+    EXPECT_EQ(peer.heardText(), "\r\r");
+    EXPECT_GE(bench.runtime.ms(), 300);
+    EXPECT_LE(bench.runtime.ms(), 320);
+
+    const auto start = bench.runtime.ms();
+    peer.say(start + 140, "A");
+    peer.say(start + 230, "VR>");
+    EXPECT_TRUE(login.DetectPrompt());
+    peer.say(bench.runtime.ms() + 60, "avr>");
+    EXPECT_FALSE(login.DetectPrompt());
+}
+
+TEST_F(Login, GivesUpAnEndlessTalkerAndALostPort) {
+    fakes::ScriptedPeer peer;
+    bench.open(peer);
+    for (int ms = 0; ms < 20000; ms += 20) peer.say(ms, "tick ");
+    EXPECT_FALSE(login.DetectPrompt());
+    EXPECT_GE(bench.runtime.ms(), 3000);
+    EXPECT_LE(bench.runtime.ms(), 3060);
+    peer.unplugAt(bench.runtime.ms() + 70);
+    const auto start = bench.runtime.ms();
+    EXPECT_FALSE(login.DetectPrompt());
+    EXPECT_LE(bench.runtime.ms() - start, 130);
+}
+
+TEST_F(Login, DelaysItsTimeWhileEventsRun) {
+    bool clicked = false;
+    bench.runtime.at(500, [&] { clicked = true; });
+    login.Delay(1000);
+    EXPECT_TRUE(clicked);
+    EXPECT_GE(bench.runtime.ms(), 1000);
+    EXPECT_LE(bench.runtime.ms(), 1010);
+}
+
+}  // namespace
+}  // namespace corvane
