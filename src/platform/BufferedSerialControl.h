@@ -52,8 +52,11 @@ public:
     void RTSEnable(bool on) override;
     bool DTREnable() const override { return dtrEnable_; }
     void DTREnable(bool on) override;
+    using SerialControl::CDHolding;
     bool CDHolding() override { return PortOpen() && isHolding(LineInput::carrierDetect); }
+    using SerialControl::CTSHolding;
     bool CTSHolding() override { return PortOpen() && isHolding(LineInput::clearToSend); }
+    using SerialControl::DSRHolding;
     bool DSRHolding() override { return PortOpen() && isHolding(LineInput::dataSetReady); }
     bool EOFEnable() const override { return eofEnable_; }
     void EOFEnable(bool on) override { eofEnable_ = on; }

@@ -33,9 +33,9 @@ OpenFailure FakeSerialControl::openLine() {
     if (busy_.count(number)) return {Kind::inUse, path, kBusy};
     if (forbidden_.count(number)) return {Kind::noPermission, path, kForbidden};
     const auto found = peers_.find(number);
+    if (found != peers_.end()) found->second->speak(clock_.micros());  // nobody heard what it said before
     if (found == peers_.end() || !found->second->isPlugged()) return {Kind::notThere, path, kNotThere};
     peer_ = found->second;
-    peer_->speak(clock_.micros());  // nobody heard what it said before
     ++handle_;
     return {Kind::none, path, 0};
 }
