@@ -33,7 +33,7 @@ void TermiosSerialControl::closeLine() {
 }
 
 void TermiosSerialControl::watch() {
-    io_.watch(line_.descriptor(), EPOLLIN | (watchesOutput_ ? EPOLLOUT : 0),
+    io_.watch(line_.descriptor(), EPOLLIN | (watchesOutput_ ? EPOLLOUT : 0U),
               [this](std::uint32_t events) { onIo(events); });
 }
 
