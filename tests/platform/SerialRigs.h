@@ -37,7 +37,10 @@ private:
 /// The real control at a pseudo-terminal.
 class PseudoTerminalRig {
 public:
-    PseudoTerminalRig() { map.entries = {{line.path().substr(5), "COM1"}}; }
+    PseudoTerminalRig() {
+        map.entries = {{line.path().substr(5), "COM1"}};
+        line.makeRaw();
+    }
     ~PseudoTerminalRig();
 
     LinuxRuntime runtime;

@@ -14,6 +14,13 @@ PseudoTerminal::PseudoTerminal() : far_(posix_openpt(O_RDWR | O_NOCTTY | O_NONBL
     path_ = ptsname(far_);
 }
 
+void PseudoTerminal::makeRaw() const {
+    termios2 line{};
+    if (ioctl(far_, TCGETS2, &line) < 0) throw std::runtime_error("no line settings");
+    line.c_iflag = line.c_oflag = line.c_lflag = 0;
+    if (ioctl(far_, TCSETS2, &line) < 0) throw std::runtime_error("no raw line");
+}
+
 void PseudoTerminal::say(const std::string& bytes) const {
     if (::write(far_, bytes.data(), bytes.size()) != static_cast<ssize_t>(bytes.size())) {
         throw std::runtime_error("the pseudo-terminal takes no more");

@@ -15,6 +15,9 @@ public:
 
     const std::string& path() const { return path_; }
 
+    /// No echo even before anybody has opened the near side; otherwise it starts as a terminal does.
+    void makeRaw() const;
+
     /// Puts bytes on the line; throws when they do not fit at once.
     void say(const std::string& bytes) const;
 
