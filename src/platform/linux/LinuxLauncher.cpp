@@ -6,8 +6,8 @@
 #include <fcntl.h>
 #include <spawn.h>
 #include <sys/epoll.h>
-#include <sys/pidfd.h>
 #include <sys/stat.h>
+#include <sys/syscall.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -78,7 +78,7 @@ std::string LinuxLauncher::spawn(const std::string& program, const std::string* 
 
 /// Nobody asks how it ended, but it must be asked for.
 void LinuxLauncher::awaitEnd(int process) {
-    const int ended = pidfd_open(process, 0);
+    const int ended = static_cast<int>(syscall(SYS_pidfd_open, process, 0));  // glibc 2.36 declares its own for C only
     if (ended < 0) return;
     running_.insert(ended);
     runtime_.watch(ended, EPOLLIN, [this, ended](std::uint32_t) {
