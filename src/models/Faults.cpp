@@ -241,7 +241,13 @@ constexpr std::string_view valueName(Value value) {
     return "";
 }
 
-std::string optionally(Need need, std::string text) { return need == must ? text : "[" + text + "]"; }
+std::string optionally(Need need, char mark, std::string_view name) {
+    std::string text(1, mark);
+    text += name;
+    if (need == must) return text;
+    text.insert(text.begin(), '[');
+    return text += ']';
+}
 
 }  // namespace
 
@@ -273,9 +279,9 @@ std::string Faults::help() {
     std::string lines;
     for (const auto& rule : kRules) {
         std::string form(rule.name);
-        if (rule.place != Place::none) form += optionally(rule.placeNeed, "@" + std::string(placeName(rule.place)));
+        if (rule.place != Place::none) form += optionally(rule.placeNeed, '@', placeName(rule.place));
         form += rule.isHabit ? "" : "[xN]";
-        if (rule.value != Value::none) form += optionally(rule.valueNeed, "=" + std::string(valueName(rule.value)));
+        if (rule.value != Value::none) form += optionally(rule.valueNeed, '=', valueName(rule.value));
         form.resize(std::max<std::size_t>(form.size() + 1, 28), ' ');
         lines += "  " + form + std::string(rule.does) + "\n";
     }

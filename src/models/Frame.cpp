@@ -31,7 +31,9 @@ std::uint16_t frameCrc(const std::uint8_t* bytes, std::size_t count) {
 }
 
 Bytes replyFrame(std::uint8_t address, std::uint8_t status, const Bytes& data) {
-    Bytes frame{kStart, address, status, static_cast<std::uint8_t>(data.size())};
+    Bytes frame;
+    frame.reserve(data.size() + kAround);
+    for (const auto byte : {kStart, address, status, static_cast<std::uint8_t>(data.size())}) frame.push_back(byte);
     frame.insert(frame.end(), data.begin(), data.end());
     const auto crc = frameCrc(frame.data() + 1, frame.size() - 1);
     frame.push_back(static_cast<std::uint8_t>(crc >> 8));

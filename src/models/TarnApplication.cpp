@@ -26,21 +26,23 @@ Next TarnApplication::hear(Micros now, std::uint8_t byte) {
 }
 
 Next TarnApplication::obey(Micros now, const std::string& command) {
-    std::string line;
+    std::string line(1, kStx);
     Next next = Next::goOn;
     if (const auto* other = board_.faults.strike(FaultKind::tarn, 0, command)) {
-        line = textOf(other->bytes);
+        line += textOf(other->bytes);
     } else if (command == "D00") {
-        line = "D00=1";
+        line += "D00=1";
     } else if (command == "F") {
-        line = "A" + board_.version;
+        line += 'A';
+        line += board_.version;
     } else if (command == "X") {
-        line = "A";
+        line += 'A';
         next = Next::enterBoot;
     } else {
         return Next::goOn;
     }
-    board_.reply(now, bytesOf(kStx + line + kCr));
+    line += kCr;
+    board_.reply(now, bytesOf(line));
     return next;
 }
 

@@ -1,0 +1,66 @@
+#include "bench/ChildProcess.h"
+
+#include <signal.h>
+#include <spawn.h>
+#include <sys/wait.h>
+
+// This system's header forgets to say that these are C functions.
+extern "C" {
+#include <sys/pidfd.h>
+}
+
+namespace corvane::bench {
+namespace {
+
+std::vector<char*> pointersTo(std::vector<std::string>& texts) {
+    std::vector<char*> pointers;
+    for (auto& text : texts) pointers.push_back(text.data());
+    pointers.push_back(nullptr);
+    return pointers;
+}
+
+std::vector<std::string> environmentWith(const std::string& variable, const std::string& value) {
+    std::vector<std::string> all{variable + "=" + value};
+    for (char** one = environ; *one; ++one) {
+        const std::string text = *one;
+        if (text.rfind(variable + "=", 0) != 0) all.push_back(text);
+    }
+    return all;
+}
+
+pid_t spawn(const std::vector<std::string>& command, const std::string& variable, const std::string& value) {
+    auto arguments = command;
+    auto environment = environmentWith(variable, value);
+    // The signals that the bench keeps for itself are the command's own business.
+    posix_spawnattr_t attributes;
+    posix_spawnattr_init(&attributes);
+    sigset_t none, toDefault;
+    sigemptyset(&none);
+    sigemptyset(&toDefault);
+    sigaddset(&toDefault, SIGPIPE);
+    posix_spawnattr_setsigmask(&attributes, &none);
+    posix_spawnattr_setsigdefault(&attributes, &toDefault);
+    posix_spawnattr_setflags(&attributes, POSIX_SPAWN_SETSIGMASK | POSIX_SPAWN_SETSIGDEF);
+    pid_t pid = -1;
+    const int error = posix_spawnp(&pid, command.front().c_str(), nullptr, &attributes, pointersTo(arguments).data(),
+                                   pointersTo(environment).data());
+    posix_spawnattr_destroy(&attributes);
+    if (error) throw std::system_error(error, std::generic_category(), command.front());
+    return pid;
+}
+
+}  // namespace
+
+ChildProcess::ChildProcess(const std::vector<std::string>& command, const std::string& variable,
+                           const std::string& value)
+    : pid_(spawn(command, variable, value)), ended_(pidfd_open(pid_, 0), "pidfd_open") {}
+
+void ChildProcess::signal(int number) const { pidfd_send_signal(ended_.get(), number, nullptr, 0); }
+
+int ChildProcess::status() const {
+    int status = 0;
+    if (waitpid(pid_, &status, 0) < 0) return 127;
+    return WIFSIGNALED(status) ? 128 + WTERMSIG(status) : WEXITSTATUS(status);
+}
+
+}  // namespace corvane::bench

@@ -1,0 +1,43 @@
+#pragma once
+
+#include <cstdint>
+#include <string>
+
+#include "bench/Descriptor.h"
+#include "text/Variant.h"
+
+namespace corvane::bench {
+
+/// A pseudo-terminal whose slave is a device's port: raw and without echo from the start. Destroying it unplugs the
+/// port: whoever holds it reads its end. Throws std::system_error when the system has none to give.
+///
+/// The slave is held open here as well, because a master whose slave nobody holds is reported as hung up again and
+/// again; whether a program holds it, OpenWatch knows.
+class Pty {
+public:
+    Pty();
+
+    const std::string& path() const { return path_; }
+
+    /// Readable when the host has written something.
+    int descriptor() const { return master_.get(); }
+
+    /// The line rate (bits a second) that the host has set.
+    std::uint32_t hostRate() const;
+
+    /// What the host has written; empty when there is nothing.
+    Bytes read();
+
+    /// What the host has no room for is lost, as on a wire.
+    void write(const Bytes& bytes);
+
+    /// To be called when the last program has let go of the port: the next one finds it as the first one did.
+    void renew();
+
+private:
+    Descriptor master_;
+    Descriptor slave_;
+    std::string path_;
+};
+
+}  // namespace corvane::bench

@@ -1,0 +1,61 @@
+#include "bench/Station.h"
+
+namespace corvane::bench {
+
+Station::Station(Loop& loop, OpenWatch& watch, DeviceSpec spec, std::function<void()> portsChanged)
+    : loop_(loop),
+      watch_(watch),
+      spec_(std::move(spec)),
+      portsChanged_(std::move(portsChanged)),
+      device_(spec_.device),
+      line_(device_, spec_.device.baud) {
+    plugIn();
+    loop_.add(*this);
+}
+
+Station::~Station() {
+    loop_.remove(*this);
+    if (!pty_) return;
+    loop_.unwatch(pty_->descriptor());
+    watch_.unwatch(watchNumber_);
+}
+
+void Station::plugIn() {
+    pty_ = std::make_unique<Pty>();
+    watchNumber_ = watch_.watch(pty_->path(), [this] { pty_->renew(); });
+    loop_.watch(pty_->descriptor(), [this] { hear(); });
+}
+
+void Station::hear() {
+    const Bytes bytes = pty_->read();
+    const Micros now = loop_.now();
+    line_.hear(now, bytes, pty_->hostRate());
+    checkPlug(now);
+}
+
+std::optional<Micros> Station::nextAt() const { return pty_ ? line_.nextAt() : comesBackAt_; }
+
+void Station::act(Micros now) {
+    if (!pty_) {
+        comesBackAt_.reset();
+        device_.plugIn(now);
+        plugIn();
+        portsChanged_();
+        return;
+    }
+    const Bytes bytes = line_.speak(now);
+    if (watch_.isHeld(watchNumber_)) pty_->write(bytes);
+    line_.hear(now, {}, pty_->hostRate());
+    checkPlug(now);
+}
+
+void Station::checkPlug(Micros now) {
+    if (line_.isPlugged()) return;
+    loop_.unwatch(pty_->descriptor());
+    watch_.unwatch(watchNumber_);
+    pty_.reset();
+    if (spec_.replugMs) comesBackAt_ = now + *spec_.replugMs * 1000LL;
+    portsChanged_();
+}
+
+}  // namespace corvane::bench
