@@ -108,7 +108,8 @@ void FakeRuntime::dispatch() {
 }
 
 int FakeRuntime::startTimer(int ms, std::function<void()> due) {
-    timers_[++lastTimer_] = {ms * 1000LL, now_ + ms * 1000LL, std::move(due)};
+    const Micros period = std::max(ms, 1) * 1000LL;
+    timers_[++lastTimer_] = {period, now_ + period, std::move(due)};
     return lastTimer_;
 }
 

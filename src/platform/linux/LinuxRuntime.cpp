@@ -137,6 +137,7 @@ void LinuxRuntime::dispatch() {
 
 int LinuxRuntime::startTimer(int ms, std::function<void()> due) {
     const int timer = checked(timerfd_create(CLOCK_MONOTONIC, TFD_NONBLOCK | TFD_CLOEXEC), "timerfd_create");
+    ms = std::max(ms, 1);  // 0 would disarm it
     const timespec period{ms / 1000, ms % 1000 * 1000000L};
     const itimerspec setting{period, period};
     timerfd_settime(timer, 0, &setting, nullptr);
