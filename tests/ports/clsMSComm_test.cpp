@@ -1,0 +1,257 @@
+#include "ports/clsMSComm.h"
+
+#include <gtest/gtest.h>
+
+#include "support/ScriptedPeer.h"
+#include "support/SerialBench.h"
+
+namespace corvane {
+namespace {
+
+using Names = std::vector<std::string>;
+
+TEST(BareInterface, DoesNothing) {
+    clsIMScomm bare;
+    bare.CommPort("COM3");
+    bare.PortOpen(true);
+    bare.InputMode(1);
+    bare.CommOutput(std::string("lost"));
+    EXPECT_EQ(bare.CommPort(), "");
+    EXPECT_FALSE(bare.PortOpen());
+    EXPECT_EQ(bare.InputMode(), 0);
+    EXPECT_EQ(bare.CommInput(), Variant());
+    EXPECT_FALSE(bare.IsMyCommPort("COM1"));
+    EXPECT_EQ(bare.NumberOfCommPorts(), 0);
+    EXPECT_EQ(bare.EnumCommPort(0) + bare.EnumCommPortEx(0) + bare.Settings(), "");
+}
+
+class Serial : public ::testing::Test {
+protected:
+    Serial() {
+        bench.plug(1, peer);
+        bench.plug(5, peer);
+        port.CommPort("COM1");
+        port.Settings("19200,N,8,1");
+    }
+
+    /// What the settings become, starting from 19200,N,8,1 with the port open or closed.
+    std::string after(const std::string& change, bool open) {
+        port.PortOpen(false);
+        port.Settings("19200,N,8,1");
+        port.PortOpen(open);
+        port.Settings(change);
+        return port.Settings();
+    }
+
+    fakes::SerialBench bench;
+    fakes::ScriptedPeer peer;
+    clsMSComm& port = bench.port;
+};
+
+TEST_F(Serial, SelectsAPortByNameOrNumber) {
+    struct Case {
+        const char* text;
+        const char* selected;
+    };
+    for (const auto& one : {Case{"5", "COM5"}, Case{"COM1", "COM1"}, Case{"COM5", "COM5"}, Case{"com1", "COM5"},
+                            Case{"", "COM5"}, Case{"LPT1", "COM5"}, Case{"99999", "COM5"}, Case{"1", "COM1"}}) {
+        port.CommPort(one.text);
+        EXPECT_EQ(port.CommPort(), one.selected) << one.text;
+    }
+    port.PortOpen(true);
+    port.CommPort("5");  // the control refuses, and nothing is closed
+    EXPECT_EQ(port.CommPort(), "COM1");
+    EXPECT_TRUE(port.PortOpen());
+    port.CommPort("COM5");
+    EXPECT_EQ(port.CommPort(), "COM5");
+    EXPECT_FALSE(port.PortOpen());
+}
+
+TEST_F(Serial, ChangesTheSettingsItIsGiven) {
+    struct Case {
+        const char* change;
+        const char* result;
+    };
+    const Case cases[] = {
+        {"9600", "9600,N,8,1"},
+        {"E", "19200,E,8,1"},
+        {"7,E", "19200,E,7,1"},
+        {"1.5", "19200,N,8,1.5"},
+        {"2", "19200,N,8,2"},
+        {"8,N,1,115200", "115200,N,8,1"},
+        {"O,300,M", "300,M,8,1"},
+        {"", "19200,N,8,1"},
+        {"   ", "19200,N,8,1"},
+        {" 4800 ", "4800,N,8,1"},
+        {"X,junk,9600", "9600,N,8,1"},
+        {"1,2,1", "19200,N,8,1"},
+        {"3", "3,N,8,1"},
+        {"57600N,8,1", "57600N,N,8,1"},
+    };
+    for (const auto& one : cases) EXPECT_EQ(after(one.change, false), one.result) << one.change;
+    EXPECT_EQ(after("57600N,8,1", true), "57600,N,8,1");
+    EXPECT_EQ(after("e,7", true), "19200,E,7,1");
+    EXPECT_EQ(after("3", true), "19200,N,8,1");  // the line keeps what it has, the next opening starts with 3
+}
+
+TEST_F(Serial, AppliesOnlySoundSettings) {
+    port.PortOpen(true);
+    const auto handle = port.CommID();
+    const auto changes = bench.control.lineChanges().size();
+    for (const char* bad : {"", "9600,N,8", "9600,N,8,1,1", "9601,N,8,1", "-150,N,8,1", "9600,X,8,1", "9600,NN,8,1",
+                            "9600,N,3,1", "9600,N,9,1", "9600,N,8,3", "9600,N,8,1.2", "9600,N,8,"}) {
+        EXPECT_FALSE(port.SetCOMMSettings(handle, bad)) << bad;
+    }
+    EXPECT_EQ(bench.control.lineChanges().size(), changes);
+    struct Case {
+        const char* settings;
+        CommState state;
+    };
+    const Case cases[] = {
+        {"110,n,8,1", {110, 0, 8, 0}},     {"1500,O,7,2", {1500, 1, 7, 2}},     {"128000,E,5,1.5", {128000, 2, 5, 1}},
+        {"56000,M,6,1", {56000, 3, 6, 0}}, {"921600,S,8,1", {921600, 4, 8, 0}}, {"57600N,N,8,1", {57600, 0, 8, 0}},
+        {"149.5,N,8,1", {150, 0, 8, 0}},
+    };
+    for (const auto& one : cases) {
+        EXPECT_TRUE(port.SetCOMMSettings(handle, one.settings)) << one.settings;
+        EXPECT_EQ(bench.control.line(), one.state) << one.settings;
+    }
+    EXPECT_EQ(port.GetCOMMSettings(handle), "150,N,8,1");
+    EXPECT_FALSE(port.SetCOMMSettings(handle + 1, "9600,N,8,1"));
+    EXPECT_EQ(port.GetCOMMSettings(handle + 1), "");
+    bench.control.refuse([](const CommState&) { return true; });
+    EXPECT_FALSE(port.SetCOMMSettings(handle, "9600,N,8,1"));
+}
+
+TEST_F(Serial, PassesARateOfZeroToTheLine) {
+    port.PortOpen(true);
+    bench.control.refuse([](const CommState& state) { return state.baudRate != 0; });
+    port.SetCOMMSettings(port.CommID(), "0,N,8,1");
+    EXPECT_EQ(bench.control.lineChanges().back().state.baudRate, 0U);
+}
+
+TEST_F(Serial, KeepsItsSettingsThroughClosingAndFailedOpening) {
+    port.PortOpen(true);
+    port.Settings("38400,E,7,2");
+    port.PortOpen(false);
+    EXPECT_EQ(port.Settings(), "38400,E,7,2");
+    bench.control.markBusy(1);
+    port.PortOpen(true);
+    EXPECT_FALSE(port.PortOpen());
+    EXPECT_EQ(bench.control.openFailure().kind, OpenFailure::Kind::inUse);
+    bench.control.markBusy(1, false);
+    port.PortOpen(true);
+    EXPECT_EQ(port.Settings(), "38400,E,7,2");
+    port.PortOpen(true);  // twice is no error to the caller
+    EXPECT_TRUE(port.PortOpen());
+}
+
+TEST_F(Serial, PutsTheLineRightWhenALineSignalIsSet) {
+    port.PortOpen(true);
+    port.Settings("57600,N,8,1");
+    port.SetCOMMSettings(port.CommID(), "300,N,8,1");
+    port.RTSEnable(true);
+    EXPECT_EQ(bench.control.line().baudRate, 57600U);
+    port.SetCOMMSettings(port.CommID(), "300,N,8,1");
+    port.DTREnable(false);
+    EXPECT_EQ(bench.control.line().baudRate, 57600U);
+    EXPECT_TRUE(port.RTSEnable());
+    EXPECT_FALSE(port.DTREnable());
+}
+
+TEST_F(Serial, ReopensAfterAFramingErrorAndThenTells) {
+    port.PortOpen(true);
+    port.Settings("9600,N,8,1");
+    const auto handle = port.CommID();
+    std::vector<bool> openWhenTold;
+    bench.event.OnComm = [&] { openWhenTold.push_back(port.PortOpen() && port.CommID() != handle); };
+    bench.control.raiseFramingError();
+    bench.runtime.WaitActivity(1);
+    bench.runtime.DoEvents();
+    EXPECT_EQ(openWhenTold, std::vector<bool>{true});
+    EXPECT_EQ(port.Settings(), "9600,N,8,1");
+}
+
+TEST_F(Serial, RecognisesItsNames) {
+    for (const char* mine : {"COM1", "COM16", "com3", "Com 7", "COM2.4"}) EXPECT_TRUE(port.IsMyCommPort(mine)) << mine;
+    for (const char* other : {"", "CO", "COM", "COM0", "COM17", "COMx", "COM-1", "HID1", "COM1x"}) {
+        EXPECT_FALSE(port.IsMyCommPort(other)) << other;
+    }
+}
+
+TEST_F(Serial, ListsPortsByNumberAsFarAsTheyFit) {
+    auto& entries = bench.map.entries;
+    entries = {{"a", "COM10"}, {"b", "COM9"}, {"c", "com1"},
+               {"d", "LPT1"},  {"e", "COM2"}, {std::string(64, 'x'), "COM3"},
+               {"f", "COM4"}};
+    EXPECT_EQ(port.NumberOfCommPorts(), 3);
+    EXPECT_EQ(port.EnumCommPort(0) + port.EnumCommPort(1) + port.EnumCommPort(2), "COM2COM9COM10");
+    EXPECT_EQ(port.EnumCommPort(3) + port.EnumCommPort(-1) + port.EnumCommPortEx(0), "");
+    entries = {{std::string(63, 'x'), "COM1234"}, {"b", "COM12345"}, {"c", "COM1"}};
+    EXPECT_EQ(port.NumberOfCommPorts(), 1);
+    EXPECT_EQ(port.EnumCommPort(0), "COM1234");
+    entries.clear();
+    for (int n = 1; n <= 300; ++n) entries.push_back({"t", "COM" + std::to_string(n)});
+    EXPECT_EQ(port.NumberOfCommPorts(), 256);
+    bench.map.isReadable = false;
+    EXPECT_EQ(port.NumberOfCommPorts(), 0);
+}
+
+TEST_F(Serial, LooksAfreshOnlyWhenAListIsReadFromItsStart) {
+    auto& listings = bench.map.listings;
+    listings = 0;
+    EXPECT_EQ(port.NumberOfCommPorts(), 2);
+    EXPECT_EQ(port.EnumCommPort(0) + port.EnumCommPort(1), "COM1COM5");
+    EXPECT_EQ(listings, 1);
+    bench.list(7);
+    EXPECT_EQ(port.EnumCommPort(2), "");
+    EXPECT_EQ(listings, 1);
+    EXPECT_EQ(port.EnumCommPort(0) + port.EnumCommPort(2), "COM1COM7");
+    EXPECT_EQ(listings, 2);
+    bench.map.entries.clear();
+    EXPECT_EQ(port.NumberOfCommPorts(), 0);
+    EXPECT_EQ(port.EnumCommPort(1), "");  // looks again, as nothing was there
+    EXPECT_EQ(listings, 4);
+}
+
+TEST_F(Serial, GivesTheSystemsWords) {
+    bench.control.message(5, "Access is denied.\r\n");
+    bench.control.message(0xAB12, std::string(600, 'x'));
+    EXPECT_EQ(port.GetSystemErrorText(5), "Access is denied.(0x5)");
+    EXPECT_EQ(port.GetSystemErrorText(0xAB12), std::string(512, 'x') + "(0xAB12)");
+    EXPECT_EQ(port.GetSystemErrorText(99), "");
+}
+
+TEST_F(Serial, ForwardsTheRestAndItsErrors) {
+    port.PortOpen(true);
+    port.InputMode(0);
+    port.InputLen(2);
+    port.CommOutput(std::string("abc"));
+    bench.runtime.Sleep(10);
+    EXPECT_EQ(peer.heardText(), "abc");
+    peer.say(bench.runtime.ms() + 1, "xyz");
+    bench.runtime.Sleep(5);
+    EXPECT_EQ(port.InBufferCount(), 3);
+    EXPECT_EQ(port.CommInput(), Variant(std::string("xy")));
+    port.InBufferCount(0);
+    EXPECT_EQ(port.InBufferCount(), 0);
+    port.RThreshold(3);
+    port.SThreshold(4);
+    port.HandShaking(2);
+    port.NullDiscard(true);
+    port.ParityReplace("#");
+    EXPECT_EQ(bench.control.RThreshold(), 3);
+    EXPECT_EQ(bench.control.SThreshold(), 4);
+    EXPECT_EQ(bench.control.HandShaking(), 2);
+    EXPECT_TRUE(bench.control.NullDiscard());
+    EXPECT_EQ(bench.control.ParityReplace(), "#");
+    EXPECT_THROW(port.CTSHolding(true), PortError);
+    port.PortOpen(false);
+    EXPECT_THROW(port.CommOutput(std::string("x")), PortError);
+    clsMSComm detached(bench.map);
+    detached.Attach(nullptr, nullptr);
+    EXPECT_THROW(detached.InBufferCount(), PortError);
+}
+
+}  // namespace
+}  // namespace corvane
