@@ -1,0 +1,50 @@
+#include "text/IntelHex.h"
+
+#include <gtest/gtest.h>
+
+namespace corvane {
+namespace {
+
+TEST(IntelHex, TakesARecordApart) {
+    const auto record = parseHexRecord(":0300300002337A1E");
+    ASSERT_TRUE(record);
+    EXPECT_EQ(record->address, 0x0030);
+    EXPECT_EQ(record->type, 0);
+    EXPECT_EQ(record->data, (Bytes{0x02, 0x33, 0x7A}));
+    EXPECT_TRUE(record->checksumRight);
+    const auto upper = parseHexRecord(":020000040800f2 \t");
+    ASSERT_TRUE(upper);
+    EXPECT_EQ(upper->type, 4);
+    EXPECT_EQ(upper->data, (Bytes{0x08, 0x00}));
+    EXPECT_TRUE(parseHexRecord(":00000001FF")->checksumRight);
+    EXPECT_FALSE(parseHexRecord(":00000001FE")->checksumRight);
+}
+
+TEST(IntelHex, SaysWhyALineIsNoRecord) {
+    const struct {
+        const char* line;
+        HexFault fault;
+    } cases[] = {
+        {"", HexFault::noColon},
+        {"00000001FF", HexFault::noColon},
+        {" :00000001FF", HexFault::noColon},
+        {":", HexFault::truncated},
+        {":00000001F", HexFault::truncated},
+        {":0300300002337A", HexFault::truncated},
+        {":0300300002337A1", HexFault::truncated},
+        {":0300300002337AG1", HexFault::notHexadecimal},
+        {":03 0300002337A1E", HexFault::notHexadecimal},
+        {":00000001FFG", HexFault::notHexadecimal},
+        {":00000001FF0", HexFault::tooLong},
+        {":00000001FF00", HexFault::tooLong},
+        {":00000001FF", HexFault::none},
+    };
+    for (const auto& c : cases) {
+        HexFault fault = HexFault::none;
+        EXPECT_EQ(parseHexRecord(c.line, &fault).has_value(), c.fault == HexFault::none) << c.line;
+        EXPECT_EQ(fault, c.fault) << c.line;
+    }
+}
+
+}  // namespace
+}  // namespace corvane

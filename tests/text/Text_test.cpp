@@ -1,0 +1,80 @@
+#include "text/Text.h"
+
+#include <filesystem>
+#include <fstream>
+#include <gtest/gtest.h>
+
+#include "text/RuntimeError.h"
+
+namespace corvane {
+namespace {
+
+TEST(Text, TrimsBlanksAtBothEnds) {
+    EXPECT_EQ(trimmed(" \t a b\t "), "a b");
+    EXPECT_EQ(trimmed(" \t "), "");
+    EXPECT_EQ(trimmed("\ra\n"), "\ra\n");
+}
+
+TEST(Text, FoldsOnlyTheLettersAToZ) {
+    EXPECT_EQ(upperCase("aZ\xe4{`@"), "AZ\xe4{`@");
+    EXPECT_TRUE(equalsNoCase("PGM_x", "pgm_X"));
+    EXPECT_FALSE(equalsNoCase("PGM", "PGM_"));
+    EXPECT_FALSE(equalsNoCase("\xe4", "\xc4"));
+    EXPECT_FALSE(equalsNoCase("[", "{"));
+    EXPECT_TRUE(startsWithNoCase("Pgm_1", "PGM"));
+    EXPECT_FALSE(startsWithNoCase("PG", "PGM"));
+}
+
+TEST(Text, FindsWithoutRegardToCase) {
+    EXPECT_EQ(findNoCase("TARN-R200 V5", "r200"), 5u);
+    EXPECT_EQ(findNoCase("abAB", "AB", 1), 2u);
+    EXPECT_EQ(findNoCase("ab", "abc"), std::string_view::npos);
+    EXPECT_EQ(findNoCase("ab", "a", 3), std::string_view::npos);
+    EXPECT_TRUE(containsNoCase("anything", ""));
+    EXPECT_TRUE(containsNoCase("", ""));
+    EXPECT_FALSE(containsNoCase("", "a"));
+}
+
+TEST(Text, SplitsJoinsAndReplaces) {
+    using Pieces = std::vector<std::string>;
+    EXPECT_EQ(split("a,,b,", ','), (Pieces{"a", "", "b", ""}));
+    EXPECT_EQ(split("", ','), Pieces{""});
+    EXPECT_EQ(joined({"a", "", "b"}, ", "), "a, , b");
+    EXPECT_EQ(joined({}, ","), "");
+    EXPECT_EQ(replaceAll("a\\nb\\n", "\\n", "\r\n"), "a\r\nb\r\n");
+    EXPECT_EQ(replaceAll("aaa", "a", "aa"), "aaaaaa");
+    EXPECT_EQ(replaceAll("aaa", "aa", "b"), "ba");
+}
+
+TEST(Text, AnyLineEndEndsALine) {
+    const auto lines = [](std::string_view text) {
+        std::string all;
+        std::string_view line;
+        for (Lines reader(text); reader.next(line);) all += std::string(line) + "|";
+        return all;
+    };
+    EXPECT_EQ(lines("a\nb\r\nc\rd"), "a|b|c|d|");
+    EXPECT_EQ(lines("a\n\n\r\rb\r\n"), "a||||b|");
+    EXPECT_EQ(lines("\n\r"), "||");
+    EXPECT_EQ(lines(std::string_view("a\0b\n", 4)), std::string("a\0b|", 4));
+    EXPECT_EQ(lines(""), "");
+}
+
+TEST(Text, ReadsWholeFilesOnly) {
+    const auto path = (std::filesystem::temp_directory_path() / "corvane-text-test").string();
+    std::ofstream(path, std::ios::binary) << std::string("a\r\n\0\xff", 5);
+    EXPECT_EQ(readFile(path), std::string("a\r\n\0\xff", 5));
+    std::filesystem::remove(path);
+    for (const auto& none : {path, std::filesystem::temp_directory_path().string()}) {
+        try {
+            readFile(none);
+            ADD_FAILURE() << none;
+        } catch (const RuntimeError& error) {
+            EXPECT_EQ(error.number(), 53);
+            EXPECT_EQ(error.description(), "File not found");
+        }
+    }
+}
+
+}  // namespace
+}  // namespace corvane
