@@ -1,10 +1,14 @@
 #include "app/Updater.h"
 
+#include "text/Cp1252.h"
+
 namespace corvane {
 
 Updater::Updater(const Platform& platform, const Face& face)
     : platform_(platform),
+      vellIO_(platform.runtime, platform.modules, platform.hidLibrary),
       serialPort_(platform.ports),
+      reader_(vellIO_),
       session_(platform.runtime, face.log, serialPort_),
       query_(session_),
       scanner_(session_, serialPort_, hidPort_, face.password, face.panel),
@@ -21,14 +25,35 @@ Updater::Updater(const Platform& platform, const Face& face)
     serialPort_.Attach(&platform_.serial, &commEvent_);
     serialPort_.InputMode(1);
     serialPort_.CommPort("COM1");
+    vellIO_.showCritical = [&view = face.view](const std::string& message) { view.advice(message); };
+    vellIO_.OnDevice = [this](std::int32_t event, const std::string& port, const std::string& device) {
+        tellReader(event, port, device);
+    };
+    vellIO_.ReadProperties(true, {});
+    hidPort_.Attach(&vellIO_, &commEvent_);
 }
-
-Updater::~Updater() { shutDown(); }
 
 void Updater::shutDown() {
     if (serialPort_.PortOpen()) serialPort_.PortOpen(false);
-    if (hidPort_.PortOpen()) hidPort_.PortOpen(false);
+    vellIO_.Terminate();
     if (site_.isConnected()) site_.disconnect();
+}
+
+void Updater::tellReader(std::int32_t event, const std::string& port, const std::string& device) {
+    constexpr std::int32_t kUnplugged = 0, kPlugged = 1;
+    if (!onReader || (event != kUnplugged && event != kPlugged)) return;
+    const auto name = toUtf8(device.empty() ? port : device);
+    onReader(name + (event == kPlugged ? " is plugged in." : " was unplugged."));
+}
+
+/// The text of the reader that is open.
+std::string Updater::HidReader::deviceText() {
+    if (!vellIO_.PortOpen()) return {};
+    const auto count = vellIO_.NumberOfCommPorts();
+    for (std::int32_t i = 0; i < count; ++i) {
+        if (vellIO_.EnumCommPort(i) == vellIO_.CommPort()) return vellIO_.EnumCommPortEx(i);
+    }
+    return {};
 }
 
 }  // namespace corvane

@@ -3,6 +3,7 @@
 #include "app/UpdateRun.h"
 #include "platform/Platform.h"
 #include "ports/clsMSComm.h"
+#include "ports/clsVellComm.h"
 
 namespace corvane {
 
@@ -17,15 +18,17 @@ struct Face {
 };
 
 /// Everything between a face and the platform, put together: ports, device dialogue, site, selection, run. Owns all of
-/// that and nothing that it is given. Both ports are closed and the site is left when it ends.
+/// that and nothing that it is given. Call shutDown before it ends.
 class Updater {
 public:
     Updater(const Platform& platform, const Face& face);
-    ~Updater();
     Updater(const Updater&) = delete;
     Updater& operator=(const Updater&) = delete;
 
     Choices choices;
+
+    /// A HID reader was plugged in or out; a text to show, in UTF-8.
+    std::function<void(const std::string& text)> onReader;
 
     UpdateRun& run() { return run_; }
     DeviceScanner& scanner() { return scanner_; }
@@ -33,25 +36,34 @@ public:
     SiteAccess& site() { return site_; }
     FirmwareSelection& selection() { return selection_; }
     InfReader& inf() { return inf_; }
-    clsIMScomm& serialPort() { return serialPort_; }
-    clsIMScomm& hidPort() { return hidPort_; }
+    clsMSComm& serialPort() { return serialPort_; }
+    clsVellComm& hidPort() { return hidPort_; }
+    VellIO& vellIO() { return vellIO_; }
     const Platform& platform() const { return platform_; }
 
-    /// Closes the ports and leaves the site; to be called before the program ends.
+    /// Closes both ports, gives the HID library back and leaves the site. A reader is told that it is closed, so events
+    /// may run meanwhile; that is why no destructor does it.
     void shutDown();
 
 private:
-    /// Until a HID reader is there to identify, nothing is.
-    struct NoReader : ReaderIdentity {
-        std::string deviceText() override { return {}; }
-        std::string firmwareText() override { return {}; }
+    class HidReader : public ReaderIdentity {
+    public:
+        explicit HidReader(VellIO& vellIO) : vellIO_(vellIO) {}
+        std::string deviceText() override;
+        std::string firmwareText() override { return vellIO_.GetHIDVersion(); }
+
+    private:
+        VellIO& vellIO_;
     };
 
+    void tellReader(std::int32_t event, const std::string& port, const std::string& device);
+
     Platform platform_;
+    VellIO vellIO_;
     clsMSCommEvent commEvent_;
     clsMSComm serialPort_;
-    clsIMScomm hidPort_;
-    NoReader reader_;
+    clsVellComm hidPort_;
+    HidReader reader_;
     DeviceSession session_;
     DeviceQuery query_;
     DeviceScanner scanner_;

@@ -32,6 +32,12 @@ public:
     CommandScope(const CommandScope&) = delete;
     CommandScope& operator=(const CommandScope&) = delete;
 
+    /// Closes ports and site; hands the status through.
+    int end(int code) {
+        updater.shutDown();
+        return code;
+    }
+
     LogPrinter printer;
     ConsoleFace face;
     Updater updater;

@@ -23,7 +23,7 @@ struct PortRow {
 std::vector<PortRow> portRows(Updater& updater) {
     std::vector<PortRow> rows;
     const auto map = updater.platform().ports.list();
-    for (auto* port : {&updater.serialPort(), &updater.hidPort()}) {
+    for (clsIMScomm* port : std::initializer_list<clsIMScomm*>{&updater.serialPort(), &updater.hidPort()}) {
         const auto count = port->NumberOfCommPorts();
         for (std::int32_t i = 0; i < count; ++i) {
             PortRow row{port->EnumCommPort(i), {}, port->EnumCommPortEx(i), false};
@@ -54,7 +54,7 @@ int portsCommand(Console& console, const Arguments& arguments) {
     }
     if (arguments.json) console.out.write(jsonList("ports", objects));
     if (rows.empty()) scope.face.say("There is no port.");
-    return 0;
+    return scope.end(0);
 }
 
 int scanCommand(Console& console, const Arguments& arguments) {
@@ -66,7 +66,7 @@ int scanCommand(Console& console, const Arguments& arguments) {
     const auto version = scope.updater.scanner().DeviceScan(inIsp, arguments.force);
     if (version.empty()) {
         scope.face.ShowInfo("Can not found any device on comm port!!\r\n");
-        return session.cancel ? kCancelled : kNoDevice;
+        return scope.end(session.cancel ? kCancelled : kNoDevice);
     }
     scope.face.ShowInfo("\r\n");
     const auto port = session.comm->CommPort();
@@ -77,7 +77,7 @@ int scanCommand(Console& console, const Arguments& arguments) {
     } else {
         console.out.write(port + "\t" + toUtf8(version) + "\n");
     }
-    return 0;
+    return scope.end(0);
 }
 
 int imagesCommand(Console& console, const Arguments& arguments) {
@@ -91,7 +91,7 @@ int imagesCommand(Console& console, const Arguments& arguments) {
         (site.login() && site.FTP_Download("/firmware/firmware.inf", folder.resolve("\\firmware.inf")));
     if (!fetched) {
         if (!site.problem().empty()) scope.face.say(site.problem());
-        return kNoSite;
+        return scope.end(kNoSite);
     }
     const auto records = scope.updater.selection().list();
     std::vector<std::string> objects;
@@ -105,7 +105,7 @@ int imagesCommand(Console& console, const Arguments& arguments) {
     }
     if (arguments.json) console.out.write(jsonList("images", objects));
     if (records.empty()) scope.face.ShowInfo("Firmware file(s) not found !!!\r\n");
-    return records.empty() ? kNothing : 0;
+    return scope.end(records.empty() ? kNothing : 0);
 }
 
 }  // namespace corvane

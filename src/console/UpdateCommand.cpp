@@ -53,8 +53,7 @@ int updateCommand(Console& console, const Arguments& arguments) {
         return kWrongUsage;
     }
     console.interrupt = [&scope] { interruptRun(scope); };
-    const int code = perform(scope, arguments);
-    scope.updater.shutDown();
+    const int code = scope.end(perform(scope, arguments));
     scope.printer.result(code);
     return code;
 }

@@ -1,5 +1,7 @@
 #pragma once
 
+#include <string>
+
 #include "platform/AsyncReader.h"
 #include "platform/Launcher.h"
 #include "platform/ModuleLoader.h"
@@ -23,6 +25,7 @@ struct Platform {
     SettingsStore& settings;
     ProgramFolder& folder;
     Launcher& launcher;
+    std::string hidLibrary;  ///< path of the HID transport library, which need not exist
 };
 
 }  // namespace corvane

@@ -18,7 +18,10 @@ public:
     LinuxRuntime& runtime() { return runtime_; }
     const LinuxProgramFolder& folder() const { return folder_; }
 
-    Platform seams() { return {runtime_, serial_, ports_, modules_, reader_, profile_, settings_, folder_, launcher_}; }
+    Platform seams() {
+        return {runtime_,  serial_, ports_,    modules_, reader_, profile_,
+                settings_, folder_, launcher_, folder_.transportLibrary()};
+    }
 
 private:
     LinuxRuntime runtime_;

@@ -1,0 +1,73 @@
+#pragma once
+
+#include "app/Updater.h"
+#include "models/Device.h"
+#include "support/FakeAsyncReader.h"
+#include "support/FakeLauncher.h"
+#include "support/FakeModuleLoader.h"
+#include "support/FakeProgramFolder.h"
+#include "support/FakeSettingsStore.h"
+#include "support/RecordingFace.h"
+#include "support/SerialBench.h"
+
+namespace corvane::fakes {
+
+/// A face that writes everything down and answers as the test says.
+class RecordingOperator : public RecordingFace, public OperatorPrompts, public RunView {
+public:
+    bool agrees = true;                       ///< to message boxes
+    std::string selects;                      ///< a section; empty takes the preselection
+    bool closesSelection = false;             ///< without choosing
+    std::vector<std::string> boxes;
+    std::vector<std::string> offered;         ///< the entries of the last selection
+    std::vector<ReferenceLink> shownLinks;
+    std::vector<RunPhase> phases;
+    std::vector<std::string> hints;
+    std::vector<std::string> events;          ///< "running", "idle", "cancel on", "cancel off"
+    std::function<void()> onSelection;        ///< while the selection is open
+
+    Face face() { return {*this, *this, *this, *this, *this, *this}; }
+
+    bool messageBox(Question, const std::string& text) override {
+        boxes.push_back(text);
+        return agrees;
+    }
+
+    void chooseFirmware(FirmwareDialog& dialog) override {
+        offered.clear();
+        for (const auto& entry : dialog.entries()) offered.push_back(entry.text);
+        if (onSelection) onSelection();
+        for (int i = 0; !selects.empty() && i < static_cast<int>(dialog.entries().size()); ++i) {
+            if (dialog.entries()[static_cast<std::size_t>(i)].record.section == selects) dialog.select(i);
+        }
+        if (!closesSelection) dialog.ok(*this);
+    }
+
+    void running(bool isRunning) override { events.emplace_back(isRunning ? "running" : "idle"); }
+    void cancellable(bool isCancellable) override { events.emplace_back(isCancellable ? "cancel on" : "cancel off"); }
+    void phase(RunPhase phase) override { phases.push_back(phase); }
+    void links(const std::vector<ReferenceLink>& links) override { shownLinks = links; }
+    void advice(const std::string& text) override { hints.push_back(text); }
+};
+
+/// The whole workflow in virtual time, over fakes of everything that it stands on.
+struct AppBench {
+    SerialBench serial;
+    FakeRuntime& runtime = serial.runtime;
+    FakeModuleLoader modules;
+    FakeAsyncReader reader{runtime};
+    IniProfile profile;
+    FakeSettingsStore settings;
+    FakeProgramFolder folder;
+    FakeLauncher launcher;
+    RecordingOperator face;
+
+    Platform platform() {
+        return {runtime, serial.control, serial.map, modules, reader, profile, settings, folder, launcher, folder.path() + "/VellIO.so"};
+    }
+
+    /// A file below the program's folder.
+    void write(const std::string& name, const std::string& content) { folder.folder.file(name, content); }
+};
+
+}  // namespace corvane::fakes
