@@ -53,11 +53,8 @@ void HidPort::open() {
     channel_.KestrelCmdSetEnabled(true);
     auto& library = session_.library;
     const std::int32_t handle = session_.handle;
-    openFailure_.clear();
-    if (!handle) {
-        openFailure_ = session_.present ? "the HID library found no way to the devices" : "the HID library is missing";
-        return;
-    }
+    openFailure_ = session_.problem;
+    if (!handle) return;
     if (!library.open(handle, commPort_.c_str())) {
         openFailure_ = vellText(library.getParamString(handle));
         return;

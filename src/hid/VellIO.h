@@ -52,6 +52,9 @@ public:
 
     // The library and its devices.
 
+    /// Why there is no library or no handle at run time; empty when there is.
+    const std::string& libraryProblem() const { return session_.problem; }
+
     bool IsFunctionSupported(const std::string& szFunctionName);
     std::int32_t NumberOfCommPorts();
     std::string EnumCommPort(std::int32_t Index);    ///< port name at a zero-based place

@@ -6,6 +6,7 @@ void VellSession::load() {
     auto& loader = library.loader();
     const auto module = loader.open(library.path());
     present = module != nullptr;
+    problem = module ? "" : loader.problem();
     if (!module) return;
     supportsAddNewUSBID = loader.lookUp(module, "vellAddNewUSBID") != nullptr;
     supportsGetDeviceUSBID = loader.lookUp(module, "vellGetDeviceUSBID") != nullptr;
@@ -19,6 +20,7 @@ void VellSession::load() {
 void VellSession::create() {
     if (handle || !present) return;
     handle = library.create(vendorId, productId);
+    problem = handle ? "" : library.path() + ": HID devices cannot be reached";
     if (handle) registerCallBack();
 }
 

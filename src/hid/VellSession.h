@@ -14,7 +14,8 @@ public:
 
     modVell library;
 
-    bool present = false;  ///< the library was found at the start
+    bool present = false;                                   ///< the library was found at the start
+    std::string problem = "the HID library is not loaded";  ///< why there is no handle; empty when there is
     bool supportsAddNewUSBID = false;
     bool supportsGetDeviceUSBID = false;
     bool supportsFlushQueue = false;

@@ -78,6 +78,7 @@ public:
     ~HidapiBackend() override {
         if (monitor_) udev_monitor_unref(monitor_);
         if (udev_) udev_unref(udev_);
+        hid_exit();  // frees its last error text, nothing that an open device needs
     }
 
     HidapiBackend(const HidapiBackend&) = delete;
