@@ -8,25 +8,28 @@
 
 namespace corvane::bench {
 
-/// Tells who comes to a device node and when the last one has gone. Throws std::system_error when the system cannot.
+/// Tells when a program comes to a device node that nobody held, and when the last one has gone. The system reports two
+/// programs that come at the very same time as one, so this is for what may be done once too often, or not at all.
+/// Throws std::system_error when the system cannot watch.
 class OpenWatch {
 public:
+    using Handler = std::function<void(bool isHeld)>;
+
     OpenWatch();
 
-    /// Readable when there is something to take.
+    /// Readable when there is something to take. Whoever also reads what programs write to the node takes this first:
+    /// then the handler runs before anything that a new program has written is heard.
     int descriptor() const { return inotify_.get(); }
     void take();
 
-    /// Counts opens and closes from now on; lastClosed is called by take. The number forgets the path again.
-    int watch(const std::string& path, std::function<void()> lastClosed);
+    /// From now on take calls the handler; who holds the node already does not count. The number ends it again.
+    int watch(const std::string& path, Handler handler);
     void unwatch(int number);
-
-    bool isHeld(int number) const;
 
 private:
     struct Node {
         int holders = 0;
-        std::function<void()> lastClosed;
+        Handler handler;
     };
 
     Descriptor inotify_;

@@ -63,10 +63,8 @@ void Pty::write(const Bytes& bytes) {
     while (::write(master_.get(), bytes.data(), bytes.size()) < 0 && errno == EINTR) continue;
 }
 
-void Pty::renew() {
-    ioctl(slave_.get(), TIOCNXCL);
-    ioctl(slave_.get(), TCFLSH, TCIFLUSH);
-    makeRaw(slave_.get());
-}
+void Pty::discardUnread() { ioctl(slave_.get(), TCFLSH, TCIFLUSH); }
+
+void Pty::release() { ioctl(slave_.get(), TIOCNXCL); }
 
 }  // namespace corvane::bench

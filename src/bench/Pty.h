@@ -12,7 +12,7 @@ namespace corvane::bench {
 /// port: whoever holds it reads its end. Throws std::system_error when the system has none to give.
 ///
 /// The slave is held open here as well, because a master whose slave nobody holds is reported as hung up again and
-/// again; whether a program holds it, OpenWatch knows.
+/// again.
 class Pty {
 public:
     Pty();
@@ -31,8 +31,11 @@ public:
     /// What the host has no room for is lost, as on a wire.
     void write(const Bytes& bytes);
 
-    /// To be called when the last program has let go of the port: the next one finds it as the first one did.
-    void renew();
+    /// What a serial port does by itself when a program opens it: what came before is gone.
+    void discardUnread();
+
+    /// What it does when the last program has let go: the claim to be the only one ends, also that of a killed program.
+    void release();
 
 private:
     Descriptor master_;

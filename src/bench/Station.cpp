@@ -22,11 +22,14 @@ Station::~Station() {
 
 void Station::plugIn() {
     pty_ = std::make_unique<Pty>();
-    watchNumber_ = watch_.watch(pty_->path(), [this] { pty_->renew(); });
+    watchNumber_ =
+        watch_.watch(pty_->path(), [this](bool isHeld) { isHeld ? pty_->discardUnread() : pty_->release(); });
     loop_.watch(pty_->descriptor(), [this] { hear(); });
 }
 
 void Station::hear() {
+    // First, so that a program's coming is known before anything that it has written.
+    watch_.take();
     const Bytes bytes = pty_->read();
     const Micros now = loop_.now();
     line_.hear(now, bytes, pty_->hostRate());
@@ -43,8 +46,7 @@ void Station::act(Micros now) {
         portsChanged_();
         return;
     }
-    const Bytes bytes = line_.speak(now);
-    if (watch_.isHeld(watchNumber_)) pty_->write(bytes);
+    pty_->write(line_.speak(now));
     line_.hear(now, {}, pty_->hostRate());
     checkPlug(now);
 }
@@ -53,7 +55,8 @@ void Station::checkPlug(Micros now) {
     if (line_.isPlugged()) return;
     loop_.unwatch(pty_->descriptor());
     watch_.unwatch(watchNumber_);
-    pty_.reset();
+    // Told first: a program that notices the end of its port finds it gone from the list too.
+    const auto unplugged = std::move(pty_);
     if (spec_.replugMs) comesBackAt_ = now + *spec_.replugMs * 1000LL;
     portsChanged_();
 }

@@ -1,0 +1,79 @@
+#include "bench/BenchOptions.h"
+
+#include <gtest/gtest.h>
+#include <stdexcept>
+
+namespace corvane::bench {
+namespace {
+
+using models::Kind;
+
+TEST(BenchOptions, ReadDevices) {
+    const auto options = benchOptions(
+        {"--device",
+         "kind=tarn,baud=9600,boot-baud=57600,prompt=M51>,version=Größe\\, 1,next-version=V2,version-nul=no",
+         "--device=port=1,kind=boot,in-boot=yes,password=p\\\\w,wrong-rate=garbage,fault=nak@5x2,fault=unplug,replug="
+         "300",
+         "--config-dir=/c", "--setting", "FTP/Server=a=b", "--image", "i.hex", "--verify", "--", "run", "--me"});
+    ASSERT_EQ(options.devices.size(), 2U);
+    const auto& first = options.devices[0];
+    EXPECT_EQ(first.port, 2) << "the lowest one that nobody asks for";
+    EXPECT_EQ(first.device.kind, Kind::tarn);
+    EXPECT_EQ(first.device.baud, 9600U);
+    EXPECT_EQ(first.device.bootBaud, 57600U);
+    EXPECT_EQ(first.device.prompt, "M51>");
+    EXPECT_EQ(first.device.version,
+              "Gr\xF6\xDF"
+              "e, 1");
+    EXPECT_EQ(first.device.nextVersion, "V2");
+    EXPECT_FALSE(first.device.versionEndsInNul);
+    EXPECT_EQ(first.replugMs, std::nullopt);
+    const auto& second = options.devices[1];
+    EXPECT_EQ(second.port, 1);
+    EXPECT_EQ(second.device.kind, Kind::boot);
+    EXPECT_TRUE(second.device.startsInBoot);
+    EXPECT_EQ(second.device.password, "p\\w");
+    EXPECT_EQ(second.device.wrongRate, models::WrongRate::garbage);
+    EXPECT_TRUE(second.device.faults.has(models::FaultKind::nak));
+    EXPECT_TRUE(second.device.faults.has(models::FaultKind::unplug));
+    EXPECT_EQ(second.replugMs, 300);
+    EXPECT_EQ(options.configFolder, "/c");
+    ASSERT_EQ(options.settings.size(), 1U);
+    EXPECT_EQ(options.settings[0].section + "|" + options.settings[0].key + "|" + options.settings[0].value,
+              "FTP|Server|a=b");
+    EXPECT_EQ(options.command, (std::vector<std::string>{"run", "--me"}));
+}
+
+TEST(BenchOptions, SayWhatIsWrong) {
+    const struct {
+        std::vector<std::string> arguments;
+        const char* complaint;
+    } rows[] = {
+        {{}, "no --device"},
+        {{"--devise", "x"}, "unknown option \"--devise\""},
+        {{"--device"}, "--device needs a value"},
+        {{"--verify=yes", "--device", ""}, "--verify takes no value"},
+        {{"--device", "", "--verify"}, "--verify needs an --image"},
+        {{"--device", "", "--"}, "no command behind \"--\""},
+        {{"--device", "port=2", "--device", "port=2"}, "two devices on COM2"},
+        {{"--device", "", "--setting", "Server=x/y"}, "--setting is SECTION/KEY=VALUE, not \"Server=x/y\""},
+        {{"--device", "speed=1"}, "device: \"speed\" is no key"},
+        {{"--device", "baud"}, "device: \"baud\" has no value"},
+        {{"--device", "baud=19200,baud=1"}, "device: \"baud\" is given twice"},
+        {{"--device", "baud=19k"}, "device: \"baud\" takes a number from 50 to 4000000, not \"19k\""},
+        {{"--device", "port=0"}, "device: \"port\" takes a number from 1 to 256, not \"0\""},
+        {{"--device", "kind=lamp"}, "device: \"kind\" is TarnPlus, Tarn, boot, silent, babbling, not \"lamp\""},
+        {{"--device", "fault=nak@x"}, "fault \"nak@x\": the place \"x\" is no number"},
+    };
+    for (const auto& row : rows) {
+        try {
+            benchOptions(row.arguments);
+            ADD_FAILURE() << row.complaint;
+        } catch (const std::invalid_argument& error) {
+            EXPECT_STREQ(error.what(), row.complaint);
+        }
+    }
+}
+
+}  // namespace
+}  // namespace corvane::bench

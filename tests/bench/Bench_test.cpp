@@ -1,0 +1,122 @@
+#include "bench/Bench.h"
+
+#include <gtest/gtest.h>
+#include <signal.h>
+#include <sstream>
+
+#include "support/ScratchFolder.h"
+
+namespace corvane::bench {
+namespace {
+
+using fakes::ScratchFolder;
+
+/// Erases, programs one record and the end, and reads the three answers.
+constexpr const char* kUpdate =
+    "exec 3<>$(sed -n s/COM4=//p $XDG_CONFIG_HOME/Corvane/serialcomm.conf);"
+    "printf '\\002X\\r:0100100033BC\\r:00000001FF\\r' >&3; head -c 3 <&3 >/dev/null; exit $STATUS";
+
+struct Run {
+    int status;
+    std::string report;
+};
+
+Run runBench(const std::vector<std::string>& arguments) {
+    Bench bench(benchOptions(arguments));
+    std::ostringstream report;
+    const int status = bench.run(report);
+    return {status, report.str()};
+}
+
+TEST(Bench, RunsACommandAndJudgesTheMemory) {
+    ScratchFolder scratch;
+    const auto right = scratch.file("right.hex", ":0100100033BC\n:00000001FF\n");
+    const auto wrong = scratch.file("wrong.hex", ":020000001122CB\n:00000001FF\n");
+    const struct {
+        std::string image, command;
+        int status;
+        const char* report;
+    } rows[] = {
+        {right, std::string("STATUS=0;") + kUpdate, 0,
+         "COM1: 0 requests, 0 erases, 0 records, 0 restarts; heard 0 bytes, gave 0 replies\n"
+         "COM4: 0 requests, 1 erase, 2 records, 0 restarts; heard 29 bytes, gave 3 replies; in its boot loader\n"
+         "COM1: memory untouched\n"
+         "COM4: memory equals image\n"},
+        {right, std::string("STATUS=5;") + kUpdate, 5,
+         "COM1: 0 requests, 0 erases, 0 records, 0 restarts; heard 0 bytes, gave 0 replies\n"
+         "COM4: 0 requests, 1 erase, 2 records, 0 restarts; heard 29 bytes, gave 3 replies; in its boot loader\n"
+         "The command ended with status 5.\n"
+         "COM1: memory untouched\n"
+         "COM4: memory equals image\n"},
+        {wrong, std::string("STATUS=0;") + kUpdate, 10,
+         "COM1: 0 requests, 0 erases, 0 records, 0 restarts; heard 0 bytes, gave 0 replies\n"
+         "COM4: 0 requests, 1 erase, 2 records, 0 restarts; heard 29 bytes, gave 3 replies; in its boot loader\n"
+         "COM1: memory untouched\n"
+         "COM4: memory differs at 0x00000: holds 0xFF, image 0x11 (3 cells differ)\n"},
+        {right, "kill -9 $$", 10,
+         "COM1: 0 requests, 0 erases, 0 records, 0 restarts; heard 0 bytes, gave 0 replies\n"
+         "COM4: 0 requests, 0 erases, 0 records, 0 restarts; heard 0 bytes, gave 0 replies; in its boot loader\n"
+         "The command ended with status 137.\n"
+         "COM1: memory untouched\n"
+         "COM4: memory untouched\n"},
+    };
+    for (const auto& row : rows) {
+        const auto run =
+            runBench({"--device", "kind=TarnPlus", "--device", "port=4,kind=boot,baud=9600", "--image", row.image,
+                      "--verify", "--transcript", scratch.at("lines"), "--", "/bin/sh", "-c", row.command});
+        EXPECT_EQ(run.status, row.status);
+        EXPECT_EQ(run.report, row.report);
+    }
+}
+
+TEST(Bench, WritesDownWhatWentOverTheLines) {
+    ScratchFolder scratch;
+    runBench({"--device", "port=4,kind=boot,baud=9600", "--transcript", scratch.at("lines"), "--ready-file",
+              scratch.at("ready"), "--", "/bin/sh", "-c", std::string("STATUS=0;") + kUpdate});
+    std::istringstream lines(ScratchFolder::content(scratch.at("lines")));
+    std::string words[3], line, toDevice, toHost;
+    while (lines >> words[0] >> words[1] >> words[2] && std::getline(lines, line)) {
+        EXPECT_EQ(words[0], "COM4");
+        (words[2] == ">" ? toDevice : toHost) += line;
+    }
+    EXPECT_EQ(toDevice, " 9600 \\x02X\\x0D:0100100033BC\\x0D:00000001FF\\x0D");
+    EXPECT_EQ(toHost, " 9600 \\x06 9600 \\x06 9600 \\x06");
+    EXPECT_EQ(ScratchFolder::content(scratch.at("ready")).rfind("COM4=/dev/pts/", 0), 0U);
+}
+
+TEST(Bench, TakesAnUnpluggedPortOffTheMap) {
+    const auto run = runBench({"--device", "port=4,kind=boot,baud=9600,fault=unplug-erase", "--device", "port=6", "--",
+                               "/bin/sh", "-c",
+                               "map=$XDG_CONFIG_HOME/Corvane/serialcomm.conf; exec 3<>$(sed -n s/COM4=//p $map);"
+                               "printf '\\002X\\r' >&3; cat <&3 2>/dev/null; grep -c '^COM[46]=' $map | grep -qx 1"});
+    EXPECT_EQ(run.status, 0);
+    EXPECT_NE(run.report.find("COM4: 0 requests, 1 erase, 0 records, 0 restarts; heard 3 bytes, gave 0 replies; "
+                              "unplugged; in its boot loader\n"),
+              std::string::npos)
+        << run.report;
+}
+
+TEST(Bench, WithoutACommandEndsAtASignal) {
+    Bench bench(benchOptions({"--device", ""}));
+    struct Kill : Timed {
+        std::optional<Micros> at = 0;
+        std::optional<Micros> nextAt() const override { return at; }
+        void act(Micros) override {
+            at.reset();
+            raise(SIGTERM);
+        }
+    } kill;
+    bench.loop().add(kill);
+    std::ostringstream report;
+    EXPECT_EQ(bench.run(report), 0);
+    EXPECT_EQ(report.str(), "COM1: 0 requests, 0 erases, 0 records, 0 restarts; heard 0 bytes, gave 0 replies\n");
+}
+
+TEST(Bench, SaysWhatCannotBeHad) {
+    EXPECT_THROW(Bench(benchOptions({"--device", "", "--image", "/nowhere.hex"})), std::runtime_error);
+    EXPECT_THROW(Bench(benchOptions({"--device", "", "--transcript", "/nowhere/x"})), std::runtime_error);
+    EXPECT_THROW(runBench({"--device", "", "--", "/nowhere/program"}), std::runtime_error);
+}
+
+}  // namespace
+}  // namespace corvane::bench
