@@ -92,9 +92,9 @@ bool DeviceLogin::waitForPrompt(std::string& collected, clsTimeout& whole) {
 }
 
 void DeviceLogin::Delay(std::int32_t lDelayTime) {
-    clsTimeout time(session_.runtime);
-    time.Timeout(lDelayTime);
-    while (!time.IsTimeout()) {
+    clsTimeout delay(session_.runtime);
+    delay.Timeout(lDelayTime);
+    while (!delay.IsTimeout()) {
         session_.runtime.WaitActivity(1);
         session_.runtime.DoEvents();
     }
