@@ -5,8 +5,6 @@
 namespace corvane {
 namespace {
 
-constexpr unsigned kAllKeys = 15;
-
 /// A ";" cuts a line only when it stands before the first "=": a value may hold one, and so may a line without "=".
 std::string_view withoutComment(std::string_view line) {
     const auto equals = line.find('=');
@@ -21,7 +19,7 @@ std::vector<FirmwareRecord> FirmwareListParser::parse(std::string_view content) 
     records_.clear();
     current_ = {};
     inside_ = false;
-    seen_ = 0;
+    seen_ = carried_ = 0;
     if (content.substr(0, 3) == "\xEF\xBB\xBF") content.remove_prefix(3);
     std::string_view line;
     for (Lines lines(content); lines.next(line);) takeLine(line);
@@ -46,23 +44,26 @@ void FirmwareListParser::takeKey(std::string_view line) {
     if (equals == std::string_view::npos) return;
     const auto key = upperCase(trimmed(line.substr(0, equals)));
     const auto value = trimmed(line.substr(equals + 1));
-    const auto store = [&](std::string& field, unsigned bit) {
+    const auto store = [&](std::string& field, Key bit) {
         field = value;
         seen_ |= bit;
+        carried_ &= ~static_cast<unsigned>(bit);
     };
-    if (key == "PRODUCT") store(current_.product, 1);
-    if (key == "VERSION") store(current_.version, 2);
-    if (key == "DESC") store(current_.description, 4);
-    if (key == "FILE") store(current_.file, 8);
+    if (key == "PRODUCT") store(current_.product, kProduct);
+    if (key == "VERSION") store(current_.version, kVersion);
+    if (key == "DESC") store(current_.description, kDesc);
+    if (key == "FILE") store(current_.file, kFile);
 }
 
 void FirmwareListParser::closeSection() {
     const bool complete = seen_ == kAllKeys;
-    if (inside_ && onSection) onSection(current_.section, complete);
+    if (inside_ && onSection) onSection(current_.section, seen_, carried_);
     inside_ = false;
-    if (!complete) return;
-    seen_ = 0;
-    records_.push_back(current_);
+    if (complete) {
+        seen_ = 0;
+        records_.push_back(current_);
+    }
+    carried_ = seen_;
 }
 
 }  // namespace corvane

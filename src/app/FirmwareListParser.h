@@ -12,8 +12,12 @@ namespace corvane {
 /// order. What a section without all four keys leaves behind counts towards the next one.
 class FirmwareListParser {
 public:
-    /// Told when a section ends: its name, and whether a record came of it.
-    std::function<void(const std::string& section, bool complete)> onSection;
+    /// The keys of a section, as bits.
+    enum Key : unsigned { kProduct = 1, kVersion = 2, kDesc = 4, kFile = 8, kAllKeys = 15 };
+
+    /// Told when a "PGM" section ends: its name, the keys seen until then, and those among them that only an earlier,
+    /// incomplete section had.
+    std::function<void(const std::string& section, unsigned seen, unsigned carried)> onSection;
 
     std::vector<FirmwareRecord> parse(std::string_view content);
 
@@ -25,7 +29,8 @@ private:
     std::vector<FirmwareRecord> records_;
     FirmwareRecord current_;
     bool inside_ = false;
-    unsigned seen_ = 0;  // bits 1 PRODUCT, 2 VERSION, 4 DESC, 8 FILE
+    unsigned seen_ = 0;
+    unsigned carried_ = 0;
 };
 
 }  // namespace corvane
