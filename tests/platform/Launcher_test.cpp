@@ -1,9 +1,11 @@
 #include <cerrno>
 #include <csignal>
+#include <cstdio>
 #include <cstdlib>
 #include <filesystem>
 #include <gtest/gtest.h>
 #include <sys/wait.h>
+#include <unistd.h>
 
 #include "SerialRigs.h"
 #include "platform/linux/LinuxLauncher.h"
@@ -21,19 +23,22 @@ struct LinuxSide {
     fakes::ScratchFolder folder;
     LinuxRuntime runtime;
     LinuxLauncher launcher{runtime};
-    std::string program = folder.file("with blanks/the program", R"(#!/bin/sh
-exec >"$0.part"
-set -- "$0" $(cat /proc/$$/stat)
-[ "$2" = "$7" ] && echo own session
-readlink /proc/$$/fd/0
-sed -n -E 's/^(SigBlk|SigIgn):.*(.{7})$/\1 \2/p' /proc/self/status
-mv "$1.part" "$1.out"
-)");
+    std::string report = folder.at("report");
+    std::string program = folder.file("with blanks/the program", "#!/usr/bin/awk -f\nBEGIN { out = \"" + report + R"("
+    getline stat < "/proc/self/stat"
+    pid = stat + 0
+    sub(/.*\) /, "", stat)
+    split(stat, field, " ")
+    print (field[4] == pid ? "own session" : "not alone") > out
+    while ((getline line < "/proc/self/status") > 0)
+        if (line ~ /^Sig(Blk|Ign)/) print substr(line, 1, 6), substr(line, length(line) - 6) > out
+    close(out)
+    system("readlink /proc/self/fd/0 >>'" out "'")
+})");
     std::string path = std::getenv("PATH");
 
     LinuxSide() {
-        const auto opener =
-            folder.file("bin/xdg-open", "#!/bin/sh\necho \"$1\" >\"$0.part\"\nmv \"$0.part\" \"$0.out\"\n");
+        const auto opener = folder.file("bin/xdg-open", "#!/bin/sh\necho \"$1\" >\"$0.out\"\n");
         fs::permissions(opener, fs::perms(0755));
         setenv("PATH", (folder.at("bin") + ":" + path).c_str(), 1);
     }
@@ -44,9 +49,6 @@ mv "$1.part" "$1.out"
 
     static bool hasNoChild() { return waitid(P_ALL, 0, nullptr, WEXITED | WNOHANG | WNOWAIT) < 0 && errno == ECHILD; }
 
-    bool wrote(const std::string& file) {
-        return waitUntil(runtime, [&] { return fs::exists(folder.at(file)); });
-    }
     void breakDesktop() const { setenv("PATH", folder.at("nothing").c_str(), 1); }
 };
 
@@ -80,19 +82,22 @@ TEST(LinuxLauncher, StartedProgramStandsOnItsOwn) {
     sigaddset(&blocked, SIGUSR1);
     sigprocmask(SIG_BLOCK, &blocked, nullptr);
     const auto handler = std::signal(SIGPIPE, SIG_IGN);
+    const int input = dup(STDIN_FILENO);
+    ASSERT_TRUE(std::freopen(side.program.c_str(), "r", stdin));
     EXPECT_EQ(side.launcher.start(side.program), "");
+    dup2(input, STDIN_FILENO);
+    ::close(input);
     sigprocmask(SIG_UNBLOCK, &blocked, nullptr);
     std::signal(SIGPIPE, handler);
-    ASSERT_TRUE(side.wrote("with blanks/the program.out"));
-    EXPECT_EQ(fakes::ScratchFolder::content(side.program + ".out"),
-              "own session\n/dev/null\nSigBlk 0000000\nSigIgn 0000000\n");
+    ASSERT_TRUE(waitUntil(side.runtime, LinuxSide::hasNoChild));
+    EXPECT_EQ(fakes::ScratchFolder::content(side.report), "own session\nSigBlk 0000000\nSigIgn 0000000\n/dev/null\n");
     EXPECT_NE(fs::status(side.program).permissions() & fs::perms::owner_exec, fs::perms::none);
 }
 
 TEST(LinuxLauncher, AddressArrivesWhole) {
     LinuxSide side;
     EXPECT_EQ(side.launcher.open("https://corvane.example/?a=b c&d"), "");
-    ASSERT_TRUE(side.wrote("bin/xdg-open.out"));
+    ASSERT_TRUE(waitUntil(side.runtime, LinuxSide::hasNoChild));
     EXPECT_EQ(fakes::ScratchFolder::content(side.folder.at("bin/xdg-open.out")), "https://corvane.example/?a=b c&d\n");
     EXPECT_NE(side.launcher.open("--help"), "");
     EXPECT_NE(side.launcher.open(""), "");

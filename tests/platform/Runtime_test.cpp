@@ -218,6 +218,26 @@ TEST(LinuxRuntime, HandlerMayStopItsOwnWatchAndAnother) {
     EXPECT_EQ(calls, 1);
 }
 
+TEST(LinuxRuntime, NewsOfAClosedDescriptorIsNoNewsOfTheNextOneOfItsNumber) {
+    LinuxRuntime runtime;
+    const Pipe a, b, silent;
+    int stale = 0;
+    const auto replace = [&](const Pipe& mine, const Pipe& other) {
+        return [&](std::uint32_t) {
+            mine.take();
+            runtime.unwatch(other.out());
+            dup2(silent.out(), other.out());
+            runtime.watch(other.out(), POLLIN, [&](std::uint32_t) { ++stale; });
+        };
+    };
+    runtime.watch(a.out(), POLLIN, replace(a, b));
+    runtime.watch(b.out(), POLLIN, replace(b, a));
+    a.put();
+    b.put();
+    runtime.DoEvents();
+    EXPECT_EQ(stale, 0);
+}
+
 TEST(FakeRuntime, CodeThatSpinsOrWaitsForEverFails) {
     fakes::FakeRuntime runtime;
     EXPECT_THROW(

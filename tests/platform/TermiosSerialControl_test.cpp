@@ -48,6 +48,9 @@ TEST(TermiosSerialControl, OutputNeverBlocksAndLosesNothing) {
     rig.control.Output(image);
     rig.control.OutBufferCount(0);
     EXPECT_EQ(rig.control.OutBufferCount(), 0);
+    rig.heard();  // what had arrived by then
+    rig.control.Output(std::string("end"));
+    EXPECT_EQ(rig.heard(), "end");
 }
 
 TEST(TermiosSerialControl, FlowControlStopsTheOutput) {
@@ -72,6 +75,17 @@ TEST(TermiosSerialControl, MarksOfParityErrorsDoNotTouchTheData) {
     rig.say(std::string("\xff\xff\0A\xff", 5));
     ASSERT_TRUE(waitUntil(rig.runtime, [&] { return rig.control.InBufferCount() == 6; }));
     EXPECT_EQ(rig.control.Input(), Variant(std::string("\xff\xff\xff\0A\xff", 6)));
+}
+
+TEST(ParityMarks, AreReadAcrossAnyCut) {
+    const Bytes marked{'a', 0xFF, 0xFF, 0xFF, 0x00, 'b', 0x00, 0xFF, 0x00, 0xFF, 0xFF, 0xFF, 'c'};
+    for (std::size_t cut = 0; cut <= marked.size(); ++cut) {
+        ParityMarks marks;
+        auto bytes = marks.removed(marked.data(), cut, '?');
+        const auto rest = marks.removed(marked.data() + cut, marked.size() - cut, '?');
+        bytes.insert(bytes.end(), rest.begin(), rest.end());
+        EXPECT_EQ(bytes, (Bytes{'a', 0xFF, '?', 0x00, '?', 0xFF, 'c'})) << cut;
+    }
 }
 
 TEST(TermiosSerialControl, WaitsStillWaitAfterALoss) {

@@ -72,7 +72,7 @@ private:
     void send(const Bytes& bytes) override;
     std::int32_t unsent() override { return static_cast<std::int32_t>(queue_.size()); }
     void discardUnsent() override { queue_.clear(); }
-    void discardUnread() override {}
+    void discardUnread() override { peer_->speak(clock_.micros()); }
     std::optional<Micros> nextAt() const override;
     void act(Micros now) override;
     bool hasNews() const override { return news_; }

@@ -10,7 +10,6 @@ namespace corvane {
 namespace {
 
 constexpr int kMostReadsAtOnce = 16;
-constexpr std::uint8_t kMarkByte = 0xFF;
 
 }  // namespace
 
@@ -19,7 +18,7 @@ OpenFailure TermiosSerialControl::openLine() {
     if (!path) return {OpenFailure::Kind::notThere, "", ENOENT};
     const auto failure = line_.open(*path);
     if (failure.kind == OpenFailure::Kind::none) {
-        mark_ = Mark::none;
+        marks_.reset();
         watchesOutput_ = false;
         watch();
     }
@@ -98,7 +97,7 @@ void TermiosSerialControl::discardUnsent() {
 }
 
 void TermiosSerialControl::discardUnread() {
-    mark_ = Mark::none;
+    marks_.reset();
     line_.discardInput();
 }
 
@@ -122,29 +121,9 @@ bool TermiosSerialControl::receive() {
 
 void TermiosSerialControl::take(const std::uint8_t* data, std::size_t size) {
     if (!setup_.marksParityErrors || !setup_.state.parity) return received(data, size);
-    Bytes bytes(data, data + size);
-    unmark(bytes);
-    received(bytes.data(), bytes.size());
-}
-
-/// Turns FF FF into FF, and FF 00 byte into ParityReplace; a mark may be cut anywhere between two reads.
-void TermiosSerialControl::unmark(Bytes& bytes) {
-    std::size_t kept = 0;
     const auto replacement = static_cast<std::uint8_t>(ParityReplace().c_str()[0]);
-    for (const auto byte : bytes) {
-        if (mark_ == Mark::error) {
-            bytes[kept++] = replacement;
-            mark_ = Mark::none;
-        } else if (mark_ == Mark::begun && byte == 0) {
-            mark_ = Mark::error;
-        } else if (mark_ == Mark::none && byte == kMarkByte) {
-            mark_ = Mark::begun;
-        } else {
-            bytes[kept++] = byte;
-            mark_ = Mark::none;
-        }
-    }
-    bytes.resize(kept);
+    const auto bytes = marks_.removed(data, size, replacement);
+    received(bytes.data(), bytes.size());
 }
 
 std::string TermiosSerialControl::FormatMessage(std::uint32_t code) const {

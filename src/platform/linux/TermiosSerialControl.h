@@ -5,6 +5,7 @@
 #include "platform/BufferedSerialControl.h"
 #include "platform/PortMap.h"
 #include "platform/linux/LinuxRuntime.h"
+#include "platform/linux/ParityMarks.h"
 #include "platform/linux/TtyLine.h"
 
 namespace corvane {
@@ -23,8 +24,6 @@ public:
     std::string FormatMessage(std::uint32_t code) const override;
 
 private:
-    enum class Mark { none, begun, error };
-
     OpenFailure openLine() override;
     void closeLine() override;
     std::uint32_t readLine(CommState& state) override { return line_.read(state); }
@@ -43,7 +42,6 @@ private:
     bool drain();
     void watch();
     void take(const std::uint8_t* data, std::size_t size);
-    void unmark(Bytes& bytes);
 
     LinuxRuntime& io_;
     PortMap& map_;
@@ -51,7 +49,7 @@ private:
     LineSetup setup_;
     Bytes kept_;  // to send, when the system takes it
     bool watchesOutput_ = false;
-    Mark mark_ = Mark::none;  // how much of a parity mark has come in
+    ParityMarks marks_;
     std::array<std::uint8_t, 4096> chunk_{};
 };
 
