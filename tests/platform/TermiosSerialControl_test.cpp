@@ -1,4 +1,6 @@
 #include <gtest/gtest.h>
+#include <sys/stat.h>
+#include <unistd.h>
 
 #include "SerialRigs.h"
 #include "support/ScratchFolder.h"
@@ -138,6 +140,16 @@ TEST(TermiosSerialControl, SaysWhyAPortDoesNotOpen) {
     second.CommPort(1);
     second.PortOpen(true);
     EXPECT_EQ(second.openFailure().kind, Kind::none);
+}
+
+TEST(TermiosSerialControl, PortThatThisUserMayNotOpen) {
+    PseudoTerminalRig rig;
+    ASSERT_EQ(chmod(rig.line.path().c_str(), 0), 0);
+    const bool isRoot = geteuid() == 0;
+    ASSERT_TRUE(!isRoot || seteuid(65534) == 0);
+    EXPECT_THROW(rig.control.PortOpen(true), PortError);
+    ASSERT_TRUE(!isRoot || seteuid(0) == 0);
+    EXPECT_EQ(rig.control.openFailure().kind, OpenFailure::Kind::noPermission);
 }
 
 TEST(TermiosSerialControl, WordsOfTheSystemsErrors) {
