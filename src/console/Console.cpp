@@ -71,8 +71,9 @@ int Console::run(const Arguments& arguments) {
         case Arguments::Command::images:
             return imagesCommand(*this, arguments);
         case Arguments::Command::check:
+            return checkCommand(*this, arguments);
         case Arguments::Command::checkSite:
-            break;
+            return checkSiteCommand(*this, arguments);
     }
     return 2;
 }

@@ -50,6 +50,8 @@ int updateCommand(Console& console, const Arguments& arguments);
 int scanCommand(Console& console, const Arguments& arguments);
 int portsCommand(Console& console, const Arguments& arguments);
 int imagesCommand(Console& console, const Arguments& arguments);
+int checkCommand(Console& console, const Arguments& arguments);
+int checkSiteCommand(Console& console, const Arguments& arguments);
 
 /// The status that scripts rely on.
 int exitStatus(const RunReport& report);

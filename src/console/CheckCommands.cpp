@@ -1,0 +1,166 @@
+#include <filesystem>
+#include <random>
+
+#include "app/Files.h"
+#include "app/ImageCheck.h"
+#include "app/SiteCheck.h"
+#include "console/Console.h"
+#include "console/SiteAddress.h"
+#include "text/Cp1252.h"
+#include "text/Json.h"
+#include "text/RuntimeError.h"
+#include "text/Text.h"
+
+namespace corvane {
+namespace {
+
+constexpr int kFoundSomething = 1, kNoSite = 4;
+constexpr char kInformation[] = "/firmware/firmware.inf";
+
+std::optional<std::string> contentOf(const std::string& path) {
+    try {
+        return readFile(path);
+    } catch (const RuntimeError&) {
+        return std::nullopt;
+    }
+}
+
+std::string jsonOf(const ImageReport& report) {
+    std::vector<std::string> findings, segments;
+    for (const auto& finding : report.findings) {
+        findings.push_back("{\"line\":" + std::to_string(finding.line) + ",\"text\":" + jsonString(finding.text) + "}");
+    }
+    for (const auto& segment : report.segments) {
+        segments.push_back("{\"first\":" + std::to_string(segment.first) +
+                           ",\"bytes\":" + std::to_string(segment.bytes) + "}");
+    }
+    return "{\"records\":" + std::to_string(report.records) + ",\"bytes\":" + std::to_string(report.bytes) +
+           ",\"segments\":[" + joined(segments, ",") + "],\"findings\":[" + joined(findings, ",") + "]}\n";
+}
+
+std::string textOf(const ImageReport& report) {
+    constexpr std::size_t kMostFindings = 100;
+    std::string text;
+    for (const auto& segment : report.segments) text += segmentText(segment) + "\n";
+    text += std::to_string(report.records) + " records, " + std::to_string(report.bytes) + " bytes of data\n";
+    for (const auto& line : findingLines(report.findings, kMostFindings)) text += line + "\n";
+    return text;
+}
+
+std::string jsonOf(const SiteReport& report) {
+    std::vector<std::string> offered, findings;
+    for (const auto& record : report.offered) {
+        offered.push_back("{\"section\":" + jsonString(toUtf8(record.section)) + ",\"product\":" +
+                          jsonString(toUtf8(record.product)) + ",\"version\":" + jsonString(toUtf8(record.version)) +
+                          ",\"file\":" + jsonString(toUtf8(record.file)) + "}");
+    }
+    for (const auto& finding : report.findings) {
+        findings.push_back("{\"section\":" + jsonString(finding.section) + ",\"text\":" + jsonString(finding.text) +
+                           "}");
+    }
+    return "{\"offered\":[" + joined(offered, ",") + "],\"findings\":[" + joined(findings, ",") + "]}\n";
+}
+
+std::string textOf(const SiteReport& report) {
+    std::string text;
+    for (const auto& record : report.offered) {
+        text +=
+            "offered: " + toUtf8(record.section + " - " + record.product + ", " + record.version + ", " + record.file) +
+            "\n";
+    }
+    for (const auto& finding : report.findings) {
+        text += (finding.section.empty() ? std::string("firmware.inf") : "[" + finding.section + "]") + " " +
+                finding.text + "\n";
+    }
+    return text;
+}
+
+/// A folder of its own for what is fetched from a site; gone with the object.
+class FetchFolder {
+public:
+    FetchFolder()
+        : path_(std::filesystem::temp_directory_path() / ("corvane-check-" + std::to_string(std::random_device()()))) {
+        std::filesystem::create_directory(path_);
+    }
+    ~FetchFolder() {
+        std::error_code ignored;
+        std::filesystem::remove_all(path_, ignored);
+    }
+    FetchFolder(const FetchFolder&) = delete;
+    FetchFolder& operator=(const FetchFolder&) = delete;
+
+    std::string file() const { return (path_ / "fetched").string(); }
+    std::string information() const { return (path_ / "firmware.inf").string(); }
+
+private:
+    std::filesystem::path path_;
+};
+
+int finish(Console& console, const Arguments& arguments, const SiteReport& report) {
+    console.out.write(arguments.json ? jsonOf(report) : textOf(report));
+    return report.findings.empty() ? 0 : kFoundSomething;
+}
+
+/// A site as a folder. What a path like "/../x" names is not on the site.
+int checkFolder(Console& console, const Arguments& arguments) {
+    const std::filesystem::path root = arguments.subject;
+    const auto place = [&root](const std::string& path) {
+        return (root / std::filesystem::path(path).relative_path().lexically_normal()).string();
+    };
+    const auto fetch = [&](const std::string& path) -> std::optional<std::string> {
+        const auto inside = std::filesystem::path(path).relative_path().lexically_normal();
+        if (!inside.empty() && *inside.begin() == "..") return std::nullopt;
+        return contentOf(place(path));
+    };
+    if (!FileExists(place(kInformation))) {
+        console.err.write("corvane-cli: " + place(kInformation) + " is not there.\n");
+        return kNoSite;
+    }
+    return finish(console, arguments, SiteCheck(console.platform.profile, fetch).check(place(kInformation)));
+}
+
+int checkServer(Console& console, const Arguments& arguments, const SiteAddress& address) {
+    CommandScope scope(console, arguments, console.err, false);
+    auto& choices = scope.updater.choices;
+    choices.offLine = false;
+    choices.server = address.server;
+    if (address.user) choices.userName = *address.user;
+    auto& site = scope.updater.site();
+    console.interrupt = [&site] { site.cancel(); };
+    const FetchFolder folder;
+    const auto fetch = [&](const std::string& path) -> std::optional<std::string> {
+        if (!site.FTP_Download(path, folder.file())) return std::nullopt;
+        return contentOf(folder.file());
+    };
+    if (!site.login() || !site.FTP_Download(kInformation, folder.information())) {
+        scope.face.say(site.problem().empty() ? "The site could not be read." : site.problem());
+        return scope.end(kNoSite);
+    }
+    const auto report = SiteCheck(console.platform.profile, fetch).check(folder.information());
+    return scope.end(finish(console, arguments, report));
+}
+
+}  // namespace
+
+int checkCommand(Console& console, const Arguments& arguments) {
+    const auto content = contentOf(arguments.subject);
+    if (!content) {
+        console.err.write("corvane-cli: " + arguments.subject + " cannot be read.\n");
+        return kFoundSomething;
+    }
+    const auto report = checkImage(*content);
+    console.out.write(arguments.json ? jsonOf(report) : textOf(report));
+    return report.isSound() ? 0 : kFoundSomething;
+}
+
+int checkSiteCommand(Console& console, const Arguments& arguments) {
+    constexpr int kWrongUsage = 2;
+    const auto address = parseSiteAddress(arguments.subject);
+    if (address && address->hasPassword) {
+        console.err.write("corvane-cli: an address must not hold the password; set CORVANE_FTP_PASSWORD.\n");
+        return kWrongUsage;
+    }
+    return address ? checkServer(console, arguments, *address) : checkFolder(console, arguments);
+}
+
+}  // namespace corvane
