@@ -1,5 +1,6 @@
 #include "bench/Bench.h"
 
+#include <algorithm>
 #include <stdexcept>
 #include <sys/prctl.h>
 
@@ -10,6 +11,9 @@
 
 namespace corvane::bench {
 namespace {
+
+constexpr Micros kSettling = 20000;
+constexpr Micros kLongestSettling = 1000000;
 
 std::optional<models::Image> readImage(const std::string& path) {
     if (path.empty()) return std::nullopt;
@@ -46,13 +50,11 @@ void Bench::recordTo(const std::string& path) {
         transcript_.open(path, std::ios::binary | std::ios::trunc);
         if (!transcript_) throw std::runtime_error(path + ": cannot be written");
     }
+    // What is handed over is not kept: a device that never stops talking must not fill the memory.
     for (const auto& station : stations_) {
-        // A device that never stops talking must not fill the memory, so nothing is kept here.
-        station->line().transcript().watch(
-            [this, name = station->name()](const models::Passage& passage) {
-                if (transcript_.is_open()) transcript_ << name << textOf(passage) << '\n';
-            },
-            true);
+        station->line().transcript().handOver([this, name = station->name()](const models::Passage& passage) {
+            if (transcript_.is_open()) transcript_ << name << textOf(passage) << '\n';
+        });
     }
 }
 
@@ -76,17 +78,25 @@ int Bench::run(std::ostream& report) {
     // After the command was started, which would inherit it.
     prctl(PR_SET_TIMERSLACK, 1UL, 0UL, 0UL, 0UL);
     loop_.run();
-    int status = 0;
-    if (child_) {
-        loop_.unwatch(child_->descriptor());
-        status = child_->status();
-    }
+    int status = child_ ? endOfCommand() : 0;
+    for (const auto& station : stations_) station->line().transcript().finish();
     transcript_.flush();
     for (const auto& station : stations_) report << station->name() << ": " << countsOf(station->device()) << "\n";
     if (child_ && status != 0) report << "The command ended with status " << status << ".\n";
     if (image_ && !reportMemories(report) && options_.verifies) status = kMemoryDiffers;
     report.flush();
     return status;
+}
+
+/// Its exit status, once the devices have heard what it wrote last.
+int Bench::endOfCommand() {
+    loop_.unwatch(child_->descriptor());
+    const Micros latest = loop_.now() + kLongestSettling;
+    const auto isCarrying = [](const auto& station) { return station->line().isCarrying(); };
+    do {
+        loop_.run(loop_.now() + kSettling);
+    } while (std::any_of(stations_.begin(), stations_.end(), isCarrying) && loop_.now() < latest);
+    return child_->status();
 }
 
 /// True when a device was programmed and none differs.

@@ -34,6 +34,7 @@ public:
 private:
     void writePorts() const;
     void recordTo(const std::string& path);
+    int endOfCommand();
     void takeSignal(int number, bool fromTerminal);
     bool reportMemories(std::ostream& report) const;
 

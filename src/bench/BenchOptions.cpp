@@ -77,10 +77,9 @@ BenchOptions benchOptions(const std::vector<std::string>& all) {
             if (options.command.empty()) throw std::invalid_argument("no command behind \"--\"");
             break;
         }
-        if (name == "--help" || name == "-h") {
-            options.wantsHelp = true;
-            return options;
-        }
+        options.wantsHelp = name == "--help" || name == "-h";
+        options.wantsVersion = name == "--version";
+        if (options.wantsHelp || options.wantsVersion) return options;
         if (name == "--config-dir") {
             options.configFolder = arguments.value();
         } else if (name == "--device") {
@@ -120,6 +119,7 @@ std::string benchHelp() {
            "  --transcript FILE          every byte on every line, with its time\n"
            "  --ready-file FILE          written when the ports are there: \"COM3=/dev/pts/5\", a line each\n"
            "  --report FILE              where the report goes (default: standard output)\n"
+           "  --version, --help\n"
            "\n"
            "SPEC is KEY=VALUE,KEY=VALUE,... (\"\\,\" is a comma in a value). Keys:\n" +
            deviceSpecHelp() +

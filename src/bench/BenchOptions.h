@@ -20,6 +20,7 @@ struct BenchOptions {
     std::string report;
     std::vector<std::string> command;
     bool wantsHelp = false;
+    bool wantsVersion = false;
 };
 
 /// Throws std::invalid_argument with what is wrong. The program's own name is not among the arguments.

@@ -6,7 +6,11 @@
 namespace corvane::bench {
 namespace {
 
-constexpr Micros kWakesLate = 50;  // at most, as a rule; the clock is watched for so long before a moment
+// The longer a sleep, the later the processor comes out of it; so the last part of a long one is slept apart, and
+// shortly before the moment the clock is watched.
+constexpr Micros kWatches = 50;
+constexpr Micros kLastSleep = 250;
+constexpr Micros kShortSleep = 400;
 
 Micros monotonic() {
     timespec now{};
@@ -35,15 +39,16 @@ std::optional<Micros> Loop::nextAt() const {
     return next;
 }
 
-void Loop::run() {
+void Loop::run(std::optional<Micros> until) {
     stopped_ = false;
-    while (!stopped_) step();
+    while (!stopped_ && !(until && now() >= *until)) step(until);
 }
 
-void Loop::step() {
+void Loop::step(std::optional<Micros> until) {
     polled_.clear();
     for (const auto& [descriptor, handler] : watches_) polled_.push_back({descriptor, POLLIN, 0});
-    wait(nextAt());
+    const auto next = nextAt();
+    wait(next && until ? std::min(*next, *until) : next ? next : until);
     for (const auto& polled : polled_) {
         if (!polled.revents) continue;
         const auto found = watches_.find(polled.fd);
@@ -63,7 +68,8 @@ void Loop::wait(std::optional<Micros> until) {
     for (;;) {
         timespec span{};
         if (until) {
-            const Micros sleep = std::max<Micros>(0, *until - now() - kWakesLate);
+            const Micros left = *until - now() - kWatches;
+            const Micros sleep = std::max<Micros>(0, left > kShortSleep ? left - kLastSleep : left);
             span = {sleep / 1000000, sleep % 1000000 * 1000};
         }
         const int stirred = ppoll(polled_.data(), polled_.size(), until ? &span : nullptr, nullptr);

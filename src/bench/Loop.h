@@ -37,12 +37,12 @@ public:
     void add(Timed& timed) { timed_.push_back(&timed); }
     void remove(Timed& timed) { std::erase(timed_, &timed); }
 
-    /// Runs until stop is called.
-    void run();
+    /// Runs until stop is called, or until the moment has come.
+    void run(std::optional<Micros> until = std::nullopt);
     void stop() { stopped_ = true; }
 
 private:
-    void step();
+    void step(std::optional<Micros> until);
     void wait(std::optional<Micros> until);
     std::optional<Micros> nextAt() const;
 

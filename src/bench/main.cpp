@@ -29,6 +29,10 @@ int main(int count, char** arguments) {
             std::cout << corvane::bench::benchHelp();
             return 0;
         }
+        if (options.wantsVersion) {
+            std::cout << "corvane-bench " CORVANE_VERSION_TEXT "\n";
+            return 0;
+        }
         return runBench(options);
     } catch (const std::invalid_argument& error) {
         std::cerr << "corvane-bench: " << error.what() << "\nTry corvane-bench --help.\n";

@@ -32,7 +32,7 @@ void PacedLine::hear(Micros now, const Bytes& bytes, std::uint32_t hostRate) {
         device_.hear(now, {}, hostRate);
     }
     for (const auto byte : bytes) toDevice_.send(now * kNanosPerMicro, byte, hostRate);
-    transcript_.add({now, Direction::toDevice, hostRate, bytes});
+    transcript_.add(now, Direction::toDevice, hostRate, bytes);
 }
 
 /// Lets everything happen that was due by now, in order and each at its own time, however late the owner asks.
@@ -75,7 +75,7 @@ Bytes PacedLine::speak(Micros now) {
         bytes.push_back(toHost_.bytes.front().byte);
         toHost_.bytes.pop_front();
     }
-    transcript_.add({now, Direction::toHost, rate_, bytes});
+    transcript_.add(now, Direction::toHost, rate_, bytes);
     return bytes;
 }
 

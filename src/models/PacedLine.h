@@ -22,6 +22,9 @@ public:
     Bytes speak(Micros now) override;
     bool isPlugged() const override { return device_.isPlugged(); }
 
+    /// Whether bytes of the host are still on their way.
+    bool isCarrying() const { return !toDevice_.bytes.empty(); }
+
     Transcript& transcript() { return transcript_; }
     const Transcript& transcript() const { return transcript_; }
 

@@ -4,10 +4,16 @@
 #include <map>
 
 namespace corvane::models {
+namespace {
+
+constexpr Micros kLongestBreak = 2000;
+constexpr std::size_t kLongestPassage = 4096;
+
+}  // namespace
 
 std::string textOf(const Passage& passage) {
     char head[64];
-    std::snprintf(head, sizeof head, "%12.6f %c %u ", static_cast<double>(passage.at) / 1e6,
+    std::snprintf(head, sizeof head, "%12.6f %c %u ", static_cast<double>(passage.from) / 1e6,
                   passage.direction == Direction::toDevice ? '>' : '<', passage.rate);
     std::string text = head;
     for (const auto byte : passage.bytes) {
@@ -22,21 +28,31 @@ std::string textOf(const Passage& passage) {
     return text;
 }
 
-void Transcript::add(Passage passage) {
-    if (passage.bytes.empty()) return;
-    if (watcher_) watcher_(passage);
-    if (!forgets_) passages_.push_back(std::move(passage));
+void Transcript::add(Micros at, Direction direction, std::uint32_t rate, const Bytes& bytes) {
+    if (bytes.empty()) return;
+    if (!passages_.empty()) {
+        auto& last = passages_.back();
+        if (last.direction == direction && last.rate == rate && at - last.to <= kLongestBreak &&
+            last.bytes.size() < kLongestPassage) {
+            last.to = at;
+            last.bytes.insert(last.bytes.end(), bytes.begin(), bytes.end());
+            return;
+        }
+        if (taker_) finish();
+    }
+    passages_.push_back({at, at, direction, rate, bytes});
 }
 
-void Transcript::watch(std::function<void(const Passage&)> watcher, bool forgets) {
-    watcher_ = std::move(watcher);
-    forgets_ = forgets;
+void Transcript::finish() {
+    if (!taker_) return;
+    for (const auto& passage : passages_) taker_(passage);
+    passages_.clear();
 }
 
 std::size_t Transcript::bytes(Direction direction, Micros from, Micros to) const {
     std::size_t count = 0;
     for (const auto& passage : passages_) {
-        if (passage.direction == direction && passage.at >= from && passage.at <= to) count += passage.bytes.size();
+        if (passage.direction == direction && passage.from >= from && passage.to <= to) count += passage.bytes.size();
     }
     return count;
 }
@@ -44,7 +60,7 @@ std::size_t Transcript::bytes(Direction direction, Micros from, Micros to) const
 Micros Transcript::wireTime(Micros from, Micros to) const {
     std::map<std::uint32_t, std::size_t> bytesAt;
     for (const auto& passage : passages_) {
-        if (passage.at >= from && passage.at <= to) bytesAt[passage.rate] += passage.bytes.size();
+        if (passage.from >= from && passage.to <= to) bytesAt[passage.rate] += passage.bytes.size();
     }
     double seconds = 0;
     for (const auto& [rate, count] : bytesAt) seconds += static_cast<double>(count) * 10 / rate;

@@ -11,38 +11,41 @@ namespace corvane::models {
 
 enum class Direction { toDevice, toHost };
 
-/// Bytes that went over a line together.
+/// Bytes that went over a line without a break.
 struct Passage {
-    Micros at = 0;  ///< when the host wrote them, or when the last of them reached the host
+    Micros from = 0;  ///< when the host wrote the first of them, or had it in hand
+    Micros to = 0;    ///< the same of the last
     Direction direction = Direction::toDevice;
     std::uint32_t rate = 0;  ///< bits a second
     Bytes bytes;
 };
 
-/// "    1.234567 > 19200 \x02X\x0D": seconds, the direction (">" is to the device), the rate, and the bytes, printable
-/// ones but the backslash as they are. No line end.
+/// "    1.234567 > 19200 \x02X\x0D": the seconds at its beginning, the direction (">" is to the device), the rate, and
+/// the bytes, printable ones but the backslash as they are. No line end.
 std::string textOf(const Passage& passage);
 
 /// Everything that went over a line, in order.
 class Transcript {
 public:
-    void add(Passage passage);
+    /// Bytes that were handed over at a moment. They join the passage before them when they go on where it stopped.
+    void add(Micros at, Direction direction, std::uint32_t rate, const Bytes& bytes);
 
     const std::vector<Passage>& passages() const { return passages_; }
 
-    /// Bytes of a direction, and how long they keep the line busy at 10 bits a byte, within a span of time.
+    /// Bytes of a direction in whole passages within a span of time, and how long both directions keep the line busy
+    /// with theirs, at 10 bits a byte.
     std::size_t bytes(Direction direction, Micros from = 0, Micros to = kEnd) const;
     Micros wireTime(Micros from = 0, Micros to = kEnd) const;
 
-    /// Called with every passage; with forgets, passages are not kept beside.
-    void watch(std::function<void(const Passage&)> watcher, bool forgets);
+    /// From now on passages are not kept but handed over, each when it is complete; finish completes the last one.
+    void handOver(std::function<void(const Passage&)> taker) { taker_ = std::move(taker); }
+    void finish();
 
 private:
     static constexpr Micros kEnd = std::numeric_limits<Micros>::max();
 
     std::vector<Passage> passages_;
-    std::function<void(const Passage&)> watcher_;
-    bool forgets_ = false;
+    std::function<void(const Passage&)> taker_;
 };
 
 }  // namespace corvane::models

@@ -84,6 +84,14 @@ TEST(Bench, WritesDownWhatWentOverTheLines) {
     EXPECT_EQ(ScratchFolder::content(scratch.at("ready")).rfind("COM4=/dev/pts/", 0), 0U);
 }
 
+TEST(Bench, HearsWhatACommandWroteLast) {
+    const auto run = runBench({"--device", "port=4,kind=boot,baud=1200", "--", "/bin/sh", "-c",
+                               "exec 3<>$(sed -n s/COM4=//p $XDG_CONFIG_HOME/Corvane/serialcomm.conf); stty 1200 <&3;"
+                               "printf '%40s\\002R\\r' >&3"});
+    EXPECT_EQ(run.report,
+              "COM4: 0 requests, 0 erases, 0 records, 1 restart; heard 43 bytes, gave 0 replies; in its boot loader\n");
+}
+
 TEST(Bench, TakesAnUnpluggedPortOffTheMap) {
     const auto run = runBench({"--device", "port=4,kind=boot,baud=9600,fault=unplug-erase", "--device", "port=6", "--",
                                "/bin/sh", "-c",

@@ -11,17 +11,13 @@
 namespace corvane::bench {
 
 /// A program at the other end of a port, in the bench's own thread and loop.
-class Host : private Timed {
+class Host {
 public:
     Host(Loop& loop, const std::string& path)
         : loop_(loop), port_(open(path.c_str(), O_RDWR | O_NOCTTY | O_NONBLOCK | O_CLOEXEC), path.c_str()) {
         loop_.watch(port_.get(), [this] { take(); });
-        loop_.add(*this);
     }
-    ~Host() override {
-        loop_.remove(*this);
-        loop_.unwatch(port_.get());
-    }
+    ~Host() { loop_.unwatch(port_.get()); }
 
     void setRate(std::uint32_t rate) {
         termios2 line = settings();
@@ -40,9 +36,7 @@ public:
         got_.clear();
         wanted_ = count;
         if (!bytes.empty() && ::write(port_.get(), bytes.data(), bytes.size()) < 0) return "(not written)";
-        until_ = loop_.now() + limitMs * 1000LL;
-        loop_.run();
-        until_.reset();
+        loop_.run(loop_.now() + limitMs * 1000LL);
         return got_;
     }
     bool isGone() const { return gone_; }
@@ -57,14 +51,11 @@ private:
         if (gone_) loop_.unwatch(port_.get());
         if (gone_ || got_.size() >= wanted_) loop_.stop();
     }
-    std::optional<Micros> nextAt() const override { return until_; }
-    void act(Micros) override { loop_.stop(); }
 
     Loop& loop_;
     Descriptor port_;
     std::string got_;
     std::size_t wanted_ = 0;
-    std::optional<Micros> until_;
     bool gone_ = false;
 };
 

@@ -116,5 +116,22 @@ TEST(Transcript, TotalsTheWire) {
     EXPECT_EQ(textOf(transcript.passages()[2]), "    0.100348 < 115200 \\x06");
 }
 
+TEST(Transcript, JoinsWhatCameWithoutABreak) {
+    Transcript transcript;
+    transcript.add(1000, Direction::toHost, 9600, chars("a"));
+    transcript.add(3000, Direction::toHost, 9600, chars("b\\"));
+    transcript.add(3000, Direction::toHost, 9600, {});
+    transcript.add(3000, Direction::toDevice, 9600, chars("c"));
+    std::vector<std::string> taken;
+    transcript.handOver([&](const Passage& passage) { taken.push_back(textOf(passage)); });
+    transcript.add(5001, Direction::toDevice, 9600, chars("d"));
+    EXPECT_EQ(taken, (std::vector<std::string>{"    0.001000 < 9600 ab\\x5C", "    0.003000 > 9600 c"}));
+    transcript.add(5001, Direction::toDevice, 1200, chars("e"));
+    transcript.finish();
+    transcript.finish();
+    EXPECT_EQ(taken.size(), 4U);
+    EXPECT_TRUE(transcript.passages().empty());
+}
+
 }  // namespace
 }  // namespace corvane::models
