@@ -19,8 +19,8 @@ public:
     const LinuxProgramFolder& folder() const { return folder_; }
 
     Platform seams() {
-        return {runtime_,  serial_, ports_,    modules_, reader_, profile_,
-                settings_, folder_, launcher_, folder_.transportLibrary()};
+        return {runtime_, serial_,   ports_,  modules_,  reader_,
+                profile_, settings_, folder_, launcher_, folder_.transportLibrary()};
     }
 
 private:
