@@ -1,0 +1,25 @@
+#!/usr/bin/env bash
+# Builds Corvane and carries a simulated device through a whole online update: a real FTP server on loopback, a device on a
+# pseudo-terminal. With a display the window does it, without one the console, and a screenshot of the window is written.
+#
+#   ./run.sh           the whole job; its last line says whether the device's memory equals the image
+#   ./run.sh --hid     the same with a simulated HID reader
+#   ./run.sh --real    the window on this machine's own ports
+#   ./run.sh --build   only installs what is missing and builds
+set -eu
+cd "$(dirname "$0")"
+. tools/packages.sh
+mode=${1:---demo}
+case $mode in --demo|--hid|--real|--build) ;; *) sed -n '2,8p' "$0" | cut -c3-; exit 2 ;; esac
+
+# shellcheck disable=SC2086
+need $BUILD_PACKAGES $RUN_PACKAGES
+cmake --preset release >/dev/null
+cmake --build --preset release
+
+case $mode in
+--build) ;;
+--real) exec build/bin/corvane ;;
+--hid) exec /usr/bin/python3 tools/demo.py --hid ;;
+--demo) exec /usr/bin/python3 tools/demo.py ;;
+esac

@@ -1,0 +1,37 @@
+#!/usr/bin/env bash
+# Builds everything under build/test with clang++ and the address and undefined-behaviour sanitizers, and runs every test.
+# build/bin stays as it is.
+#
+#   ./test.sh              all tests
+#   ./test.sh NAME...      only those whose names match one of these expressions
+#   ./test.sh --coverage   all tests, built with counters instead; prints line and branch coverage of the core folders
+#   ./test.sh --tidy       clang-tidy over the sources
+set -eu
+cd "$(dirname "$0")"
+. tools/packages.sh
+# shellcheck disable=SC2086
+need $BUILD_PACKAGES $RUN_PACKAGES $TEST_PACKAGES
+export QT_QPA_PLATFORM=offscreen
+
+case ${1:-} in
+--coverage)
+    need gcovr
+    cmake --preset coverage >/dev/null
+    cmake --build --preset coverage
+    ctest --preset coverage -j "$(nproc)"
+    gcovr --root . --print-summary --exclude-throw-branches --exclude-unreachable-branches \
+        --filter 'src/(ports|protocol|hid|ftp|app)/' build/coverage
+    ;;
+--tidy)
+    need clang-tidy
+    cmake --preset test >/dev/null
+    # shellcheck disable=SC2046
+    clang-tidy -p build/test --quiet $(git ls-files 'src/*.cpp')
+    ;;
+*)
+    cmake --preset test >/dev/null
+    cmake --build --preset test
+    pattern=$(IFS='|'; echo "$*")
+    ctest --preset test -j "$(nproc)" ${pattern:+-R "$pattern"}
+    ;;
+esac

@@ -1,0 +1,85 @@
+#!/usr/bin/python3
+"""A whole online update on this machine alone: an FTP server on loopback with the example site, a simulated device, and
+the program between them. Called by run.sh once everything is built.
+
+    tools/demo.py [--hid] [--console]    --console: not the window, although there is a display
+"""
+
+import os
+import pathlib
+import shutil
+import socket
+import subprocess
+import sys
+import tempfile
+import time
+
+ROOT = pathlib.Path(__file__).resolve().parent.parent
+BIN = ROOT / "build" / "bin"
+IMAGE = "firmware/images/r200_v52r1.hex"
+ACCOUNT, PASSWORD = "demo", "practice"
+SERIAL = "kind=TarnPlus,baud=19200,boot-baud=57600,version=TARN-R200 V5.1R23,next-version=TARN-R200 V5.2R1"
+HID = "kind=TarnPlus,hid=yes,version=TARN-R200 V5.1R23,next-version=TARN-R200 V5.2R1"
+
+
+def free_port():
+    with socket.create_server(("127.0.0.1", 0)) as probe:
+        return probe.getsockname()[1]
+
+
+def wait_for(port, process):
+    """Until the server listens; an error when it ends before that."""
+    for _ in range(200):
+        if process.poll() is not None:
+            sys.exit("demo: the FTP server did not start; is python3-pyftpdlib installed?")
+        try:
+            socket.create_connection(("127.0.0.1", port), 1).close()
+            return
+        except OSError:
+            time.sleep(0.05)
+    sys.exit("demo: the FTP server does not answer")
+
+
+def serve(folder):
+    port = free_port()
+    server = subprocess.Popen(
+        ["/usr/bin/python3", "-W", "ignore", "-m", "pyftpdlib", "-i", "127.0.0.1", "-p", str(port),
+         "-u", ACCOUNT, "-P", PASSWORD, "-d", str(folder)], stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL)
+    wait_for(port, server)
+    return server, port
+
+
+def update(site, port, config, options):
+    """Runs the program on the bench; the bench's exit status."""
+    has_display = bool(os.environ.get("DISPLAY") or os.environ.get("WAYLAND_DISPLAY"))
+    window = has_display and "--console" not in options
+    command = [BIN / "corvane"] if window else [BIN / "corvane-cli", "update", "--yes"]
+    if window:
+        print("The window is open: press the start button, and close it when the update is done.", flush=True)
+    bench = [BIN / "corvane-bench", "--config-dir", config, "--device", HID if "--hid" in options else SERIAL,
+             "--setting", "FTP/UserName=" + ACCOUNT, "--setting", "FTP/Password=" + PASSWORD,
+             "--setting", "FTP/Server=127.0.0.1:%d" % port, "--image", site / IMAGE, "--verify", "--"]
+    return subprocess.run([str(word) for word in bench + command], check=False).returncode
+
+
+def main(options):
+    if not set(options) <= {"--hid", "--console"}:
+        sys.exit(__doc__)
+    with tempfile.TemporaryDirectory(prefix="corvane-demo-") as folder:
+        site = pathlib.Path(folder) / "site"
+        shutil.copytree(ROOT / "docs" / "example-site", site)
+        server, port = serve(site)
+        try:
+            status = update(site, port, pathlib.Path(folder) / "config", options)
+        finally:
+            server.terminate()
+            server.wait()
+    if status == 0:
+        print("Verdict: the device's memory equals the image.")
+    else:
+        print("Verdict: NOT updated; the device's memory does not equal the image (status %d)." % status)
+    return status
+
+
+if __name__ == "__main__":
+    sys.exit(main(sys.argv[1:]))
