@@ -17,8 +17,8 @@ public:
     virtual bool Break() { return false; }
     virtual void Break(bool /*bBreak*/) {}
     virtual bool CDHolding() { return false; }
-    virtual std::int32_t CommID() { return 0; }         ///< handle of the open port
-    virtual std::string CommPort() { return {}; }       ///< port name, such as COM3
+    virtual std::int32_t CommID() { return 0; }    ///< handle of the open port
+    virtual std::string CommPort() { return {}; }  ///< port name, such as COM3
     virtual void CommPort(const std::string& /*szCommPort*/) {}
     virtual bool CTSHolding() { return false; }
     virtual bool DSRHolding() { return false; }
@@ -28,12 +28,12 @@ public:
     virtual void EOFEnable(bool /*bEOFEnable*/) {}
     virtual std::int32_t HandShaking() { return 0; }
     virtual void HandShaking(std::int32_t /*lHandshake*/) {}
-    virtual std::int32_t InBufferCount() { return 0; }  ///< bytes received and not read yet
+    virtual std::int32_t InBufferCount() { return 0; }              ///< bytes received and not read yet
     virtual void InBufferCount(std::int32_t /*lInBufferCount*/) {}  ///< 0 discards them
     virtual std::int32_t InBufferSize() { return 0; }
     virtual void InBufferSize(std::int32_t /*lInBufferSize*/) {}
-    virtual Variant CommInput() { return {}; }          ///< a text in InputMode 0, bytes in InputMode 1
-    virtual std::int32_t InputLen() { return 0; }       ///< how much one CommInput takes; 0 everything
+    virtual Variant CommInput() { return {}; }     ///< a text in InputMode 0, bytes in InputMode 1
+    virtual std::int32_t InputLen() { return 0; }  ///< how much one CommInput takes; 0 everything
     virtual void InputLen(std::int32_t /*lInputLen*/) {}
     virtual std::int32_t InputMode() { return 0; }
     virtual void InputMode(std::int32_t /*lInputMode*/) {}
@@ -47,18 +47,18 @@ public:
     virtual std::string ParityReplace() { return {}; }
     virtual void ParityReplace(const std::string& /*szParityReplace*/) {}
     virtual bool PortOpen() { return false; }
-    virtual void PortOpen(bool /*bPortOpen*/) {}         ///< never throws; read it back to learn how it went
+    virtual void PortOpen(bool /*bPortOpen*/) {}  ///< never throws; read it back to learn how it went
     virtual std::int32_t RThreshold() { return 0; }
     virtual void RThreshold(std::int32_t /*lRThreshold*/) {}
     virtual bool RTSEnable() { return false; }
     virtual void RTSEnable(bool /*bRTSEnable*/) {}
-    virtual std::string Settings() { return {}; }        ///< "rate,parity,data bits,stop bits" in force
+    virtual std::string Settings() { return {}; }                ///< "rate,parity,data bits,stop bits" in force
     virtual void Settings(const std::string& /*szSettings*/) {}  ///< the whole text or any of its fields
     virtual std::int32_t SThreshold() { return 0; }
     virtual void SThreshold(std::int32_t /*lSThreshold*/) {}
-    virtual std::int32_t CommEvent() { return 0; }       ///< code of the latest event
+    virtual std::int32_t CommEvent() { return 0; }  ///< code of the latest event
     virtual bool IsMyCommPort(const std::string& /*szPortName*/) { return false; }
-    virtual std::int32_t NumberOfCommPorts() { return 0; }  ///< looks afresh which ports exist
+    virtual std::int32_t NumberOfCommPorts() { return 0; }                   ///< looks afresh which ports exist
     virtual std::string EnumCommPort(std::int32_t /*Index*/) { return {}; }  ///< zero-based; empty beyond the end
     virtual std::string EnumCommPortEx(std::int32_t /*Index*/) { return {}; }
 };

@@ -11,8 +11,8 @@ namespace corvane {
 namespace {
 
 constexpr char kDefaultSettings[] = "19200,N,8,1";
-constexpr int kMostPorts = 256;           // what one discovery looks at
-constexpr std::size_t kNameBuffer = 64;   // both with the terminating NUL
+constexpr int kMostPorts = 256;          // what one discovery looks at
+constexpr std::size_t kNameBuffer = 64;  // both with the terminating NUL
 constexpr std::size_t kDataBuffer = 8;
 
 double portNumber(const std::string& name) { return leadingNumber(std::string_view(name).substr(3)); }
@@ -93,7 +93,8 @@ void clsMSComm::Settings(const std::string& szSettings) {
         const double value = leadingNumber(piece);
         if (value == 0) {
             const auto letter = upperCase(piece);
-            if (letter.size() == 1 && std::string_view("NOESM").find(letter) != std::string_view::npos) fields[1] = piece;
+            if (letter.size() == 1 && std::string_view("NOESM").find(letter) != std::string_view::npos)
+                fields[1] = piece;
         } else if (value == 1 || value == 1.5 || value == 2) {
             fields[3] = piece;
         } else if (value == 4 || value == 5 || value == 6 || value == 7 || value == 8) {
@@ -125,8 +126,8 @@ std::string clsMSComm::GetCOMMSettings(std::int32_t handle) {
 namespace {
 
 bool isKnownRate(double rate) {
-    for (const double listed : {110, 300, 600, 1200, 2400, 4800, 9600, 14400, 19200, 38400, 56000, 57600, 115200, 128000,
-                                256000}) {
+    for (const double listed :
+         {110, 300, 600, 1200, 2400, 4800, 9600, 14400, 19200, 38400, 56000, 57600, 115200, 128000, 256000}) {
         if (rate == listed) return true;
     }
     return std::fmod(rate, 150) == 0;
