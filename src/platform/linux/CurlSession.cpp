@@ -2,24 +2,35 @@
 
 #include <algorithm>
 #include <cerrno>
+#include <cstddef>
 #include <exception>
+#include <linux/tcp.h>
+#include <netinet/in.h>
 #include <poll.h>
 #include <stdexcept>
 #include <sys/epoll.h>
 #include <sys/socket.h>
 #include <sys/timerfd.h>
 #include <unistd.h>
+#include <utility>
 
 namespace corvane {
 namespace {
 
-constexpr long kReceiveBuffer = 512 * 1024;  // what one event moves at most
-constexpr long kLongestIdle = 24 * 3600;     // seconds; when a session ends is decided elsewhere
+constexpr long kReceiveBuffer = 256 * 1024;
+constexpr std::size_t kMostPerTurn = 512 * 1024;  // bytes; then other events have theirs
+constexpr long kLongestIdle = 24 * 3600;          // seconds; when a session ends is decided elsewhere
+constexpr int kMostUnread = 16;                   // pieces of a talkative server's words
 constexpr char kGoodbye[] = "QUIT\r\n";
 
 bool isReadable(int socket) {
     pollfd entry{socket, POLLIN, 0};
     return ::poll(&entry, 1, 0) > 0;
+}
+
+bool isAtEnd(int socket) {
+    char next = 0;
+    return ::recv(socket, &next, 1, MSG_PEEK | MSG_DONTWAIT) == 0;
 }
 
 CurlSession& session(void* self) { return *static_cast<CurlSession*>(self); }
@@ -46,6 +57,8 @@ CurlSession::CurlSession(LinuxRuntime& runtime, const FtpAddress& address, const
     set(CURLOPT_WRITEDATA, this);
     set(CURLOPT_HEADERFUNCTION, &onHeader);
     set(CURLOPT_HEADERDATA, this);
+    set(CURLOPT_OPENSOCKETFUNCTION, &onOpen);
+    set(CURLOPT_OPENSOCKETDATA, this);
     set(CURLOPT_CLOSESOCKETFUNCTION, &onClose);
     set(CURLOPT_CLOSESOCKETDATA, this);
     set(CURLOPT_ERRORBUFFER, error_.data());
@@ -91,6 +104,8 @@ void CurlSession::applyRoute(const SiteRoute& route) {
 
 void CurlSession::begin(const FtpAddress& address) {
     curl_multi_remove_handle(multi_, easy_);
+    received_ = 0;
+    isReplyAwaited_ = isTurnOver_ = hasReplied_ = false;
     ownProblem_.clear();
     error_.fill(0);
     set(CURLOPT_URL, address.url().c_str());
@@ -131,35 +146,60 @@ int CurlSession::onSocketChange(CURL*, curl_socket_t socket, int what, void* sel
 }
 
 int CurlSession::onTimeChange(CURLM*, long ms, void* self) {
-    itimerspec setting{};
-    if (ms == 0) setting.it_value.tv_nsec = 1;  // zero would mean never
-    if (ms > 0) setting.it_value = {ms / 1000, ms % 1000 * 1000000};
-    return ::timerfd_settime(session(self).timer_, 0, &setting, nullptr);
+    session(self).setTimer(ms);
+    return 0;
 }
 
 std::size_t CurlSession::onBody(char* bytes, std::size_t size, std::size_t count, void* self) {
+    auto& that = session(self);
+    const std::string_view body(bytes, size * count);
     try {
-        session(self).onData({bytes, size * count});
-        return size * count;
+        if (that.isReplyMissing(body.size())) {
+            that.isReplyAwaited_ = true;
+            return CURL_WRITEFUNC_PAUSE;
+        }
+        if (that.turn_ >= kMostPerTurn) {
+            that.isTurnOver_ = true;
+            return CURL_WRITEFUNC_PAUSE;
+        }
+        that.onData(body);
+        that.turn_ += body.size();
+        that.received_ += static_cast<std::int64_t>(body.size());
+        return body.size();
     } catch (const std::exception& error) {
-        session(self).ownProblem_ = error.what();
+        that.ownProblem_ = error.what();
         return 0;
     }
 }
 
 std::size_t CurlSession::onHeader(char*, std::size_t size, std::size_t count, void* self) {
-    session(self).onReply();
+    auto& that = session(self);
+    that.hasReplied_ = true;
+    that.replied_ += size * count;
+    that.onReply();
     return size * count;
 }
 
+curl_socket_t CurlSession::onOpen(void* self, curlsocktype, curl_sockaddr* address) {
+    const int socket = ::socket(address->family, address->socktype | SOCK_CLOEXEC, address->protocol);
+    if (socket < 0) return CURL_SOCKET_BAD;
+    auto& that = session(self);
+    if (that.sockets_.empty()) that.replied_ = 0;
+    that.sockets_.push_back(socket);
+    return socket;
+}
+
 int CurlSession::onClose(void* self, curl_socket_t socket) {
+    std::erase(session(self).sockets_, socket);
     session(self).runtime_.unwatch(socket);
     return ::close(socket);
 }
 
 void CurlSession::onSocket(int socket, std::uint32_t events) {
-    if (isReplyMissing(socket)) {
-        waitForReply(socket);
+    if ((events & EPOLLIN) && socket == dataSocket() && isReplyMissing(0)) {
+        runtime_.unwatch(socket);
+        isReplyAwaited_ = true;
+        awaitReply();
         return;
     }
     int happened = 0;
@@ -169,40 +209,73 @@ void CurlSession::onSocket(int socket, std::uint32_t events) {
     act(socket, happened);
 }
 
-/// At the end of the data the library would wait for the server's last word and let nothing else happen meanwhile, up
-/// to a minute. So it is not told of the end before that word is there.
-bool CurlSession::isReplyMissing(int socket) const {
-    const int control = controlSocket();
-    char next = 0;
-    return control >= 0 && socket != control && ::recv(socket, &next, 1, MSG_PEEK | MSG_DONTWAIT) == 0 &&
-           !isReadable(control);
-}
-
-void CurlSession::waitForReply(int socket) {
-    const int control = controlSocket();
-    isReplyAwaited_ = true;
-    runtime_.unwatch(socket);
-    runtime_.watch(control, EPOLLIN, [this, socket, control](std::uint32_t) {
-        isReplyAwaited_ = false;
-        runtime_.unwatch(control);
-        act(socket, CURL_CSELECT_IN);
-        act(CURL_SOCKET_TIMEOUT, 0);
-    });
+/// In ms from now; below 0 for never.
+void CurlSession::setTimer(long ms) {
+    itimerspec setting{};
+    if (ms == 0) setting.it_value.tv_nsec = 1;  // zero would mean never
+    if (ms > 0) setting.it_value = {ms / 1000, ms % 1000 * 1000000};
+    ::timerfd_settime(timer_, 0, &setting, nullptr);
 }
 
 void CurlSession::onTimer() {
     std::uint64_t expirations = 0;
-    if (::read(timer_, &expirations, sizeof expirations) < 0) return;
-    if (!isReplyAwaited_) act(CURL_SOCKET_TIMEOUT, 0);
+    if (::read(timer_, &expirations, sizeof expirations) < 0 || isReplyAwaited_) return;
+    if (std::exchange(isTurnOver_, false)) goOn();
+    act(CURL_SOCKET_TIMEOUT, 0);
+}
+
+void CurlSession::goOn() {
+    turn_ = 0;
+    curl_easy_pause(easy_, CURLPAUSE_CONT);
 }
 
 void CurlSession::act(int socket, int events) {
     int running = 0;
+    turn_ = 0;
     curl_multi_socket_action(multi_, socket, events, &running);
+    if (std::exchange(hasReplied_, false) && dataSocket() < 0) nudge();
+    if (isReplyAwaited_) awaitReply();
+    if (isTurnOver_) setTimer(0);
     int left = 0;
     while (const CURLMsg* message = curl_multi_info_read(multi_, &left)) {
         if (message->msg == CURLMSG_DONE) onDone(problemOf(message->data.result));
     }
+}
+
+/// A reply that tells where the data is to be had may leave the library with nothing to wait for, and it would never
+/// connect there. A pause that ends at once has it look again.
+void CurlSession::nudge() {
+    curl_easy_pause(easy_, CURLPAUSE_RECV);
+    curl_easy_pause(easy_, CURLPAUSE_CONT);
+}
+
+/// At the end of the data the library waits for the server's last word, up to a minute, and lets nothing else happen
+/// meanwhile. So it is not shown the end before that word is there.
+bool CurlSession::isReplyMissing(std::size_t coming) const {
+    if (dataSocket() < 0) return false;
+    const auto whole = size();
+    const bool isWhole = whole > 0 && received_ + static_cast<std::int64_t>(coming) >= whole;
+    return (isWhole || isAtEnd(dataSocket())) && !hasReply();
+}
+
+/// Whether the server has said more than the library has shown: it may have read a reply already and kept it.
+bool CurlSession::hasReply() const {
+    tcp_info info{};
+    socklen_t length = sizeof info;
+    constexpr std::size_t kNeeded = offsetof(tcp_info, tcpi_bytes_received) + sizeof info.tcpi_bytes_received;
+    if (::getsockopt(controlSocket(), IPPROTO_TCP, TCP_INFO, &info, &length) < 0 || length < kNeeded) return true;
+    return info.tcpi_bytes_received > replied_ || isReadable(controlSocket());
+}
+
+/// Goes on with a read that was held back as soon as the server has spoken.
+void CurlSession::awaitReply() {
+    const int control = controlSocket();
+    runtime_.watch(control, EPOLLIN, [this, control](std::uint32_t) {
+        isReplyAwaited_ = false;
+        runtime_.unwatch(control);
+        goOn();
+        act(dataSocket(), CURL_CSELECT_IN);
+    });
 }
 
 std::string CurlSession::problemOf(CURLcode code) const {
@@ -222,19 +295,17 @@ bool CurlSession::isOverHttp() const {
 }
 
 /// The socket of the FTP dialogue, or the one to the proxy; -1 when there is none.
-int CurlSession::controlSocket() const {
-    curl_socket_t socket = CURL_SOCKET_BAD;
-    curl_easy_getinfo(easy_, CURLINFO_ACTIVESOCKET, &socket);
-    return socket == CURL_SOCKET_BAD ? -1 : socket;
-}
+int CurlSession::controlSocket() const { return sockets_.empty() ? -1 : sockets_.front(); }
+
+int CurlSession::dataSocket() const { return sockets_.size() < 2 ? -1 : sockets_.back(); }
 
 /// The library's own farewell waits for the answer of a server that may have fallen silent; on a socket that is shut
 /// down it gives up at once.
 void CurlSession::sayGoodbye() {
-    const int control = easy_ ? controlSocket() : -1;
+    const int control = controlSocket();
     if (control < 0) return;
     std::array<char, 4096> unread{};  // left lying it would turn the farewell into a reset
-    while (::recv(control, unread.data(), unread.size(), MSG_DONTWAIT) > 0) continue;
+    for (int i = 0; i<kMostUnread&& ::recv(control, unread.data(), unread.size(), MSG_DONTWAIT)> 0; ++i) continue;
     if (!isOverHttp()) ::send(control, kGoodbye, sizeof kGoodbye - 1, MSG_DONTWAIT | MSG_NOSIGNAL);
     ::shutdown(control, SHUT_RDWR);
 }

@@ -6,6 +6,7 @@
 #include <functional>
 #include <string>
 #include <string_view>
+#include <vector>
 
 #include "platform/AsyncReader.h"
 #include "platform/linux/FtpAddress.h"
@@ -48,19 +49,25 @@ private:
     static int onTimeChange(CURLM*, long ms, void* self);
     static std::size_t onBody(char* bytes, std::size_t size, std::size_t count, void* self);
     static std::size_t onHeader(char* bytes, std::size_t size, std::size_t count, void* self);
+    static curl_socket_t onOpen(void* self, curlsocktype, curl_sockaddr* address);
     static int onClose(void* self, curl_socket_t socket);
 
     template <class Value>
     void set(CURLoption option, Value value);
     void applyRoute(const SiteRoute& route);
     void onSocket(int socket, std::uint32_t events);
+    void setTimer(long ms);
     void onTimer();
-    bool isReplyMissing(int socket) const;
-    void waitForReply(int socket);
+    void goOn();
     void act(int socket, int events);
+    void nudge();
+    bool isReplyMissing(std::size_t coming) const;
+    bool hasReply() const;
+    void awaitReply();
     bool isOverHttp() const;
     std::string problemOf(CURLcode code) const;
     int controlSocket() const;
+    int dataSocket() const;
     void sayGoodbye();
 
     LinuxRuntime& runtime_;
@@ -68,8 +75,14 @@ private:
     CURLM* multi_;
     CURL* easy_;
     int timer_;
-    bool isReplyAwaited_ = false;
-    std::string ownProblem_;  // what went wrong in a callback, where the library only learns that something did
+    std::vector<int> sockets_;   // open ones, oldest first: the dialogue's, then the data's
+    std::int64_t received_ = 0;  // bytes of the running read
+    std::uint64_t replied_ = 0;  // bytes of the dialogue that the library has shown
+    bool hasReplied_ = false;
+    bool isReplyAwaited_ = false;  // a held read goes on with the server's next words
+    bool isTurnOver_ = false;      // ... or after the other events that are due
+    std::size_t turn_ = 0;         // bytes of this turn
+    std::string ownProblem_;       // what went wrong in a callback, where the library only learns that something did
     std::array<char, CURL_ERROR_SIZE> error_{};
 };
 

@@ -1,0 +1,65 @@
+#include "support/FakeAsyncReader.h"
+
+#include <filesystem>
+#include <fstream>
+#include <utility>
+
+namespace corvane::fakes {
+
+void FakeAsyncReader::start(const std::string& target, const std::string& propertyName) {
+    calls.push_back("start " + target + " -> " + propertyName);
+    ++generation_;
+    reading_ = propertyName;
+    problem_.clear();
+    const auto found = answers.find(target);
+    const Answer answer = found == answers.end() ? Answer() : found->second;
+    const auto size = static_cast<std::int64_t>(answer.content.size());
+    for (int i = 1; size > 0 && i <= answer.reports; ++i) {
+        const AsyncResult result{size * i / answer.reports, answer.isSizeKnown ? size : 0, propertyName, {}};
+        plan(answer.ms * i / answer.reports, [this, result] {
+            if (onProgress) onProgress(result);
+        });
+    }
+    if (answer.ends) plan(answer.ms, [this, answer, propertyName] { complete(answer, propertyName); });
+}
+
+void FakeAsyncReader::plan(int ms, std::function<void()> report) {
+    runtime_.at(runtime_.ms() + ms, [this, generation = generation_, report = std::move(report)] {
+        if (generation == generation_ && reading_) report();
+    });
+}
+
+void FakeAsyncReader::complete(const Answer& answer, const std::string& propertyName) {
+    reading_.reset();
+    AsyncResult result{0, 0, propertyName, {}};
+    if (!answer.content.empty() && onComplete) result.value = store(answer.content, propertyName);
+    if (result.value.empty()) {
+        problem_ = answer.problem;
+    } else {
+        result.bytesRead = static_cast<std::int64_t>(answer.content.size());
+        result.bytesMax = answer.isSizeKnown ? result.bytesRead : 0;
+    }
+    if (onComplete) onComplete(result);
+}
+
+/// Empty when the folder is not there.
+std::string FakeAsyncReader::store(const std::string& content, const std::string& propertyName) {
+    namespace fs = std::filesystem;
+    const auto folder = propertyName.empty() ? fs::temp_directory_path() : fs::path(propertyName).parent_path();
+    const auto path = (folder / (".fake-read-" + std::to_string(++files_))).string();
+    std::ofstream file(path, std::ios::binary);
+    file << content;
+    return file.flush() ? path : std::string();
+}
+
+void FakeAsyncReader::cancel(const std::optional<std::string>& propertyName) {
+    calls.push_back("cancel " + propertyName.value_or("*"));
+    if (!propertyName || propertyName == reading_) reading_.reset();
+}
+
+void FakeAsyncReader::closeSession() {
+    calls.emplace_back("close");
+    reading_.reset();
+}
+
+}  // namespace corvane::fakes

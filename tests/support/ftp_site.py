@@ -1,0 +1,117 @@
+"""An FTP server on loopback for tests: accounts, a folder of files, faults on demand, a record of what it was asked.
+
+The one argument is a JSON object:
+  root      the folder that every account sees as "/"
+  accounts  user name -> password
+  home      user name -> the folder that the login leads to ("/" by default)
+  drop      path -> [bytes, "data" or "both"]: the transfer is cut off after so many bytes, with the control connection
+            or without
+  stall     path -> bytes: after so many bytes nothing more of the file comes
+  silent    paths whose transfer is never confirmed
+  sizes     false: the size of a file is not to be had
+  anonymous true: a login without an account is accepted
+
+The first line of output is "port " and its number, every further one an event: "login NAME", "refused NAME",
+"RETR PATH" (the path as it came), "stalled PATH", "silent PATH", "QUIT", "closed". It ends with its standard input.
+"""
+
+import json
+import logging
+import os
+import sys
+import threading
+import warnings
+
+warnings.filterwarnings("ignore", category=DeprecationWarning)
+
+from pyftpdlib.authorizers import DummyAuthorizer  # noqa: E402
+from pyftpdlib.handlers import DTPHandler, FTPHandler  # noqa: E402
+from pyftpdlib.servers import FTPServer  # noqa: E402
+
+logging.getLogger("pyftpdlib").disabled = True
+SITE = json.loads(sys.argv[1])
+
+
+def note(event):
+    sys.stdout.buffer.write(event.encode("utf-8", "surrogateescape") + b"\n")
+    sys.stdout.buffer.flush()
+
+
+class Data(DTPHandler):
+    def limit(self):
+        """Bytes that are sent before the fault, or None."""
+        path = self.cmd_channel.path
+        drop = SITE.get("drop", {}).get(path)
+        return drop[0] if drop else SITE.get("stall", {}).get(path)
+
+    def use_sendfile(self):
+        return self.limit() is None and super().use_sendfile()
+
+    def send(self, data):
+        limit = self.limit()
+        if limit is None or self.file_obj is None:
+            return super().send(data)
+        if self.tot_bytes_sent < limit:
+            return super().send(data[:limit - self.tot_bytes_sent])
+        control = self.cmd_channel
+        drop = SITE.get("drop", {}).get(control.path)
+        if not drop:
+            note("stalled " + control.path)
+            self.ioloop.modify(self._fileno, 0)
+        elif drop[1] == "both":
+            control.close()
+        else:
+            self.handle_close()
+        return 0
+
+
+class Control(FTPHandler):
+    dtp_handler = Data
+    auth_failed_timeout = 0
+    banner = "ready"
+    path = None
+
+    def on_login(self, username):
+        note("login " + username)
+        self.fs.cwd = SITE.get("home", {}).get(username, "/")
+
+    def on_login_failed(self, username, password):
+        note("refused " + username)
+
+    def on_disconnect(self):
+        note("closed")
+
+    def pre_process_command(self, line, cmd, arg):
+        if cmd == "RETR":
+            self.path = arg
+            note("RETR " + arg)
+        elif cmd == "QUIT":
+            note("QUIT")
+        super().pre_process_command(line, cmd, arg)
+
+    def ftp_SIZE(self, path):
+        if SITE.get("sizes", True):
+            return super().ftp_SIZE(path)
+        self.respond("502 Not offered.")
+
+    def respond(self, resp, logfun=logging.getLogger("pyftpdlib").debug):
+        if resp.startswith("226") and self.path in SITE.get("silent", []):
+            note("silent " + self.path)
+        else:
+            super().respond(resp, logfun)
+
+
+def main():
+    authorizer = DummyAuthorizer()
+    for name, password in SITE.get("accounts", {}).items():
+        authorizer.add_user(name, password, SITE["root"], perm="elr")
+    if SITE.get("anonymous"):
+        authorizer.add_anonymous(SITE["root"])
+    Control.authorizer = authorizer
+    server = FTPServer(("127.0.0.1", 0), Control)
+    threading.Thread(target=lambda: (sys.stdin.read(), os._exit(0)), daemon=True).start()
+    note("port %d" % server.address[1])
+    server.serve_forever(handle_exit=False)
+
+
+main()
