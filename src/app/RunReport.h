@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstdint>
 #include <string>
 
 namespace corvane {
@@ -26,16 +27,24 @@ enum class RunEnd {
 /// What is known about a run when it has ended. Texts in Windows-1252 unless they are paths or words of the system.
 struct RunReport {
     RunEnd end = RunEnd::failed;
-    bool cancelled = false;    ///< the operator cancelled, whatever followed
-    bool wasSwitched = false;  ///< the device was asked to leave its application, or sat in its boot loader already
-    bool wasErased = false;    ///< an erase was sent
-    std::string port;
+    bool cancelled = false;       ///< the operator cancelled, whatever followed
+    bool wasSwitched = false;     ///< the device was asked to leave its application, or sat in its boot loader already
+    bool isInBootLoader = false;  ///< it agreed to that, or sat there already
+    bool wasErased = false;       ///< an erase was sent
+    std::string port;             ///< as the log shows it
+    std::string portName;         ///< as it opens
+    std::string settings;         ///< of the line when the device was found
+    std::string protocolName;
     std::string deviceVersion;  ///< as the device said it before
     std::string product;
     std::string version;  ///< of the image
     std::string imagePath;
+    std::uint64_t imageBytes = 0;
+    std::string imageDigest;  ///< SHA-256 in lower-case hexadecimal digits; empty when no image was had
     int repeatedRecords = 0;
-    std::string failure;  ///< what went wrong unexpectedly, in the system's words
+    std::uint32_t milliseconds = 0;  ///< from start to end
+    std::string siteProblem;         ///< why a transfer failed, in the transfer library's words
+    std::string failure;             ///< what went wrong unexpectedly, in the system's words
 };
 
 }  // namespace corvane

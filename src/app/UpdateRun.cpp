@@ -1,6 +1,7 @@
 #include "app/UpdateRun.h"
 
 #include "app/Files.h"
+#include "text/Text.h"
 
 namespace corvane {
 
@@ -11,6 +12,7 @@ RunReport UpdateRun::run(bool force) {
         return refused;
     }
     report_ = {};
+    const auto start = p_.session.runtime.tick();
     try {
         const BusyScope busy(p_.session);
         begin();
@@ -24,7 +26,9 @@ RunReport UpdateRun::run(bool force) {
     report_.product = information_.product;
     report_.version = information_.version;
     report_.repeatedRecords = p_.programmer.repeatedRecords();
+    if (!p_.choices.offLine) report_.siteProblem = p_.site.problem();
     closePorts();
+    report_.milliseconds = p_.session.runtime.tick() - start;
     isRunning_ = false;
     p_.view.phase(RunPhase::idle);
     p_.view.running(false);
@@ -97,6 +101,9 @@ RunEnd UpdateRun::withDevice(bool force) {
     session.log.clear();
     p_.view.links({});
     letEventsRun();
+    report_.portName = session.comm->CommPort();
+    report_.settings = session.comm->Settings();
+    report_.protocolName = session.protocolName;
     report_.port = portName();
     showDevice(report_.port);
 
@@ -170,11 +177,14 @@ RunEnd UpdateRun::install(const std::string& image) {
         log("Firmware download fail!!\r\n");
         return RunEnd::imageMissing;
     }
-    report_.imagePath = image;
+    noteImage(image);
     report_.wasSwitched = true;
+    report_.isInBootLoader = inIsp_;
     if (!inIsp_) {
         p_.view.phase(RunPhase::bootLoader);
-        if (!p_.isp.GoToISP()) {
+        const bool seen = p_.isp.GoToISP();
+        report_.isInBootLoader = p_.isp.isSwitchAccepted();
+        if (!seen) {
             log("Can't enter ISP Mode!!\r\n");
             return RunEnd::noBootLoader;
         }
@@ -187,6 +197,14 @@ RunEnd UpdateRun::install(const std::string& image) {
     p_.isp.wait_output_empty(250);
     p_.session.runtime.Sleep(250);
     return RunEnd::updated;
+}
+
+/// What the verdict says about the image, taken before the device changes.
+void UpdateRun::noteImage(const std::string& image) {
+    report_.imagePath = image;
+    const auto content = readFile(image);
+    report_.imageBytes = content.size();
+    report_.imageDigest = p_.digest.sha256(content);
 }
 
 /// Up to three tries. An erase that has succeeded is not repeated.

@@ -7,6 +7,7 @@
 #include "app/RunView.h"
 #include "app/SelfUpdate.h"
 #include "app/SiteAccess.h"
+#include "platform/Digest.h"
 #include "platform/Launcher.h"
 #include "protocol/DeviceScanner.h"
 #include "protocol/HexProgrammer.h"
@@ -39,6 +40,7 @@ struct RunParts {
     const ProgramFolder& folder;
     Launcher& launcher;
     ReaderIdentity& reader;
+    Digest& digest;
     RunView& view;
 };
 
@@ -75,6 +77,7 @@ private:
     void showFirmware();
     std::string fetchImage();
     RunEnd install(const std::string& image);
+    void noteImage(const std::string& image);
     bool eraseAndProgram(const std::string& image);
     void fillLinks();
     void closePorts();

@@ -3,6 +3,7 @@
 #include <string>
 
 #include "platform/AsyncReader.h"
+#include "platform/Digest.h"
 #include "platform/Launcher.h"
 #include "platform/ModuleLoader.h"
 #include "platform/PortMap.h"
@@ -25,6 +26,7 @@ struct Platform {
     SettingsStore& settings;
     ProgramFolder& folder;
     Launcher& launcher;
+    Digest& digest;
     std::string hidLibrary;  ///< path of the HID transport library, which need not exist
 };
 

@@ -88,6 +88,22 @@ bool DeviceScanner::openPort(const std::string& name) {
     return open;
 }
 
+bool DeviceScanner::openAgain(const std::string& name, const std::string& settings) {
+    if (!selectPortObject(name)) return false;
+    session_.comm->CommPort(name);
+    session_.comm->PortOpen(true);
+    session_.runtime.Sleep(50);
+    if (!session_.comm->PortOpen()) return false;
+    applySettings(settings);
+    session_.runtime.Sleep(50);
+    return true;
+}
+
+bool DeviceScanner::askVersion(const std::string& protocolName, std::string& version) {
+    lines_.wait_comm_empty();
+    return protocolName == "Tarn" ? probeTarn(version) : login_.GetVersion(version);
+}
+
 /// Goes through the settings that this port has not seen yet; True when a device answered.
 bool DeviceScanner::tryPort(int index, bool& bInISP, bool bAcceptISP, std::string& version) {
     auto& next = nextSetting_[static_cast<std::size_t>(index)];
@@ -126,6 +142,7 @@ DeviceScanner::Outcome DeviceScanner::trySettings(const std::string& settings, b
         return Outcome::found;
     }
     const bool isTarn = leadingNumber(settings) == kTarnBaudRate && probeTarn(version);
+    if (isTarn) session_.protocolName = "Tarn";
     // Written even when a Tarn device has just been found: people know this log by heart.
     session_.log.ShowInfo(", No Device!!\r\n");
     return isTarn ? Outcome::found : Outcome::nothing;
@@ -153,7 +170,6 @@ bool DeviceScanner::probeTarn(std::string& version) {
         lines_.wait_comm(0.3) != kLine)
         return false;
     if (session_.receivedLine.front() != 'A') return false;
-    session_.protocolName = "Tarn";
     version = session_.receivedLine.substr(1);
     return true;
 }

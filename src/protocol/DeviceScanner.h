@@ -22,6 +22,12 @@ public:
     /// last prompt detection.
     std::string DeviceScan(bool& bInISP, bool bAcceptISP);
 
+    /// Opens a port once more at settings at which a device was found, without a word in the log.
+    bool openAgain(const std::string& name, const std::string& settings);
+
+    /// Asks the device on the current port for its version in a protocol, "TarnPlus" or "Tarn".
+    bool askVersion(const std::string& protocolName, std::string& version);
+
     /// Leaves every port but this one out of the scans; empty for all of them.
     void onlyPort(const std::string& name) { onlyPort_ = name; }
 

@@ -17,7 +17,8 @@ const std::string kRestart = "\x02R\r";
 bool IspSession::GoToISP() {
     const bool isTarn = session_.protocolName == "Tarn";
     session_.log.ShowInfo(isTarn ? "GoTo ISP Mode (Tarn Protocol)..." : "GoTo ISP Mode (TarnPlus Protocol)...");
-    if (!(isTarn ? switchTarn() : switchTarnPlus())) {
+    switchAccepted_ = isTarn ? switchTarn() : switchTarnPlus();
+    if (!switchAccepted_) {
         session_.log.ShowInfo(" < NG\r\n");
         return false;
     }

@@ -14,6 +14,9 @@ public:
     /// Switches the device into its boot loader at the session's ispBaudRate; True when its prompt was seen then.
     bool GoToISP();
 
+    /// Whether the device agreed to switch in the last GoToISP, prompt or not.
+    bool isSwitchAccepted() const { return switchAccepted_; }
+
     /// True when the device acknowledged that its flash is erased.
     bool ISP_Erase();
 
@@ -33,6 +36,7 @@ private:
     DeviceQuery query_;
     DeviceLogin login_;
     LineReader lines_;
+    bool switchAccepted_ = false;
 };
 
 }  // namespace corvane

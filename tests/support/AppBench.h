@@ -3,6 +3,7 @@
 #include "app/Updater.h"
 #include "models/Device.h"
 #include "support/FakeAsyncReader.h"
+#include "support/FakeDigest.h"
 #include "support/FakeLauncher.h"
 #include "support/FakeModuleLoader.h"
 #include "support/FakeProgramFolder.h"
@@ -15,16 +16,16 @@ namespace corvane::fakes {
 /// A face that writes everything down and answers as the test says.
 class RecordingOperator : public RecordingFace, public OperatorPrompts, public RunView {
 public:
-    bool agrees = true;                       ///< to message boxes
-    std::string selects;                      ///< a section; empty takes the preselection
-    bool closesSelection = false;             ///< without choosing
+    bool agrees = true;            ///< to message boxes
+    std::string selects;           ///< a section; empty takes the preselection
+    bool closesSelection = false;  ///< without choosing
     std::vector<std::string> boxes;
-    std::vector<std::string> offered;         ///< the entries of the last selection
+    std::vector<std::string> offered;  ///< the entries of the last selection
     std::vector<ReferenceLink> shownLinks;
     std::vector<RunPhase> phases;
     std::vector<std::string> hints;
-    std::vector<std::string> events;          ///< "running", "idle", "cancel on", "cancel off"
-    std::function<void()> onSelection;        ///< while the selection is open
+    std::vector<std::string> events;    ///< "running", "idle", "cancel on", "cancel off"
+    std::function<void()> onSelection;  ///< while the selection is open
 
     Face face() { return {*this, *this, *this, *this, *this, *this}; }
 
@@ -60,10 +61,21 @@ struct AppBench {
     FakeSettingsStore settings;
     FakeProgramFolder folder;
     FakeLauncher launcher;
+    FakeDigest digest;
     RecordingOperator face;
 
     Platform platform() {
-        return {runtime, serial.control, serial.map, modules, reader, profile, settings, folder, launcher, folder.path() + "/VellIO.so"};
+        return {runtime,
+                serial.control,
+                serial.map,
+                modules,
+                reader,
+                profile,
+                settings,
+                folder,
+                launcher,
+                digest,
+                folder.path() + "/VellIO.so"};
     }
 
     /// A file below the program's folder.
