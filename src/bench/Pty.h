@@ -25,6 +25,10 @@ public:
     /// The line rate (bits a second) that the host has set.
     std::uint32_t hostRate() const;
 
+    /// The least time, in microseconds, that the system takes to carry a byte from one end to the other. A wire has no
+    /// such delay, so whoever paces one takes it off.
+    std::int64_t carryingTime() const { return carryingTime_; }
+
     /// What the host has written; empty when there is nothing.
     Bytes read();
 
@@ -41,6 +45,7 @@ private:
     Descriptor master_;
     Descriptor slave_;
     std::string path_;
+    std::int64_t carryingTime_;
 };
 
 }  // namespace corvane::bench

@@ -32,11 +32,15 @@ void Station::hear() {
     watch_.take();
     const Bytes bytes = pty_->read();
     const Micros now = loop_.now();
-    line_.hear(now, bytes, pty_->hostRate());
+    line_.hear(now - pty_->carryingTime(), bytes, pty_->hostRate());
     checkPlug(now);
 }
 
-std::optional<Micros> Station::nextAt() const { return pty_ ? line_.nextAt() : comesBackAt_; }
+std::optional<Micros> Station::nextAt() const {
+    if (!pty_) return comesBackAt_;
+    const auto next = line_.nextAt();
+    return next ? std::optional(*next - pty_->carryingTime()) : std::nullopt;
+}
 
 void Station::act(Micros now) {
     if (!pty_) {
@@ -46,7 +50,8 @@ void Station::act(Micros now) {
         portsChanged_();
         return;
     }
-    pty_->write(line_.speak(now));
+    // What the host is to have at a moment has to be on its way a little earlier.
+    pty_->write(line_.speak(now + pty_->carryingTime()));
     line_.hear(now, {}, pty_->hostRate());
     checkPlug(now);
 }
