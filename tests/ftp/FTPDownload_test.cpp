@@ -1,0 +1,238 @@
+#include "ftp/FTPDownload.h"
+
+#include <gtest/gtest.h>
+#include <stdexcept>
+
+#include "support/FakeAsyncReader.h"
+#include "support/ScratchFolder.h"
+
+namespace corvane::fakes {
+namespace {
+
+using Texts = std::vector<std::string>;
+
+class FTPDownloadTest : public testing::Test {
+protected:
+    FTPDownloadTest() {
+        ftp_.HostName("site");
+        ftp_.Username("upd");
+        ftp_.Password("pw");
+        ftp_.GetProgress = [this](std::int32_t percent) { events_.push_back(std::to_string(percent) + " %"); };
+        ftp_.AsyncReadProgress = [this](const AsyncResult& result) { note("progress", result); };
+        ftp_.AsyncReadComplete = [this](const AsyncResult& result) { note("complete", result); };
+        reader_.answers["ftp://upd:pw@site"] = {"a listing"};
+        reader_.answers["ftp://upd:pw@site/image"] = {"0123456789", 300, 3};
+    }
+
+    void note(const std::string& what, const AsyncResult& result) {
+        events_.push_back(what + " " + std::to_string(result.bytesRead) + " of " + std::to_string(result.bytesMax));
+    }
+
+    FakeRuntime runtime_;
+    FakeAsyncReader reader_{runtime_};
+    FTPDownload ftp_{reader_, runtime_};
+    ScratchFolder local_;
+    std::string target_ = local_.at("image");
+    Texts events_;
+};
+
+TEST_F(FTPDownloadTest, AddressTakesEverythingAsItIs) {
+    const struct {
+        const char *user, *password, *host, *remote, *address;
+    } kAddresses[] = {
+        {"upd", "pw", "site", "/firmware/firmware.inf", "ftp://upd:pw@site/firmware/firmware.inf"},
+        {"a:b@c", "p@:%/#", "site:2121", "/a b%20#1?.hex", "ftp://a:b@c:p@:%/#@site:2121/a b%20#1?.hex"},
+        {"", "", "", "noslash", "ftp://:@noslash"},
+    };
+    for (const auto& entry : kAddresses) {
+        reader_.calls.clear();
+        ftp_.Username(entry.user);
+        ftp_.Password(entry.password);
+        ftp_.HostName(entry.host);
+        ftp_.GetFile(entry.remote, target_);
+        EXPECT_EQ(reader_.calls.front(), std::string("start ") + entry.address + " -> " + target_);
+    }
+    ftp_.HostName("site");
+    reader_.calls.clear();
+    ftp_.Connect();
+    EXPECT_EQ(reader_.calls.front(), "start ftp://:@site -> ");
+}
+
+TEST_F(FTPDownloadTest, ConnectedWhenTheServerAnswersWithData) {
+    EXPECT_FALSE(ftp_.IsConnected());
+    EXPECT_TRUE(ftp_.Connect());
+    EXPECT_TRUE(ftp_.IsConnected());
+    EXPECT_TRUE(events_.empty());
+    EXPECT_EQ(ftp_.problem(), "");
+    reader_.answers["ftp://upd:pw@site"] = {""};
+    EXPECT_FALSE(ftp_.Connect());
+    EXPECT_FALSE(ftp_.IsConnected());
+    EXPECT_EQ(ftp_.problem(), "The server did not answer with data");
+    EXPECT_EQ(ftp_.ErrorLogText(), "");
+}
+
+TEST_F(FTPDownloadTest, ConnectWaitsWithoutLimit) {
+    reader_.answers["ftp://upd:pw@site"] = {"late", 31'000'000};
+    EXPECT_TRUE(ftp_.Connect());
+}
+
+TEST_F(FTPDownloadTest, FileReplacesTheOldOneAndIsReported) {
+    local_.file("image", "old");
+    EXPECT_TRUE(ftp_.GetFile("/image", target_));
+    EXPECT_EQ(ScratchFolder::content(target_), "0123456789");
+    EXPECT_EQ(local_.names(), Texts{"image"});
+    EXPECT_EQ(events_, (Texts{"30 %", "progress 3 of 10", "60 %", "progress 6 of 10", "100 %", "progress 10 of 10",
+                              "complete 10 of 10"}));
+}
+
+TEST_F(FTPDownloadTest, PercentageIsRoundedToEven) {
+    const struct {
+        std::int64_t read, whole;
+        const char* percent;
+    } kReports[] = {{0, 1, "0 %"},
+                    {1, 8, "12 %"},
+                    {3, 8, "38 %"},
+                    {1, 40, "2 %"},
+                    {1999, 2000, "100 %"},
+                    {12, 10, "100 %"},
+                    {5'000'000'000, 10'000'000'000, "50 %"}};
+    runtime_.at(50, [&] {
+        for (const auto& report : kReports) reader_.onProgress({report.read, report.whole, target_, {}});
+    });
+    ASSERT_TRUE(ftp_.GetFile("/image", target_));
+    for (std::size_t i = 0; i < std::size(kReports); ++i) EXPECT_EQ(events_[2 * i], kReports[i].percent);
+}
+
+TEST_F(FTPDownloadTest, UnknownSizeHasNoPercentage) {
+    reader_.answers["ftp://upd:pw@site/image"] = {"0123456789", 300, 2, false};
+    EXPECT_TRUE(ftp_.GetFile("/image", target_));
+    EXPECT_EQ(events_, (Texts{"progress 5 of 0", "progress 10 of 0", "complete 10 of 0"}));
+}
+
+TEST_F(FTPDownloadTest, OneOperationAtATime) {
+    bool others = false;
+    const auto tryOthers = [&] { others = ftp_.GetFile("/image", local_.at("other")) || ftp_.Connect(); };
+    runtime_.at(50, tryOthers);
+    EXPECT_TRUE(ftp_.Connect());
+    runtime_.at(runtime_.ms() + 50, tryOthers);
+    EXPECT_TRUE(ftp_.GetFile("/image", target_));
+    EXPECT_FALSE(others);
+    EXPECT_EQ(local_.names(), Texts{"image"});
+}
+
+TEST_F(FTPDownloadTest, CancelEndsADownloadAtOnce) {
+    local_.file("image", "old");
+    const std::optional<std::string> kProperties[] = {std::nullopt, target_, "other"};
+    for (const auto& property : kProperties) {
+        const auto start = runtime_.ms();
+        events_.clear();
+        runtime_.at(start + 150, [&] { ftp_.CancelAsyncRead(property); });
+        EXPECT_FALSE(ftp_.GetFile("/image", target_));
+        EXPECT_EQ(runtime_.ms(), start + 150);
+        EXPECT_FALSE(reader_.isReading());
+        runtime_.Sleep(1000);
+        runtime_.DoEvents();
+        EXPECT_EQ(events_, (Texts{"30 %", "progress 3 of 10"}));
+        EXPECT_EQ(ScratchFolder::content(target_), "old");
+        EXPECT_EQ(local_.names(), Texts{"image"});
+    }
+    EXPECT_TRUE(ftp_.GetFile("/image", target_));
+}
+
+TEST_F(FTPDownloadTest, CancelEndsALogin) {
+    reader_.answers["ftp://upd:pw@site"].ends = false;
+    runtime_.at(20, [&] { ftp_.CancelAsyncRead(target_); });
+    runtime_.at(50, [&] { ftp_.CancelAsyncRead(); });
+    EXPECT_FALSE(ftp_.Connect());
+    EXPECT_EQ(runtime_.ms(), 50);
+    EXPECT_FALSE(ftp_.IsConnected());
+    EXPECT_FALSE(reader_.isReading());
+}
+
+TEST_F(FTPDownloadTest, DisconnectTakesLeaveAndCancelsWhatRuns) {
+    ftp_.Connect();
+    reader_.calls.clear();
+    ftp_.Disconnect();
+    EXPECT_FALSE(ftp_.IsConnected());
+    EXPECT_EQ(reader_.calls, Texts{"close"});
+
+    ftp_.Connect();
+    reader_.calls.clear();
+    runtime_.at(runtime_.ms() + 150, [&] { ftp_.Disconnect(); });
+    EXPECT_FALSE(ftp_.GetFile("/image", target_));
+    EXPECT_FALSE(ftp_.IsConnected());
+    EXPECT_EQ(Texts(reader_.calls.begin(), reader_.calls.begin() + 3),
+              (Texts{"start ftp://upd:pw@site/image -> " + target_, "cancel *", "close"}));
+
+    runtime_.at(runtime_.ms() + 50, [&] { ftp_.Disconnect(); });
+    EXPECT_FALSE(ftp_.Connect());
+    EXPECT_TRUE(local_.names().empty());
+}
+
+TEST_F(FTPDownloadTest, WaitEndsAfter30000SecondsOfOneDay) {
+    const struct {
+        double start;  // of the day, in seconds
+        int ms;
+        bool isFetched;
+    } kDownloads[] = {{36000, 30'000'000, true}, {36000, 30'000'020, false}, {86390, 30'000'020, true}};
+    for (const auto& download : kDownloads) {
+        FakeRuntime runtime;
+        FakeAsyncReader reader(runtime);
+        FTPDownload ftp(reader, runtime);
+        runtime.secondsOfDayAtStart(download.start);
+        reader.answers["ftp://:@/image"] = {"x", download.ms};
+        EXPECT_EQ(ftp.GetFile("/image", target_), download.isFetched);
+        EXPECT_EQ(ftp.problem().empty(), download.isFetched);
+        EXPECT_FALSE(reader.isReading());
+    }
+}
+
+TEST_F(FTPDownloadTest, AsynchronousFormDeliversNothing) {
+    EXPECT_TRUE(ftp_.GetFile("/image", target_, true));
+    EXPECT_EQ(runtime_.ms(), 0);
+    EXPECT_TRUE(reader_.isReading());
+    runtime_.Sleep(1000);
+    runtime_.DoEvents();
+    EXPECT_FALSE(reader_.isReading());
+    EXPECT_TRUE(events_.empty());
+    EXPECT_TRUE(local_.names().empty());
+}
+
+TEST_F(FTPDownloadTest, FileThatCannotBeStoredIsAFailure) {
+    local_.file("image/in the way", "");
+    EXPECT_FALSE(ftp_.GetFile("/image", target_));
+    EXPECT_EQ(events_.back(), "complete 0 of 10");
+    EXPECT_EQ(local_.names(), Texts{"image"});
+    EXPECT_NE(ftp_.problem().find(target_), std::string::npos);
+}
+
+TEST_F(FTPDownloadTest, EachDownloadCountsForItself) {
+    EXPECT_TRUE(ftp_.GetFile("/image", target_));
+    EXPECT_FALSE(ftp_.GetFile("/empty", local_.at("empty")));
+    EXPECT_TRUE(ftp_.GetFile("/image", target_));
+    runtime_.at(runtime_.ms() + 50, [&] { ftp_.CancelAsyncRead(); });
+    EXPECT_FALSE(ftp_.GetFile("/image", target_));
+    EXPECT_EQ(local_.names(), Texts{"image"});
+}
+
+TEST_F(FTPDownloadTest, ErrorInAHandlerEndsTheDownload) {
+    ftp_.AsyncReadProgress = [](const AsyncResult&) { throw std::runtime_error("no room for it"); };
+    EXPECT_FALSE(ftp_.GetFile("/image", target_));
+    EXPECT_EQ(ftp_.problem(), "no room for it");
+    EXPECT_FALSE(reader_.isReading());
+    ftp_.AsyncReadProgress = nullptr;
+    EXPECT_TRUE(ftp_.GetFile("/image", target_));
+}
+
+TEST_F(FTPDownloadTest, ReadOutsideAnOperationIsNotReported) {
+    ftp_.AsyncRead("ftp://upd:pw@site/image", 1, target_);
+    runtime_.Sleep(1000);
+    runtime_.DoEvents();
+    ftp_.AsyncRead("ftp://upd:pw@site/image", 2, target_);
+    EXPECT_FALSE(reader_.isReading());
+    EXPECT_TRUE(events_.empty());
+    EXPECT_TRUE(local_.names().empty());
+}
+
+}  // namespace
+}  // namespace corvane::fakes
