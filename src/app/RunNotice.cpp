@@ -1,0 +1,42 @@
+#include "app/RunNotice.h"
+
+namespace corvane {
+
+RunNotice noticeFor(RunPhase phase) {
+    switch (phase) {
+        case RunPhase::idle:
+            return {"Choose what to install, connect the device, then start the update.", RunNotice::Level::plain};
+        case RunPhase::login:
+        case RunPhase::information:
+        case RunPhase::scan:
+        case RunPhase::selection:
+        case RunPhase::image:
+        case RunPhase::bootLoader:
+            return {"Nothing on the device has changed yet.", RunNotice::Level::safe};
+        case RunPhase::erase:
+        case RunPhase::program:
+        case RunPhase::reset:
+            break;
+    }
+    return {"Do not unplug the device, and do not switch it or this computer off.", RunNotice::Level::danger};
+}
+
+RunNotice noticeFor(const Verdict& verdict) {
+    switch (verdict.kind) {
+        case Verdict::Kind::updated:
+            return {verdict.headline, RunNotice::Level::safe};
+        case Verdict::Kind::waiting:
+            return {verdict.headline, RunNotice::Level::danger};
+        case Verdict::Kind::untouched:
+        case Verdict::Kind::handedOver:
+            break;
+    }
+    return {verdict.headline, RunNotice::Level::plain};
+}
+
+int stepOf(RunPhase phase) {
+    if (phase == RunPhase::idle || phase == RunPhase::login || phase == RunPhase::information) return 1;
+    return phase == RunPhase::scan ? 2 : 3;
+}
+
+}  // namespace corvane

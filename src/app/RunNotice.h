@@ -1,0 +1,27 @@
+#pragma once
+
+#include <string>
+
+#include "app/RunView.h"
+#include "app/Verdict.h"
+
+namespace corvane {
+
+/// What a window says at its top: what to do, and from the start of a run on whether the device is still as it was.
+/// UTF-8.
+struct RunNotice {
+    enum class Level { plain, safe, danger };
+    std::string text;
+    Level level = Level::plain;
+};
+
+/// During a run, or before the first one.
+RunNotice noticeFor(RunPhase phase);
+
+/// After a run.
+RunNotice noticeFor(const Verdict& verdict);
+
+/// The window's three steps: 1 what to install, 2 which device, 3 update.
+int stepOf(RunPhase phase);
+
+}  // namespace corvane
