@@ -1,0 +1,28 @@
+#pragma once
+
+#include <QPlainTextEdit>
+
+#include "app/LogText.h"
+#include "protocol/Log.h"
+
+namespace corvane {
+
+/// txtInfo, the pane with the running log.
+class LogPane : public QPlainTextEdit, public Log {
+public:
+    LogPane();
+
+    void ShowInfo(std::string_view text) override;
+    void clear() override;
+
+    /// Puts all of it on the clipboard.
+    void copyAll() const;
+
+    /// Writes it to a file as UTF-8 with LF; an empty text, or why that did not work.
+    QString save(const QString& path) const;
+
+private:
+    LogText log_;
+};
+
+}  // namespace corvane

@@ -1,0 +1,233 @@
+#include "window/MainControls.h"
+
+#include <QButtonGroup>
+#include <QFormLayout>
+#include <QLabel>
+#include <QLineEdit>
+#include <QListWidget>
+#include <QMenuBar>
+#include <QProgressBar>
+#include <QPushButton>
+#include <QRadioButton>
+#include <QStackedWidget>
+
+#include "window/Naming.h"
+
+namespace corvane {
+namespace {
+
+QString tr(const char* text) { return QObject::tr(text); }
+
+/// A label for something that a device, a site or a file says.
+QLabel* textLabel(const char* objectName, const QString& accessibleName) {
+    auto* label = named(new QLabel, objectName, accessibleName);
+    label->setTextFormat(Qt::PlainText);
+    label->setWordWrap(true);
+    label->setTextInteractionFlags(Qt::TextSelectableByMouse);
+    return label;
+}
+
+QLabel* labelFor(const QString& text, QWidget* control) {
+    auto* label = new QLabel(text);
+    label->setBuddy(control);
+    return label;
+}
+
+}  // namespace
+
+MainControls::MainControls(QMainWindow& window) {
+    makeMenu(window);
+    auto* central = new QWidget;
+    notice = new NoticeStrip;
+
+    auto* left = new QVBoxLayout;
+    left->addWidget(makeSource());
+    left->addWidget(makeDevice());
+    left->addWidget(makeUpdate());
+    left->addStretch();
+    auto* right = new QVBoxLayout;
+    txtVerdict = new VerdictCard;
+    right->addWidget(txtVerdict);
+    right->addWidget(makeLog(), 1);
+    right->addWidget(makeReferences());
+    auto* columns = new QHBoxLayout;
+    columns->addLayout(left, 2);
+    columns->addLayout(right, 3);
+
+    auto* layout = new QVBoxLayout(central);
+    layout->addWidget(notice);
+    layout->addLayout(columns, 1);
+    layout->addWidget(makeStatus());
+    window.setCentralWidget(central);
+    setTabOrder();
+}
+
+void MainControls::makeMenu(QMainWindow& window) {
+    auto* file = window.menuBar()->addMenu(tr("&File"));
+    mnuSaveLog = file->addAction(tr("&Save log…"));
+    mnuSaveLog->setObjectName("mnuSaveLog");
+    mnuSaveLog->setShortcut(QKeySequence::Save);
+    file->addSeparator();
+    mnuQuit = file->addAction(tr("&Quit"));
+    mnuQuit->setObjectName("mnuQuit");
+    mnuQuit->setShortcut(QKeySequence::Quit);
+}
+
+QWidget* MainControls::makeSource() {
+    steps[0] = new StepBox(1, tr("What to install"));
+    optLine[0] =
+        named(new QRadioButton(tr("O&n Line")), "optLine0", tr("On Line"), tr("Images come from the maker's site"));
+    optLine[1] =
+        named(new QRadioButton(tr("Off L&ine")), "optLine1", tr("Off Line"), tr("Images come from this computer"));
+    cmdOption = named(new QPushButton(tr("&Options…")), "cmdOption", tr("Options"), tr("How the site is reached"));
+    auto* lines = new QButtonGroup(steps[0]);
+    auto* mode = new QHBoxLayout;
+    for (auto* button : optLine) {
+        lines->addButton(button);
+        mode->addWidget(button);
+    }
+    mode->addStretch();
+    mode->addWidget(cmdOption);
+    source = new QStackedWidget;
+    source->addWidget(makeSitePage());
+    source->addWidget(makeLocalPage());
+    steps[0]->body()->addLayout(mode);
+    steps[0]->body()->addWidget(source);
+    return steps[0];
+}
+
+QWidget* MainControls::makeSitePage() {
+    auto* page = new QWidget;
+    txtServer = named(new QLineEdit, "txtServer", tr("Server"), tr("The maker's FTP host"));
+    txtAccount[0] = named(new QLineEdit, "txtAccount0", tr("User name"));
+    txtAccount[1] = named(new QLineEdit, "txtAccount1", tr("Password"));
+    txtAccount[1]->setEchoMode(QLineEdit::Password);
+    auto* form = new QFormLayout(page);
+    form->setContentsMargins(0, 0, 0, 0);
+    form->addRow(tr("Ser&ver"), txtServer);
+    form->addRow(tr("&User name"), txtAccount[0]);
+    form->addRow(tr("&Password"), txtAccount[1]);
+    return page;
+}
+
+QWidget* MainControls::makeLocalPage() {
+    auto* page = new QWidget;
+    optLast = named(new QRadioButton(tr("&Download folder")), "optLast", tr("Download folder"),
+                    tr("Offers the images that were downloaded before"));
+    optFile =
+        named(new QRadioButton(tr("&Local file")), "optFile", tr("Local file"), tr("Installs one Intel HEX file"));
+    cmdLoadFile =
+        named(new QPushButton(tr("Choos&e file…")), "cmdLoadFile", tr("Choose file"), tr("Picks an Intel HEX file"));
+    auto* images = new QButtonGroup(page);
+    images->addButton(optLast);
+    images->addButton(optFile);
+    auto* choice = new QHBoxLayout;
+    choice->addWidget(optFile);
+    choice->addStretch();
+    choice->addWidget(cmdLoadFile);
+
+    labFilePGM = textLabel("labFilePGM", tr("Program of the local file"));
+    labFileVersion = textLabel("labFileVersion", tr("Version of the local file"));
+    labFileDate = textLabel("labFileDate", tr("Date of the local file"));
+    auto* form = new QFormLayout;
+    form->addRow(tr("Program"), labFilePGM);
+    form->addRow(tr("Version"), labFileVersion);
+    form->addRow(tr("Date"), labFileDate);
+
+    auto* layout = new QVBoxLayout(page);
+    layout->setContentsMargins(0, 0, 0, 0);
+    layout->addWidget(optLast);
+    layout->addLayout(choice);
+    layout->addLayout(form);
+    layout->addStretch();
+    return page;
+}
+
+QWidget* MainControls::makeDevice() {
+    steps[1] = new StepBox(2, tr("Which device"));
+    labDevice = textLabel("labDevice", tr("Device"));
+    labDevice->setAlignment(Qt::AlignTop | Qt::AlignLeft);
+    frameComport = new PortFrame;
+    device = new QStackedWidget;  // both pages take the same room, so that nothing moves when a scan begins
+    device->addWidget(labDevice);
+    device->addWidget(frameComport);
+    steps[1]->body()->addWidget(device);
+    return steps[1];
+}
+
+QWidget* MainControls::makeUpdate() {
+    steps[2] = new StepBox(3, tr("Update"));
+    cmdStartCheck = named(new QPushButton(tr("&Start update")), "cmdStartCheck", tr("Start update"),
+                          tr("Finds the device, offers the images for it and installs one"));
+    cmdStartCheck->setDefault(true);
+    cmdForceISP = named(new QPushButton(tr("Fo&rce ISP")), "cmdForceISP", tr("Force ISP"),
+                        tr("Rescues a device that sits in its boot loader: takes it, and offers every image"));
+    cmdCancel = named(new QPushButton(tr("&Cancel")), "cmdCancel", tr("Cancel"),
+                      tr("Ends the run; possible as long as nothing on the device has changed"));
+    auto font = cmdStartCheck->font();
+    font.setBold(true);
+    cmdStartCheck->setFont(font);
+    pbProgram = named(new QProgressBar, "pbProgram", tr("Progress"));
+    labPhase = textLabel("labPhase", tr("What the run does"));
+
+    auto* buttons = new QHBoxLayout;
+    buttons->addWidget(cmdStartCheck, 1);
+    buttons->addWidget(cmdForceISP);
+    buttons->addWidget(cmdCancel);
+    steps[2]->body()->addLayout(buttons);
+    steps[2]->body()->addWidget(pbProgram);
+    steps[2]->body()->addWidget(labPhase);
+    return steps[2];
+}
+
+QWidget* MainControls::makeLog() {
+    auto* box = new QWidget;
+    txtInfo = new LogPane;
+    cmdCopyLog =
+        named(new QPushButton(tr("Cop&y log")), "cmdCopyLog", tr("Copy log"), tr("Puts the log on the clipboard"));
+    cmdSaveLog = named(new QPushButton(tr("Save lo&g…")), "cmdSaveLog", tr("Save log"), tr("Writes the log to a file"));
+    auto* head = new QHBoxLayout;
+    head->addWidget(labelFor(tr("Log (&T)"), txtInfo), 1);
+    head->addWidget(cmdCopyLog);
+    head->addWidget(cmdSaveLog);
+    auto* layout = new QVBoxLayout(box);
+    layout->setContentsMargins(0, 0, 0, 0);
+    layout->addLayout(head);
+    layout->addWidget(txtInfo, 1);
+    return box;
+}
+
+QWidget* MainControls::makeReferences() {
+    references = new QWidget;
+    lstRefer = named(new QListWidget, "lstRefer", tr("Reference links"), tr("Documents about the installed firmware"));
+    lstRefer->setVerticalScrollMode(QAbstractItemView::ScrollPerPixel);
+    lstRefer->setFixedHeight(lstRefer->fontMetrics().height() * 5);
+    auto* layout = new QVBoxLayout(references);
+    layout->setContentsMargins(0, 0, 0, 0);
+    layout->addWidget(labelFor(tr("Reference lin&ks"), lstRefer));
+    layout->addWidget(lstRefer);
+    references->hide();
+    return references;
+}
+
+QWidget* MainControls::makeStatus() {
+    auto* bar = named(new QWidget, "statusBar");
+    labStatus = textLabel("labStatus", tr("Advice"));
+    labVersion = textLabel("labVersion", tr("Program version"));
+    labVersion->setWordWrap(false);
+    auto* layout = new QHBoxLayout(bar);
+    layout->setContentsMargins(0, 0, 0, 0);
+    layout->addWidget(labStatus, 1);
+    layout->addWidget(labVersion, 0, Qt::AlignBottom);
+    return bar;
+}
+
+void MainControls::setTabOrder() {
+    QWidget* const order[] = {optLine[0],    optLine[1],  cmdOption, txtServer,   txtAccount[0],
+                              txtAccount[1], optLast,     optFile,   cmdLoadFile, frameComport->cmdMovePanel(),
+                              cmdStartCheck, cmdForceISP, cmdCancel, txtInfo,     cmdCopyLog,
+                              cmdSaveLog,    lstRefer};
+    for (std::size_t i = 0; i + 1 < std::size(order); ++i) QWidget::setTabOrder(order[i], order[i + 1]);
+}
+
+}  // namespace corvane

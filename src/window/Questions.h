@@ -1,0 +1,35 @@
+#pragma once
+
+#include <QList>
+#include <QWidget>
+
+#include "app/OperatorPrompts.h"
+#include "protocol/PasswordPrompt.h"
+
+class QDialog;
+
+namespace corvane {
+
+/// The questions of a run as modal dialogs over a window, which is not owned.
+class Questions : public PasswordPrompt, public OperatorPrompts {
+public:
+    explicit Questions(QWidget& window) : window_(window) {}
+
+    /// Answers what is open, and what is still asked until the next renew, with Cancel.
+    void abandon();
+    void renew() { isAbandoned_ = false; }
+
+    std::string inputBox(const std::string& prompt, const std::string& title, const std::string& byDefault) override;
+    bool messageBox(Question question, const std::string& text) override;
+    void chooseFirmware(FirmwareDialog& dialog) override;
+
+private:
+    bool show(QDialog& dialog);
+    QWidget* owner() const;
+
+    QWidget& window_;
+    QList<QDialog*> open_;  // each asks for the one below it
+    bool isAbandoned_ = false;
+};
+
+}  // namespace corvane

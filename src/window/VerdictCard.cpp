@@ -1,0 +1,57 @@
+#include "window/VerdictCard.h"
+
+#include <QAccessible>
+#include <QResizeEvent>
+#include <QTextDocument>
+#include <cmath>
+
+#include "window/Naming.h"
+
+namespace corvane {
+namespace {
+
+QString paragraph(const std::string& text) {
+    return "<p style='margin: 0 0 4px 0'>" + QString::fromStdString(text).toHtmlEscaped() + "</p>";
+}
+
+QString cardText(const Verdict& verdict) {
+    QString text;
+    for (const auto& fact : verdict.facts) text += paragraph(fact);
+    if (verdict.kind != Verdict::Kind::handedOver) text += "<b>" + paragraph(verdict.unplugText()) + "</b>";
+    if (verdict.steps.empty()) return text;
+    text += "<ol style='margin: 4px 0 0 0'>";
+    for (const auto& step : verdict.steps) text += "<li>" + QString::fromStdString(step).toHtmlEscaped() + "</li>";
+    return text + "</ol>";
+}
+
+}  // namespace
+
+VerdictCard::VerdictCard() {
+    named(this, "txtVerdict", tr("How the last run ended"));
+    setTabChangesFocus(true);
+    setOpenLinks(false);
+    setWordWrapMode(QTextOption::WrapAtWordBoundaryOrAnywhere);  // a digest has no blanks
+    setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
+    setSizePolicy(QSizePolicy::Preferred, QSizePolicy::Maximum);
+    setMinimumHeight(fontMetrics().height() * 4);
+    hide();
+}
+
+void VerdictCard::showVerdict(const Verdict& verdict) {
+    setHtml(cardText(verdict));
+    show();
+    updateGeometry();
+    QAccessibleEvent spoken(this, QAccessible::Alert);
+    QAccessible::updateAccessibility(&spoken);
+}
+
+QSize VerdictCard::sizeHint() const {
+    return {200, static_cast<int>(std::ceil(document()->size().height())) + 2 * frameWidth()};
+}
+
+void VerdictCard::resizeEvent(QResizeEvent* event) {
+    QTextBrowser::resizeEvent(event);
+    if (event->oldSize().width() != event->size().width()) updateGeometry();
+}
+
+}  // namespace corvane

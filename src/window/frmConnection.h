@@ -1,0 +1,29 @@
+#pragma once
+
+#include <QDialog>
+
+#include "platform/SettingsStore.h"
+
+class QComboBox;
+class QLabel;
+class QLineEdit;
+
+namespace corvane {
+
+/// How the site is reached. Reads its two settings when it is made and writes them on OK; changes nothing in a session
+/// that is on. The store is not owned.
+class frmConnection : public QDialog {
+public:
+    frmConnection(SettingsStore& store, QWidget* owner);
+
+private:
+    void cmbAccessType_Click();
+    void cmdOK_Click();
+
+    SettingsStore& store_;
+    QComboBox* cmbAccessType_;
+    QLineEdit* txtProxy_;
+    QLabel* labProblem_;
+};
+
+}  // namespace corvane

@@ -1,0 +1,297 @@
+#include "window/frmCorvane.h"
+
+#include <QAction>
+#include <QApplication>
+#include <QCloseEvent>
+#include <QFileDialog>
+#include <QLabel>
+#include <QLineEdit>
+#include <QListWidget>
+#include <QMenuBar>
+#include <QMessageBox>
+#include <QProgressBar>
+#include <QPushButton>
+#include <QRadioButton>
+#include <QShortcut>
+#include <QStackedWidget>
+
+#include "app/Advice.h"
+#include "app/ProgramInfo.h"
+#include "app/RunNotice.h"
+#include "window/Naming.h"
+#include "window/QtText.h"
+#include "window/frmConnection.h"
+
+namespace corvane {
+namespace {
+
+constexpr int kSitePage = 0, kLocalPage = 1;
+constexpr int kDeviceText = 0, kDevicePorts = 1;
+
+}  // namespace
+
+frmCorvane::frmCorvane(const Platform& platform, const WindowOptions& options)
+    : platform_(platform),
+      options_(options),
+      ui_(*this),
+      questions_(*this),
+      updater_(platform_, face()),
+      presenter_(updater_) {
+    named(this, "frmCorvane");
+    ui_.labVersion->setText(QString::fromStdString(programVersion()));
+    ui_.labDevice->setText(tr("Connect one device. All serial ports and USB readers are searched for it."));
+    connectChoices();
+    connectRun();
+    connectLog();
+    platform_.runtime.setPump([this] { pump(); });
+    ui_.notice->say(noticeFor(RunPhase::idle));
+    phase(RunPhase::idle);
+    presenter_.load();
+    for (const auto& problem : platform_.ports.problems()) say(QString::fromStdString(problem));
+    resize(900, 640);
+    ui_.cmdStartCheck->setFocus();
+}
+
+frmCorvane::~frmCorvane() { platform_.runtime.setPump(nullptr); }
+
+Face frmCorvane::face() { return {*ui_.txtInfo, *this, *ui_.frameComport, questions_, questions_, *this}; }
+
+void frmCorvane::connectChoices() {
+    presenter_.onChange = [this] { refresh(); };
+    presenter_.pickFile = [this] { return pickFile(); };
+    // "clicked" and not "toggled": a button that is set by refresh was not clicked.
+    connect(ui_.optLine[0], &QRadioButton::clicked, this, [this] { presenter_.optLine_Click(false); });
+    connect(ui_.optLine[1], &QRadioButton::clicked, this, [this] { presenter_.optLine_Click(true); });
+    connect(ui_.optLast, &QRadioButton::clicked, this, [this] { presenter_.optLast_Click(); });
+    connect(ui_.optFile, &QRadioButton::clicked, this, [this] { presenter_.optFile_Click(); });
+    connect(ui_.cmdLoadFile, &QPushButton::clicked, this, [this] { presenter_.cmdLoadFile_Click(); });
+    connect(ui_.cmdOption, &QPushButton::clicked, this, [this] { cmdOption_Click(); });
+    for (auto* field : {ui_.txtServer, ui_.txtAccount[0], ui_.txtAccount[1]}) {
+        connect(field, &QLineEdit::textEdited, this, [this] {
+            presenter_.account(ui_.txtServer->text().toStdString(), ui_.txtAccount[0]->text().toStdString(),
+                               ui_.txtAccount[1]->text().toStdString());
+        });
+    }
+}
+
+void frmCorvane::connectRun() {
+    connect(ui_.cmdStartCheck, &QPushButton::clicked, this, [this] { startRun(false); });
+    connect(ui_.cmdForceISP, &QPushButton::clicked, this, [this] { startRun(true); });
+    connect(ui_.cmdCancel, &QPushButton::clicked, this, [this] { presenter_.cmdCancel_Click(); });
+    connect(new QShortcut(Qt::Key_Escape, this), &QShortcut::activated, ui_.cmdCancel, &QPushButton::click);
+    ui_.frameComport->onClick = [this](int index) { presenter_.cmdComport_Click(index); };
+    ui_.frameComport->isScanned = [this](const std::string& port) {
+        return updater_.serialPort().IsMyCommPort(port) || updater_.hidPort().IsMyCommPort(port);
+    };
+    ui_.frameComport->onRefused = [this](const std::string& port) { portRefused(port); };
+    ui_.frameComport->onVisible = [this](bool isVisible) {
+        ui_.device->setCurrentIndex(isVisible ? kDevicePorts : kDeviceText);
+    };
+    connect(ui_.lstRefer, &QListWidget::itemClicked, this,
+            [this](QListWidgetItem* item) { lstRefer_Click(item->data(Qt::UserRole).toInt()); });
+    connect(ui_.lstRefer, &QListWidget::itemActivated, this, [this](QListWidgetItem* item) {
+        if (!QApplication::mouseButtons()) lstRefer_Click(item->data(Qt::UserRole).toInt());
+    });
+    updater_.onReader = [this](const std::string& text) {
+        if (updater_.run().isRunning()) return;
+        hints_.clear();
+        say(QString::fromStdString(text));
+    };
+}
+
+void frmCorvane::connectLog() {
+    connect(ui_.cmdCopyLog, &QPushButton::clicked, this, [this] { ui_.txtInfo->copyAll(); });
+    connect(ui_.cmdSaveLog, &QPushButton::clicked, this, [this] { saveLog(); });
+    connect(ui_.mnuSaveLog, &QAction::triggered, this, [this] { saveLog(); });
+    connect(ui_.mnuQuit, &QAction::triggered, this, [this] { close(); });
+}
+
+/// The window's share of the runtime's DoEvents. A device that talks fast calls it thousands of times a second, more
+/// often than anybody sees. Without a run the call comes out of a handler, in which no run may be started.
+void frmCorvane::pump() {
+    constexpr std::uint32_t kPause = 5, kCalm = 200;  // ms
+    if (platform_.runtime.tick() - lastPump_ < kPause) return;
+    if (platform_.runtime.tick() - lastProgress_ >= kCalm) showProgress();
+    QCoreApplication::processEvents(updater_.run().isRunning() ? QEventLoop::AllEvents
+                                                               : QEventLoop::ExcludeUserInputEvents);
+    lastPump_ = platform_.runtime.tick();
+}
+
+void frmCorvane::startRun(bool force) {
+    if (updater_.run().isRunning()) return;
+    questions_.renew();
+    const auto report = presenter_.start(force);
+    if (report.end == RunEnd::handedOver) return handOver();
+    showReport(report);
+    if (closesWhenFinished_) close();
+}
+
+void frmCorvane::showReport(const RunReport& report) {
+    const auto verdict = verdictFor(report, std::nullopt);
+    ui_.notice->say(noticeFor(verdict));
+    ui_.txtVerdict->showVerdict(verdict);
+    if (!report.deviceVersion.empty()) {
+        ui_.labDevice->setText(fromDevice(report.port + ": " + report.deviceVersion));
+    }
+}
+
+/// A newer program goes on; what was typed here is not kept.
+void frmCorvane::handOver() {
+    hasEnded_ = true;
+    updater_.shutDown();
+    close();
+}
+
+void frmCorvane::closeFromOutside() {
+    if (!updater_.run().isRunning()) {
+        while (auto* dialog = qobject_cast<QDialog*>(QApplication::activeModalWidget())) dialog->reject();
+    }
+    close();
+}
+
+void frmCorvane::closeEvent(QCloseEvent* event) {
+    if (updater_.run().isRunning()) {
+        event->ignore();
+        closesWhenFinished_ = true;
+        if (updater_.run().isCancellable()) {
+            presenter_.cmdCancel_Click();
+            questions_.abandon();
+        } else {
+            say(tr("The window closes when the update has finished."));
+        }
+        return;
+    }
+    event->accept();
+    if (hasEnded_) return;
+    hasEnded_ = true;
+    if (presenter_.unload()) return;
+    QMessageBox(QMessageBox::Warning, kProgramTitle, tr("The settings could not be saved."), QMessageBox::Ok, this)
+        .exec();
+}
+
+void frmCorvane::running(bool isRunning) {
+    if (isRunning) {
+        hints_.clear();
+        ui_.labStatus->clear();
+        ui_.txtVerdict->hide();
+        ui_.notice->say(noticeFor(RunPhase::login));
+        QApplication::setOverrideCursor(Qt::WaitCursor);
+    } else {
+        QApplication::restoreOverrideCursor();
+    }
+    refresh();
+    (isRunning ? ui_.cmdCancel : ui_.cmdStartCheck)->setFocus();
+}
+
+void frmCorvane::cancellable(bool /*isCancellable*/) { refresh(); }
+
+void frmCorvane::phase(RunPhase phase) {
+    if (phase != RunPhase::idle) ui_.notice->say(noticeFor(phase));
+    for (int i = 0; i < 3; ++i) ui_.steps[i]->setCurrent(i + 1 == stepOf(phase));
+    meter_.phase(phase, platform_.runtime.tick());
+    progress(0, 0);
+    if (phase == RunPhase::login) ui_.pbProgram->setRange(0, 0);  // nobody knows how long a server takes
+    showProgress();
+}
+
+void frmCorvane::progress(std::int64_t value, std::int64_t maximum) {
+    constexpr std::int64_t kMost = 2000000000;  // no image comes near that
+    ui_.pbProgram->setRange(0, static_cast<int>(std::clamp<std::int64_t>(maximum, 1, kMost)));
+    ui_.pbProgram->setValue(static_cast<int>(std::clamp<std::int64_t>(value, 0, kMost)));
+    meter_.progress(value, maximum, platform_.runtime.tick());
+}
+
+void frmCorvane::showProgress() {
+    lastProgress_ = platform_.runtime.tick();
+    ui_.labPhase->setText(QString::fromStdString(meter_.text()));
+    const auto title = QString::fromStdString(meter_.title());
+    setWindowTitle(title.isEmpty() ? QString(kProgramTitle) : tr("%1 - %2").arg(title, kProgramTitle));
+}
+
+void frmCorvane::links(const std::vector<ReferenceLink>& links) {
+    ui_.lstRefer->clear();
+    for (const auto& link : links) {
+        auto* item = new QListWidgetItem(fromDevice(link.title), ui_.lstRefer);
+        item->setData(Qt::UserRole, link.index);
+        item->setForeground(palette().link());
+        auto font = item->font();
+        font.setUnderline(true);
+        item->setFont(font);
+    }
+    ui_.references->setVisible(!links.empty());
+}
+
+void frmCorvane::advice(const std::string& text) { say(QString::fromStdString(text)); }
+
+/// Adds to what the status bar says; only the last few lines stay.
+void frmCorvane::say(const QString& text) {
+    constexpr int kLines = 3;
+    if (hints_.contains(text)) return;
+    hints_.append(text);
+    while (hints_.size() > kLines) hints_.removeFirst();
+    ui_.labStatus->setText(hints_.join('\n'));
+}
+
+void frmCorvane::portRefused(const std::string& port) {
+    if (!updater_.serialPort().IsMyCommPort(port)) return;
+    const auto reason = adviceFor(port, platform_.serial.openFailure());
+    if (!reason.empty()) say(QString::fromStdString(reason));
+}
+
+void frmCorvane::refresh() {
+    const auto& choices = presenter_.choices();
+    const auto enabled = presenter_.controls();
+    ui_.optLine[choices.offLine ? 1 : 0]->setChecked(true);
+    (choices.useFile ? ui_.optFile : ui_.optLast)->setChecked(true);
+    ui_.source->setCurrentIndex(choices.offLine ? kLocalPage : kSitePage);
+    const auto fill = [](QLineEdit* field, const std::string& text) {
+        const auto wanted = QString::fromStdString(text);
+        if (field->text() != wanted) field->setText(wanted);
+    };
+    fill(ui_.txtServer, choices.server);
+    fill(ui_.txtAccount[0], choices.userName);
+    fill(ui_.txtAccount[1], choices.password);
+    ui_.labFilePGM->setText(fromDevice(choices.image.program));
+    ui_.labFilePGM->setToolTip(fromPath(choices.image.path));
+    ui_.labFileVersion->setText(fromDevice(choices.image.version));
+    ui_.labFileDate->setText(fromDevice(choices.image.date));
+
+    QWidget* const choosing[] = {ui_.optLine[0],    ui_.optLine[1], ui_.cmdOption,  ui_.txtServer, ui_.txtAccount[0],
+                                 ui_.txtAccount[1], ui_.cmdCopyLog, ui_.cmdSaveLog, menuBar()};
+    for (auto* control : choosing) control->setEnabled(enabled.choices);
+    ui_.mnuSaveLog->setEnabled(enabled.choices);  // its key works without the menu
+    QWidget* const local[] = {ui_.optLast, ui_.optFile, ui_.cmdLoadFile};
+    for (auto* control : local) control->setEnabled(enabled.localFile);
+    ui_.cmdStartCheck->setEnabled(enabled.start);
+    ui_.cmdForceISP->setEnabled(enabled.start);
+    ui_.cmdCancel->setEnabled(enabled.cancel);
+}
+
+void frmCorvane::cmdOption_Click() { frmConnection(platform_.settings, this).exec(); }
+
+void frmCorvane::lstRefer_Click(int index) {
+    const auto address = presenter_.linkAddress(index);
+    if (address.empty()) return;
+    const auto problem = platform_.launcher.open(address);
+    if (!problem.empty()) say(tr("The link could not be opened: %1").arg(QString::fromStdString(problem)));
+}
+
+std::optional<std::string> frmCorvane::pickFile() {
+    const auto options = options_.usesQtDialogs ? QFileDialog::DontUseNativeDialog : QFileDialog::Options();
+    const auto path = QFileDialog::getOpenFileName(this, tr("Open Firmware File"), folder_,
+                                                   tr("Intel HEX (*.Hex *.hex *.HEX)"), nullptr, options);
+    if (path.isEmpty()) return std::nullopt;
+    folder_ = QFileInfo(path).path();
+    return toPath(path);
+}
+
+void frmCorvane::saveLog() {
+    const auto options = options_.usesQtDialogs ? QFileDialog::DontUseNativeDialog : QFileDialog::Options();
+    const auto path =
+        QFileDialog::getSaveFileName(this, tr("Save Log"), "corvane.log", tr("Text (*.log *.txt)"), nullptr, options);
+    if (path.isEmpty()) return;
+    const auto problem = ui_.txtInfo->save(path);
+    if (!problem.isEmpty()) say(tr("The log could not be saved: %1").arg(problem));
+}
+
+}  // namespace corvane

@@ -1,0 +1,71 @@
+#pragma once
+
+#include <QMainWindow>
+
+#include "app/MainPresenter.h"
+#include "app/ProgressMeter.h"
+#include "window/MainControls.h"
+#include "window/Questions.h"
+
+namespace corvane {
+
+/// What a window takes from the surroundings of the program.
+struct WindowOptions {
+    bool usesQtDialogs = false;  ///< Qt's own file dialogs instead of the desktop's
+};
+
+/// The main window: shows what the workflow says and hands clicks to it. It owns the workflow, not the platform, whose
+/// runtime it lends its events: while a run is on they are dispatched from the runtime's waits. Closed, it has left the
+/// ports and the site.
+class frmCorvane : public QMainWindow, private RunView, private Progress {
+public:
+    explicit frmCorvane(const Platform& platform, const WindowOptions& options = {});
+    ~frmCorvane() override;
+
+    /// As a click on the window's close button, also when a dialog is open.
+    void closeFromOutside();
+
+protected:
+    void closeEvent(QCloseEvent* event) override;
+
+private:
+    void running(bool isRunning) override;
+    void cancellable(bool isCancellable) override;
+    void phase(RunPhase phase) override;
+    void links(const std::vector<ReferenceLink>& links) override;
+    void advice(const std::string& text) override;
+    void progress(std::int64_t value, std::int64_t maximum) override;
+
+    Face face();
+    void connectChoices();
+    void connectRun();
+    void connectLog();
+    void pump();
+    void showProgress();
+    void startRun(bool force);
+    void showReport(const RunReport& report);
+    void handOver();
+    void refresh();
+    void say(const QString& text);
+    void portRefused(const std::string& port);
+    void cmdOption_Click();
+    void lstRefer_Click(int index);
+    void saveLog();
+    std::optional<std::string> pickFile();
+
+    Platform platform_;
+    WindowOptions options_;
+    MainControls ui_;
+    Questions questions_;
+    Updater updater_;
+    MainPresenter presenter_;
+    ProgressMeter meter_;
+    QStringList hints_;           // what the status bar shows, the oldest first
+    QString folder_;              // of the last file dialog
+    std::uint32_t lastPump_ = 0;  // ticks
+    std::uint32_t lastProgress_ = 0;
+    bool closesWhenFinished_ = false;
+    bool hasEnded_ = false;
+};
+
+}  // namespace corvane
