@@ -7,6 +7,7 @@ namespace {
 
 constexpr Micros kReportTime = 1000;
 constexpr std::int64_t kLineBuffer = 256;  // bytes that wait for the line at most
+constexpr std::uint32_t kFirstRate = 19200;
 constexpr std::size_t kLargestFrame = 257;
 constexpr std::size_t kRegisters = 65536;
 
@@ -29,11 +30,29 @@ Micros byteTime(std::uint32_t rate) { return 10 * 1000000 / std::max<Micros>(rat
 }  // namespace
 
 HidReader::HidReader(Peer& line, HidReaderOptions options)
-    : line_(line), options_(std::move(options)), currentDirection_(options_.direction & 7), registers_(kRegisters) {}
+    : line_(line),
+      options_(std::move(options)),
+      baudRate_(kFirstRate),
+      currentDirection_(options_.direction & 7),
+      registers_(kRegisters) {}
 
-bool HidReader::accepts(Micros now) const {
-    return now >= outFreeAt_ && lineFreeAt_ - now <= kLineBuffer * byteTime(baudRate_);
+void HidReader::restart() {
+    forget();
+    baudRate_ = kFirstRate;
+    currentDirection_ = options_.direction & 7;
+    break_ = false;
 }
+
+void HidReader::forget() {
+    frame_.clear();
+    replies_.clear();
+    control_.clear();
+    states_.clear();
+    toHost_.clear();
+    lineFreeAt_ = inFreeAt_ = outFreeAt_ = 0;
+}
+
+Micros HidReader::acceptsAt() const { return std::max(outFreeAt_, lineFreeAt_ - kLineBuffer * byteTime(baudRate_)); }
 
 void HidReader::hear(Micros now, const HidReport& report) {
     advance(now);
@@ -130,14 +149,7 @@ Bytes HidReader::setRegister(const Bytes& parameters) {
 
 /// Takes in what the line and the commands have ready by now.
 void HidReader::advance(Micros now) {
-    if (!isPlugged()) {
-        frame_.clear();
-        replies_.clear();
-        control_.clear();
-        states_.clear();
-        toHost_.clear();
-        return;
-    }
+    if (!isPlugged()) return forget();
     const Bytes said = line_.speak(now);
     toHost_.insert(toHost_.end(), said.begin(), said.end());
     while (!replies_.empty() && replies_.front().at <= now) {

@@ -34,8 +34,9 @@ class HidReader {
 public:
     HidReader(Peer& line, HidReaderOptions options);
 
-    /// False while the host has to wait before it hands over another output report.
-    bool accepts(Micros now) const;
+    /// From when on it takes another output report; the host has to wait until then.
+    Micros acceptsAt() const;
+    bool accepts(Micros now) const { return now >= acceptsAt(); }
 
     /// An output report, whatever it holds.
     void hear(Micros now, const HidReport& report);
@@ -46,8 +47,10 @@ public:
     /// The next input report, if there is one by now.
     std::optional<HidReport> speak(Micros now);
 
-    /// Unplugging loses everything that is under way.
     bool isPlugged() const { return line_.isPlugged(); }
+
+    /// Starts anew, as after it was plugged in: nothing is under way, and its settings are the first ones.
+    void restart();
 
     /// The clear-to-send line that the reader reports.
     void clearToSend(bool on) { states_.push_back(on); }
@@ -65,6 +68,7 @@ private:
         Bytes bytes;
     };
 
+    void forget();
     void advance(Micros now);
     void answer(Micros now, const Bytes& frame);
     Bytes replyTo(std::uint8_t code, const Bytes& parameters, Micros now);
@@ -74,7 +78,7 @@ private:
 
     Peer& line_;
     HidReaderOptions options_;
-    std::uint32_t baudRate_ = 19200;
+    std::uint32_t baudRate_;
     std::uint8_t currentDirection_;
     bool break_ = false;
     Bytes registers_;

@@ -12,10 +12,11 @@ namespace {
 
 using Texts = std::vector<std::string>;
 
-/// Runs as the child of the mocked reader: the real library finds its device through hidapi and udev.
+/// Runs as the child of a process that shows a reader: to the real library through the system's hidraw and udev, to the
+/// bench's library through its socket. The tests are the same.
 class SystemReader : public ::testing::Test {
 protected:
-    SystemReader() : control_(runtime_, loader_, CORVANE_BIN_DIR "/VellIO.so") {
+    SystemReader() : control_(runtime_, loader_, std::getenv("CORVANE_TEST_LIBRARY")) {
         control_.ReadProperties(true, {});
         control_.OnDevice = [this](std::int32_t event, const std::string& name, const std::string& text) {
             events_.push_back(std::to_string(event) + " " + name + " " + text);
@@ -24,7 +25,7 @@ protected:
 
     ~SystemReader() override { control_.Terminate(); }
 
-    /// Asks the mocked reader to unplug or plug itself and waits until it has.
+    /// Asks that process to unplug or plug itself and waits until it has.
     static void order(const std::string& what) {
         const int line = std::atoi(std::getenv("CORVANE_MOCKED_READER"));
         char answer[8] = {};
@@ -77,7 +78,7 @@ TEST_F(SystemReader, IsListedWithItsTexts) {
     EXPECT_EQ(control_.EnumCommPortEx(0), "HID1 Kestrel");
     EXPECT_EQ(control_.GetDeviceManufacturer("HID1"), "Corvane");
     EXPECT_EQ(control_.GetDeviceSerialNumber("HID1"), "K0001");
-    EXPECT_TRUE(control_.DeviceIsUSBID("/dev/hidraw1", 0x1209, 5));
+    EXPECT_TRUE(control_.DeviceIsUSBID("hid1", 0x1209, 5));
 }
 
 TEST_F(SystemReader, AnswersOnBothChannels) {

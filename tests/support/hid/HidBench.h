@@ -54,6 +54,7 @@ struct HidBench {
 
     void plugAgain(std::size_t number) {
         auto& plugged = *readers[number - 1];
+        plugged.reader.restart();
         const auto& options = plugged.reader.options();
         bus.plug(
             {path(number), options.vendor, options.product, options.manufacturer, options.name, options.serialNumber},

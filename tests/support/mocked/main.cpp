@@ -180,6 +180,7 @@ private:
         plugAt_.reset();
         child.pause();
         device_.plugIn(nowMicros());
+        reader_.restart();
         node_.plug();
         child.goOn();
     }
