@@ -21,7 +21,9 @@ Updater::Updater(const Platform& platform, const Face& face)
       selfUpdate_(inf_, platform.folder, site_, face.prompts),
       selection_(choices, platform.folder, platform.settings, face.prompts, face.log),
       run_({choices, session_, serialPort_, hidPort_, scanner_, isp_, programmer_, query_, site_, selfUpdate_,
-            selection_, inf_, platform.folder, platform.launcher, reader_, platform.digest, face.view}) {
+            selection_, inf_, platform.folder, platform.launcher, reader_, platform.digest, face.view}),
+      proof_(session_, scanner_),
+      advisor_(platform.serial, platform.ports, platform.inspector) {
     serialPort_.Attach(&platform_.serial, &commEvent_);
     serialPort_.InputMode(1);
     serialPort_.CommPort("COM1");

@@ -1,6 +1,8 @@
 #pragma once
 
+#include "app/PortAdvisor.h"
 #include "app/UpdateRun.h"
+#include "app/VersionProof.h"
 #include "platform/Platform.h"
 #include "ports/clsMSComm.h"
 #include "ports/clsVellComm.h"
@@ -36,6 +38,8 @@ public:
     SiteAccess& site() { return site_; }
     FirmwareSelection& selection() { return selection_; }
     InfReader& inf() { return inf_; }
+    VersionProof& proof() { return proof_; }
+    PortAdvisor& advisor() { return advisor_; }
     clsMSComm& serialPort() { return serialPort_; }
     clsVellComm& hidPort() { return hidPort_; }
     VellIO& vellIO() { return vellIO_; }
@@ -75,6 +79,8 @@ private:
     SelfUpdate selfUpdate_;
     FirmwareSelection selection_;
     UpdateRun run_;
+    VersionProof proof_;
+    PortAdvisor advisor_;
 };
 
 }  // namespace corvane

@@ -33,6 +33,7 @@ const std::vector<Option>& options() {
         {"--log", {Command::update}, nullptr, value(&Arguments::logFile)},
         {"--force", {Command::update, Command::scan}, flag(&Arguments::force), nullptr},
         {"--yes", {Command::update}, flag(&Arguments::yes), nullptr},
+        {"--verify", {Command::update}, flag(&Arguments::verify), nullptr},
         {"--self-update", {Command::update}, flag(&Arguments::selfUpdate), nullptr},
         {"--json",
          {Command::update, Command::scan, Command::ports, Command::images, Command::check, Command::checkSite},
@@ -143,7 +144,8 @@ std::string usageText() {
 
   update [--offline|--online] [--file IMAGE.hex] [--server HOST[:PORT]] [--user NAME]
          [--select SECTION] [--force] [--yes] [--self-update] [--port COMn]
-         [--log FILE] [--json]            updates the attached device
+         [--verify] [--log FILE] [--json] updates the attached device; --verify asks it afterwards
+                                          which version it runs now
   scan [--force] [--json]                 finds the device, prints its port and version
   ports [--json]                          lists serial and HID ports
   images [--offline] [--json]             lists what firmware.inf offers

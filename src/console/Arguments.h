@@ -22,6 +22,7 @@ struct Arguments {
     bool force = false;
     bool yes = false;
     bool selfUpdate = false;
+    bool verify = false;
     bool json = false;
 };
 

@@ -1,6 +1,5 @@
 #include "console/Console.h"
 
-#include "app/Advice.h"
 #include "app/OperatorSettings.h"
 #include "app/ProgramInfo.h"
 
@@ -11,9 +10,8 @@ CommandScope::CommandScope(Console& console, const Arguments& arguments, TextSin
       face(arguments, printer, console.err, console.terminal, console.devicePassword),
       updater(console.platform, face.face()),
       console_(console) {
-    face.refusalReason = [&console](const std::string& port) {
-        return adviceFor(port, console.platform.serial.openFailure());
-    };
+    face.refusalReason = [this](const std::string& port) { return updater.advisor().refusal(port); };
+    face.beforeScan = [this](const std::vector<std::string>& ports) { return updater.advisor().beforeScan(ports); };
     loadSettings(console.platform.settings, updater.choices);
     auto& choices = updater.choices;
     if (arguments.offLine) choices.offLine = *arguments.offLine;

@@ -41,6 +41,11 @@ void ConsoleFace::progress(std::int64_t value, std::int64_t maximum) {
     err_.write("\r" + std::to_string(percent) + " %\033[K");
 }
 
+void ConsoleFace::showPorts(const std::vector<std::string>& names) {
+    if (!beforeScan) return;
+    for (const auto& line : beforeScan(names)) say(line);
+}
+
 void ConsoleFace::portRefused(const std::string& port) {
     const auto reason = refusalReason ? refusalReason(port) : std::string();
     if (!reason.empty()) say(reason);

@@ -34,7 +34,7 @@ public:
     void ShowInfo(std::string_view text) override { printer_.text(text); }
     void clear() override { printer_.clear(); }
     void progress(std::int64_t value, std::int64_t maximum) override;
-    void showPorts(const std::vector<std::string>&) override {}
+    void showPorts(const std::vector<std::string>& names) override;
     void enablePort(int, bool) override {}
     void hidePorts() override {}
     void trying(const std::string&, const std::string&) override {}
@@ -50,6 +50,9 @@ public:
 
     /// Why a port did not open, in UTF-8.
     std::function<std::string(const std::string& port)> refusalReason;
+
+    /// What may disturb a scan of these ports.
+    std::function<std::vector<std::string>(const std::vector<std::string>& ports)> beforeScan;
 
 private:
     int entryFor(const FirmwareDialog& dialog);

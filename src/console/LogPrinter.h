@@ -5,6 +5,7 @@
 #include <string>
 #include <string_view>
 
+#include "app/Verdict.h"
 #include "platform/TextSink.h"
 
 namespace corvane {
@@ -30,6 +31,7 @@ public:
     void text(std::string_view logged);
     void clear();
     void progress(std::int64_t value, std::int64_t maximum);
+    void verdict(const Verdict& verdict);
     void result(int code);
 
 private:

@@ -1,4 +1,3 @@
-#include "app/Advice.h"
 #include "app/LocalImageLoader.h"
 #include "console/Console.h"
 #include "text/Text.h"
@@ -38,8 +37,11 @@ int perform(CommandScope& scope, const Arguments& arguments) {
     if (arguments.file && !loadImage(scope, *arguments.file)) return kEndedWithoutUpdate;
     if (arguments.port) keepToPort(scope, *arguments.port);
     const auto report = scope.updater.run().run(arguments.force);
-    const auto advice = adviceFor(report, scope.updater.site().problem());
-    if (!advice.empty() && !report.cancelled) scope.face.say(advice);
+    std::optional<Proof> proof;
+    if (arguments.verify && report.end == RunEnd::updated) proof = scope.updater.proof().ask(report);
+    const auto verdict = verdictFor(report, proof);
+    for (const auto& line : verdictLines(verdict)) scope.face.say(line);
+    scope.printer.verdict(verdict);
     return exitStatus(report);
 }
 

@@ -6,6 +6,7 @@
 #include "platform/Digest.h"
 #include "platform/Launcher.h"
 #include "platform/ModuleLoader.h"
+#include "platform/PortInspector.h"
 #include "platform/PortMap.h"
 #include "platform/ProfileFile.h"
 #include "platform/ProgramFolder.h"
@@ -27,6 +28,7 @@ struct Platform {
     ProgramFolder& folder;
     Launcher& launcher;
     Digest& digest;
+    PortInspector& inspector;
     std::string hidLibrary;  ///< path of the HID transport library, which need not exist
 };
 

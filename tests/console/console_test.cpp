@@ -84,7 +84,9 @@ TEST_F(UpdateCommand, PrintsTheLogAndKeepsACopy) {
     EXPECT_EQ(run({"update", "--file", image(), "--yes", "--log", log}), 0);
     EXPECT_EQ(out.text, kPlainLog);
     EXPECT_EQ(fakes::ScratchFolder::content(log), kPlainLog);
-    EXPECT_EQ(err.text, "");
+    EXPECT_EQ(
+        err.text.substr(0, err.text.find("Image")),
+        "corvane-cli: The device is updated.\ncorvane-cli: COM1: TARN-R200 V5.1R23 before the run.\ncorvane-cli: ");
     EXPECT_TRUE(bench.settings.values.empty());
     EXPECT_EQ(run({"update", "--file", image(), "--yes", "--log", bench.folder.path()}), 2);
     EXPECT_EQ(devices[0]->log().erases, 1);
@@ -107,6 +109,31 @@ TEST_F(UpdateCommand, WritesOneJsonObjectALine) {
     EXPECT_NE(fakes::ScratchFolder::content(log).find("Update Finish\n"), std::string::npos);
     EXPECT_EQ(run({"update", "--file", bench.folder.folder.at("none"), "--json"}), 1);
     EXPECT_EQ(out.text, "{\"event\":\"result\",\"code\":1}\n");
+}
+
+TEST_F(UpdateCommand, ProvesTheUpdateWhenAsked) {
+    models::DeviceOptions options;
+    options.nextVersion = "TARN-R200 V5.2R1";
+    plug(options);
+    EXPECT_EQ(run({"update", "--file", image(), "--yes", "--verify", "--json"}), 0);
+    EXPECT_NE(
+        out.text.find("{\"event\":\"verdict\",\"kind\":\"updated\",\"headline\":\"The device is updated.\",\"facts\":["
+                      "\"COM1: TARN-R200 V5.1R23 before the run.\",\"Image: local.hex, TARN-R200 V5.2R1, 99 bytes, "),
+        std::string::npos);
+    EXPECT_NE(out.text.find("\"The device now answers with TARN-R200 V5.2R1.\""), std::string::npos);
+    EXPECT_NE(out.text.find("\"steps\":[],\"safeToUnplug\":true}\n{\"event\":\"result\",\"code\":0}\n"),
+              std::string::npos);
+    EXPECT_FALSE(bench.serial.control.PortOpen());
+}
+
+TEST_F(UpdateCommand, SaysWhatKeepsAPortFromOpening) {
+    plug();
+    bench.serial.control.markForbidden(1);
+    EXPECT_EQ(run({"update", "--file", image(), "--yes"}), 3);
+    EXPECT_NE(err.text.find("sudo chown olive"), std::string::npos);
+    bench.inspector.probed.insert("/dev/ttyS1");
+    EXPECT_EQ(run({"update", "--file", image(), "--yes"}), 3);
+    EXPECT_EQ(err.text.find("corvane-cli: ModemManager may be talking to COM1 (/dev/ttyS1)."), 0U);
 }
 
 TEST_F(UpdateCommand, AsksOnATerminalOnly) {
@@ -171,7 +198,8 @@ TEST_F(UpdateCommand, IsCancelledBySignalsUntilTheImageIsThere) {
     };
     EXPECT_EQ(run({"update", "--file", image(), "--yes"}), 0);
     EXPECT_EQ(out.text, kPlainLog);
-    EXPECT_EQ(std::count(err.text.begin(), err.text.end(), '\n'), 1);
+    EXPECT_EQ(err.text.substr(0, err.text.find('\n')),
+              "corvane-cli: The device is being programmed and cannot be left like this; the run goes on to its end.");
     out.onWrite = nullptr;
 
     terminal.there = true;

@@ -6,6 +6,7 @@
 #include "support/FakeDigest.h"
 #include "support/FakeLauncher.h"
 #include "support/FakeModuleLoader.h"
+#include "support/FakePortInspector.h"
 #include "support/FakeProgramFolder.h"
 #include "support/FakeSettingsStore.h"
 #include "support/RecordingFace.h"
@@ -62,20 +63,12 @@ struct AppBench {
     FakeProgramFolder folder;
     FakeLauncher launcher;
     FakeDigest digest;
+    FakePortInspector inspector;
     RecordingOperator face;
 
     Platform platform() {
-        return {runtime,
-                serial.control,
-                serial.map,
-                modules,
-                reader,
-                profile,
-                settings,
-                folder,
-                launcher,
-                digest,
-                folder.path() + "/VellIO.so"};
+        return {runtime,  serial.control, serial.map, modules, reader,    profile,
+                settings, folder,         launcher,   digest,  inspector, folder.path() + "/VellIO.so"};
     }
 
     /// A file below the program's folder.

@@ -98,7 +98,7 @@ void CurlAsyncReader::onDone(const std::string& problem) {
 void CurlAsyncReader::checkSilence() {
     if (runtime_.tick() - lastSign_ < static_cast<std::uint32_t>(limits_.silenceMs)) return;
     session_.reset();
-    onDone("The server has not sent anything for " + std::to_string(limits_.silenceMs / 1000) + " seconds");
+    onDone("The server has fallen silent");
 }
 
 void CurlAsyncReader::stopSilenceTimer() {

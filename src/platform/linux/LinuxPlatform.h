@@ -7,6 +7,7 @@
 #include "platform/linux/LinuxPortMap.h"
 #include "platform/linux/LinuxProgramFolder.h"
 #include "platform/linux/LinuxRuntime.h"
+#include "platform/linux/ProcPortInspector.h"
 #include "platform/linux/QtDigest.h"
 #include "platform/linux/QtSettingsStore.h"
 #include "platform/linux/TermiosSerialControl.h"
@@ -20,17 +21,8 @@ public:
     const LinuxProgramFolder& folder() const { return folder_; }
 
     Platform seams() {
-        return {runtime_,
-                serial_,
-                ports_,
-                modules_,
-                reader_,
-                profile_,
-                settings_,
-                folder_,
-                launcher_,
-                digest_,
-                folder_.transportLibrary()};
+        return {runtime_,  serial_, ports_,    modules_, reader_,    profile_,
+                settings_, folder_, launcher_, digest_,  inspector_, folder_.transportLibrary()};
     }
 
 private:
@@ -44,6 +36,7 @@ private:
     LinuxProgramFolder folder_;
     LinuxLauncher launcher_{runtime_};
     QtDigest digest_;
+    ProcPortInspector inspector_;
 };
 
 }  // namespace corvane

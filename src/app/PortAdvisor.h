@@ -1,0 +1,30 @@
+#pragma once
+
+#include <string>
+#include <vector>
+
+#include "platform/PortInspector.h"
+#include "platform/PortMap.h"
+#include "platform/SerialControl.h"
+
+namespace corvane {
+
+/// Says why a port cannot be used and what mends it, in UTF-8. Owns nothing.
+class PortAdvisor {
+public:
+    PortAdvisor(SerialControl& serial, PortMap& map, PortInspector& inspector)
+        : serial_(serial), map_(map), inspector_(inspector) {}
+
+    /// Why the serial port that was tried last did not open.
+    std::string refusal(const std::string& port);
+
+    /// What may disturb a scan of these ports, a sentence each.
+    std::vector<std::string> beforeScan(const std::vector<std::string>& ports);
+
+private:
+    SerialControl& serial_;
+    PortMap& map_;
+    PortInspector& inspector_;
+};
+
+}  // namespace corvane

@@ -1,0 +1,27 @@
+#pragma once
+
+#include "platform/PortInspector.h"
+
+namespace corvane {
+
+/// Reads /proc, the node itself and udev's database.
+class ProcPortInspector : public PortInspector {
+public:
+    struct Places {
+        std::string proc = "/proc";
+        std::string udev = "/run/udev/data";
+    };
+
+    ProcPortInspector() = default;
+    explicit ProcPortInspector(Places places) : places_(std::move(places)) {}
+
+    std::string userName() override;
+    std::string groupOf(const std::string& node) override;
+    std::optional<PortHolder> holderOf(const std::string& node) override;
+    bool isProbedForModems(const std::string& node) override;
+
+private:
+    Places places_;
+};
+
+}  // namespace corvane
