@@ -80,7 +80,7 @@ void ConfigFolder::writeSettings(const std::vector<Setting>& settings) const {
     std::map<std::string, std::string> sections;
     for (const auto& setting : settings) sections[setting.section] += setting.key + "=" + setting.value + "\n";
     std::string text;
-    for (const auto& [section, lines] : sections) text += "[" + section + "]\n" + lines;
+    for (const auto& [section, lines] : sections) text.append("[").append(section).append("]\n").append(lines);
     writeWhole(settingsFile(path_), text);
 }
 

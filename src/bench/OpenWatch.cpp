@@ -21,7 +21,7 @@ void OpenWatch::unwatch(int number) {
 }
 
 void OpenWatch::take() {
-    alignas(inotify_event) std::array<char, 4096> buffer;
+    alignas(inotify_event) std::array<char, 4096> buffer{};
     const auto count = ::read(inotify_.get(), buffer.data(), buffer.size());
     inotify_event event{};
     for (long at = 0; at < count; at += static_cast<long>(sizeof event + event.len)) {

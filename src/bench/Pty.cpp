@@ -71,7 +71,7 @@ std::uint32_t Pty::hostRate() const {
 }
 
 Bytes Pty::read() {
-    std::array<std::uint8_t, 4096> buffer;
+    std::array<std::uint8_t, 4096> buffer{};
     const auto count = ::read(master_.get(), buffer.data(), buffer.size());
     return count > 0 ? Bytes(buffer.begin(), buffer.begin() + count) : Bytes();
 }

@@ -23,7 +23,7 @@ private:
 
     Loop& loop_;
     Handler handler_;
-    sigset_t before_;
+    sigset_t before_{};
     Descriptor signals_;
 };
 

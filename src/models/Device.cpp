@@ -12,7 +12,8 @@ namespace {
 constexpr Micros kMs = 1000;
 constexpr Micros kForgetsAfter = 500 * kMs;  // a frame, command or record that has begun and does not go on
 constexpr Micros kBabbleEvery = 10 * kMs;
-constexpr int kMostGarbage = 16;  // times until the device hears its own rate again
+constexpr Micros kTenBits = 10'000'000;  // divided by the rate it is a byte's time
+constexpr int kMostGarbage = 16;         // times until the device hears its own rate again
 constexpr std::string_view kBabble = "tick ";
 
 std::unique_ptr<Program> applicationOf(Board& board) {
@@ -115,10 +116,11 @@ Bytes Device::speak(Micros now) {
     Bytes said = board_.voice.take(now);
     if (babbleAt_ && *babbleAt_ <= now) {
         // As much as the line carries in that time, so that it is never silent and nothing piles up.
-        const std::size_t count = std::max<std::size_t>(1, hostRate_ * kBabbleEvery / (10 * 1000000));
-        for (std::size_t i = 0; i < count; ++i)
+        const Micros count = std::max<Micros>(1, hostRate_ * kBabbleEvery / kTenBits);
+        for (Micros i = 0; i < count; ++i) {
             said.push_back(static_cast<std::uint8_t>(kBabble[babbled_++ % kBabble.size()]));
-        babbleAt_ = now + static_cast<Micros>(count) * 10 * 1000000 / std::max<std::uint32_t>(hostRate_, 1);
+        }
+        babbleAt_ = now + count * kTenBits / std::max<std::uint32_t>(hostRate_, 1);
     }
     return said;
 }

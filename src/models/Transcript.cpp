@@ -1,5 +1,6 @@
 #include "models/Transcript.h"
 
+#include <cmath>
 #include <cstdio>
 #include <map>
 
@@ -64,7 +65,7 @@ Micros Transcript::wireTime(Micros from, Micros to) const {
     }
     double seconds = 0;
     for (const auto& [rate, count] : bytesAt) seconds += static_cast<double>(count) * 10 / rate;
-    return static_cast<Micros>(seconds * 1e6 + 0.5);
+    return std::llround(seconds * 1e6);
 }
 
 }  // namespace corvane::models
