@@ -88,7 +88,7 @@ TEST_P(AsyncReaderContract, FileComesBesideItsTargetUnderAnotherName) {
     EXPECT_EQ(log_.progress.back().bytesRead, 3000);
     EXPECT_EQ(log_.progress.back().bytesMax, 3000);
     EXPECT_EQ(log_.progress.back().propertyName, target);
-    EXPECT_EQ(ReadLog::taken(result), everyByte());
+    EXPECT_TRUE(ReadLog::taken(result) == everyByte());
 }
 
 TEST_P(AsyncReaderContract, RootOfTheServerAnswersWithData) {
@@ -157,7 +157,7 @@ TEST_P(AsyncReaderContract, CancelOfAnotherPropertyChangesNothing) {
     reader_.cancel(std::string());
     ASSERT_TRUE(log_.waitForProgress());
     while (log_.completed.empty()) log_.round();
-    EXPECT_EQ(ReadLog::taken(log_.completed.front()), everyByte());
+    EXPECT_TRUE(ReadLog::taken(log_.completed.front()) == everyByte());
 }
 
 TEST_P(AsyncReaderContract, RunningReadEndsUnreportedWhenAnotherOrNoneIsWanted) {
@@ -173,7 +173,7 @@ TEST_P(AsyncReaderContract, RunningReadEndsUnreportedWhenAnotherOrNoneIsWanted) 
         end();
         log_.read(address("/firmware/image.hex"), local_.at("image.hex"));
         ASSERT_EQ(log_.completed.size(), 1U);
-        EXPECT_EQ(ReadLog::taken(log_.completed.front()), everyByte());
+        EXPECT_TRUE(ReadLog::taken(log_.completed.front()) == everyByte());
     }
     EXPECT_TRUE(local_.names().size() <= 1);  // one replaced completion was not taken
 }

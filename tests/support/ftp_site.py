@@ -69,6 +69,7 @@ class Control(FTPHandler):
     dtp_handler = Data
     auth_failed_timeout = 0
     banner = "ready"
+    unicode_errors = "surrogateescape"
     path = None
 
     def on_login(self, username):

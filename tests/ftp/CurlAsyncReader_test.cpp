@@ -1,0 +1,269 @@
+// The reader against a real FTP server on loopback: what the server sees, and what its faults lead to.
+
+#include "platform/linux/CurlAsyncReader.h"
+
+#include <csignal>
+#include <cstdlib>
+#include <gtest/gtest.h>
+#include <netinet/in.h>
+#include <sys/resource.h>
+#include <sys/socket.h>
+#include <unistd.h>
+
+#include "ftp/FTPDownload.h"
+#include "ftp/ReadLog.h"
+#include "support/SiteProcess.h"
+
+namespace corvane::fakes {
+namespace {
+
+class CurlAsyncReaderTest : public testing::Test {
+protected:
+    CurlAsyncReaderTest() {
+        root_.file("firmware/image.hex", everyByte());
+        root_.file("firmware/a b%20#1?+;\\\xE4.hex", "odd");
+        std::filesystem::create_directories(root_.at("home/upd"));
+    }
+
+    /// Starts the server; the members of its description, in JSON, beside the root and the accounts.
+    SiteProcess& serve(const std::string& members = {}) {
+        site_.emplace("ftp_site.py", R"({"root": ")" + root_.path() +
+                                         R"(", "accounts": {"upd": "pw", "a@b": "p:w@%#", "gr\u00fcn": "\u00e4"})" +
+                                         (members.empty() ? "" : ", " + members) + "}");
+        return *site_;
+    }
+
+    CurlAsyncReader& reader(const CurlAsyncReader::Limits& limits = CurlAsyncReader::Limits()) {
+        reader_.emplace(runtime_, limits);
+        log_.emplace(*reader_, runtime_);
+        return *reader_;
+    }
+
+    std::string address(const std::string& path) const { return "ftp://upd:pw@" + site_->address() + path; }
+
+    /// A read that must fail and leave nothing; why it failed.
+    std::string failure(const std::string& target) {
+        EXPECT_EQ(log_->read(target, local_.at("image.hex")).bytesRead, 0);
+        EXPECT_TRUE(local_.names().empty());
+        EXPECT_NE(reader_->problem(), "");
+        return reader_->problem();
+    }
+
+    ScratchFolder root_, local_;
+    std::optional<SiteProcess> site_;
+    LinuxRuntime runtime_;
+    std::optional<CurlAsyncReader> reader_;
+    std::optional<ReadLog> log_;
+};
+
+TEST_F(CurlAsyncReaderTest, AccountsAndPathsArriveAsTheyAre) {
+    auto& site = serve(R"("home": {"upd": "/home/upd"}, "anonymous": true)");
+    reader();
+    const struct {
+        const char *account, *path, *login, *content;
+    } kReads[] = {
+        {"upd:pw@", "/firmware/image.hex", "upd", nullptr},
+        {"a@b:p:w@%#@", "/firmware/image.hex", "a@b", nullptr},
+        {"gr\xC3\xBCn:\xC3\xA4@", "/firmware/../firmware/image.hex", "gr\xC3\xBCn", nullptr},
+        {"", "/firmware/image.hex", "anonymous", nullptr},
+        {":@", "/firmware/a b%20#1?+;\\\xE4.hex", "anonymous", "odd"},
+    };
+    for (const auto& read : kReads) {
+        SCOPED_TRACE(std::string(read.account) + read.path);
+        const auto target = std::string("ftp://") + read.account + site.address() + read.path;
+        const int before = site.count(std::string("RETR ") + read.path);
+        EXPECT_TRUE(ReadLog::taken(log_->read(target)) == (read.content ? read.content : everyByte()))
+            << reader_->problem();
+        EXPECT_TRUE(site.sees(std::string("login ") + read.login));
+        EXPECT_TRUE(site.sees(std::string("RETR ") + read.path, before + 1));
+    }
+}
+
+TEST_F(CurlAsyncReaderTest, LoginThatLeadsToAnEmptyFolderIsALogin) {
+    serve(R"("home": {"upd": "/home/upd"})");
+    reader();
+    EXPECT_GE(log_->read(address("")).bytesRead, 1);
+}
+
+TEST_F(CurlAsyncReaderTest, OneLoginServesAllReadsUntilTheFarewell) {
+    auto& site = serve();
+    reader();
+    FTPDownload ftp(*reader_, runtime_);
+    ftp.HostName(site.address());
+    ftp.Username("upd");
+    ftp.Password("pw");
+    EXPECT_TRUE(ftp.Connect());
+    EXPECT_FALSE(ftp.GetFile("/firmware/nothing", local_.at("nothing")));
+    EXPECT_TRUE(ftp.GetFile("/firmware/image.hex", local_.at("image.hex")));
+    EXPECT_TRUE(ScratchFolder::content(local_.at("image.hex")) == everyByte());
+    EXPECT_EQ(local_.names(), std::vector<std::string>{"image.hex"});
+    EXPECT_EQ(site.count("login upd"), 1);
+    EXPECT_EQ(site.count("QUIT"), 0);
+    ftp.Disconnect();
+    EXPECT_TRUE(site.sees("QUIT"));
+    EXPECT_TRUE(ftp.Connect());
+    ftp.Username("a@b");
+    ftp.Password("p:w@%#");
+    EXPECT_TRUE(ftp.Connect());
+    EXPECT_TRUE(site.sees("QUIT", 2));
+}
+
+TEST_F(CurlAsyncReaderTest, ServerSeesQuitHoweverTheSessionEnds) {
+    root_.file("firmware/stalls", everyByte());
+    auto& site = serve(R"("stall": {"/firmware/stalls": 1000})");
+    reader();
+    for (int quits = 1; quits <= 3; ++quits) {
+        log_->progress.clear();
+        reader_->start(address("/firmware/stalls"), local_.at("stalls"));
+        ASSERT_TRUE(log_->waitForProgress());
+        if (quits == 1) reader_->cancel(std::nullopt);
+        if (quits == 2) reader_->closeSession();
+        if (quits == 3) log_.reset(), reader_.reset();
+        EXPECT_TRUE(site.sees("QUIT", quits));
+        EXPECT_TRUE(local_.names().empty());
+    }
+}
+
+TEST_F(CurlAsyncReaderTest, SilentServerIsLeftWithoutWaiting) {
+    auto& site = serve();
+    reader();
+    log_->read(address("/firmware/image.hex"));
+    site.freeze();
+    reader_->closeSession();  // waiting for an answer here would take two minutes
+    reader_->start(address("/firmware/image.hex"), local_.at("image.hex"));
+    log_->round();
+    reader_->cancel(std::nullopt);
+    site.thaw();
+    EXPECT_TRUE(site.sees("QUIT"));
+    EXPECT_TRUE(local_.names().empty());
+}
+
+TEST_F(CurlAsyncReaderTest, FaultsOfTheServerAreFailedReads) {
+    for (const char* name : {"cut", "gone", "stalls", "silent"}) root_.file(name, everyByte());
+    auto& site = serve(R"("drop": {"/cut": [1000, "data"], "/gone": [1000, "both"]}, "stall": {"/stalls": 1000},
+                          "silent": ["/silent"])");
+    reader({10000, 300});
+    failure(address("/cut"));
+    failure(address("/gone"));
+    EXPECT_EQ(failure(address("/stalls")), "The server has fallen silent");
+    failure(address("/silent"));
+    EXPECT_TRUE(site.sees("silent /silent"));
+    EXPECT_EQ(log_->read(address("/firmware/image.hex"), local_.at("image.hex")).bytesRead, 3000);
+}
+
+TEST_F(CurlAsyncReaderTest, MissingConfirmationBlocksNothing) {
+    root_.file("silent", everyByte());
+    auto& site = serve(R"("silent": ["/silent"])");
+    reader();
+    reader_->start(address("/silent"), local_.at("silent"));
+    // Everything has come but the server's last word, and rounds go on all the same.
+    while (site.count("silent /silent") == 0) log_->round();
+    for (int i = 0; i < 20; ++i) log_->round();
+    EXPECT_TRUE(log_->completed.empty());
+    reader_->cancel(std::nullopt);
+    EXPECT_TRUE(site.sees("QUIT"));
+    EXPECT_TRUE(local_.names().empty());
+}
+
+TEST_F(CurlAsyncReaderTest, ServerThatIsNotThere) {
+    auto& site = serve();
+    reader({300, 10000});
+    EXPECT_GE(log_->read(address("")).bytesRead, 1);
+    site.kill();  // between login and download
+    failure(address("/firmware/image.hex"));
+
+    // Nobody takes this connection, though the system has accepted it.
+    const int listener = ::socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0);
+    sockaddr_in name{};
+    socklen_t length = sizeof name;
+    name.sin_family = AF_INET;
+    name.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
+    ASSERT_EQ(::bind(listener, reinterpret_cast<sockaddr*>(&name), length), 0);
+    ASSERT_EQ(::listen(listener, 1), 0);
+    ::getsockname(listener, reinterpret_cast<sockaddr*>(&name), &length);
+    const auto host = "ftp://upd:pw@127.0.0.1:" + std::to_string(ntohs(name.sin_port));
+    failure(host + "/firmware/image.hex");
+    ::close(listener);
+}
+
+TEST_F(CurlAsyncReaderTest, FullDiskIsAFailedRead) {
+    serve();
+    reader();
+    rlimit before{};
+    ::getrlimit(RLIMIT_FSIZE, &before);
+    const auto handler = std::signal(SIGXFSZ, SIG_IGN);
+    const rlimit tight{1000, before.rlim_max};
+    ::setrlimit(RLIMIT_FSIZE, &tight);
+    const auto why = failure(address("/firmware/image.hex"));
+    ::setrlimit(RLIMIT_FSIZE, &before);
+    std::signal(SIGXFSZ, handler);
+    EXPECT_NE(why.find("File too large"), std::string::npos) << why;
+}
+
+TEST_F(CurlAsyncReaderTest, UnknownSizeIsNone) {
+    serve(R"("sizes": false)");
+    reader();
+    const auto result = log_->read(address("/firmware/image.hex"));
+    EXPECT_EQ(result.bytesRead, 3000);
+    EXPECT_EQ(result.bytesMax, 0);
+    EXPECT_EQ(log_->progress.front().bytesMax, 0);
+}
+
+TEST_F(CurlAsyncReaderTest, FastTransferLeavesRoomForOtherEvents) {
+    constexpr std::int64_t kMostARound = 3 * 1024 * 1024;
+    root_.file("big", std::string(32 * 1024 * 1024, 'x'));
+    serve();
+    reader();
+    const auto result = log_->read(address("/big"), local_.at("big"));
+    EXPECT_EQ(result.bytesRead, 32 * 1024 * 1024);
+    std::int64_t before = 0;
+    for (const auto& report : log_->progress) {
+        EXPECT_LE(report.bytesRead - before, kMostARound);
+        before = report.bytesRead;
+    }
+}
+
+TEST_F(CurlAsyncReaderTest, RouteDecidesAboutTheProxy) {
+    using Access = SiteRoute::Access;
+    auto& site = serve();
+    SiteProcess proxy("http_proxy.py", "{}");
+    ::setenv("ftp_proxy", proxy.address().c_str(), 1);
+    ::setenv("no_proxy", "", 1);
+    const auto asked = "GET ftp://upd:pw@" + site.address() + "/%2Ffirmware/image.hex";
+    int expected = 0;
+    const auto readBy = [&](const SiteRoute& route, bool isThroughProxy) {
+        reader().route(route);
+        EXPECT_EQ(log_->read(address("/firmware/image.hex")).bytesRead, 3000) << reader_->problem();
+        expected += isThroughProxy;
+        EXPECT_EQ(proxy.count(asked), expected);
+        EXPECT_GE(log_->read(address("")).bytesRead, 1);
+    };
+    readBy({Access::byDefault, {}}, true);
+    readBy({Access::direct, proxy.address()}, false);
+    ::setenv("ftp_proxy", "127.0.0.1:1", 1);
+    ::setenv("no_proxy", "*", 1);
+    readBy({Access::proxy, proxy.address()}, true);
+    readBy({Access::byDefault, {}}, false);
+    ::unsetenv("ftp_proxy");
+    ::unsetenv("no_proxy");
+    // A session goes on by the way it was opened; the next one takes the new one.
+    reader_->route({Access::proxy, proxy.address()});
+    log_->read(address("/firmware/image.hex"));
+    EXPECT_EQ(proxy.count(asked), expected);
+    reader_->closeSession();
+    log_->read(address("/firmware/image.hex"));
+    EXPECT_EQ(proxy.count(asked), expected + 1);
+}
+
+TEST_F(CurlAsyncReaderTest, PageOfAProxyIsNoFile) {
+    serve();
+    for (const char* answer : {R"([404, "<html>"])", R"([503, "<html>"])", R"([302, "<html>elsewhere"])"}) {
+        SiteProcess proxy("http_proxy.py", std::string(R"({"answer": )") + answer + "}");
+        reader().route({SiteRoute::Access::proxy, proxy.address()});
+        failure(address("/firmware/image.hex"));
+        EXPECT_EQ(log_->read(address("")).bytesRead, 0);
+    }
+}
+
+}  // namespace
+}  // namespace corvane::fakes
