@@ -93,7 +93,7 @@ std::string comparison(const Flash& memory, const Image& image) {
     const auto difference = firstDifference(memory, image.memory);
     if (!difference) return "memory equals image";
     char text[120];
-    std::snprintf(text, sizeof text, "memory differs at 0x%05X: holds 0x%02X, image 0x%02X (%zu cells differ)",
+    std::snprintf(text, sizeof text, "memory differs at 0x%05X: holds 0x%02X, image 0x%02X; differing cells: %zu",
                   difference->address, difference->held, difference->wanted, difference->cells);
     return text;
 }

@@ -52,7 +52,7 @@ TEST(Bench, RunsACommandAndJudgesTheMemory) {
          "COM1: 0 requests, 0 erases, 0 records, 0 restarts; heard 0 bytes, gave 0 replies\n"
          "COM4: 0 requests, 1 erase, 2 records, 0 restarts; heard 29 bytes, gave 3 replies; in its boot loader\n"
          "COM1: memory untouched\n"
-         "COM4: memory differs at 0x00000: holds 0xFF, image 0x11 (3 cells differ)\n"},
+         "COM4: memory differs at 0x00000: holds 0xFF, image 0x11; differing cells: 3\n"},
         {right, "kill -9 $$", 10,
          "COM1: 0 requests, 0 erases, 0 records, 0 restarts; heard 0 bytes, gave 0 replies\n"
          "COM4: 0 requests, 0 erases, 0 records, 0 restarts; heard 0 bytes, gave 0 replies; in its boot loader\n"

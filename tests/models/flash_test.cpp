@@ -44,14 +44,14 @@ TEST(RecordWriter, RefusesWhatDoesNotAddUp) {
 TEST(Comparison, SaysWhereAndWhat) {
     const Image image = imageOf("[INFO]\r\nPGM=X\r\n:020000001122CB\r\n:0100100033BC\r\n:00000001FF\r\n");
     Flash memory;
-    EXPECT_EQ(comparison(memory, image), "memory differs at 0x00000: holds 0xFF, image 0x11 (3 cells differ)");
+    EXPECT_EQ(comparison(memory, image), "memory differs at 0x00000: holds 0xFF, image 0x11; differing cells: 3");
     RecordWriter writer(memory);
     writer.take(":020000001122CB");
-    EXPECT_EQ(comparison(memory, image), "memory differs at 0x00010: holds 0xFF, image 0x33 (1 cells differ)");
+    EXPECT_EQ(comparison(memory, image), "memory differs at 0x00010: holds 0xFF, image 0x33; differing cells: 1");
     writer.take(":0100100033BC");
     EXPECT_EQ(comparison(memory, image), "memory equals image");
     memory.program(0x20005, 0xFE);
-    EXPECT_EQ(comparison(memory, image), "memory differs at 0x20005: holds 0xFE, image 0xFF (1 cells differ)");
+    EXPECT_EQ(comparison(memory, image), "memory differs at 0x20005: holds 0xFE, image 0xFF; differing cells: 1");
     EXPECT_EQ(comparison(memory, imageOf("x\n:00000001FE\n")),
               "memory cannot equal image: its line 2 is no sound record");
 }
