@@ -199,7 +199,9 @@ TEST(HidEvents, EachCodeHasItsAction) {
         EXPECT_EQ(bench.vell.raise(row.code, 2, "text"), 0);
         EXPECT_EQ(raw, Texts({std::to_string(row.code) + " 2"}));
         EXPECT_EQ(comms, row.commEvent ? 1 : 0) << row.code;
-        if (row.commEvent) EXPECT_EQ(control.CommEvent(), row.commEvent);
+        if (row.commEvent) {
+            EXPECT_EQ(control.CommEvent(), row.commEvent);
+        }
         EXPECT_EQ(devices, *row.device ? Texts({row.device}) : Texts()) << row.code;
     }
 }
