@@ -40,6 +40,7 @@ struct RunReport {
     std::string version;  ///< of the image
     std::string imagePath;
     std::uint64_t imageBytes = 0;
+    std::int64_t imageRecords = 0;
     std::string imageDigest;  ///< SHA-256 in lower-case hexadecimal digits; empty when no image was had
     int repeatedRecords = 0;
     std::uint32_t milliseconds = 0;  ///< from start to end

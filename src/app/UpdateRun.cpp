@@ -204,6 +204,8 @@ void UpdateRun::noteImage(const std::string& image) {
     report_.imagePath = image;
     const auto content = readFile(image);
     report_.imageBytes = content.size();
+    std::string_view line;
+    for (Lines lines(content); lines.next(line);) report_.imageRecords += !line.empty() && line.front() == ':';
     report_.imageDigest = p_.digest.sha256(content);
 }
 

@@ -59,6 +59,9 @@ public:
     /// A port button was clicked: the scan goes there next.
     void jumpToPort(int index);
 
+    /// What is known of the run at hand so far, or of the last one.
+    const RunReport& report() const { return report_; }
+
     bool isRunning() const { return isRunning_; }
     bool isCancellable() const { return isCancellable_; }
 
