@@ -35,6 +35,11 @@ void LogPane::clear() {
     QPlainTextEdit::clear();
 }
 
+void LogPane::resizeEvent(QResizeEvent* event) {
+    QPlainTextEdit::resizeEvent(event);
+    ensureCursorVisible();  // the card of a verdict takes room at the bottom
+}
+
 void LogPane::copyAll() const { QGuiApplication::clipboard()->setText(fromDevice(log_.text())); }
 
 QString LogPane::save(const QString& path) const {

@@ -21,6 +21,9 @@ public:
     /// Writes it to a file as UTF-8 with LF; an empty text, or why that did not work.
     QString save(const QString& path) const;
 
+protected:
+    void resizeEvent(QResizeEvent* event) override;
+
 private:
     LogText log_;
 };

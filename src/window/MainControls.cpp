@@ -115,7 +115,7 @@ QWidget* MainControls::makeLocalPage() {
     optLast = named(new QRadioButton(tr("&Download folder")), "optLast", tr("Download folder"),
                     tr("Offers the images that were downloaded before"));
     optFile =
-        named(new QRadioButton(tr("&Local file")), "optFile", tr("Local file"), tr("Installs one Intel HEX file"));
+        named(new QRadioButton(tr("Loc&al file")), "optFile", tr("Local file"), tr("Installs one Intel HEX file"));
     cmdLoadFile =
         named(new QPushButton(tr("Choos&e file…")), "cmdLoadFile", tr("Choose file"), tr("Picks an Intel HEX file"));
     auto* images = new QButtonGroup(page);
@@ -187,7 +187,7 @@ QWidget* MainControls::makeLog() {
         named(new QPushButton(tr("Cop&y log")), "cmdCopyLog", tr("Copy log"), tr("Puts the log on the clipboard"));
     cmdSaveLog = named(new QPushButton(tr("Save lo&g…")), "cmdSaveLog", tr("Save log"), tr("Writes the log to a file"));
     auto* head = new QHBoxLayout;
-    head->addWidget(labelFor(tr("Log (&T)"), txtInfo), 1);
+    head->addWidget(labelFor(tr("&Log"), txtInfo), 1);
     head->addWidget(cmdCopyLog);
     head->addWidget(cmdSaveLog);
     auto* layout = new QVBoxLayout(box);
@@ -201,7 +201,8 @@ QWidget* MainControls::makeReferences() {
     references = new QWidget;
     lstRefer = named(new QListWidget, "lstRefer", tr("Reference links"), tr("Documents about the installed firmware"));
     lstRefer->setVerticalScrollMode(QAbstractItemView::ScrollPerPixel);
-    lstRefer->setFixedHeight(lstRefer->fontMetrics().height() * 5);
+    lstRefer->setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
+    lstRefer->setTextElideMode(Qt::ElideRight);
     auto* layout = new QVBoxLayout(references);
     layout->setContentsMargins(0, 0, 0, 0);
     layout->addWidget(labelFor(tr("Reference lin&ks"), lstRefer));

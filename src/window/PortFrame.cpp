@@ -65,6 +65,7 @@ void PortFrame::addButton(int index, const std::string& name) {
     auto* button = named(new QPushButton(caption.replace('&', "&&")), "", port,
                          scanned ? tr("Searches on %1 next").arg(port) : tr("The search leaves %1 out").arg(port));
     button->setObjectName("cmdComport" + QString::number(index));
+    button->setFixedWidth(button->fontMetrics().horizontalAdvance(caption) + 20);
     button->setEnabled(scanned);
     button->setVisible(!name.empty());
     connect(button, &QPushButton::clicked, this, [this, index] { onClick(index); });

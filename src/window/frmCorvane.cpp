@@ -14,8 +14,8 @@
 #include <QRadioButton>
 #include <QShortcut>
 #include <QStackedWidget>
+#include <algorithm>
 
-#include "app/Advice.h"
 #include "app/ProgramInfo.h"
 #include "app/RunNotice.h"
 #include "window/Naming.h"
@@ -39,7 +39,7 @@ frmCorvane::frmCorvane(const Platform& platform, const WindowOptions& options)
       presenter_(updater_) {
     named(this, "frmCorvane");
     ui_.labVersion->setText(QString::fromStdString(programVersion()));
-    ui_.labDevice->setText(tr("Connect one device. All serial ports and USB readers are searched for it."));
+    showDevice({});
     connectChoices();
     connectRun();
     connectLog();
@@ -130,9 +130,13 @@ void frmCorvane::showReport(const RunReport& report) {
     const auto verdict = verdictFor(report, std::nullopt);
     ui_.notice->say(noticeFor(verdict));
     ui_.txtVerdict->showVerdict(verdict);
-    if (!report.deviceVersion.empty()) {
-        ui_.labDevice->setText(fromDevice(report.port + ": " + report.deviceVersion));
-    }
+    showDevice(report);
+}
+
+void frmCorvane::showDevice(const RunReport& report) {
+    ui_.labDevice->setText(report.deviceVersion.empty()
+                               ? tr("Connect one device. All serial ports and USB readers are searched for it.")
+                               : fromDevice(report.port + ": " + report.deviceVersion));
 }
 
 /// A newer program goes on; what was typed here is not kept.
@@ -188,7 +192,9 @@ void frmCorvane::cancellable(bool /*isCancellable*/) { refresh(); }
 void frmCorvane::phase(RunPhase phase) {
     if (phase != RunPhase::idle) ui_.notice->say(noticeFor(phase));
     for (int i = 0; i < 3; ++i) ui_.steps[i]->setCurrent(i + 1 == stepOf(phase));
+    if (phase == RunPhase::selection) showDevice(updater_.run().report());
     meter_.phase(phase, platform_.runtime.tick());
+    if (phase == RunPhase::program) meter_.records(updater_.run().report().imageRecords);
     progress(0, 0);
     if (phase == RunPhase::login) ui_.pbProgram->setRange(0, 0);  // nobody knows how long a server takes
     showProgress();
@@ -197,6 +203,7 @@ void frmCorvane::phase(RunPhase phase) {
 void frmCorvane::progress(std::int64_t value, std::int64_t maximum) {
     constexpr std::int64_t kMost = 2000000000;  // no image comes near that
     ui_.pbProgram->setRange(0, static_cast<int>(std::clamp<std::int64_t>(maximum, 1, kMost)));
+    ui_.pbProgram->setTextVisible(value > 0);
     ui_.pbProgram->setValue(static_cast<int>(std::clamp<std::int64_t>(value, 0, kMost)));
     meter_.progress(value, maximum, platform_.runtime.tick());
 }
@@ -218,6 +225,9 @@ void frmCorvane::links(const std::vector<ReferenceLink>& links) {
         font.setUnderline(true);
         item->setFont(font);
     }
+    constexpr int kRows = 4;
+    const int rows = std::clamp(ui_.lstRefer->count(), 1, kRows);
+    ui_.lstRefer->setFixedHeight(rows * ui_.lstRefer->sizeHintForRow(0) + 2 * ui_.lstRefer->frameWidth());
     ui_.references->setVisible(!links.empty());
 }
 
@@ -233,8 +243,8 @@ void frmCorvane::say(const QString& text) {
 }
 
 void frmCorvane::portRefused(const std::string& port) {
-    if (!updater_.serialPort().IsMyCommPort(port)) return;
-    const auto reason = adviceFor(port, platform_.serial.openFailure());
+    if (!updater_.serialPort().IsMyCommPort(port)) return;  // a reader gives no reason
+    const auto reason = updater_.advisor().refusal(port);
     if (!reason.empty()) say(QString::fromStdString(reason));
 }
 

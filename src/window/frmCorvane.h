@@ -44,6 +44,7 @@ private:
     void showProgress();
     void startRun(bool force);
     void showReport(const RunReport& report);
+    void showDevice(const RunReport& report);
     void handOver();
     void refresh();
     void say(const QString& text);

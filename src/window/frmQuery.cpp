@@ -54,6 +54,7 @@ void frmQuery::arrange() {
     txtCheckVersion_ =
         named(new QLineEdit, "txtCheckVersion", tr("Comparison"), tr("How the image compares with the device"));
     txtCheckVersion_->setReadOnly(true);
+    txtCheckVersion_->setFrame(false);
     txtView_ = named(new QPlainTextEdit, "txtView", tr("Details of the image"));
     txtView_->setReadOnly(true);
     txtView_->setTabChangesFocus(true);
@@ -114,6 +115,7 @@ void frmQuery::showSelected() {
     const auto verdict = dialog_.verdict();
     txtCheckVersion_->setText(fromDevice(verdict.text));
     auto palette = this->palette();
+    palette.setColor(QPalette::Base, palette.color(QPalette::Window));  // nothing to type here
     if (verdict.isWarning) palette.setColor(QPalette::Text, Qt::red);
     txtCheckVersion_->setPalette(palette);
     txtView_->setPlainText(fromDevice(dialog_.details()));

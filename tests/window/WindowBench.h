@@ -1,75 +1,31 @@
 #pragma once
 
-#include <QAbstractButton>
-#include <QApplication>
-#include <QDialog>
 #include <QLabel>
-#include <QLineEdit>
 #include <QPlainTextEdit>
-#include <QTest>
-#include <QTimer>
-#include <deque>
-#include <functional>
-#include <gtest/gtest.h>
+#include <stdexcept>
 
+#include "DialogAnswers.h"
 #include "models/Flash.h"
 #include "support/AppBench.h"
 #include "window/frmCorvane.h"
 
 namespace corvane {
 
-/// Answers the modal dialogs in the order in which they open, each as soon as it shows. A dialog that nobody expected
-/// fails the test and is rejected.
-class DialogAnswers : public QObject {
-public:
-    using Answer = std::function<void(QDialog& dialog)>;
-
-    DialogAnswers() { qApp->installEventFilter(this); }
-    ~DialogAnswers() override { qApp->removeEventFilter(this); }
-
-    /// For a dialog of that object name; what the answer leaves open is closed.
-    void expect(const QString& name, Answer answer) { expected_.push_back({name, std::move(answer)}); }
-    bool isDone() const { return expected_.empty(); }
-    QStringList seen;
-
-private:
-    bool eventFilter(QObject* object, QEvent* event) override {
-        auto* dialog = event->type() == QEvent::Show ? qobject_cast<QDialog*>(object) : nullptr;
-        if (dialog && dialog->isModal()) QTimer::singleShot(0, dialog, [this, dialog] { answer(*dialog); });
-        return false;
-    }
-
-    void answer(QDialog& dialog) {
-        seen.append(dialog.objectName());
-        if (expected_.empty() || expected_.front().first != dialog.objectName()) {
-            ADD_FAILURE() << "unexpected dialog " << dialog.objectName().toStdString();
-            return dialog.reject();
-        }
-        const auto next = std::move(expected_.front().second);
-        expected_.pop_front();
-        next(dialog);
-    }
-
-    std::deque<std::pair<QString, Answer>> expected_;
-};
-
 /// The real window over fakes of everything that it stands on, in virtual time.
-class WindowTest : public ::testing::Test {
-protected:
+struct WindowBench {
     static constexpr char kImage[] =
         "[INFO]\nPGM=TARN-R200\nVER=V5.2R1\nBUD=2024/01/31\n"
         ":0400000001020304F2\n:0400100005060708D2\n:04002000090A0B0CB2\n:00000001FF\n";
 
-    WindowTest() { open(); }
-    ~WindowTest() override {
+    ~WindowBench() {
         if (window) window->close();
-        EXPECT_TRUE(answers.isDone()) << "a dialog that was expected did not open";
     }
 
-    void open() {
+    frmCorvane& open() {
         window = std::make_unique<frmCorvane>(bench.platform(), WindowOptions{true});
         window->show();
         QCoreApplication::processEvents();
+        return *window;
     }
 
     models::Device& plug(models::DeviceOptions options = {}, std::int16_t number = 1) {
@@ -87,42 +43,24 @@ protected:
 
     std::string text(const QString& label) const { return control<QLabel>(label).text().toStdString(); }
     std::string log() const { return control<QPlainTextEdit>("txtInfo").toPlainText().toStdString(); }
+    void press(const QString& name) const { DialogAnswers::press(control<QWidget>(name)); }
 
-    static void press(QWidget& button) { QTest::mouseClick(&button, Qt::LeftButton, {}, {8, button.height() / 2}); }
-    void press(const QString& name) const { press(control<QAbstractButton>(name)); }
-
-    static DialogAnswers::Answer pressing(const QString& button) {
-        return [button](QDialog& dialog) { press(*dialog.findChild<QAbstractButton*>(button)); };
-    }
-
-    /// Types a path into the file dialog and confirms it.
-    static DialogAnswers::Answer picking(const std::string& path) {
-        return [path](QDialog& dialog) {
-            dialog.findChild<QLineEdit*>("fileNameEdit")->setText(QString::fromStdString(path));
-            QTest::keyClick(dialog.findChild<QLineEdit*>("fileNameEdit"), Qt::Key_Return);
-        };
-    }
-
-    /// Off line with the image picked.
-    void pickImage() {
+    /// Off line with this image picked.
+    void pickImage(const std::string& content = kImage) {
         press("optLine1");
-        answers.expect("QFileDialog", picking(bench.folder.folder.file("local.hex", kImage)));
+        answers.expect("QFileDialog", DialogAnswers::picking(bench.folder.folder.file("local.hex", content)));
         press("optFile");
     }
 
-    /// What can be used, by the names of the controls.
-    std::string enabled() const {
-        std::string names;
-        for (const char* name :
-             {"cmdStartCheck", "cmdForceISP", "cmdCancel", "cmdOption", "optLine0", "optLine1", "txtServer",
-              "txtAccount0", "txtAccount1", "optFile", "optLast", "cmdLoadFile", "cmdSaveLog"}) {
-            if (control<QWidget>(name).isEnabled()) names += std::string(name) + " ";
-        }
-        return names;
+    /// The selection and its question are answered with OK.
+    void agree() {
+        answers.expect("frmQuery", DialogAnswers::pressing("cmdOK"));
+        answers.expect("frmMessage", DialogAnswers::pressing("cmdOK"));
     }
 
-    std::string memoryFault() {
-        const auto fault = models::comparison(devices.front()->flash(), models::imageOf(kImage));
+    /// Empty when the first device's memory is the image's.
+    std::string memoryFault(const std::string& image = kImage) const {
+        const auto fault = models::comparison(devices.front()->flash(), models::imageOf(image));
         return fault == "memory equals image" ? "" : fault;
     }
 

@@ -1,4 +1,4 @@
-#include "WindowBench.h"
+#include "WindowTest.h"
 
 namespace corvane {
 namespace {
@@ -7,15 +7,14 @@ class WindowRun : public WindowTest {};
 
 constexpr char kIdle[] =
     "cmdStartCheck cmdForceISP cmdOption optLine0 optLine1 txtServer txtAccount0 txtAccount1 optFile optLast "
-    "cmdLoadFile cmdSaveLog ";
+    "cmdLoadFile cmdCopyLog cmdSaveLog ";
 
 TEST_F(WindowRun, CarriesADeviceThroughAWholeUpdate) {
     models::DeviceOptions options;
     options.nextVersion = "TARN-R200 V5.2R1";
     plug(options);
     pickImage();
-    answers.expect("frmQuery", pressing("cmdOK"));
-    answers.expect("frmMessage", pressing("cmdOK"));
+    agree();
     press("cmdStartCheck");
     EXPECT_EQ(log(),
               "[Local Site]\nComm Port : COM1\nDevice F/W: TARN-R200 V5.1R23\n\n"
