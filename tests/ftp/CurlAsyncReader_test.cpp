@@ -113,7 +113,7 @@ TEST_F(CurlAsyncReaderTest, ServerSeesQuitHoweverTheSessionEnds) {
     auto& site = serve(R"("stall": {"/firmware/stalls": 1000})");
     reader();
     for (int quits = 1; quits <= 3; ++quits) {
-        log_->progress.clear();
+        log_->clear();
         reader_->start(address("/firmware/stalls"), local_.at("stalls"));
         ASSERT_TRUE(log_->waitForProgress());
         if (quits == 1) reader_->cancel(std::nullopt);

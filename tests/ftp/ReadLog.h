@@ -21,12 +21,19 @@ public:
     ~ReadLog() {
         reader_.onProgress = nullptr;
         reader_.onComplete = nullptr;
-        for (const auto& result : completed) remove(result);
+        clear();
     }
     ReadLog(const ReadLog&) = delete;
     ReadLog& operator=(const ReadLog&) = delete;
 
     std::vector<AsyncResult> progress, completed;
+
+    /// Forgets all reports, and removes the files that nobody has taken.
+    void clear() {
+        for (const auto& result : completed) remove(result);
+        progress.clear();
+        completed.clear();
+    }
 
     void round() {
         runtime_.WaitActivity(10);
@@ -40,8 +47,7 @@ public:
 
     /// A whole read; its completion, or one of -1 bytes when none came in ten seconds.
     AsyncResult read(const std::string& target, const std::string& property = {}) {
-        progress.clear();
-        completed.clear();
+        clear();
         reader_.start(target, property);
         waitUntil([this] { return !completed.empty(); });
         return completed.empty() ? AsyncResult{-1, 0, {}, {}} : completed.front();
