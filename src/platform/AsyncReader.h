@@ -32,14 +32,15 @@ public:
     std::function<void(const AsyncResult&)> onProgress;
     std::function<void(const AsyncResult&)> onComplete;
 
-    /// Starts a read. When the property name is a path, the temporary file lies in that path's folder, so that a rename
-    /// puts it in place. Any failure shows as a completion with 0 bytes.
+    /// Starts a read; one that still runs ends as if it were cancelled. When the property name is a path, the temporary
+    /// file lies in that path's folder, so that a rename puts it in place. Any failure shows as a completion with 0
+    /// bytes.
     virtual void start(const std::string& target, const std::string& propertyName) = 0;
 
     /// Ends the read of that property (any read when none is given); nothing of it is reported afterwards.
     virtual void cancel(const std::optional<std::string>& propertyName) = 0;
 
-    /// Takes leave of the server; returns within 100 ms whatever the server does.
+    /// Cancels what is read and takes leave of the server; returns within 100 ms whatever the server does.
     virtual void closeSession() = 0;
 
     /// In force from the next connection on.

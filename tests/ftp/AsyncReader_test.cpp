@@ -181,7 +181,7 @@ TEST_P(AsyncReaderContract, RunningReadEndsUnreportedWhenAnotherOrNoneIsWanted) 
 INSTANTIATE_TEST_SUITE_P(Sides, AsyncReaderContract,
                          testing::Values(Side{"Real", [] { return std::make_unique<RealWorld>(); }},
                                          Side{"Fake", [] { return std::make_unique<FakeWorld>(); }}),
-                         [](const auto& info) { return info.param.name; });
+                         [](const auto& side) { return side.param.name; });
 
 }  // namespace
 }  // namespace corvane::fakes

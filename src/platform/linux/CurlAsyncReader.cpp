@@ -17,7 +17,8 @@ CurlAsyncReader::CurlAsyncReader(LinuxRuntime& runtime, const Limits& limits) : 
 }
 
 CurlAsyncReader::~CurlAsyncReader() {
-    closeSession();
+    drop();
+    session_.reset();
     curl_global_cleanup();
 }
 

@@ -1,7 +1,6 @@
 #include "platform/linux/CurlSession.h"
 
 #include <algorithm>
-#include <cerrno>
 #include <cstddef>
 #include <exception>
 #include <linux/tcp.h>
@@ -17,10 +16,10 @@
 namespace corvane {
 namespace {
 
-constexpr long kReceiveBuffer = 256 * 1024;
-constexpr std::size_t kMostPerTurn = 512 * 1024;  // bytes; then other events have theirs
-constexpr long kLongestIdle = 24 * 3600;          // seconds; when a session ends is decided elsewhere
-constexpr int kMostUnread = 16;                   // pieces of a talkative server's words
+constexpr long kReceiveBuffer = 256 * 1024L;
+constexpr std::size_t kMostPerTurn = 512 * 1024UL;  // bytes; then other events have theirs
+constexpr long kLongestIdle = 24 * 3600L;           // seconds; when a session ends is decided elsewhere
+constexpr int kMostUnread = 16;                     // pieces of a talkative server's words
 constexpr char kGoodbye[] = "QUIT\r\n";
 
 bool isReadable(int socket) {
@@ -233,7 +232,7 @@ void CurlSession::act(int socket, int events) {
     int running = 0;
     turn_ = 0;
     curl_multi_socket_action(multi_, socket, events, &running);
-    if (std::exchange(hasReplied_, false) && dataSocket() < 0) nudge();
+    if (std::exchange(hasReplied_, false) && dataSocket() < 0 && !isOverHttp()) nudge();
     if (isReplyAwaited_) awaitReply();
     if (isTurnOver_) setTimer(0);
     int left = 0;
@@ -305,7 +304,9 @@ void CurlSession::sayGoodbye() {
     const int control = controlSocket();
     if (control < 0) return;
     std::array<char, 4096> unread{};  // left lying it would turn the farewell into a reset
-    for (int i = 0; i<kMostUnread&& ::recv(control, unread.data(), unread.size(), MSG_DONTWAIT)> 0; ++i) continue;
+    for (int i = 0; i < kMostUnread; ++i) {
+        if (::recv(control, unread.data(), unread.size(), MSG_DONTWAIT) <= 0) break;
+    }
     if (!isOverHttp()) ::send(control, kGoodbye, sizeof kGoodbye - 1, MSG_DONTWAIT | MSG_NOSIGNAL);
     ::shutdown(control, SHUT_RDWR);
 }
