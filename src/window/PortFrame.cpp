@@ -15,9 +15,7 @@ PortFrame::PortFrame() {
     named(this, "frameComport", tr("Ports"));
     labTrying_ = new QLabel;
     labTrying_->setObjectName("labTrying");
-    labTrying_->setWordWrap(true);
     auto* hint = new QLabel(tr("Click a port to search there next."));
-    hint->setWordWrap(true);
 
     auto* buttons = new QWidget;
     row_ = new QHBoxLayout(buttons);

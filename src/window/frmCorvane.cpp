@@ -169,8 +169,10 @@ void frmCorvane::closeEvent(QCloseEvent* event) {
     if (hasEnded_) return;
     hasEnded_ = true;
     if (presenter_.unload()) return;
-    QMessageBox(QMessageBox::Warning, kProgramTitle, tr("The settings could not be saved."), QMessageBox::Ok, this)
-        .exec();
+    QMessageBox box(QMessageBox::Warning, kProgramTitle, tr("The settings could not be saved."), QMessageBox::Ok, this);
+    named(&box, "frmProblem");
+    box.button(QMessageBox::Ok)->setObjectName("cmdOK");
+    box.exec();
 }
 
 void frmCorvane::running(bool isRunning) {

@@ -24,8 +24,14 @@ struct WindowBench {
     frmCorvane& open() {
         window = std::make_unique<frmCorvane>(bench.platform(), WindowOptions{true});
         window->show();
-        QCoreApplication::processEvents();
+        activate();
         return *window;
+    }
+
+    /// Shortcuts work in the active window alone, and a dialog that has closed leaves none behind.
+    void activate() {
+        window->activateWindow();
+        QCoreApplication::processEvents();
     }
 
     models::Device& plug(models::DeviceOptions options = {}, std::int16_t number = 1) {
@@ -50,6 +56,7 @@ struct WindowBench {
         press("optLine1");
         answers.expect("QFileDialog", DialogAnswers::picking(bench.folder.folder.file("local.hex", content)));
         press("optFile");
+        activate();
     }
 
     /// The selection and its question are answered with OK.

@@ -1,5 +1,7 @@
 #pragma once
 
+#include <QClipboard>
+#include <QMessageBox>
 #include <gtest/gtest.h>
 
 #include "WindowBench.h"

@@ -1,13 +1,33 @@
+#include <QListWidget>
+#include <QProgressBar>
+
 #include "WindowTest.h"
 
 namespace corvane {
 namespace {
 
-class WindowRun : public WindowTest {};
-
 constexpr char kIdle[] =
     "cmdStartCheck cmdForceISP cmdOption optLine0 optLine1 txtServer txtAccount0 txtAccount1 optFile optLast "
     "cmdLoadFile cmdCopyLog cmdSaveLog ";
+
+class WindowRun : public WindowTest {
+protected:
+    /// Calls a handler once the log ends with a text, from within the run.
+    void when(const std::string& logged, std::function<void()> handler) {
+        bench.runtime.at(bench.runtime.ms() + 1, [=, this] {
+            const auto text = log();
+            const bool isThere =
+                text.size() >= logged.size() && text.compare(text.size() - logged.size(), logged.size(), logged) == 0;
+            if (isThere) return handler();
+            when(logged, handler);
+        });
+    }
+
+    Qt::CursorShape pointer() const {
+        const auto* cursor = QApplication::overrideCursor();
+        return cursor ? cursor->shape() : Qt::ArrowCursor;
+    }
+};
 
 TEST_F(WindowRun, CarriesADeviceThroughAWholeUpdate) {
     models::DeviceOptions options;
@@ -15,6 +35,15 @@ TEST_F(WindowRun, CarriesADeviceThroughAWholeUpdate) {
     plug(options);
     pickImage();
     agree();
+    std::vector<std::string> seen;
+    const auto look = [&] { seen.push_back(enabled() + "|" + text("labNotice") + "|" + text("labPhase")); };
+    when("Scan by 19200,N,8,1", look);
+    when("Programming...", [&] {
+        look();
+        EXPECT_EQ(pointer(), Qt::WaitCursor);
+        EXPECT_EQ(text("labDevice"), "COM1: TARN-R200 V5.1R23");
+        EXPECT_EQ(window->windowTitle().toStdString(), "0 % Programming - Corvane");
+    });
     press("cmdStartCheck");
     EXPECT_EQ(log(),
               "[Local Site]\nComm Port : COM1\nDevice F/W: TARN-R200 V5.1R23\n\n"
@@ -22,9 +51,232 @@ TEST_F(WindowRun, CarriesADeviceThroughAWholeUpdate) {
               "TARN-R200 V5.2R1(2024/01/31)\n\nGoTo ISP Mode (TarnPlus Protocol)... < OK\n\n[ISP Mode]\n"
               "Erase Firmware... < OK\nProgramming... < OK\nUpdate Finish\n");
     EXPECT_EQ(memoryFault(), "");
+    EXPECT_EQ(seen, (std::vector<std::string>{
+                        "cmdCancel |Nothing on the device has changed yet.|Looking for the device",
+                        "|Do not unplug the device, and do not switch it or this computer off.|Programming"}));
     EXPECT_EQ(enabled(), kIdle);
-    EXPECT_EQ(text("labDevice"), "COM1: TARN-R200 V5.1R23");
+    EXPECT_EQ(pointer(), Qt::ArrowCursor);
+    EXPECT_EQ(window->windowTitle().toStdString(), "Corvane");
     EXPECT_EQ(text("labNotice"), "The device is updated.");
+    EXPECT_TRUE(control<QTextEdit>("txtVerdict").toPlainText().contains("It is safe to unplug the device."));
+    EXPECT_EQ(control<QProgressBar>("pbProgram").value(), 0);
+}
+
+TEST_F(WindowRun, EndsWhenOneOfItsQuestionsIsAnsweredWithCancel) {
+    plug();
+    pickImage();
+    answers.expect("frmQuery", [this](QDialog& dialog) {
+        EXPECT_EQ(pointer(), Qt::ArrowCursor);
+        EXPECT_EQ(dialog.findChild<QPlainTextEdit*>("txtView")->toPlainText().toStdString(),
+                  "[FTP Site]\nROM Number: TARN-R200\nProduct   : TARN-R200\nVersion   : V5.2R1\n\n"
+                  "[Update Information]\nTARN-R200 V5.2R1(2024/01/31)\n");
+        answers.expect("frmMessage", [](QDialog& box) {
+            EXPECT_EQ(dynamic_cast<QMessageBox&>(box).text().toStdString(),
+                      "Do you want to UPDATE firmware to \"TARN-R200\"?\n"
+                      "Warning: firmware update incorrectly will damage the unit!");
+            EXPECT_EQ(box.focusWidget()->objectName(), "cmdOK");
+            DialogAnswers::press(*box.findChild<QWidget*>("cmdCancel"));
+        });
+        DialogAnswers::press(*dialog.findChild<QWidget*>("cmdOK"));
+        EXPECT_TRUE(dialog.isVisible());
+        DialogAnswers::press(*dialog.findChild<QWidget*>("cmdCancel"));
+    });
+    press("cmdStartCheck");
+    EXPECT_EQ(log().substr(log().find("\n\n") + 2), "Cancel Update!!!\n");
+    EXPECT_EQ(devices.front()->log().erases, 0);
+    EXPECT_EQ(text("labNotice"), "The device was not changed.");
+}
+
+TEST_F(WindowRun, AsksForTheDevicesPassword) {
+    models::DeviceOptions options;
+    options.password = "d\xE9j\xE0";
+    plug(options);
+    pickImage();
+    agree();
+    answers.expect("frmPassword", [](QDialog& dialog) {
+        auto* field = dialog.findChild<QLineEdit*>();
+        EXPECT_EQ(field->text(), "quill");
+        field->setText("d\u00e9j\u00e0");
+        QTest::keyClick(field, Qt::Key_Return);
+    });
+    press("cmdStartCheck");
+    EXPECT_EQ(memoryFault(), "");
+}
+
+TEST_F(WindowRun, CancelEndsAScanAfterTheSettingAtHand) {
+    models::DeviceOptions options;
+    options.kind = models::Kind::babbling;
+    plug(options);
+    pickImage();
+    bench.runtime.at(2000, [this] {
+        activate();
+        QTest::keyClick(window.get(), Qt::Key_Escape);
+    });
+    press("cmdStartCheck");
+    EXPECT_EQ(log(),
+              "Open COM1 ... < OK\n   Scan by 19200,N,8,1, No Device!!\nCan not found any device on comm port!!\n");
+    EXPECT_EQ(enabled(), kIdle);
+}
+
+TEST_F(WindowRun, ShowsThePortsDuringAScanAndJumpsToTheOneThatIsClicked) {
+    models::DeviceOptions silent;
+    silent.kind = models::Kind::silent;
+    plug(silent, 2);
+    plug(silent, 3);
+    plug({}, 5);
+    bench.serial.list(17);
+    bench.serial.list(4);
+    bench.serial.control.markBusy(4);
+    pickImage();
+    EXPECT_FALSE(control<QWidget>("frameComport").isVisible());
+    bench.runtime.at(1000, [this] {
+        EXPECT_TRUE(control<QWidget>("frameComport").isVisible());
+        EXPECT_FALSE(control<QWidget>("cmdComport0").isVisible());  // the order's empty entry
+        std::string buttons;
+        for (int i = 1; i < 6; ++i) {
+            const auto& button = control<QAbstractButton>("cmdComport" + QString::number(i));
+            buttons += button.text().toStdString() + (button.isEnabled() ? "+ " : "- ");
+        }
+        EXPECT_EQ(buttons, "COM2- COM3+ COM4+ COM5+ COM17 (not scanned)- ");
+        EXPECT_EQ(text("labTrying"), "Trying COM2 at 19200,N,8,1");
+        press("cmdComport4");
+    });
+    answers.expect("frmQuery", DialogAnswers::pressing("cmdCancel"));
+    std::string scanned;
+    when("Open COM5 ... < OK\n   Scan by 19200,N,8,1", [&] { scanned = log(); });
+    press("cmdStartCheck");
+    EXPECT_EQ(scanned,
+              "Open COM2 ... < OK\n   Scan by 19200,N,8,1, No Device!!\nOpen COM5 ... < OK\n   Scan by 19200,N,8,1");
+    EXPECT_FALSE(control<QWidget>("frameComport").isVisible());
+}
+
+TEST_F(WindowRun, MovesThePanelWhenThereAreMorePortsThanFit) {
+    models::DeviceOptions silent;
+    silent.kind = models::Kind::silent;
+    for (std::int16_t port = 1; port <= 16; ++port) plug(silent, port);
+    pickImage();
+    bench.runtime.at(1000, [this] {
+        const auto& last = control<QWidget>("cmdComport16");
+        EXPECT_TRUE(last.visibleRegion().isEmpty());
+        for (int i = 0; i < 16 && last.visibleRegion().isEmpty(); ++i) press("cmdMovePanel");
+        EXPECT_FALSE(last.visibleRegion().isEmpty());
+        const auto& first = control<QWidget>("cmdComport1");
+        for (int i = 0; i < 2 && first.visibleRegion().isEmpty(); ++i) press("cmdMovePanel");
+        EXPECT_FALSE(first.visibleRegion().isEmpty());
+        press("cmdCancel");
+    });
+    press("cmdStartCheck");
+}
+
+TEST_F(WindowRun, SaysWhyAPortDidNotOpen) {
+    bench.serial.list(3);
+    bench.serial.control.markBusy(3);
+    bench.inspector.holders["/dev/fake3"] = {4711, "minicom"};
+    pickImage();
+    press("cmdStartCheck");
+    EXPECT_EQ(log(), "Open COM3 ... < NG\nCan not found any device on comm port!!\n");
+    EXPECT_EQ(text("labStatus"), "COM3 (/dev/fake3) is in use by minicom (process 4711). Close that and start again.");
+}
+
+TEST_F(WindowRun, ForceTakesADeviceThatSitsInItsBootLoader) {
+    models::DeviceOptions options;
+    options.startsInBoot = true;
+    plug(options);
+    pickImage();
+    answers.expect("frmQuery", [this](QDialog& dialog) {
+        auto* verdict = dialog.findChild<QLineEdit*>("txtCheckVersion");
+        EXPECT_EQ(verdict->text(), "Firmware Not Found");
+        EXPECT_EQ(verdict->palette().color(QPalette::Text), QColor(255, 0, 0));
+        answers.expect("frmMessage", DialogAnswers::pressing("cmdOK"));
+        DialogAnswers::press(*dialog.findChild<QWidget*>("cmdOK"));
+    });
+    press("cmdForceISP");
+    EXPECT_EQ(memoryFault(), "");
+}
+
+TEST_F(WindowRun, ClosingBeforeTheImageIsOnDiskIsCancelAndThenClose) {
+    plug();
+    pickImage();
+    answers.expect("frmQuery", [this](QDialog& dialog) {
+        answers.expect("frmMessage", [this](QDialog&) { window->closeFromOutside(); });
+        DialogAnswers::press(*dialog.findChild<QWidget*>("cmdOK"));
+    });
+    press("cmdStartCheck");
+    EXPECT_FALSE(window->isVisible());
+    EXPECT_EQ(log().substr(log().find("\n\n") + 2), "Cancel Update!!!\n");
+    EXPECT_EQ(bench.settings.values["Corvane/FTP/OffLine"], "True");
+    EXPECT_FALSE(bench.serial.control.PortOpen());
+}
+
+TEST_F(WindowRun, ClosingAfterItWaitsForTheEnd) {
+    plug();
+    pickImage();
+    agree();
+    bool wasOpen = false;
+    when("Programming...", [&] {
+        wasOpen = !window->close() && window->isVisible();
+        EXPECT_EQ(text("labStatus"), "The window closes when the update has finished.");
+    });
+    press("cmdStartCheck");
+    EXPECT_TRUE(wasOpen);
+    EXPECT_EQ(memoryFault(), "");
+    EXPECT_FALSE(window->isVisible());
+    EXPECT_EQ(bench.settings.values["Corvane/FTP/OffLine"], "True");
+}
+
+class WindowOnline : public WindowTest {
+protected:
+    const std::string site = "ftp://upd:se cret@ftp.example";
+    const std::string section =
+        "[PGM_R200]\nPRODUCT=TARN-R200\nVERSION=V5.2R1\nDESC=one\\ntwo\nFILE=/f/r200.hex\n"
+        "LinkDOC1=Notes\nLinkURL1=/n.txt\nLinkDOC3=Manual\n";
+
+    void offer(const std::string& information) {
+        for (const auto& [name, typed] :
+             {std::pair("txtServer", "ftp.example"), {"txtAccount0", "upd"}, {"txtAccount1", "se cret"}}) {
+            auto& field = control<QLineEdit>(name);
+            field.selectAll();
+            QTest::keyClicks(&field, typed);
+        }
+        bench.reader.answers[site].content = "drwxr-xr-x firmware\r\n";
+        bench.reader.answers[site + "/firmware/firmware.inf"].content = information;
+        bench.reader.answers[site + "/f/r200.hex"].content = kImage;
+    }
+};
+
+TEST_F(WindowOnline, LogsInFetchesAndOffersTheLinks) {
+    plug();
+    offer(section);
+    agree();
+    press("cmdStartCheck");
+    EXPECT_EQ(memoryFault(), "");
+    auto& links = control<QListWidget>("lstRefer");
+    ASSERT_EQ(links.count(), 2);
+    EXPECT_EQ(links.item(1)->text(), "Manual");
+    QTest::mouseClick(links.viewport(), Qt::LeftButton, {}, links.visualItemRect(links.item(1)).center());
+    EXPECT_TRUE(bench.launcher.shown.empty());  // it leads nowhere
+    QTest::mouseClick(links.viewport(), Qt::LeftButton, {}, links.visualItemRect(links.item(0)).center());
+    EXPECT_EQ(bench.launcher.shown, std::vector<std::string>{"FTP://upd:se cret@ftp.example/n.txt"});
+    bench.launcher.failure = "xdg-open: not there";
+    links.setFocus();
+    links.setCurrentRow(0);
+    QTest::keyClick(&links, Qt::Key_Return);
+    EXPECT_EQ(text("labStatus"), "The link could not be opened: xdg-open: not there");
+}
+
+TEST_F(WindowOnline, HandsOverToANewerProgramWithoutSaving) {
+    offer("[Corvane]\nVersion=V9\nFile=/p/corvane.exe\n" + section);
+    bench.reader.answers[site + "/p/corvane.exe"].content = "program";
+    answers.expect("frmMessage", [](QDialog& box) {
+        EXPECT_EQ(dynamic_cast<QMessageBox&>(box).text().toStdString(),
+                  "The Corvane is out of date.\nDo you want to download and update it?");
+        EXPECT_EQ(box.windowTitle(), "Corvane");
+        DialogAnswers::press(*box.findChild<QWidget*>("cmdOK"));
+    });
+    press("cmdStartCheck");
+    EXPECT_EQ(bench.launcher.started.size(), 1u);
+    EXPECT_FALSE(window->isVisible());
+    EXPECT_TRUE(bench.settings.values.empty());
 }
 
 }  // namespace
