@@ -205,8 +205,8 @@ TEST_F(Window, HasAKeyOfItsOwnForEachControlThatShows) {
             if (button->isVisible() && !button->text().isEmpty()) take(button->text());
         }
         for (const auto* label : window->findChildren<QLabel*>()) {
-            if (label->isVisible() && label->buddy() && label->buddy()->focusPolicy() != Qt::NoFocus)
-                take(label->text());
+            const auto* buddy = label->isVisible() ? label->buddy() : nullptr;
+            if (buddy && (buddy->focusPolicy() & Qt::TabFocus)) take(label->text());
         }
         for (const auto* action : window->menuBar()->actions()) take(action->text());
     }
