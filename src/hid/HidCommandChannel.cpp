@@ -31,18 +31,19 @@ private:
 
 bool HidCommandChannel::SendHIDCMD(std::uint8_t bCmd, const Bytes& bParams, Bytes& bResults) {
     const Restored nested(nesting_, static_cast<std::int16_t>(nesting_ + 1));
-    const Bytes parameters = bParams;  // the caller may give one array for both
+    // The caller may give one array for both, so the frame is made before the results are emptied.
+    const bool isTooLong = bParams.size() > kMostParameters;
+    Bytes frame{bCmd, static_cast<std::uint8_t>(bParams.size())};
+    frame.insert(frame.end(), bParams.begin(), bParams.end());
     bResults.clear();
     if (!canStart()) return false;
-    if (parameters.size() > kMostParameters) throw RuntimeError::overflow();
-    Bytes frame{bCmd, static_cast<std::uint8_t>(parameters.size())};
-    frame.insert(frame.end(), parameters.begin(), parameters.end());
+    if (isTooLong) throw RuntimeError::overflow();
     return run(Kind::command, frame, bResults);
 }
 
 bool HidCommandChannel::SendHIDRawCmd(const Bytes& bRawCmds, Bytes& bResults) {
     const Restored nested(nesting_, static_cast<std::int16_t>(nesting_ + 1));
-    const Bytes frame = bRawCmds;
+    const Bytes frame(bRawCmds.begin(), bRawCmds.end());
     bResults.clear();
     return canStart() && run(Kind::raw, frame, bResults);
 }

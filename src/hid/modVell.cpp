@@ -14,7 +14,7 @@ void* modVell::bind(const char* name) {
 }
 
 std::int32_t VellCallBackProc(std::int32_t hVell, std::intptr_t user, std::int32_t wParam, std::int32_t lParam) {
-    auto& control = *reinterpret_cast<VellIO*>(user);
+    auto& control = *reinterpret_cast<VellIO*>(user);  // NOLINT(performance-no-int-to-ptr): a C interface's way
     try {
         return control.VellIOProc(hVell, wParam, lParam);
     } catch (...) {

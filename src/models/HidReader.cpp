@@ -25,7 +25,7 @@ Bytes accepted(const Bytes& results = {}) {
 
 Bytes refused(std::uint8_t reason) { return {kNak, 1, reason}; }
 
-Micros byteTime(std::uint32_t rate) { return 10 * 1000000 / std::max<Micros>(rate, 1); }
+Micros byteTime(std::uint32_t rate) { return Micros{10000000} / std::max<Micros>(rate, 1); }
 
 }  // namespace
 

@@ -15,7 +15,7 @@ constexpr unsigned short kFirstVendorUsagePage = 0xFF00;  // keyboards and mice 
 std::string utf8Of(const wchar_t* text) {
     std::string result;
     for (; text && *text; ++text) {
-        const auto code = static_cast<std::uint32_t>(*text);
+        const auto code = static_cast<char32_t>(*text);
         if (code < 0x80) {
             result += static_cast<char>(code);
         } else if (code < 0x800) {

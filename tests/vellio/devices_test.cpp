@@ -62,6 +62,11 @@ TEST_F(Devices, AreFoundByNameTextAndPath) {
     for (const std::int32_t index : {-1, 1, 1000000}) EXPECT_STREQ(vellEnumDeviceName(handle, index), "");
 }
 
+TEST_F(Devices, CannotWriteControlCharactersIntoLogs) {
+    bus.plug(info(1, 5, "Two\r\nLines\x1B[2J"), peer_);
+    EXPECT_STREQ(vellEnumDevice(create(0x1209, 5), 0), "HID1 Two  Lines [2J");
+}
+
 TEST_F(Devices, CarryThePrefix) {
     bus.plug(info(1), peer_);
     const auto handle = create(0x1209, 5);
