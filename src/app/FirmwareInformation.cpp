@@ -3,6 +3,7 @@
 #include "app/Files.h"
 #include "text/Number.h"
 #include "text/RuntimeError.h"
+#include "text/Text.h"
 
 namespace corvane {
 namespace {
@@ -37,6 +38,7 @@ bool FTP_CheckFirmware(InfReader& reader, const ProgramFolder& folder, Log& log,
     information.updateInfo = read("Desc");
     information.firmwareFile = read("File");
     information.ispBaudRate = baudRate(read("ISP_BAUDRATE"));
+    information.digest = lowerCase(read("SHA256"));
     for (std::size_t n = 0; n < information.linkTitle.size(); ++n) {
         information.linkTitle[n] = read("LinkDOC" + std::to_string(n + 1));
         information.linkUrl[n] = read("LinkURL" + std::to_string(n + 1));

@@ -19,6 +19,7 @@ enum class RunEnd {
     nothingListed,
     notDefined,  ///< firmware.inf does not know the chosen image
     imageMissing,
+    imageRefused,       ///< it does not add up, and the operator did not want it all the same
     noBootLoader,       ///< the device did not answer with its boot loader's prompt
     programmingFailed,  ///< erased or not, the device waits in its boot loader
     failed,             ///< something that nobody foresaw

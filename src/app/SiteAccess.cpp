@@ -41,6 +41,7 @@ SiteAccess::~SiteAccess() {
 }
 
 bool SiteAccess::login() {
+    rejection_.clear();
     ftp_.ErrorLogClear();
     ftp_.HostName(choices_.server);
     ftp_.Username(choices_.userName);
@@ -69,7 +70,8 @@ void SiteAccess::cancel() {
     if (connecting_ || transferActive_) ftp_.CancelAsyncRead();
 }
 
-bool SiteAccess::FTP_Download(const std::string& strRemoteFile, const std::string& strLocalFile) {
+bool SiteAccess::FTP_Download(const std::string& strRemoteFile, const std::string& strLocalFile, const Check& check) {
+    rejection_.clear();
     if (choices_.offLine) return true;
     ftp_.ErrorLogClear();
     if (!ftp_.IsConnected()) return false;
@@ -82,13 +84,18 @@ bool SiteAccess::FTP_Download(const std::string& strRemoteFile, const std::strin
         fetched =
             ftp_.GetFile(strRemoteFile.compare(0, 1, "/") == 0 ? strRemoteFile : "/" + strRemoteFile, strLocalFile);
     }
+    if (fetched && check) rejection_ = check(strLocalFile);
+    if (!rejection_.empty()) {
+        fetched = false;
+        deleteFile(strLocalFile);
+    }
     progress_.progress(0, 100);
     log_.ShowInfo(fetched ? " < OK\r\n" : " < NG\r\n");
     if (!fetched) log_.ShowInfo(ftp_.ErrorLogText());
     return fetched;
 }
 
-std::string SiteAccess::FTP_DownloadFirmware(const std::string& UrlFile) {
+std::string SiteAccess::FTP_DownloadFirmware(const std::string& UrlFile, const Check& check) {
     const auto download = folder_.resolve("\\Download");
     makeFolder(download);
     const auto slash = UrlFile.rfind('/');
@@ -99,7 +106,9 @@ std::string SiteAccess::FTP_DownloadFirmware(const std::string& UrlFile) {
         return {};
     }
     const auto path = folder_.resolve("\\Download\\" + name);
-    return FTP_Download(UrlFile, path) ? path : std::string();
+    if (!FTP_Download(UrlFile, path, check)) return {};
+    if (choices_.offLine && check && FileExists(path)) rejection_ = check(path);
+    return rejection_.empty() ? path : std::string();
 }
 
 void SiteAccess::FtpTimer_Timer() {

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <functional>
 #include <string>
 
 #include "app/Choices.h"
@@ -30,15 +31,20 @@ public:
     /// Aborts a login or a transfer in progress; the session stays.
     void cancel();
 
+    /// Says why a fetched file is not the one that was meant; empty when it is.
+    using Check = std::function<std::string(const std::string& path)>;
+
     /// Fetches one file to a local path (system's bytes), which must not be one of the site's making. Off line it does
-    /// nothing and is True. False without a session, with nothing logged.
-    bool FTP_Download(const std::string& strRemoteFile, const std::string& strLocalFile);
+    /// nothing and is True. False without a session, with nothing logged. A file that does not pass the check is a
+    /// failed download, and is not kept.
+    bool FTP_Download(const std::string& strRemoteFile, const std::string& strLocalFile, const Check& check = nullptr);
 
-    /// Fetches an image into the Download folder under its own name; its path, or an empty text.
-    std::string FTP_DownloadFirmware(const std::string& UrlFile);
+    /// Fetches an image into the Download folder under its own name; its path, or an empty text. Off line it is the one
+    /// that lies there, if it passes the check.
+    std::string FTP_DownloadFirmware(const std::string& UrlFile, const Check& check = nullptr);
 
-    /// Why the last transfer failed, in the transfer library's words; empty when it did not.
-    std::string problem() const { return ftp_.problem(); }
+    /// Why the last transfer failed, in the transfer library's words or the check's; empty when it did not.
+    std::string problem() const { return rejection_.empty() ? ftp_.problem() : rejection_; }
 
 private:
     void FtpTimer_Timer();
@@ -56,6 +62,7 @@ private:
     std::int16_t ftpIdleSeconds_ = 0;
     bool connecting_ = false;
     bool transferActive_ = false;
+    std::string rejection_;  // why the last file did not pass its check
 };
 
 }  // namespace corvane

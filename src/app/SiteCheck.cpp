@@ -143,9 +143,17 @@ void SiteCheck::checkImageFile(const std::string& section) {
     const auto content = fetch_(withSlash(file));
     if (!content) return find(section, "FILE " + quoted(file) + " is not on the site");
     if (content->empty()) return find(section, "FILE " + quoted(file) + " is empty, which counts as a failed download");
+    checkDigest(section, *content);
     for (const auto& line : findingLines(checkImage(*content).findings, kMostImageFindings)) {
         find(section, "FILE " + quoted(file) + ": " + line);
     }
+}
+
+void SiteCheck::checkDigest(const std::string& section, const std::string& content) {
+    const auto announced = lowerCase(value(section, "SHA256"));
+    const auto digest = digest_.sha256(content);
+    if (!announced.empty() && announced != digest)
+        find(section, "SHA256 does not match FILE, whose digest is " + digest);
 }
 
 /// Two images of one product whose versions sort one way as numbers and the other way as texts.

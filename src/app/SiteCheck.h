@@ -7,6 +7,7 @@
 
 #include "app/FirmwareRecord.h"
 #include "app/InfReader.h"
+#include "platform/Digest.h"
 
 namespace corvane {
 
@@ -30,7 +31,8 @@ public:
     /// when it is not there.
     using Fetch = std::function<std::optional<std::string>(const std::string& path)>;
 
-    SiteCheck(ProfileFile& profile, Fetch fetch) : profile_(profile), fetch_(std::move(fetch)) {}
+    SiteCheck(ProfileFile& profile, Digest& digest, Fetch fetch)
+        : profile_(profile), digest_(digest), fetch_(std::move(fetch)) {}
 
     /// Checks a site whose firmware.inf lies in a local file.
     SiteReport check(const std::string& informationFile);
@@ -43,6 +45,7 @@ private:
     void checkRate(const std::string& section);
     void checkLinks(const std::string& section);
     void checkImageFile(const std::string& section);
+    void checkDigest(const std::string& section, const std::string& content);
     void checkVersions();
     void checkProgram();
     std::string value(const std::string& section, const std::string& key);
@@ -50,6 +53,7 @@ private:
     void find(const std::string& section, const std::string& text);
 
     ProfileFile& profile_;
+    Digest& digest_;
     Fetch fetch_;
     std::string file_;
     SiteReport report_;

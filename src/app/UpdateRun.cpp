@@ -1,6 +1,8 @@
 #include "app/UpdateRun.h"
 
 #include "app/Files.h"
+#include "app/ImageCheck.h"
+#include "text/Cp1252.h"
 #include "text/Text.h"
 
 namespace corvane {
@@ -168,7 +170,9 @@ std::string UpdateRun::fetchImage() {
     p_.view.phase(RunPhase::image);
     const auto& choices = p_.choices;
     const bool isLocal = choices.useFile && !choices.image.path.empty();
-    return isLocal ? choices.image.path : p_.site.FTP_DownloadFirmware(information_.firmwareFile);
+    if (isLocal) return choices.image.path;
+    return p_.site.FTP_DownloadFirmware(information_.firmwareFile,
+                                        [this](const std::string& path) { return digestFault(path); });
 }
 
 RunEnd UpdateRun::install(const std::string& image) {
@@ -177,7 +181,7 @@ RunEnd UpdateRun::install(const std::string& image) {
         log("Firmware download fail!!\r\n");
         return RunEnd::imageMissing;
     }
-    noteImage(image);
+    if (!isImageWanted(image)) return RunEnd::imageRefused;
     report_.wasSwitched = true;
     report_.isInBootLoader = inIsp_;
     if (!inIsp_) {
@@ -190,23 +194,51 @@ RunEnd UpdateRun::install(const std::string& image) {
         }
     }
     log("\r\n[ISP Mode]\r\n");
+    openJournal();
     if (!eraseAndProgram(image)) return RunEnd::programmingFailed;
     p_.view.phase(RunPhase::reset);
     p_.isp.wait_output_empty(250);
     p_.isp.ISP_Reset();
     p_.isp.wait_output_empty(250);
     p_.session.runtime.Sleep(250);
+    closeJournal();
     return RunEnd::updated;
 }
 
-/// What the verdict says about the image, taken before the device changes.
-void UpdateRun::noteImage(const std::string& image) {
+/// Notes what the verdict says about the image, and asks before one that does not add up harms the device.
+bool UpdateRun::isImageWanted(const std::string& image) {
+    constexpr std::size_t kMostFindings = 8;
     report_.imagePath = image;
     const auto content = readFile(image);
     report_.imageBytes = content.size();
-    std::string_view line;
-    for (Lines lines(content); lines.next(line);) report_.imageRecords += !line.empty() && line.front() == ':';
     report_.imageDigest = p_.digest.sha256(content);
+    const auto findings = findingLines(checkImage(content).findings, kMostFindings);
+    return findings.empty() ||
+           p_.prompts.messageBox(Question::unsoundImage, "This image does not add up:\r\n" + joined(findings, "\r\n") +
+                                                             "\r\nInstall it all the same?");
+}
+
+/// Why a fetched image is not the one that the site announces; empty when it is, or when the site does not say.
+std::string UpdateRun::digestFault(const std::string& path) {
+    if (information_.digest.empty()) return {};
+    const auto digest = p_.digest.sha256(readFile(path));
+    if (digest == information_.digest) return {};
+    return "the image's SHA-256 is " + digest + ", but firmware.inf says " + toUtf8(information_.digest);
+}
+
+/// From here to the reset the device has no firmware, and the next start must know even if this one is killed.
+void UpdateRun::openJournal() {
+    p_.journal.add(
+        {p_.session.runtime.timestamp(), toUtf8(report_.portName), toUtf8(report_.deviceVersion), report_.imagePath});
+}
+
+/// A device that was taken in its boot loader may have been left there at another port.
+void UpdateRun::closeJournal() {
+    if (inIsp_) {
+        p_.journal.clear();
+    } else {
+        p_.journal.remove(toUtf8(report_.portName));
+    }
 }
 
 /// Up to three tries. An erase that has succeeded is not repeated.

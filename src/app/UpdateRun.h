@@ -3,6 +3,7 @@
 #include "app/Choices.h"
 #include "app/FirmwareInformation.h"
 #include "app/FirmwareSelection.h"
+#include "app/RunJournal.h"
 #include "app/RunReport.h"
 #include "app/RunView.h"
 #include "app/SelfUpdate.h"
@@ -41,6 +42,8 @@ struct RunParts {
     Launcher& launcher;
     ReaderIdentity& reader;
     Digest& digest;
+    RunJournal& journal;
+    OperatorPrompts& prompts;
     RunView& view;
 };
 
@@ -80,7 +83,10 @@ private:
     void showFirmware();
     std::string fetchImage();
     RunEnd install(const std::string& image);
-    void noteImage(const std::string& image);
+    bool isImageWanted(const std::string& image);
+    std::string digestFault(const std::string& path);
+    void openJournal();
+    void closeJournal();
     bool eraseAndProgram(const std::string& image);
     void fillLinks();
     void closePorts();

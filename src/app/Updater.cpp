@@ -20,8 +20,11 @@ Updater::Updater(const Platform& platform, const Face& face)
             face.progress),
       selfUpdate_(inf_, platform.folder, site_, face.prompts),
       selection_(choices, platform.folder, platform.settings, face.prompts, face.log),
+      journal_(platform.folder),
+      jobs_(platform.folder),
       run_({choices, session_, serialPort_, hidPort_, scanner_, isp_, programmer_, query_, site_, selfUpdate_,
-            selection_, inf_, platform.folder, platform.launcher, reader_, platform.digest, face.view}),
+            selection_, inf_, platform.folder, platform.launcher, reader_, platform.digest, journal_, face.prompts,
+            face.view}),
       proof_(session_, scanner_),
       advisor_(platform.serial, platform.ports, platform.inspector) {
     serialPort_.Attach(&platform_.serial, &commEvent_);
@@ -33,6 +36,16 @@ Updater::Updater(const Platform& platform, const Face& face)
     };
     vellIO_.ReadProperties(true, {});
     hidPort_.Attach(&vellIO_, &commEvent_);
+}
+
+Verdict Updater::conclude(const RunReport& report, bool prove) {
+    std::optional<Proof> proof;
+    if (prove && report.end == RunEnd::updated) proof = proof_.ask(report);
+    auto verdict = verdictFor(report, proof);
+    if (report.end != RunEnd::alreadyRunning && !jobs_.add(jobOf(report, proof, platform_.runtime.timestamp()))) {
+        verdict.facts.push_back("The record " + jobs_.path() + " could not be written.");
+    }
+    return verdict;
 }
 
 void Updater::shutDown() {

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "app/JobRecord.h"
 #include "app/PortAdvisor.h"
 #include "app/UpdateRun.h"
 #include "app/VersionProof.h"
@@ -38,12 +39,17 @@ public:
     SiteAccess& site() { return site_; }
     FirmwareSelection& selection() { return selection_; }
     InfReader& inf() { return inf_; }
-    VersionProof& proof() { return proof_; }
+    RunJournal& journal() { return journal_; }
+    JobRecord& jobs() { return jobs_; }
     PortAdvisor& advisor() { return advisor_; }
     clsMSComm& serialPort() { return serialPort_; }
     clsVellComm& hidPort() { return hidPort_; }
     VellIO& vellIO() { return vellIO_; }
     const Platform& platform() const { return platform_; }
+
+    /// What follows a run: asks an updated device which version it runs now, if that is wanted, adds the run to the
+    /// record of jobs, and says what the operator has to know.
+    Verdict conclude(const RunReport& report, bool prove);
 
     /// Closes both ports, gives the HID library back and leaves the site. A reader is told that it is closed, so events
     /// may run meanwhile; that is why no destructor does it.
@@ -78,6 +84,8 @@ private:
     SiteAccess site_;
     SelfUpdate selfUpdate_;
     FirmwareSelection selection_;
+    RunJournal journal_;
+    JobRecord jobs_;
     UpdateRun run_;
     VersionProof proof_;
     PortAdvisor advisor_;

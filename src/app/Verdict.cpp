@@ -51,6 +51,8 @@ std::string reasonFor(const RunReport& report) {
             return site("firmware.inf could not be fetched");
         case RunEnd::imageMissing:
             return site("The image could not be had");
+        case RunEnd::imageRefused:
+            return "The image does not add up and was not installed.";
         case RunEnd::handOverFailed:
             return "The newer program does not start: " + report.failure + ".";
         case RunEnd::noDevice:
@@ -121,6 +123,9 @@ Steps stepsFor(Verdict::Kind kind, const RunReport& report) {
         case RunEnd::nothingSuitable:
             return {"Check that the image is made for this product.",
                     "Only if you are sure: force the update; all images are offered then."};
+        case RunEnd::imageRefused:
+            return {"Fetch the image again, or ask its maker for a sound one.",
+                    "corvane-cli check says what is wrong with it."};
         case RunEnd::nothingListed:
             return {"Go on line once, so that the list and the images are fetched, or choose a local file."};
         case RunEnd::noBootLoader:

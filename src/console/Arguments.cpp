@@ -31,9 +31,11 @@ const std::vector<Option>& options() {
         {"--select", {Command::update}, nullptr, value(&Arguments::select)},
         {"--port", {Command::update}, nullptr, value(&Arguments::port)},
         {"--log", {Command::update}, nullptr, value(&Arguments::logFile)},
+        {"--record", {Command::update}, nullptr, value(&Arguments::record)},
         {"--force", {Command::update, Command::scan}, flag(&Arguments::force), nullptr},
         {"--yes", {Command::update}, flag(&Arguments::yes), nullptr},
         {"--verify", {Command::update}, flag(&Arguments::verify), nullptr},
+        {"--write-sha256", {Command::checkSite}, flag(&Arguments::writeDigests), nullptr},
         {"--self-update", {Command::update}, flag(&Arguments::selfUpdate), nullptr},
         {"--json",
          {Command::update, Command::scan, Command::ports, Command::images, Command::check, Command::checkSite},
@@ -144,13 +146,15 @@ std::string usageText() {
 
   update [--offline|--online] [--file IMAGE.hex] [--server HOST[:PORT]] [--user NAME]
          [--select SECTION] [--force] [--yes] [--self-update] [--port COMn]
-         [--verify] [--log FILE] [--json] updates the attached device; --verify asks it afterwards
+         [--verify] [--log FILE] [--record FILE] [--json]
+                                          updates the attached device; --verify asks it afterwards
                                           which version it runs now
   scan [--force] [--json]                 finds the device, prints its port and version
   ports [--json]                          lists serial and HID ports
   images [--offline] [--json]             lists what firmware.inf offers
   check IMAGE.hex [--json]                says what is wrong with an image, and its memory map
   check-site FOLDER|ftp://... [--json]    says what an operator would get from a site
+             [--write-sha256]             first writes the digests of a FOLDER's images into firmware.inf
   --version | --help
 
 The FTP password comes from CORVANE_FTP_PASSWORD or the stored settings, the device's

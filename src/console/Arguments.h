@@ -18,12 +18,14 @@ struct Arguments {
     std::optional<std::string> select;
     std::optional<std::string> port;
     std::optional<std::string> logFile;
+    std::optional<std::string> record;
     std::optional<bool> offLine;  ///< as --offline, --online, --file or --server say; nothing when none does
     bool force = false;
     bool yes = false;
     bool selfUpdate = false;
     bool verify = false;
     bool json = false;
+    bool writeDigests = false;
 };
 
 /// Reads the words behind the program's name. Nothing when they are wrong, with a sentence about it in problem.

@@ -1,9 +1,11 @@
 #include <filesystem>
+#include <fstream>
 #include <random>
 
 #include "app/Files.h"
 #include "app/ImageCheck.h"
 #include "app/SiteCheck.h"
+#include "app/SiteDigests.h"
 #include "console/Console.h"
 #include "console/SiteAddress.h"
 #include "text/Cp1252.h"
@@ -101,6 +103,20 @@ int finish(Console& console, const Arguments& arguments, const SiteReport& repor
     return report.findings.empty() ? 0 : kFoundSomething;
 }
 
+/// Puts the images' digests into firmware.inf, whole or not at all.
+bool writeDigests(Console& console, const std::string& file, const SiteCheck::Fetch& fetch) {
+    const auto text = withDigests(readFile(file), [&](const std::string& path) {
+        const auto content = fetch(path);
+        return content ? console.platform.digest.sha256(*content) : std::string();
+    });
+    const auto fresh = file + ".new";
+    std::error_code error;
+    if (!(std::ofstream(fresh, std::ios::binary) << text).flush()) error = std::make_error_code(std::errc::io_error);
+    if (!error) std::filesystem::rename(fresh, file, error);
+    if (error) console.err.write("corvane-cli: " + file + " cannot be written.\n");
+    return !error;
+}
+
 /// A site as a folder. What a path like "/../x" names is not on the site.
 int checkFolder(Console& console, const Arguments& arguments) {
     const std::filesystem::path root = arguments.subject;
@@ -116,7 +132,9 @@ int checkFolder(Console& console, const Arguments& arguments) {
         console.err.write("corvane-cli: " + place(kInformation) + " is not there.\n");
         return kNoSite;
     }
-    return finish(console, arguments, SiteCheck(console.platform.profile, fetch).check(place(kInformation)));
+    if (arguments.writeDigests && !writeDigests(console, place(kInformation), fetch)) return kNoSite;
+    return finish(console, arguments,
+                  SiteCheck(console.platform.profile, console.platform.digest, fetch).check(place(kInformation)));
 }
 
 int checkServer(Console& console, const Arguments& arguments, const SiteAddress& address) {
@@ -136,7 +154,7 @@ int checkServer(Console& console, const Arguments& arguments, const SiteAddress&
         scope.face.say(site.problem().empty() ? "The site could not be read." : site.problem());
         return scope.end(kNoSite);
     }
-    const auto report = SiteCheck(console.platform.profile, fetch).check(folder.information());
+    const auto report = SiteCheck(console.platform.profile, console.platform.digest, fetch).check(folder.information());
     return scope.end(finish(console, arguments, report));
 }
 
@@ -158,6 +176,10 @@ int checkSiteCommand(Console& console, const Arguments& arguments) {
     const auto address = parseSiteAddress(arguments.subject);
     if (address && address->hasPassword) {
         console.err.write("corvane-cli: an address must not hold the password; set CORVANE_FTP_PASSWORD.\n");
+        return kWrongUsage;
+    }
+    if (address && arguments.writeDigests) {
+        console.err.write("corvane-cli: --write-sha256 goes with a folder.\n");
         return kWrongUsage;
     }
     return address ? checkServer(console, arguments, *address) : checkFolder(console, arguments);

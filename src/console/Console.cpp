@@ -39,6 +39,7 @@ int exitStatus(const RunReport& report) {
         case RunEnd::nothingSuitable:
         case RunEnd::nothingListed:
         case RunEnd::alreadyRunning:
+        case RunEnd::imageRefused:
             return 1;
         case RunEnd::noDevice:
             return report.cancelled ? 1 : 3;

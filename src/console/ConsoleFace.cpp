@@ -73,7 +73,10 @@ bool ConsoleFace::messageBox(Question question, const std::string& text) {
         if (!arguments_.selfUpdate) say("A newer program is on the site; --self-update installs it.");
         return arguments_.selfUpdate;
     }
-    if (arguments_.yes) return true;
+    if (arguments_.yes) {
+        if (question == Question::unsoundImage) say(asLines(text) + " Yes, as --yes says.");
+        return true;
+    }
     const auto answer = ask(asLines(text) + " [y/N] ", true);
     if (!answer && !terminal_.isThere()) say("Nobody is there to answer the question; --yes answers it with OK.");
     const auto word = std::string(trimmed(answer.value_or("")));

@@ -36,10 +36,10 @@ int perform(CommandScope& scope, const Arguments& arguments) {
     constexpr int kEndedWithoutUpdate = 1;
     if (arguments.file && !loadImage(scope, *arguments.file)) return kEndedWithoutUpdate;
     if (arguments.port) keepToPort(scope, *arguments.port);
+    if (arguments.record) scope.updater.jobs().keepIn(*arguments.record);
+    for (const auto& left : scope.updater.journal().read()) scope.face.say(left.text());
     const auto report = scope.updater.run().run(arguments.force);
-    std::optional<Proof> proof;
-    if (arguments.verify && report.end == RunEnd::updated) proof = scope.updater.proof().ask(report);
-    const auto verdict = verdictFor(report, proof);
+    const auto verdict = scope.updater.conclude(report, arguments.verify);
     for (const auto& line : verdictLines(verdict)) scope.face.say(line);
     scope.printer.verdict(verdict);
     return exitStatus(report);

@@ -13,6 +13,9 @@ public:
     /// The folder itself, without a separator at its end, in the system's bytes.
     virtual std::string path() const = 0;
 
+    /// Where this user's records are kept, in the system's bytes; it need not exist yet.
+    virtual std::string dataPath() const = 0;
+
     /// "\Download\x.hex" below the folder: "\" and "/" both separate, and each part matches an existing entry without
     /// regard to case (the exact one first, else the first in the order of bytes). Parts that do not exist stay as they
     /// are given; empty ones, "." and ".." are dropped, so that nothing outside is ever meant.

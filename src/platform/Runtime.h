@@ -2,6 +2,7 @@
 
 #include <cstdint>
 #include <functional>
+#include <string>
 
 namespace corvane {
 
@@ -31,6 +32,9 @@ public:
 
     /// Seconds since midnight, with a fraction.
     virtual double secondsOfDay() = 0;
+
+    /// The local date and time for people and records, "2026-11-24 21:40:07".
+    virtual std::string timestamp() = 0;
 
     /// Waits its full time. Received bytes go into the ports' buffers meanwhile, transmit queues drain.
     virtual void Sleep(int ms) = 0;

@@ -11,6 +11,7 @@ std::string_view trimmed(std::string_view text);
 
 /// A to Z folded, everything else as it is; so "any case" means the same everywhere in this program.
 std::string upperCase(std::string_view text);
+std::string lowerCase(std::string_view text);
 bool equalsNoCase(std::string_view a, std::string_view b);
 bool startsWithNoCase(std::string_view text, std::string_view start);
 

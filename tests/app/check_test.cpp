@@ -2,6 +2,7 @@
 
 #include "app/ImageCheck.h"
 #include "app/SiteCheck.h"
+#include "support/FakeDigest.h"
 #include "support/ScratchFolder.h"
 #include "text/Text.h"
 
@@ -73,7 +74,7 @@ TEST(ImageCheck, FindsEachMistake) {
 class Site : public ::testing::Test {
 protected:
     std::string findings(const std::string& inf) {
-        SiteCheck check(profile, [this](const std::string& path) -> std::optional<std::string> {
+        SiteCheck check(profile, digest, [this](const std::string& path) -> std::optional<std::string> {
             const auto content = fakes::ScratchFolder::content(folder.at("site" + path));
             return content == "(none)" ? std::nullopt : std::optional(content);
         });
@@ -84,6 +85,7 @@ protected:
     }
 
     IniProfile profile;
+    fakes::FakeDigest digest;
     fakes::ScratchFolder folder;
     SiteReport report;
 };
@@ -142,6 +144,8 @@ TEST_F(Site, FindsEachPlantedMistake) {
              "[PGM_C]\n" + replaceAll(ok, "V1.1", "v5.9R01"),
          "[PGM_C] version \"v5.9R01\" counts as the same as \"V5.9R1\" of PGM_B\n"
          "[PGM_A] version \"V5.10R1\" is newer as a number, but not as a text, than \"v5.9R01\" of PGM_C\n"},
+        {"[PGM_A]\n" + ok + "SHA256=" + digest.sha256(kSound) + "\n[PGM_B]\n" + ok + "SHA256=0\n",
+         "[PGM_B] SHA256 does not match FILE, whose digest is " + digest.sha256(kSound) + "\n"},
         {"[Corvane]\nVersion=V0.10R\xE9\n[PGM_A]\n" + ok, ""},
         {"[Corvane]\nVersion=v0.1\n[PGM_A]\n" + ok,
          "[Corvane] Version \"v0.1\" is offered to V1.0R0, although it is no newer as a number\n"

@@ -1,7 +1,6 @@
 #include "RunBench.h"
 #include "app/PortAdvisor.h"
 #include "app/ProgressMeter.h"
-#include "app/VersionProof.h"
 
 namespace corvane {
 namespace {
@@ -17,8 +16,7 @@ protected:
         plug(options);
         loadImage();
         updater.session().rememberedPort.clear();
-        const auto report = start(force);
-        return verdictFor(report, prove ? std::optional(updater.proof().ask(report)) : std::nullopt);
+        return updater.conclude(start(force), prove);
     }
 
     static bool says(const Verdict& verdict, const std::string& words) {
@@ -49,7 +47,7 @@ TEST_F(VerdictOfARun, IsUpdatedWithItsProof) {
     report.end = RunEnd::updated;
     report.portName = "COM9";
     report.version = "V5.2R1";
-    EXPECT_TRUE(says(verdictFor(report, updater.proof().ask(report)), "did not answer when it was asked"));
+    EXPECT_TRUE(says(updater.conclude(report, true), "did not answer when it was asked"));
     EXPECT_TRUE(says(verdictFor(report, Proof{true, "TARN V5.1"}), "TARN V5.1; the image's version is V5.2R1."));
 }
 

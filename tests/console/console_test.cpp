@@ -316,6 +316,12 @@ TEST_F(ConsoleTest, ChecksImagesAndSites) {
     bench.write("firmware/firmware.inf", "[PGM_A]\nPRODUCT=P\nVERSION=V1\nDESC=\nFILE=/../local.hex\n");
     EXPECT_EQ(run({"check-site", bench.folder.path()}), 1);
     EXPECT_EQ(out.text, "offered: PGM_A - P, V1, /../local.hex\n[PGM_A] FILE \"/../local.hex\" is not on the site\n");
+    bench.write("firmware/firmware.inf", "[PGM_A]\nPRODUCT=P\nVERSION=V1\nDESC=\nFILE=/a.hex\n");
+    bench.write("a.hex", kImage);
+    EXPECT_EQ(run({"check-site", bench.folder.path(), "--write-sha256"}), 0);
+    EXPECT_EQ(fakes::ScratchFolder::content(bench.folder.folder.at("firmware/firmware.inf")),
+              "[PGM_A]\nPRODUCT=P\nVERSION=V1\nDESC=\nFILE=/a.hex\nSHA256=" + bench.digest.sha256(kImage) + "\n");
+    EXPECT_EQ(run({"check-site", "ftp://u@host/", "--write-sha256"}), 2);
     bench.reader.answers["ftp://u:@host"].content = "listing";
     bench.reader.answers["ftp://u:@host/firmware/firmware.inf"].content =
         "[PGM_A]\nPRODUCT=P\nVERSION=V1\nDESC=\nFILE=a.hex\n";

@@ -25,12 +25,14 @@ public:
     std::vector<ReferenceLink> shownLinks;
     std::vector<RunPhase> phases;
     std::vector<std::string> hints;
-    std::vector<std::string> events;    ///< "running", "idle", "cancel on", "cancel off"
-    std::function<void()> onSelection;  ///< while the selection is open
+    std::vector<std::string> events;                          ///< "running", "idle", "cancel on", "cancel off"
+    std::function<bool(Question, const std::string&)> onBox;  ///< answers instead
+    std::function<void()> onSelection;                        ///< while the selection is open
 
     Face face() { return {*this, *this, *this, *this, *this, *this}; }
 
-    bool messageBox(Question, const std::string& text) override {
+    bool messageBox(Question question, const std::string& text) override {
+        if (onBox) return onBox(question, text);
         boxes.push_back(text);
         return agrees;
     }

@@ -10,7 +10,10 @@ class FakeProgramFolder : public ProgramFolder {
 public:
     ScratchFolder folder;
 
+    ScratchFolder data;
+
     std::string path() const override { return folder.path(); }
+    std::string dataPath() const override { return data.at("Corvane"); }
 };
 
 }  // namespace corvane::fakes

@@ -45,6 +45,7 @@ public:
 
     std::uint32_t tick() override { return static_cast<std::uint32_t>(now_ / 1000) + tickOffset_; }
     double secondsOfDay() override;
+    std::string timestamp() override { return "2026-11-24 14:02:07"; }
     void Sleep(int ms) override;
     void WaitActivity(int ms) override;
     void DoEvents() override;

@@ -23,7 +23,7 @@ LinuxProgramFolder::Places placesOfThisProgram() {
 
 LinuxProgramFolder::LinuxProgramFolder() : LinuxProgramFolder(placesOfThisProgram()) {}
 
-LinuxProgramFolder::LinuxProgramFolder(const Places& places) {
+LinuxProgramFolder::LinuxProgramFolder(const Places& places) : data_(places.data) {
     const auto folder = fs::path(places.executable).parent_path();
     const auto privateLibrary = (folder / places.privateLibrary).lexically_normal();
     std::error_code error;

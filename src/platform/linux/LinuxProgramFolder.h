@@ -19,6 +19,7 @@ public:
     explicit LinuxProgramFolder(const Places& places);
 
     std::string path() const override { return path_; }
+    std::string dataPath() const override { return data_; }
 
     /// The HID transport library: the file that CORVANE_VELLIO names, else the one beside the executable, else the one
     /// in the private library folder. Whether it exists shows when it is opened.
@@ -26,6 +27,7 @@ public:
 
 private:
     std::string path_;
+    std::string data_;
     std::string beside_;
     std::string private_;
 };

@@ -76,6 +76,14 @@ double LinuxRuntime::secondsOfDay() {
     return seconds < 0 ? seconds + kDay : seconds;
 }
 
+std::string LinuxRuntime::timestamp() {
+    const time_t now = time(nullptr);
+    tm local{};
+    localtime_r(&now, &local);
+    char text[32];
+    return {text, strftime(text, sizeof text, "%Y-%m-%d %H:%M:%S", &local)};
+}
+
 /// Waits for I/O until the given moment, once. True when a descriptor had something.
 bool LinuxRuntime::moveIo(std::int64_t untilMicros) {
     std::array<epoll_event, 16> events{};

@@ -34,6 +34,7 @@ public:
 
     std::uint32_t tick() override;
     double secondsOfDay() override;
+    std::string timestamp() override;
     void Sleep(int ms) override;
     void WaitActivity(int ms) override;
     void DoEvents() override;
