@@ -63,8 +63,11 @@ struct HidBench {
 
     void unplug(std::size_t number) { bus.unplug(path(number)); }
 
-    /// Plugs the device in at HID1 and opens the port.
+    /// Plugs the device in at HID1, in place of whatever there was, and opens the port.
     void open(models::Peer& device, const std::string& settings = "19200,N,8,1") {
+        for (std::size_t number = 1; number <= readers.size(); ++number) unplug(number);
+        port.NumberOfCommPorts();  // the library lets go of them
+        readers.clear();
         plug(device);
         port.NumberOfCommPorts();
         port.CommPort("HID1");
