@@ -1,0 +1,152 @@
+#!/usr/bin/python3
+"""corvane-cli as a person meets it: on a terminal, into a pipe, with a reader that goes away, and a terminal that hangs up
+in the middle. The device is corvane-bench on a real pseudo-terminal.
+
+    program_test.py BIN     the folder with corvane-cli and corvane-bench
+"""
+
+import fcntl
+import os
+import pathlib
+import pty
+import select
+import signal
+import subprocess
+import sys
+import tempfile
+import termios
+import unittest
+
+BIN = pathlib.Path(sys.argv.pop(1) if len(sys.argv) > 1 else "build/bin").resolve()
+LIMIT = 60      # seconds after which a test is lost, whatever it waits for
+
+LOG = """Open COM1 ... < OK
+   Scan by 19200,N,8,1
+[Local Site]
+Comm Port : COM1
+Device F/W: TARN-R200 V5.1R23
+
+[FTP Site]
+Product   : TARN-R200
+Version   : V5.2R1
+
+[Update Information]
+TARN-R200 V5.2R1(2024/01/31)
+
+GoTo ISP Mode (TarnPlus Protocol)... < OK
+
+[ISP Mode]
+Erase Firmware... < OK
+Programming... < OK
+Update Finish
+"""
+
+
+def record(address, data=b"", kind=0):
+    body = bytes((len(data), address >> 8, address & 0xFF, kind)) + data
+    return ":" + (body + bytes((-sum(body) & 0xFF,))).hex().upper()
+
+
+def image(records):
+    lines = ["[INFO]", "PGM=TARN-R200", "VER=V5.2R1", "BUD=2024/01/31"]
+    lines += [record(16 * n, bytes((n * 7 + i) % 255 for i in range(16))) for n in range(records)]
+    return "\n".join(lines + [record(0, b"", 1)]) + "\n"
+
+
+class Program(unittest.TestCase):
+    def setUp(self):
+        folder = tempfile.TemporaryDirectory(prefix="corvane-test-")
+        self.addCleanup(folder.cleanup)
+        self.folder = pathlib.Path(folder.name)
+        self.image = self.folder / "image.hex"
+        self.image.write_text(image(30))
+        self.report = self.folder / "report"
+
+    def bench(self, *command, device="baud=19200"):
+        """The bench, with or without a command that it runs; it says at the end whether the memory equals the image."""
+        words = [BIN / "corvane-bench", "--config-dir", self.folder / "config", "--device", device, "--image", self.image,
+                 "--verify", "--report", self.report, "--ready-file", self.folder / "ready"]
+        return [str(word) for word in words + (["--", *command] if command else [])]
+
+    def environment(self):
+        return dict(os.environ, HOME=str(self.folder), XDG_CONFIG_HOME=str(self.folder / "config"),
+                    XDG_DATA_HOME=str(self.folder / "data"), LC_ALL="C.UTF-8")
+
+    def update(self):
+        return [str(BIN / "corvane-cli"), "update", "--file", str(self.image), "--yes"]
+
+    def run_bench(self, *command, **options):
+        return subprocess.run(self.bench(*command), env=self.environment(), stdin=subprocess.DEVNULL,
+                              capture_output=True, text=True, timeout=LIMIT, check=False, **options)
+
+    def test_into_a_pipe(self):
+        done = self.run_bench(*self.update())
+        self.assertEqual((done.returncode, done.stdout), (0, LOG), done.stderr)
+        self.assertIn("corvane-cli: The device is updated.", done.stderr)
+        self.assertNotIn("\033", done.stdout + done.stderr)
+
+    def test_a_reader_that_goes_away(self):
+        done = self.run_bench("sh", "-c", '"$@" | head -1', "sh", *self.update())
+        self.assertEqual((done.returncode, done.stdout), (0, "Open COM1 ... < OK\n"), done.stderr + self.report.read_text())
+        self.assertIn("memory equals image", self.report.read_text())
+
+    def test_a_closed_standard_output(self):
+        done = self.run_bench("sh", "-c", 'exec "$@" >&- 2>&-', "sh", *self.update())
+        self.assertEqual(done.returncode, 0, done.stderr + self.report.read_text())
+
+    def terminal_run(self, on_text):
+        """corvane-cli with a controlling terminal; on_text(all text so far) True hangs up. (exit status, text)"""
+        bench = subprocess.Popen(self.bench(), env=self.environment(), stdout=subprocess.PIPE, stderr=subprocess.PIPE)
+        try:
+            self.wait_for_bench(bench)
+            return self.on_terminal(on_text)
+        finally:
+            bench.send_signal(signal.SIGTERM)
+            bench.communicate(timeout=LIMIT)
+            self.verdict = bench.returncode
+
+    def wait_for_bench(self, bench):
+        ready = self.folder / "ready"
+        for _ in range(LIMIT * 20):
+            if ready.exists() or bench.poll() is not None:
+                break
+            select.select([], [], [], 0.05)
+        self.assertTrue(ready.exists(), "the bench did not start")
+
+    def on_terminal(self, on_text):
+        master, slave = pty.openpty()
+
+        def own_terminal():
+            os.setsid()
+            fcntl.ioctl(slave, termios.TIOCSCTTY, 0)
+        process = subprocess.Popen(self.update(), env=self.environment(), stdin=slave, stdout=slave, stderr=slave,
+                                   preexec_fn=own_terminal)
+        os.close(slave)
+        text = b""
+        while select.select([master], [], [], LIMIT)[0]:
+            try:
+                data = os.read(master, 4096)
+            except OSError:
+                data = b""
+            text += data
+            if not data or on_text(text):
+                break
+        os.close(master)
+        return process.wait(LIMIT), text.decode()
+
+    def test_on_a_terminal(self):
+        status, text = self.terminal_run(lambda text: False)
+        self.assertEqual((status, self.verdict), (0, 0), text)
+        seen = text.replace("\r\n", "\n")
+        self.assertIn("Programming...", seen)
+        self.assertIn("\r50 %\033[K", text)
+        for line in LOG.splitlines():
+            self.assertIn(line.split("...")[0], seen)
+
+    def test_a_terminal_that_hangs_up(self):
+        status, text = self.terminal_run(lambda text: b"Programming..." in text)
+        self.assertEqual((status, self.verdict), (0, 0), text + self.report.read_text())
+
+
+if __name__ == "__main__":
+    unittest.main()
