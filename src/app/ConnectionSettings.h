@@ -7,10 +7,11 @@
 
 namespace corvane {
 
-/// How the site is reached, as the connection dialog keeps it. Text in UTF-8.
+/// What the connection dialog keeps: how the site is reached, and what follows an update. Text in UTF-8.
 struct ConnectionSettings {
     int accessType = 0;  ///< 0 Default, 1 Direct, 2 Proxy; an index into the dialog's list
     std::string proxy;
+    bool asksVersion = true;  ///< an updated device is asked which version it runs now
 
     static ConnectionSettings load(SettingsStore& store);
 

@@ -1,5 +1,6 @@
 #include "app/MainPresenter.h"
 
+#include "app/ConnectionSettings.h"
 #include "app/LocalImageLoader.h"
 #include "app/OperatorSettings.h"
 #include "text/Cp1252.h"
@@ -21,21 +22,21 @@ bool MainPresenter::unload() {
 }
 
 void MainPresenter::optLine_Click(bool offLine) {
-    if (updater_.run().isRunning()) return;
+    if (isBusy()) return;
     updater_.choices.offLine = offLine;
     if (!offLine) selectLast();
     changed();
 }
 
 void MainPresenter::optFile_Click() {
-    if (updater_.run().isRunning()) return;
+    if (isBusy()) return;
     updater_.choices.useFile = true;
     if (!loading_) cmdLoadFile_Click();
     changed();
 }
 
 void MainPresenter::optLast_Click() {
-    if (updater_.run().isRunning()) return;
+    if (isBusy()) return;
     selectLast();
     changed();
 }
@@ -43,7 +44,7 @@ void MainPresenter::optLast_Click() {
 void MainPresenter::selectLast() { updater_.choices.useFile = false; }
 
 void MainPresenter::cmdLoadFile_Click() {
-    if (updater_.run().isRunning()) return;
+    if (isBusy()) return;
     const auto path = pickFile ? pickFile() : std::nullopt;
     if (path) loadFile(*path);
 }
@@ -66,6 +67,20 @@ RunReport MainPresenter::start(bool force) {
     return report;
 }
 
+Verdict MainPresenter::conclude(const RunReport& report) {
+    isConcluding_ = true;
+    changed();
+    auto verdict = updater_.conclude(report, ConnectionSettings::load(updater_.platform().settings).asksVersion);
+    isConcluding_ = false;
+    changed();
+    return verdict;
+}
+
+void MainPresenter::cmdCancel_Click() {
+    updater_.run().cancel();
+    if (isConcluding_) updater_.session().stop = updater_.session().cancel = true;
+}
+
 std::string MainPresenter::linkAddress(int index) const {
     const auto target = updater_.run().linkTarget(index);
     if (target.empty()) return {};
@@ -82,12 +97,11 @@ void MainPresenter::account(const std::string& server, const std::string& userNa
 /// Start needs an image: without a local one the Download folder's (or the site's) must be selected.
 Controls MainPresenter::controls() const {
     const auto& choices = updater_.choices;
-    const auto& run = updater_.run();
     Controls controls;
-    controls.choices = !run.isRunning();
-    controls.start = !run.isRunning() && !(choices.useFile && choices.image.path.empty());
-    controls.cancel = run.isCancellable();
-    controls.localFile = !run.isRunning() && choices.offLine;
+    controls.choices = !isBusy();
+    controls.start = !isBusy() && !(choices.useFile && choices.image.path.empty());
+    controls.cancel = updater_.run().isCancellable() || isConcluding_;
+    controls.localFile = !isBusy() && choices.offLine;
     return controls;
 }
 

@@ -38,11 +38,18 @@ public:
     void optFile_Click();
     void optLast_Click();
     void cmdLoadFile_Click();
-    void cmdCancel_Click() { updater_.run().cancel(); }
+    void cmdCancel_Click();
     void cmdComport_Click(int index) { updater_.run().jumpToPort(index); }
 
     /// Runs an update; the report says how it ended.
     RunReport start(bool force);
+
+    /// What follows a run: an updated device is asked which version it runs now, unless the operator does not want
+    /// that, and the verdict is given. Nothing but Cancel, which gives the asking up, can be used meanwhile.
+    Verdict conclude(const RunReport& report);
+
+    /// A run is on, or what follows it.
+    bool isBusy() const { return updater_.run().isRunning() || isConcluding_; }
 
     /// Takes an image as if it had been picked; False when it is none.
     bool loadFile(const std::string& path);
@@ -62,6 +69,7 @@ private:
 
     Updater& updater_;
     bool loading_ = false;
+    bool isConcluding_ = false;
 };
 
 }  // namespace corvane

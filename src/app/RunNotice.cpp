@@ -21,6 +21,10 @@ RunNotice noticeFor(RunPhase phase) {
     return {"Do not unplug the device, and do not switch it or this computer off.", RunNotice::Level::danger};
 }
 
+RunNotice noticeWhileAsking() {
+    return {"The device is programmed. It is asked which version it runs now.", RunNotice::Level::safe};
+}
+
 RunNotice noticeFor(const Verdict& verdict) {
     switch (verdict.kind) {
         case Verdict::Kind::updated:

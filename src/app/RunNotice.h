@@ -18,6 +18,9 @@ struct RunNotice {
 /// During a run, or before the first one.
 RunNotice noticeFor(RunPhase phase);
 
+/// While an updated device is asked for its version.
+RunNotice noticeWhileAsking();
+
 /// After a run.
 RunNotice noticeFor(const Verdict& verdict);
 

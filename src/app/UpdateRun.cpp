@@ -45,7 +45,7 @@ void UpdateRun::begin() {
     auto& session = p_.session;
     session.stop = session.cancel = session.manualPort = false;
     session.ispBaudRate = -1;
-    p_.programmer.forgetRepeats();
+    p_.programmer.beginDevice();
     p_.view.running(true);
     setCancellable(true);
     session.log.clear();
@@ -197,7 +197,6 @@ RunEnd UpdateRun::install(const std::string& image) {
     openJournal();
     if (!eraseAndProgram(image)) return RunEnd::programmingFailed;
     p_.view.phase(RunPhase::reset);
-    p_.isp.wait_output_empty(250);
     p_.isp.ISP_Reset();
     p_.isp.wait_output_empty(250);
     p_.session.runtime.Sleep(250);
@@ -251,12 +250,19 @@ bool UpdateRun::eraseAndProgram(const std::string& image) {
         if (!erased) erased = p_.isp.ISP_Erase();
         if (erased) {
             p_.view.phase(RunPhase::program);
-            if (p_.programmer.ISP_Program(image)) return true;
+            if (p_.programmer.ISP_Program(image) && isQuietAfterwards()) return true;
         }
         log("\r\niTry:" + std::to_string(iTry) + "\r\n");
         LineReader(p_.session).wait_comm_empty();
     }
     return false;
+}
+
+/// The pause before the reset; a refusal that comes in it belongs to the last record.
+bool UpdateRun::isQuietAfterwards() {
+    p_.isp.wait_output_empty(250);
+    p_.session.runtime.Sleep(50);
+    return !p_.programmer.isRefusalLeft();
 }
 
 void UpdateRun::fillLinks() {

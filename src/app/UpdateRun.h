@@ -88,6 +88,7 @@ private:
     void openJournal();
     void closeJournal();
     bool eraseAndProgram(const std::string& image);
+    bool isQuietAfterwards();
     void fillLinks();
     void closePorts();
     void setCancellable(bool isCancellable);

@@ -32,6 +32,7 @@ bool DeviceLogin::Login(std::string& szPass) {
     if (data.size() <= 2) return false;
     if (data[0] < 0xFF) return true;
     while (!isPasswordAccepted(szPass)) {
+        if (!session_.comm->PortOpen()) return false;  // nobody is there to refuse or take another one
         szPass = prompt_.inputBox("Please type in password:", "Password", "quill");
         if (szPass.empty()) return false;
     }

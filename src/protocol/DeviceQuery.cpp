@@ -24,6 +24,7 @@ bool DeviceQuery::exchange(const Bytes& frame, std::int32_t timeout, Variant& re
     clsTimeout whole(session_.runtime);
     silence.Timeout(timeout);
     whole.Timeout(timeout + kLongestReplyOverrun);
+    session_.discardInput();  // what comes before the question is no answer to it
     if (session_.cancel || !session_.send(frame)) return false;
     ReplyFrame received;
     while (!received.isComplete()) {

@@ -81,7 +81,7 @@ bool DeviceScanner::openPort(const std::string& name) {
     session_.log.ShowInfo("Open " + name + " ...");
     session_.comm->CommPort(name);
     session_.comm->PortOpen(true);
-    session_.runtime.Sleep(50);
+    pause();
     const bool open = session_.comm->PortOpen();
     session_.log.ShowInfo(open ? " < OK\r\n" : " < NG\r\n");
     if (!open) panel_.portRefused(name);
@@ -92,11 +92,18 @@ bool DeviceScanner::openAgain(const std::string& name, const std::string& settin
     if (!selectPortObject(name)) return false;
     session_.comm->CommPort(name);
     session_.comm->PortOpen(true);
-    session_.runtime.Sleep(50);
+    pause();
     if (!session_.comm->PortOpen()) return false;
     applySettings(settings);
-    session_.runtime.Sleep(50);
+    pause();
     return true;
+}
+
+/// What a port and a device need after a change. Many ports in a row may refuse to open, and the operator does not have
+/// to wait for the last of them.
+void DeviceScanner::pause() {
+    session_.runtime.Sleep(50);
+    session_.runtime.DoEvents();
 }
 
 bool DeviceScanner::askVersion(const std::string& protocolName, std::string& version) {
@@ -126,7 +133,7 @@ DeviceScanner::Outcome DeviceScanner::trySettings(const std::string& settings, b
                                                   std::string& version) {
     session_.log.ShowInfo("   Scan by " + settings);
     applySettings(settings);
-    session_.runtime.Sleep(50);
+    pause();
     bInISP = login_.DetectPrompt();
     if (bInISP && bAcceptISP) {
         version = "Unknown Device";

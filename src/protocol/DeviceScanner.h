@@ -44,7 +44,7 @@ private:
     Outcome trySettings(const std::string& settings, bool& bInISP, bool bAcceptISP, std::string& version);
     void applySettings(const std::string& settings);
     bool probeTarn(std::string& version);
-    void rememberPortAfter(int index);
+    void pause();
 
     DeviceSession& session_;
     std::array<clsIMScomm*, 2> ports_;

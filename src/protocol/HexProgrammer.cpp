@@ -8,7 +8,8 @@
 namespace corvane {
 namespace {
 
-constexpr std::uint8_t kAck = 6;
+constexpr std::uint8_t kAck = 6, kNak = 21;
+constexpr double kAnswerTime = 0.5;  // s
 constexpr std::uint32_t kData = 0, kEnd = 1, kUpperAddress = 4, kOwnStart = 9;
 
 /// A field of hexadecimal digits in a record's text, counted from 0. The device checks the rest of the record.
@@ -26,11 +27,23 @@ bool HexProgrammer::ProgramHex(const std::string& code, bool bShowCode) {
         if (bShowCode) session_.log.ShowInfo(code);
         if (i == 1) ++repeated_;
         session_.comm->CommOutput(code + "\r");
-        const bool taken = lines_.wait_comm(0.5) == kAck;
-        if (bShowCode) session_.log.ShowInfo(taken ? " < OK\r\n" : " < NG\r\n");
-        if (taken) return true;
+        const auto answer = lines_.wait_comm(kAnswerTime);
+        if (bShowCode) session_.log.ShowInfo(answer == kAck ? " < OK\r\n" : " < NG\r\n");
+        if (answer == kAck) return true;
+        if (answer == kNak && isAnotherAnswerComing()) return false;
+        if (answer != kNak) wasSilent_ = true;
     }
     return false;
+}
+
+bool HexProgrammer::isAnotherAnswerComing() {
+    const auto next = lines_.wait_comm(kAnswerTime);
+    return next == kAck || next == kNak;
+}
+
+bool HexProgrammer::isRefusalLeft() {
+    const auto left = bytesOf(session_.comm->CommInput());
+    return std::find(left.begin(), left.end(), kNak) != left.end();
 }
 
 bool HexProgrammer::ISP_Program(const std::string& HexFile) {
@@ -49,6 +62,7 @@ bool HexProgrammer::ISP_Program(const std::string& HexFile) {
 
 bool HexProgrammer::sendImage(const std::string& image) {
     const auto size = static_cast<std::int64_t>(image.size());
+    wasSilent_ = isPlaced_ = false;
     progress_.progress(0, size);
     std::uint32_t upper = 0;
     std::int64_t consumed = 0;
@@ -65,7 +79,9 @@ bool HexProgrammer::sendImage(const std::string& image) {
         session_.runtime.DoEvents();
         session_.runtime.DoEvents();
     }
-    return sendHeld(held.first) && sendHeld(held.end);
+    if (!sendHeld(held.first) || !sendHeld(held.end)) return false;
+    deviceUpper_ = 0;
+    return !wasSilent_ || lines_.wait_comm(kAnswerTime) != kNak;
 }
 
 /// Holds a record back or sends it.
@@ -84,13 +100,25 @@ bool HexProgrammer::takeRecord(const std::string& line, std::uint32_t& upper, He
     if (type == kUpperAddress) {
         if (!sendHeld(held.first)) return false;
         upper = field(line, 9, 4);
+        deviceUpper_ = upper;
     }
+    return send(line, type);
+}
+
+/// After a try that failed beyond the first segment the device still adds the upper address of that place. An image
+/// that does not begin with an address record of its own would then be written elsewhere.
+bool HexProgrammer::send(const std::string& line, std::uint32_t type) {
+    if (!isPlaced_ && type != kUpperAddress && deviceUpper_ != 0) {
+        if (!ProgramHex(":020000040000FA", false)) return false;
+        deviceUpper_ = 0;
+    }
+    isPlaced_ = true;
     return ProgramHex(line, false);
 }
 
 bool HexProgrammer::sendHeld(std::string& record) {
     if (record.empty()) return true;
-    const bool sent = ProgramHex(record, false);
+    const bool sent = send(record, kData);
     if (sent) record.clear();
     return sent;
 }

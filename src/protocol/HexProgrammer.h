@@ -11,6 +11,10 @@ namespace corvane {
 /// Sends an Intel HEX image to a boot loader, a record at a time, each acknowledged. The record at address 0 of the
 /// first 64 KiB goes after the others of that segment, the end record last of all: a device that loses its power half
 /// way then has no valid start and stays in its boot loader.
+///
+/// Answers carry no number. A late or doubled one puts answers and records out of step, which does no harm until a
+/// record is refused: the refusal would then be taken for another record's, and the image would lack one. So a refusal
+/// counts only when silence follows it; anything else fails the whole try, which is repeated from the first record.
 class HexProgrammer {
 public:
     HexProgrammer(DeviceSession& session, Progress& progress)
@@ -23,9 +27,17 @@ public:
     /// Sends one record with up to three tries, logging them with bShowCode. Passes the port's errors on.
     bool ProgramHex(const std::string& code, bool bShowCode);
 
-    /// Records that had to be sent more than once, since the last call of forgetRepeats.
+    /// Whether a refusal has come in after the last record counted as taken; to be asked a moment after ISP_Program.
+    bool isRefusalLeft();
+
+    /// Records that had to be sent more than once since the last call of beginDevice.
     int repeatedRecords() const { return repeated_; }
-    void forgetRepeats() { repeated_ = 0; }
+
+    /// Another device follows: nothing is known of it yet.
+    void beginDevice() {
+        repeated_ = 0;
+        deviceUpper_ = 0;
+    }
 
 private:
     struct Held {
@@ -36,11 +48,16 @@ private:
     bool sendImage(const std::string& image);
     bool takeRecord(const std::string& line, std::uint32_t& upper, Held& held);
     bool sendHeld(std::string& record);
+    bool send(const std::string& line, std::uint32_t type);
+    bool isAnotherAnswerComing();
 
     DeviceSession& session_;
     LineReader lines_;
     Progress& progress_;
     int repeated_ = 0;
+    std::uint32_t deviceUpper_ = 0;  // the upper address that the device may still work with
+    bool isPlaced_ = false;          // this try has told the device where its first record goes
+    bool wasSilent_ = false;         // some answer of this try was late or lost
 };
 
 }  // namespace corvane

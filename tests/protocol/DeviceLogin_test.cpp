@@ -70,8 +70,36 @@ TEST_F(Login, TakesRepliesOfThreeBytesOrMoreOnly) {
     const std::string ask("\x01\x00\x00\x00\xC0\x71", 6);
     peer.answer(ask, std::string("\x01\x00\x06\x02\x00\x10\x84\x84", 8));
     EXPECT_FALSE(logIn());
-    peer.answer(ask, std::string("\x01\x00\x06\x03\x00\x10\x00\x9F\x85", 9));
-    EXPECT_TRUE(logIn());
+    for (const auto& reply : {std::string("\x01\x00\x06\x03\x00\x10\x00\x9F\x85", 9),
+                              std::string("\x01\x00\x06\x03\xFE\x10\x00\x6F\xE4", 9)}) {
+        peer.answer(ask, reply);
+        EXPECT_TRUE(logIn());
+    }
+    EXPECT_TRUE(face.questions.empty());
+}
+
+TEST_F(Login, WaitsFiveSecondsForTheDeviceAndThreeForItsOpinionOfThePassword) {
+    fakes::ScriptedPeer peer;
+    bench.open(peer);
+    EXPECT_FALSE(logIn());
+    EXPECT_GE(bench.runtime.ms(), 5000);
+    EXPECT_LE(bench.runtime.ms(), 5010);
+    EXPECT_TRUE(face.questions.empty());
+    const auto start = bench.runtime.ms();
+    peer.answer(std::string("\x01\x00\x00\x00\xC0\x71", 6), std::string("\x01\x00\x06\x03\xFF\x10\x00\xAF\xB5", 9));
+    EXPECT_FALSE(logIn());
+    EXPECT_GE(bench.runtime.ms() - start, 3000);
+    EXPECT_LE(bench.runtime.ms() - start, 3030);
+    EXPECT_EQ(face.questions.size(), 1U);
+}
+
+TEST_F(Login, AsksNobodyForThePasswordOfALostDevice) {
+    models::DeviceOptions options;
+    options.password = "sesame";
+    options.faults = {"unplug-request@03"};
+    connect(options);
+    EXPECT_FALSE(logIn());
+    EXPECT_TRUE(face.questions.empty());
 }
 
 TEST_F(Login, ReadsTheVersionUpToItsEnd) {
@@ -109,15 +137,24 @@ TEST_F(Login, DetectsEachPromptAlsoInPieces) {
 TEST_F(Login, PollsForAPromptTwiceWithItsSilenceRestarted) {
     fakes::ScriptedPeer peer;
     bench.open(peer);
+    std::int32_t mode = -1;
+    bench.runtime.at(60, [&] { mode = bench.port.InputMode(); });
     EXPECT_FALSE(login.DetectPrompt());
     EXPECT_EQ(peer.heardText(), "\r\r");
     EXPECT_GE(bench.runtime.ms(), 300);
     EXPECT_LE(bench.runtime.ms(), 320);
+    EXPECT_EQ(mode, 0);
+    EXPECT_EQ(bench.port.InputMode(), 1);
 
-    const auto start = bench.runtime.ms();
-    peer.say(start + 140, "A");
-    peer.say(start + 230, "VR>");
-    EXPECT_TRUE(login.DetectPrompt());
+    for (const int rest : {230, 260}) {  // within the silence of the first attempt, and in the second one
+        const auto start = bench.runtime.ms();
+        peer.say(start + 140, "A");
+        peer.say(start + rest, "VR>");
+        EXPECT_TRUE(login.DetectPrompt()) << rest;
+    }
+    peer.say(bench.runtime.ms() + 10, "ARM>");
+    bench.runtime.Sleep(20);
+    EXPECT_FALSE(login.DetectPrompt());  // it has said that to somebody else
     peer.say(bench.runtime.ms() + 60, "avr>");
     EXPECT_FALSE(login.DetectPrompt());
 }
@@ -129,8 +166,13 @@ TEST_F(Login, GivesUpAnEndlessTalkerAndALostPort) {
     EXPECT_FALSE(login.DetectPrompt());
     EXPECT_GE(bench.runtime.ms(), 3000);
     EXPECT_LE(bench.runtime.ms(), 3060);
+    auto start = bench.runtime.ms();
+    bench.runtime.at(start + 70, [this] { session.cancel = true; });
+    EXPECT_FALSE(login.DetectPrompt());
+    EXPECT_LE(bench.runtime.ms() - start, 72);
+    session.cancel = false;
     peer.unplugAt(bench.runtime.ms() + 70);
-    const auto start = bench.runtime.ms();
+    start = bench.runtime.ms();
     EXPECT_FALSE(login.DetectPrompt());
     EXPECT_LE(bench.runtime.ms() - start, 130);
 }

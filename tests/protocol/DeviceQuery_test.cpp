@@ -12,6 +12,8 @@ namespace {
 const Bytes kAsk = {0x01, 0x00, 0x01, 0x00, 0x50, 0x70};              // function 1
 const Bytes kYes = {0x01, 0x00, 0x06, 0x02, 0x41, 0x42, 0x29, 0x35};  // accepted, "AB"
 const Bytes kNo = {0x01, 0x00, 0x15, 0x01, 0xE4, 0x3B, 0x10};         // refused, 228
+const Bytes kOddNo = {0x01, 0x00, 0x00, 0x01, 0xE4, 0xFF, 0x01};      // neither accepted nor a known refusal
+const Bytes kFromOther = {0x01, 0x55, 0x06, 0x02, 0x41, 0x42, 0x25, 0x39};
 
 class Query : public ::testing::Test {
 protected:
@@ -33,10 +35,15 @@ TEST_F(Query, DeliversAcceptedAndRefusedData) {
     EXPECT_EQ(reply, Variant(Bytes{0x41, 0x42}));
     EXPECT_EQ(peer.heard(), kAsk);
 
-    peer.answer(kAsk, {{5, kNo}});
-    reply = std::uint8_t{1};
-    EXPECT_FALSE(ask());
-    EXPECT_EQ(reply, Variant(std::uint8_t{228}));
+    for (const auto& refusal : {kNo, kOddNo}) {
+        peer.answer(kAsk, {{5, refusal}});
+        reply = std::uint8_t{1};
+        EXPECT_FALSE(ask());
+        EXPECT_EQ(reply, Variant(std::uint8_t{228}));
+    }
+    peer.answer({0x01, 0x07, 0x01, 0x00, 0x91, 0xC1}, {{5, kFromOther}});
+    EXPECT_TRUE(query.Query(1, reply, {}, 7, 1000));
+    EXPECT_EQ(reply, Variant(std::uint8_t{0x41}));
 }
 
 TEST_F(Query, SkipsNoiseAndDropsWhatFollows) {
@@ -95,10 +102,14 @@ TEST_F(Query, IsAbandonedByFlagsAndByALostPort) {
     bench.runtime.at(200, [this] { session.cancel = true; });
     EXPECT_FALSE(ask());
     EXPECT_LE(bench.runtime.ms(), 202);
-    session.cancel = false;
-    peer.unplugAt(300);
+    const auto said = peer.heard().size();
     EXPECT_FALSE(ask());
-    EXPECT_LE(bench.runtime.ms(), 302);
+    bench.runtime.Sleep(50);
+    EXPECT_EQ(peer.heard().size(), said);
+    session.cancel = false;
+    peer.unplugAt(400);
+    EXPECT_FALSE(ask());
+    EXPECT_LE(bench.runtime.ms(), 402);
 }
 
 TEST_F(Query, SendsNothingOnAClosedPortOrWithTooManyParameters) {

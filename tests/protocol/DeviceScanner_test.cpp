@@ -72,6 +72,8 @@ TEST_F(Scan, FindsADeviceAtEachRate) {
         options.wrongRate = models::WrongRate::garbage;
         bench.map.entries.clear();
         plug(1, options);
+        session.protocolName = "Tarn";
+        bench.port.DTREnable(false);
         EXPECT_EQ(scan(), "TARN-R200 V5.1R23") << baud;
         EXPECT_EQ(face.log,
                   "Open COM1 ... < OK\r\n" + lines.substr(0, before) + "   Scan by " + std::to_string(baud) + ",N,8,1");
@@ -133,6 +135,23 @@ TEST_F(Scan, TakesNoOtherAnswerForTheOlderProtocol) {
     }
 }
 
+TEST_F(Scan, WaitsForTheOlderProtocolsAnswers) {
+    struct Case {
+        int firstAnswer, secondAnswer;  // ms after the question, which takes 3 to 6 ms itself
+        const char* version;
+    };
+    for (const auto& one : {Case{485, 1, "V1"}, Case{500, 1, ""}, Case{1, 290, "V1"}, Case{1, 300, ""}}) {
+        fakes::ScriptedPeer peer;
+        bench.map.entries.clear();
+        bench.plug(1, peer);
+        peer.answer(bytesOf(std::string("D00\r")), {{one.firstAnswer, bytesOf(std::string("\x02ok\r"))}});
+        peer.answer(bytesOf(std::string("F\r")), {{one.secondAnswer, bytesOf(std::string("\x02"
+                                                                                         "AV1\r"))}});
+        EXPECT_EQ(scan(), one.version) << one.firstAnswer << " " << one.secondAnswer;
+        session.comm->PortOpen(false);
+    }
+}
+
 TEST_F(Scan, PassesABootLoaderByUnlessItIsAccepted) {
     models::DeviceOptions options;
     options.kind = models::Kind::boot;
@@ -143,8 +162,8 @@ TEST_F(Scan, PassesABootLoaderByUnlessItIsAccepted) {
               "Open COM1 ... < OK\r\n   Scan by 19200,N,8,1, In ISP Mode!!\r\n"
               "Open COM2 ... < OK\r\n   Scan by 19200,N,8,1");
     EXPECT_FALSE(inIsp);
+    EXPECT_EQ(session.rememberedPort, "");  // behind the last port comes the empty entry
     session.comm->PortOpen(false);
-    session.rememberedPort.clear();
     EXPECT_EQ(scan(true), "Unknown Device");
     EXPECT_EQ(face.log, "Open COM1 ... < OK\r\n   Scan by 19200,N,8,1");
     EXPECT_TRUE(inIsp);
@@ -190,6 +209,21 @@ TEST_F(Scan, LogsPortsThatDoNotOpenAndLeavesOthersOut) {
     EXPECT_EQ(face.log, "");
 }
 
+TEST_F(Scan, LetsEventsRunAtEachPortThatDoesNotOpen) {
+    for (const std::int16_t number : {1, 2, 3}) {
+        bench.list(number);
+        bench.control.markBusy(number);
+    }
+    plug(4, silent());
+    std::vector<std::int64_t> moments;
+    for (const int ms : {10, 60, 110}) bench.runtime.at(ms, [&] { moments.push_back(bench.runtime.ms()); });
+    bench.runtime.at(110, [this] { session.stop = session.cancel = true; });
+    EXPECT_EQ(scan(), "");
+    EXPECT_EQ(moments, (std::vector<std::int64_t>{50, 100, 150}));
+    EXPECT_EQ(face.log.substr(face.log.find("Open COM4")),
+              "Open COM4 ... < OK\r\n   Scan by 19200,N,8,1, No Device!!\r\n");
+}
+
 TEST_F(Scan, EndsAfterTheSettingAtHandWhenCancelled) {
     models::DeviceOptions babbling;
     babbling.kind = models::Kind::babbling;
@@ -217,6 +251,7 @@ TEST_F(Scan, JumpsToAClickedPortAndComesBackToTheNextSetting) {
     };
     bench.runtime.at(1000, [&] { click(2); });
     bench.runtime.at(5000, [&] { click(1); });
+    click(2);  // before the scan, so it means nothing
     EXPECT_EQ(scan(), "");
     const std::string lines = kAllMissed;
     const auto rest = lines.substr(lines.find('\n') + 1);

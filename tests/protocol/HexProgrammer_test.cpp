@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include "models/Device.h"
+#include "models/PacedLine.h"
 #include "support/RecordingFace.h"
 #include "support/ScratchFolder.h"
 #include "support/ScriptedPeer.h"
@@ -100,6 +101,56 @@ TEST_F(Programmer, EndsAtARecordThatFailsThreeTimes) {
     EXPECT_EQ(device->log().records, (Records{kAt16, kAt16, kAt16}));
     EXPECT_EQ(face.log, "Programming... < NG\r\n");
     EXPECT_EQ(face.bar.back(), (std::pair<std::int64_t, std::int64_t>{0, 0}));
+}
+
+/// On a slow line a doubled answer comes when the next record is on its way already.
+class PacedProgrammer : public Programmer {
+protected:
+    PacedProgrammer() {
+        bench.port.PortOpen(false);
+        models::DeviceOptions options;
+        options.kind = models::Kind::boot;
+        options.baud = 2400;
+        device = std::make_unique<models::Device>(options);
+        line = std::make_unique<models::PacedLine>(*device, 2400);
+        bench.open(*line, "2400,N,8,1");
+    }
+
+    std::unique_ptr<models::PacedLine> line;
+};
+
+TEST_F(PacedProgrammer, TakesARefusalOnlyWhenSilenceFollows) {
+    // The answer to the first record comes twice, so the refusal of the second looks like the third's; repeating that
+    // would hide that the second is missing.
+    device->faults() = {"repeat@1", "nak@:04002000090A0B0CB2x1"};
+    EXPECT_FALSE(program({kAt16, kAt32, kAt0, kEnd}));
+    EXPECT_TRUE(program({kAt16, kAt32, kAt0, kEnd}));
+    EXPECT_EQ(Records(device->log().records.end() - 4, device->log().records.end()),
+              (Records{kAt16, kAt32, kAt0, kEnd}));
+}
+
+TEST_F(PacedProgrammer, SeesARefusalBehindTheLastRecord) {
+    device->faults() = {"repeat@1", "nak@:00000001FFx1"};
+    EXPECT_TRUE(program({kAt16, kEnd}));
+    bench.runtime.Sleep(100);
+    EXPECT_TRUE(programmer.isRefusalLeft());
+    EXPECT_FALSE(programmer.isRefusalLeft());
+    device->faults() = {"drop@3", "repeat@4", "nak@:00000001FFx1"};  // after a silence it is waited for
+    EXPECT_FALSE(program({kAt16, kEnd}));
+}
+
+TEST_F(Programmer, BringsTheDeviceBackToTheFirstSegmentForAnotherTry) {
+    device->faults() = {"nak@:0400000001020304F2x3"};
+    EXPECT_FALSE(program({kAt16, kToSecond, kAt0, kEnd}));
+    EXPECT_TRUE(program({kAt16, kToSecond, kAt0, kEnd}));
+    EXPECT_EQ(device->log().records,
+              (Records{kAt16, kToSecond, kAt0, kAt0, kAt0, kToFirst, kAt16, kToSecond, kAt0, kEnd}));
+    device->faults() = {"nak@:0400000001020304F2x3"};
+    EXPECT_FALSE(program({kAt16, kToSecond, kAt0, kEnd}));
+    programmer.beginDevice();
+    const auto before = device->log().records.size();
+    EXPECT_TRUE(program({kToFirst, kAt16, kEnd}));
+    EXPECT_EQ(device->log().records.size() - before, 3U);
 }
 
 TEST_F(Programmer, WaitsHalfASecondForEachAnswer) {

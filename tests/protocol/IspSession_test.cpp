@@ -67,7 +67,33 @@ TEST_F(Isp, WaitsASecondBeforeItLooksForThePrompt) {
         connect(options);
         session.ispBaudRate = 0;
         // The first question comes 1.05 s after the switch, the second and last one 150 ms later.
+        const auto start = bench.runtime.ms();
         EXPECT_EQ(isp.GoToISP(), std::string(fault) == "boot-deaf=1000");
+        EXPECT_GE(bench.runtime.ms() - start, 1050);
+    }
+}
+
+TEST_F(Isp, GivesThePortTheRateWithoutAComma) {
+    models::DeviceOptions options;
+    options.bootBaud = 57600;
+    connect(options);
+    session.ispBaudRate = 57600;
+    EXPECT_TRUE(isp.GoToISP());
+    bench.port.PortOpen(false);
+    EXPECT_EQ(bench.port.Settings(), "57600N,N,8,1");
+}
+
+TEST_F(Isp, WaitsForTheAnswerToTheSwitch) {
+    for (const bool isTarn : {false, true}) {
+        fakes::ScriptedPeer peer;
+        bench.open(peer);
+        session.protocolName = isTarn ? "Tarn" : "TarnPlus";
+        const auto start = bench.runtime.ms();
+        EXPECT_FALSE(isp.GoToISP());
+        const int limit = isTarn ? 500 : 5000;
+        EXPECT_GE(bench.runtime.ms() - start, limit);
+        EXPECT_LE(bench.runtime.ms() - start, limit + 10);
+        bench.port.PortOpen(false);
     }
 }
 
