@@ -126,10 +126,12 @@ QWidget* MainControls::makeLocalPage() {
     choice->addStretch();
     choice->addWidget(cmdLoadFile);
 
+    labFileName = textLabel("labFileName", tr("Name of the local file"));
     labFilePGM = textLabel("labFilePGM", tr("Program of the local file"));
     labFileVersion = textLabel("labFileVersion", tr("Version of the local file"));
     labFileDate = textLabel("labFileDate", tr("Date of the local file"));
     auto* form = new QFormLayout;
+    form->addRow(tr("File"), labFileName);
     form->addRow(tr("Program"), labFilePGM);
     form->addRow(tr("Version"), labFileVersion);
     form->addRow(tr("Date"), labFileDate);

@@ -36,6 +36,7 @@ struct MainControls {
     QRadioButton* optLast;
     QRadioButton* optFile;
     QPushButton* cmdLoadFile;
+    QLabel* labFileName;
     QLabel* labFilePGM;
     QLabel* labFileVersion;
     QLabel* labFileDate;

@@ -53,7 +53,7 @@ void PortFrame::showPorts(const std::vector<std::string>& names) {
     for (std::size_t i = 0; i < names.size(); ++i) addButton(static_cast<int>(i), names[i]);
     labTrying_->clear();
     area_->horizontalScrollBar()->setValue(0);
-    onVisible(true);
+    onScan(names);
 }
 
 void PortFrame::addButton(int index, const std::string& name) {
@@ -78,7 +78,7 @@ void PortFrame::enablePort(int index, bool enabled) {
         buttons_[static_cast<std::size_t>(index)]->setEnabled(enabled);
 }
 
-void PortFrame::hidePorts() { onVisible(false); }
+void PortFrame::hidePorts() { onEnd(); }
 
 void PortFrame::trying(const std::string& port, const std::string& settings) {
     labTrying_->setText(tr("Trying %1 at %2").arg(fromDevice(port), fromDevice(settings)));

@@ -18,9 +18,10 @@ public:
     PortFrame();
 
     std::function<void(int index)> onClick;
-    std::function<bool(const std::string& port)> isScanned;  ///< whether a scan tries that port at all
-    std::function<void(const std::string& port)> onRefused;  ///< the port did not open
-    std::function<void(bool isVisible)> onVisible;
+    std::function<bool(const std::string& port)> isScanned;             ///< whether a scan tries that port at all
+    std::function<void(const std::string& port)> onRefused;             ///< the port did not open
+    std::function<void(const std::vector<std::string>& names)> onScan;  ///< it begins, with these ports
+    std::function<void()> onEnd;
 
     void showPorts(const std::vector<std::string>& names) override;
     void enablePort(int index, bool enabled) override;

@@ -55,12 +55,12 @@ std::string Questions::inputBox(const std::string& prompt, const std::string& ti
     return show(box) && box.result() == QDialog::Accepted ? toDevice(box.textValue()) : std::string();
 }
 
-bool Questions::messageBox(Question /*question*/, const std::string& text) {
+bool Questions::messageBox(Question question, const std::string& text) {
     QMessageBox box(QMessageBox::Warning, kProgramTitle, fromDevice(text), QMessageBox::Ok | QMessageBox::Cancel,
                     owner());
     named(&box, "frmMessage");
     box.setTextFormat(Qt::PlainText);
-    box.setDefaultButton(QMessageBox::Ok);
+    box.setDefaultButton(question == Question::unsoundImage ? QMessageBox::Cancel : QMessageBox::Ok);
     box.button(QMessageBox::Ok)->setObjectName("cmdOK");
     box.button(QMessageBox::Cancel)->setObjectName("cmdCancel");
     return show(box) && box.clickedButton() == box.button(QMessageBox::Ok);

@@ -4,14 +4,15 @@
 
 #include "platform/SettingsStore.h"
 
+class QCheckBox;
 class QComboBox;
 class QLabel;
 class QLineEdit;
 
 namespace corvane {
 
-/// How the site is reached. Reads its two settings when it is made and writes them on OK; changes nothing in a session
-/// that is on. The store is not owned.
+/// How the site is reached, and what follows an update. Reads its settings when it is made and writes them on OK;
+/// changes nothing in a session that is on. The store is not owned.
 class frmConnection : public QDialog {
 public:
     frmConnection(SettingsStore& store, QWidget* owner);
@@ -23,6 +24,7 @@ private:
     SettingsStore& store_;
     QComboBox* cmbAccessType_;
     QLineEdit* txtProxy_;
+    QCheckBox* chkAskVersion_;
     QLabel* labProblem_;
 };
 

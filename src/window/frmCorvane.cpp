@@ -28,6 +28,12 @@ namespace {
 constexpr int kSitePage = 0, kLocalPage = 1;
 constexpr int kDeviceText = 0, kDevicePorts = 1;
 
+/// Without its middle when it is long.
+QString shortened(const QString& name) {
+    constexpr qsizetype kEnd = 18;
+    return name.size() <= 2 * kEnd + 1 ? name : name.left(kEnd) + "\u2026" + name.right(kEnd);
+}
+
 }  // namespace
 
 frmCorvane::frmCorvane(const Platform& platform, const WindowOptions& options)
@@ -48,6 +54,7 @@ frmCorvane::frmCorvane(const Platform& platform, const WindowOptions& options)
     phase(RunPhase::idle);
     presenter_.load();
     for (const auto& problem : platform_.ports.problems()) say(QString::fromStdString(problem));
+    for (const auto& left : updater_.journal().read()) say(QString::fromStdString(left.text()));
     resize(900, 640);
     ui_.cmdStartCheck->setFocus();
 }
@@ -84,16 +91,18 @@ void frmCorvane::connectRun() {
         return updater_.serialPort().IsMyCommPort(port) || updater_.hidPort().IsMyCommPort(port);
     };
     ui_.frameComport->onRefused = [this](const std::string& port) { portRefused(port); };
-    ui_.frameComport->onVisible = [this](bool isVisible) {
-        ui_.device->setCurrentIndex(isVisible ? kDevicePorts : kDeviceText);
+    ui_.frameComport->onScan = [this](const std::vector<std::string>& ports) {
+        ui_.device->setCurrentIndex(kDevicePorts);
+        for (const auto& advice : updater_.advisor().beforeScan(ports)) say(QString::fromStdString(advice));
     };
+    ui_.frameComport->onEnd = [this] { ui_.device->setCurrentIndex(kDeviceText); };
     connect(ui_.lstRefer, &QListWidget::itemClicked, this,
             [this](QListWidgetItem* item) { lstRefer_Click(item->data(Qt::UserRole).toInt()); });
     connect(ui_.lstRefer, &QListWidget::itemActivated, this, [this](QListWidgetItem* item) {
         if (!QApplication::mouseButtons()) lstRefer_Click(item->data(Qt::UserRole).toInt());
     });
     updater_.onReader = [this](const std::string& text) {
-        if (updater_.run().isRunning()) return;
+        if (presenter_.isBusy()) return;
         hints_.clear();
         say(QString::fromStdString(text));
     };
@@ -109,28 +118,31 @@ void frmCorvane::connectLog() {
 /// The window's share of the runtime's DoEvents. A device that talks fast calls it thousands of times a second, more
 /// often than anybody sees. Without a run the call comes out of a handler, in which no run may be started.
 void frmCorvane::pump() {
-    constexpr std::uint32_t kPause = 5, kCalm = 200;  // ms
+    constexpr std::uint32_t kPause = 10, kCalm = 200;  // ms
     if (platform_.runtime.tick() - lastPump_ < kPause) return;
     if (platform_.runtime.tick() - lastProgress_ >= kCalm) showProgress();
-    QCoreApplication::processEvents(updater_.run().isRunning() ? QEventLoop::AllEvents
-                                                               : QEventLoop::ExcludeUserInputEvents);
+    QCoreApplication::processEvents(presenter_.isBusy() ? QEventLoop::AllEvents : QEventLoop::ExcludeUserInputEvents);
     lastPump_ = platform_.runtime.tick();
 }
 
 void frmCorvane::startRun(bool force) {
-    if (updater_.run().isRunning()) return;
+    if (presenter_.isBusy()) return;
     questions_.renew();
     const auto report = presenter_.start(force);
     if (report.end == RunEnd::handedOver) return handOver();
-    showReport(report);
+    conclude(report);
     if (closesWhenFinished_) close();
 }
 
-void frmCorvane::showReport(const RunReport& report) {
-    const auto verdict = verdictFor(report, std::nullopt);
+void frmCorvane::conclude(const RunReport& report) {
+    if (report.end == RunEnd::updated) ui_.notice->say(noticeWhileAsking());
+    QApplication::setOverrideCursor(Qt::WaitCursor);
+    const auto verdict = presenter_.conclude(report);
+    QApplication::restoreOverrideCursor();
     ui_.notice->say(noticeFor(verdict));
     ui_.txtVerdict->showVerdict(verdict);
     showDevice(report);
+    ui_.cmdStartCheck->setFocus();
 }
 
 void frmCorvane::showDevice(const RunReport& report) {
@@ -147,17 +159,17 @@ void frmCorvane::handOver() {
 }
 
 void frmCorvane::closeFromOutside() {
-    if (!updater_.run().isRunning()) {
+    if (!presenter_.isBusy()) {
         while (auto* dialog = qobject_cast<QDialog*>(QApplication::activeModalWidget())) dialog->reject();
     }
     close();
 }
 
 void frmCorvane::closeEvent(QCloseEvent* event) {
-    if (updater_.run().isRunning()) {
+    if (presenter_.isBusy()) {
         event->ignore();
         closesWhenFinished_ = true;
-        if (updater_.run().isCancellable()) {
+        if (presenter_.controls().cancel) {
             presenter_.cmdCancel_Click();
             questions_.abandon();
         } else {
@@ -197,21 +209,25 @@ void frmCorvane::phase(RunPhase phase) {
     if (phase == RunPhase::selection) showDevice(updater_.run().report());
     meter_.phase(phase, platform_.runtime.tick());
     if (phase == RunPhase::program) meter_.records(updater_.run().report().imageRecords);
+    isLogin_ = phase == RunPhase::login;
     progress(0, 0);
-    if (phase == RunPhase::login) ui_.pbProgram->setRange(0, 0);  // nobody knows how long a server takes
-    showProgress();
 }
 
+/// Noted here and shown by the pump: a bar that is painted for each record costs more than sending one.
 void frmCorvane::progress(std::int64_t value, std::int64_t maximum) {
-    constexpr std::int64_t kMost = 2000000000;  // no image comes near that
-    ui_.pbProgram->setRange(0, static_cast<int>(std::clamp<std::int64_t>(maximum, 1, kMost)));
-    ui_.pbProgram->setTextVisible(value > 0);
-    ui_.pbProgram->setValue(static_cast<int>(std::clamp<std::int64_t>(value, 0, kMost)));
+    progress_ = {value, maximum};
     meter_.progress(value, maximum, platform_.runtime.tick());
+    if (value == 0) showProgress();
 }
 
 void frmCorvane::showProgress() {
+    constexpr std::int64_t kMost = 2000000000;  // no image comes near that
     lastProgress_ = platform_.runtime.tick();
+    const auto [value, maximum] = progress_;
+    // Nobody knows how long a server takes, which is what Qt shows for a maximum of 0.
+    ui_.pbProgram->setRange(0, static_cast<int>(isLogin_ ? 0 : std::clamp<std::int64_t>(maximum, 1, kMost)));
+    ui_.pbProgram->setTextVisible(value > 0);
+    ui_.pbProgram->setValue(static_cast<int>(std::clamp<std::int64_t>(value, 0, kMost)));
     ui_.labPhase->setText(QString::fromStdString(meter_.text()));
     const auto title = QString::fromStdString(meter_.title());
     setWindowTitle(title.isEmpty() ? QString(kProgramTitle) : tr("%1 - %2").arg(title, kProgramTitle));
@@ -264,7 +280,9 @@ void frmCorvane::refresh() {
     fill(ui_.txtAccount[0], choices.userName);
     fill(ui_.txtAccount[1], choices.password);
     ui_.labFilePGM->setText(fromDevice(choices.image.program));
-    ui_.labFilePGM->setToolTip(fromPath(choices.image.path));
+    const auto path = fromPath(choices.image.path);
+    ui_.labFileName->setText(shortened(QFileInfo(path).fileName()));
+    ui_.labFileName->setToolTip(path);
     ui_.labFileVersion->setText(fromDevice(choices.image.version));
     ui_.labFileDate->setText(fromDevice(choices.image.date));
 

@@ -43,7 +43,7 @@ private:
     void pump();
     void showProgress();
     void startRun(bool force);
-    void showReport(const RunReport& report);
+    void conclude(const RunReport& report);
     void showDevice(const RunReport& report);
     void handOver();
     void refresh();
@@ -61,6 +61,8 @@ private:
     Updater updater_;
     MainPresenter presenter_;
     ProgressMeter meter_;
+    std::pair<std::int64_t, std::int64_t> progress_;  // value and maximum
+    bool isLogin_ = false;
     QStringList hints_;           // what the status bar shows, the oldest first
     QString folder_;              // of the last file dialog
     std::uint32_t lastPump_ = 0;  // ticks

@@ -23,6 +23,8 @@ protected:
         });
     }
 
+    std::string verdict() const { return control<QTextEdit>("txtVerdict").toPlainText().toStdString(); }
+
     Qt::CursorShape pointer() const {
         const auto* cursor = QApplication::overrideCursor();
         return cursor ? cursor->shape() : Qt::ArrowCursor;
@@ -58,8 +60,55 @@ TEST_F(WindowRun, CarriesADeviceThroughAWholeUpdate) {
     EXPECT_EQ(pointer(), Qt::ArrowCursor);
     EXPECT_EQ(window->windowTitle().toStdString(), "Corvane");
     EXPECT_EQ(text("labNotice"), "The device is updated.");
-    EXPECT_TRUE(control<QTextEdit>("txtVerdict").toPlainText().contains("It is safe to unplug the device."));
+    EXPECT_EQ(verdict().substr(0, 42), "COM1: TARN-R200 V5.1R23 before the run.\nIm");
+    EXPECT_NE(verdict().find("The device now answers with TARN-R200 V5.2R1.\n"), std::string::npos) << verdict();
+    EXPECT_NE(verdict().find("It is safe to unplug the device."), std::string::npos);
     EXPECT_EQ(control<QProgressBar>("pbProgram").value(), 0);
+}
+
+TEST_F(WindowRun, CancelGivesUpAskingAnUpdatedDeviceForItsVersion) {
+    auto& device = plug();
+    pickImage();
+    agree();
+    when("Programming...", [&] { device.faults().add("deaf@1"); });
+    std::string seen;
+    when("Update Finish\n", [&] {
+        const auto end = bench.runtime.ms();
+        bench.runtime.at(end + 2000, [&] {
+            seen = enabled() + "|" + text("labNotice");
+            EXPECT_EQ(pointer(), Qt::WaitCursor);
+            press("cmdCancel");
+        });
+        bench.runtime.at(end + 4000, [] { ADD_FAILURE() << "it went on asking"; });
+    });
+    press("cmdStartCheck");
+    EXPECT_EQ(seen, "cmdCancel |The device is programmed. It is asked which version it runs now.");
+    EXPECT_NE(verdict().find("The device did not answer when it was asked"), std::string::npos) << verdict();
+    EXPECT_EQ(enabled(), kIdle);
+    EXPECT_EQ(window->focusWidget()->objectName(), "cmdStartCheck");
+}
+
+TEST_F(WindowRun, AsksNoDeviceForItsVersionWhenThatIsNotWanted) {
+    auto& device = plug();
+    bench.settings.values["Corvane/Update/AskVersion"] = "False";
+    pickImage();
+    agree();
+    press("cmdStartCheck");
+    EXPECT_EQ(device.log().restarts, 1);
+    EXPECT_EQ(verdict().find("now answers"), std::string::npos) << verdict();
+}
+
+TEST_F(WindowRun, AsksBeforeAnImageThatDoesNotAddUp) {
+    plug();
+    pickImage("[INFO]\nPGM=TARN-R200\n:0400000001020304F3\n:00000001FF\n");
+    agree();
+    answers.expect("frmMessage", [](QDialog& box) {
+        EXPECT_EQ(box.focusWidget()->objectName(), "cmdCancel");
+        QTest::keyClick(&box, Qt::Key_Return);
+    });
+    press("cmdStartCheck");
+    EXPECT_EQ(devices.front()->log().erases, 0);
+    EXPECT_EQ(text("labNotice"), "The device was not changed.");
 }
 
 TEST_F(WindowRun, EndsWhenOneOfItsQuestionsIsAnsweredWithCancel) {

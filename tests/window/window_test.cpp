@@ -119,11 +119,13 @@ TEST_F(Window, AsksHowTheSiteIsReached) {
         EXPECT_EQ(link->currentText(), "Proxy");
         EXPECT_TRUE(proxy->isEnabled());
         QTest::keyClicks(proxy, "proxy:3128");
+        DialogAnswers::press(*dialog.findChild<QWidget*>("chkAskVersion"));
         DialogAnswers::press(*dialog.findChild<QWidget*>("cmdOK"));
     });
     press("cmdOption");
     EXPECT_EQ(bench.settings.values, (std::map<std::string, std::string>{{"Corvane/FTP/AccessType", "2"},
-                                                                         {"Corvane/FTP/Proxy", "proxy:3128"}}));
+                                                                         {"Corvane/FTP/Proxy", "proxy:3128"},
+                                                                         {"Corvane/Update/AskVersion", "False"}}));
     answers.expect("frmConnection", [](QDialog& dialog) {
         EXPECT_EQ(dialog.findChild<QLineEdit*>("txtProxy")->text(), "proxy:3128");
         dialog.findChild<QComboBox*>("cmbAccessType")->setCurrentIndex(1);
@@ -138,6 +140,13 @@ TEST_F(Window, IsClosedFromOutsideAlsoWhileADialogIsOpen) {
     press("cmdOption");
     EXPECT_FALSE(window->isVisible());
     EXPECT_EQ(bench.settings.values["Corvane/FTP/OffLine"], "False");
+}
+
+TEST_F(Window, SaysAtItsStartWhichDeviceAnEarlierRunLeftBehind) {
+    RunJournal(bench.folder).add({"2026-11-24 14:02:07", "COM3", "TARN-R200 V5.1R23", "/tmp/a.hex"});
+    window->close();
+    open();
+    EXPECT_NE(text("labStatus").find("COM3"), std::string::npos) << text("labStatus");
 }
 
 TEST_F(Window, FindsOneOfTenThousandImages) {
