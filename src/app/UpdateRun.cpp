@@ -211,7 +211,9 @@ bool UpdateRun::isImageWanted(const std::string& image) {
     const auto content = readFile(image);
     report_.imageBytes = content.size();
     report_.imageDigest = p_.digest.sha256(content);
-    const auto findings = findingLines(checkImage(content).findings, kMostFindings);
+    const auto checked = checkImage(content);
+    report_.imageRecords = static_cast<std::int64_t>(checked.records);
+    const auto findings = findingLines(checked.findings, kMostFindings);
     return findings.empty() ||
            p_.prompts.messageBox(Question::unsoundImage, "This image does not add up:\r\n" + joined(findings, "\r\n") +
                                                              "\r\nInstall it all the same?");
