@@ -93,9 +93,11 @@ std::string readFile(const std::string& path) {
     std::error_code error;
     std::ifstream file(path, std::ios::binary);
     if (!file || std::filesystem::is_directory(path, error)) throw RuntimeError::fileNotFound();
-    std::string content((std::istreambuf_iterator<char>(file)), std::istreambuf_iterator<char>());
-    if (file.bad()) throw RuntimeError::fileNotFound();
-    return content;
+    try {
+        return {std::istreambuf_iterator<char>(file), std::istreambuf_iterator<char>()};
+    } catch (const std::ios_base::failure&) {  // a medium or a device that is going away
+        throw RuntimeError::fileNotFound();
+    }
 }
 
 }  // namespace corvane
