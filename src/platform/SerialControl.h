@@ -83,8 +83,9 @@ public:
     /// The open port's handle for the two calls below; -1 when it is closed.
     virtual std::int32_t CommID() = 0;
 
-    /// The line as it is. SetCommState changes these four and nothing else, and is False when the line cannot do them.
-    /// Neither throws; after a False GetLastError has the system's number.
+    /// The line as it is, with the rate that was asked for where the line's own comes close to it. SetCommState changes
+    /// these four and nothing else, and is False when the line cannot do them. Neither throws; after a False
+    /// GetLastError has the system's number.
     virtual bool GetCommState(std::int32_t handle, CommState& state) = 0;
     virtual bool SetCommState(std::int32_t handle, const CommState& state) = 0;
     virtual std::uint32_t GetLastError() const = 0;

@@ -22,6 +22,18 @@ TEST(TermiosSerialControl, EveryRateReachesTheLine) {
     }
 }
 
+TEST(TermiosSerialControl, RateThatTheDividerMissedReadsAsItWasAskedFor) {
+    PseudoTerminalRig rig;
+    rig.control.Settings("115200,N,8,1");
+    rig.control.PortOpen(true);
+    for (const auto& [onTheLine, read] : {std::pair(115385u, 115200u), std::pair(100000u, 100000u)}) {
+        rig.line.setRate(onTheLine);
+        CommState line;
+        EXPECT_TRUE(rig.control.GetCommState(rig.control.CommID(), line));
+        EXPECT_EQ(line, (CommState{read, 0, 8, 0}));
+    }
+}
+
 TEST(TermiosSerialControl, NothingIsSentOrEchoedByOpeningAndReceiving) {
     LinuxRuntime runtime;
     const fakes::PseudoTerminal line;  // with echo and signals, as a terminal starts

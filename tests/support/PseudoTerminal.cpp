@@ -42,6 +42,14 @@ std::uint32_t PseudoTerminal::rate() const {
     return line.c_ospeed;
 }
 
+void PseudoTerminal::setRate(std::uint32_t rate) const {
+    termios2 line{};
+    if (ioctl(far_, TCGETS2, &line) < 0) throw std::runtime_error("no line settings");
+    line.c_cflag = (line.c_cflag & ~static_cast<tcflag_t>(CBAUD)) | BOTHER;
+    line.c_ispeed = line.c_ospeed = rate;
+    if (ioctl(far_, TCSETS2, &line) < 0) throw std::runtime_error("no such rate");
+}
+
 void PseudoTerminal::unplug() {
     if (far_ >= 0) ::close(far_);
     far_ = -1;

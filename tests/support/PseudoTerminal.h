@@ -27,6 +27,9 @@ public:
     /// Bits a second, as set at the near side.
     std::uint32_t rate() const;
 
+    /// Another rate than the near side asked for, as a driver with a coarse divider sets it.
+    void setRate(std::uint32_t rate) const;
+
     void unplug();
 
 private:

@@ -36,6 +36,14 @@ void TermiosSerialControl::watch() {
               [this](std::uint32_t events) { onIo(events); });
 }
 
+/// Some drivers tell the rate that their divider reached (115385 for 115200). What was asked for goes out here, so that
+/// it can be asked for again.
+std::uint32_t TermiosSerialControl::readLine(CommState& state) {
+    const auto error = line_.read(state);
+    if (!error && hasTaken(state, setup_.state)) state.baudRate = setup_.state.baudRate;
+    return error;
+}
+
 std::uint32_t TermiosSerialControl::writeLine(const CommState& state) {
     LineSetup wanted = setup_;
     wanted.state = state;

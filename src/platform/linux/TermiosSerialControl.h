@@ -26,7 +26,7 @@ public:
 private:
     OpenFailure openLine() override;
     void closeLine() override;
-    std::uint32_t readLine(CommState& state) override { return line_.read(state); }
+    std::uint32_t readLine(CommState& state) override;
     std::uint32_t writeLine(const CommState& state) override;
     void applyControlLines() override;
     void applyHandShaking() override;
