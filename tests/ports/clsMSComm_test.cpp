@@ -92,6 +92,21 @@ TEST_F(Serial, ChangesTheSettingsItIsGiven) {
     EXPECT_EQ(after("57600N,8,1", true), "57600,N,8,1");
     EXPECT_EQ(after("e,7", true), "19200,E,7,1");
     EXPECT_EQ(after("3", true), "19200,N,8,1");  // the line keeps what it has, the next opening starts with 3
+    port.SetCOMMSettings(port.CommID(), "300,E,7,2");
+    port.Settings("4800");
+    EXPECT_EQ(port.Settings(), "4800,E,7,2");
+}
+
+TEST_F(Serial, RemembersTheSettingsOfTheControlItIsAttachedTo) {
+    fakes::FakeSerialControl control(bench.runtime);
+    control.Settings("300,E,7,1");
+    clsMSComm other(bench.map);
+    other.Attach(&control, nullptr);
+    control.Settings("9600,N,8,1");
+    other.PortOpen(true);  // there is no such port
+    EXPECT_EQ(control.Settings(), "300,E,7,1");
+    other.Attach(nullptr, nullptr);
+    EXPECT_FALSE(control.OnComm);
 }
 
 TEST_F(Serial, AppliesOnlySoundSettings) {
@@ -108,9 +123,10 @@ TEST_F(Serial, AppliesOnlySoundSettings) {
         CommState state;
     };
     const Case cases[] = {
-        {"110,n,8,1", {110, 0, 8, 0}},     {"1500,O,7,2", {1500, 1, 7, 2}},     {"128000,E,5,1.5", {128000, 2, 5, 1}},
-        {"56000,M,6,1", {56000, 3, 6, 0}}, {"921600,S,8,1", {921600, 4, 8, 0}}, {"57600N,N,8,1", {57600, 0, 8, 0}},
-        {"149.5,N,8,1", {150, 0, 8, 0}},
+        {"110,n,8,1", {110, 0, 8, 0}},         {"1500,O,7,2", {1500, 1, 7, 2}},
+        {"128000,E,5,1.5", {128000, 2, 5, 1}}, {"56000,M,6,1", {56000, 3, 6, 0}},
+        {"921600,S,8,1", {921600, 4, 8, 0}},   {"57600N,N,8,1", {57600, 0, 8, 0}},
+        {"256000,N,7.6,1", {256000, 0, 8, 0}}, {"149.5,N,8,1", {150, 0, 8, 0}},
     };
     for (const auto& one : cases) {
         EXPECT_TRUE(port.SetCOMMSettings(handle, one.settings)) << one.settings;
@@ -170,6 +186,20 @@ TEST_F(Serial, ReopensAfterAFramingErrorAndThenTells) {
     bench.runtime.DoEvents();
     EXPECT_EQ(openWhenTold, std::vector<bool>{true});
     EXPECT_EQ(port.Settings(), "9600,N,8,1");
+}
+
+TEST_F(Serial, TellsOfOtherEventsWithoutReopening) {
+    bench.control.InBufferSize(2);
+    port.RThreshold(1);
+    port.PortOpen(true);
+    const auto handle = port.CommID();
+    std::vector<std::int32_t> codes;
+    bench.event.OnComm = [&] { codes.push_back(port.CommEvent()); };
+    peer.say(bench.runtime.ms() + 1, "xyz");
+    bench.runtime.Sleep(5);
+    bench.runtime.DoEvents();
+    EXPECT_EQ(codes, (std::vector<std::int32_t>{1008, 2}));
+    EXPECT_EQ(port.CommID(), handle);
 }
 
 TEST_F(Serial, RecognisesItsNames) {
