@@ -15,6 +15,7 @@ LogPane::LogPane() {
     named(this, "txtInfo", tr("Log"), tr("What the run does, step by step"));
     setReadOnly(true);
     setUndoRedoEnabled(false);
+    setAcceptDrops(false);
     setTabChangesFocus(true);
     setTextInteractionFlags(Qt::TextSelectableByMouse | Qt::TextSelectableByKeyboard);
     setFont(QFontDatabase::systemFont(QFontDatabase::FixedFont));

@@ -30,6 +30,7 @@ VerdictCard::VerdictCard() {
     named(this, "txtVerdict", tr("How the last run ended"));
     setTabChangesFocus(true);
     setOpenLinks(false);
+    setAcceptDrops(false);
     setWordWrapMode(QTextOption::WrapAtWordBoundaryOrAnywhere);  // a digest has no blanks
     setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
     setSizePolicy(QSizePolicy::Preferred, QSizePolicy::Maximum);

@@ -9,6 +9,7 @@
 #include <QListWidget>
 #include <QMenuBar>
 #include <QMessageBox>
+#include <QMimeData>
 #include <QProgressBar>
 #include <QPushButton>
 #include <QRadioButton>
@@ -46,6 +47,7 @@ frmCorvane::frmCorvane(const Platform& platform, const WindowOptions& options)
     named(this, "frmCorvane");
     ui_.labVersion->setText(QString::fromStdString(programVersion()));
     showDevice({});
+    setAcceptDrops(true);
     connectChoices();
     connectRun();
     connectLog();
@@ -74,6 +76,7 @@ void frmCorvane::connectChoices() {
     connect(ui_.cmdLoadFile, &QPushButton::clicked, this, [this] { presenter_.cmdLoadFile_Click(); });
     connect(ui_.cmdOption, &QPushButton::clicked, this, [this] { cmdOption_Click(); });
     for (auto* field : {ui_.txtServer, ui_.txtAccount[0], ui_.txtAccount[1]}) {
+        field->setAcceptDrops(false);  // a file that is dropped here is an image, too
         connect(field, &QLineEdit::textEdited, this, [this] {
             presenter_.account(ui_.txtServer->text().toStdString(), ui_.txtAccount[0]->text().toStdString(),
                                ui_.txtAccount[1]->text().toStdString());
@@ -185,6 +188,19 @@ void frmCorvane::closeEvent(QCloseEvent* event) {
     named(&box, "frmProblem");
     box.button(QMessageBox::Ok)->setObjectName("cmdOK");
     box.exec();
+}
+
+/// One file of this computer is an image to install.
+void frmCorvane::dragEnterEvent(QDragEnterEvent* event) {
+    const auto urls = event->mimeData()->urls();
+    if (!presenter_.isBusy() && urls.size() == 1 && urls.front().isLocalFile()) event->acceptProposedAction();
+}
+
+void frmCorvane::dropEvent(QDropEvent* event) {
+    if (presenter_.isBusy()) return;
+    presenter_.optLine_Click(true);
+    presenter_.loadFile(toPath(event->mimeData()->urls().front().toLocalFile()));
+    event->acceptProposedAction();
 }
 
 void frmCorvane::running(bool isRunning) {

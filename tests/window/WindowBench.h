@@ -2,6 +2,7 @@
 
 #include <QLabel>
 #include <QPlainTextEdit>
+#include <numeric>
 #include <stdexcept>
 
 #include "DialogAnswers.h"
@@ -16,6 +17,23 @@ struct WindowBench {
     static constexpr char kImage[] =
         "[INFO]\nPGM=TARN-R200\nVER=V5.2R1\nBUD=2024/01/31\n"
         ":0400000001020304F2\n:0400100005060708D2\n:04002000090A0B0CB2\n:00000001FF\n";
+
+    /// An image of so many records of 16 bytes, and the end record.
+    static std::string imageOf(int records) {
+        std::string image = "[INFO]\nPGM=TARN-R200\nVER=V5.2R1\nBUD=2024/01/31\n";
+        for (int i = 0; i < records; ++i) {
+            Bytes bytes = {16, static_cast<std::uint8_t>(i * 16 >> 8), static_cast<std::uint8_t>(i * 16), 0};
+            for (int k = 0; k < 16; ++k) bytes.push_back(static_cast<std::uint8_t>(i * 7 + k * 13));
+            bytes.push_back(static_cast<std::uint8_t>(-std::accumulate(bytes.begin(), bytes.end(), 0)));
+            image += ':' +
+                     QByteArray(reinterpret_cast<const char*>(bytes.data()), static_cast<qsizetype>(bytes.size()))
+                         .toHex()
+                         .toUpper()
+                         .toStdString() +
+                     '\n';
+        }
+        return image + ":00000001FF\n";
+    }
 
     ~WindowBench() {
         if (window) window->close();

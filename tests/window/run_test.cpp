@@ -66,6 +66,27 @@ TEST_F(WindowRun, CarriesADeviceThroughAWholeUpdate) {
     EXPECT_EQ(control<QProgressBar>("pbProgram").value(), 0);
 }
 
+TEST_F(WindowRun, SaysHowFarProgrammingHasCome) {
+    models::DeviceOptions options;
+    options.bootBaud = 19200;
+    plug(options);
+    const auto image = imageOf(400);
+    pickImage(image);
+    agree();
+    std::string seen, title;
+    when("Programming...", [&] {
+        bench.runtime.at(bench.runtime.ms() + 5000, [&] {
+            seen = text("labPhase");
+            title = window->windowTitle().toStdString();
+            EXPECT_EQ(control<QProgressBar>("pbProgram").maximum(), static_cast<int>(image.size()));
+        });
+    });
+    press("cmdStartCheck");
+    EXPECT_EQ(memoryFault(image), "");
+    EXPECT_EQ(seen, "Programming: 52 %, 210 of 401 records, 44 a second, 5 s left");
+    EXPECT_EQ(title, "52 % Programming - Corvane");
+}
+
 TEST_F(WindowRun, CancelGivesUpAskingAnUpdatedDeviceForItsVersion) {
     auto& device = plug();
     pickImage();

@@ -1,6 +1,6 @@
 #include <QComboBox>
-#include <QListWidget>
 #include <QMenuBar>
+#include <QMimeData>
 #include <QPushButton>
 #include <QRadioButton>
 
@@ -80,6 +80,28 @@ TEST_F(Window, TakesAGoodLocalFileAndRefusesABadOne) {
     press("optLine0");
     EXPECT_EQ(choice(), "on last|TARN-R200,V5.2R1,2024/01/31");
     EXPECT_FALSE(control<QWidget>("cmdLoadFile").isEnabled());
+}
+
+TEST_F(Window, TakesAFileThatIsDroppedOnIt) {
+    const auto drop = [this](const std::string& path) {
+        QMimeData data;
+        data.setUrls({QUrl::fromLocalFile(QString::fromStdString(path))});
+        QDragEnterEvent enter({10, 10}, Qt::CopyAction, &data, Qt::LeftButton, {});
+        QApplication::sendEvent(window.get(), &enter);
+        if (!enter.isAccepted()) return false;
+        QDropEvent dropped({10, 10}, Qt::CopyAction, &data, Qt::LeftButton, {});
+        QApplication::sendEvent(window.get(), &dropped);
+        return true;
+    };
+    const auto image = bench.folder.folder.file("dropped.hex", kImage);
+    EXPECT_TRUE(drop(image));
+    EXPECT_EQ(choice(), "off file|TARN-R200,V5.2R1,2024/01/31");
+    EXPECT_EQ(text("labFileName"), "dropped.hex");
+    bench.serial.list(1);
+    press("optLast");
+    bench.runtime.at(10, [&] { EXPECT_FALSE(drop(image)) << "during a run"; });
+    press("cmdStartCheck");
+    EXPECT_EQ(choice(), "off last|TARN-R200,V5.2R1,2024/01/31");
 }
 
 TEST_F(Window, LogsAtTheEndScrollsThereAndDropsTheOldest) {
