@@ -29,6 +29,7 @@ RunNotice noticeFor(const Verdict& verdict) {
     switch (verdict.kind) {
         case Verdict::Kind::updated:
             return {verdict.headline, RunNotice::Level::safe};
+        case Verdict::Kind::uncertain:
         case Verdict::Kind::waiting:
             return {verdict.headline, RunNotice::Level::danger};
         case Verdict::Kind::untouched:

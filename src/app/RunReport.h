@@ -31,10 +31,12 @@ struct RunReport {
     bool cancelled = false;       ///< the operator cancelled, whatever followed
     bool wasSwitched = false;     ///< the device was asked to leave its application, or sat in its boot loader already
     bool isInBootLoader = false;  ///< it agreed to that, or sat there already
-    bool wasErased = false;       ///< an erase was sent
-    std::string port;             ///< as the log shows it
-    std::string portName;         ///< as it opens
-    std::string settings;         ///< of the line when the device was found
+    bool maySitInBootLoader = false;  ///< nobody knows: it was asked to switch and did not answer
+    bool wasErased = false;           ///< an erase was sent
+    bool isErased = false;            ///< and acknowledged
+    std::string port;                 ///< as the log shows it
+    std::string portName;             ///< as it opens
+    std::string settings;             ///< of the line when the device was found
     std::string protocolName;
     std::string deviceVersion;  ///< as the device said it before
     std::string product;

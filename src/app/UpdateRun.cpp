@@ -187,7 +187,8 @@ RunEnd UpdateRun::install(const std::string& image) {
     if (!inIsp_) {
         p_.view.phase(RunPhase::bootLoader);
         const bool seen = p_.isp.GoToISP();
-        report_.isInBootLoader = p_.isp.isSwitchAccepted();
+        report_.isInBootLoader = p_.isp.lastSwitch() == IspSession::Switch::accepted;
+        report_.maySitInBootLoader = p_.isp.lastSwitch() == IspSession::Switch::unanswered;
         if (!seen) {
             log("Can't enter ISP Mode!!\r\n");
             return RunEnd::noBootLoader;
@@ -249,7 +250,7 @@ bool UpdateRun::eraseAndProgram(const std::string& image) {
     for (int iTry = 1; iTry <= kTries; ++iTry) {
         p_.view.phase(RunPhase::erase);
         report_.wasErased = true;
-        if (!erased) erased = p_.isp.ISP_Erase();
+        if (!erased) report_.isErased = erased = p_.isp.ISP_Erase();
         if (erased) {
             p_.view.phase(RunPhase::program);
             if (p_.programmer.ISP_Program(image) && isQuietAfterwards()) return true;

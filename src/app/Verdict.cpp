@@ -11,7 +11,8 @@ using Steps = std::vector<std::string>;
 Verdict::Kind kindOf(const RunReport& report) {
     if (report.end == RunEnd::updated) return Verdict::Kind::updated;
     if (report.end == RunEnd::handedOver) return Verdict::Kind::handedOver;
-    return report.isInBootLoader || report.wasErased ? Verdict::Kind::waiting : Verdict::Kind::untouched;
+    if (report.isInBootLoader || report.wasErased) return Verdict::Kind::waiting;
+    return report.maySitInBootLoader ? Verdict::Kind::uncertain : Verdict::Kind::untouched;
 }
 
 std::string headlineFor(Verdict::Kind kind, const RunReport& report) {
@@ -21,8 +22,11 @@ std::string headlineFor(Verdict::Kind kind, const RunReport& report) {
         case Verdict::Kind::handedOver:
             return "The newer program has been started.";
         case Verdict::Kind::waiting:
-            return report.wasErased ? "The device waits in its boot loader. It has no working firmware yet."
+            if (report.isErased) return "The device waits in its boot loader. It has no working firmware yet.";
+            return report.wasErased ? "The device waits in its boot loader. Its firmware may be gone."
                                     : "The device waits in its boot loader. Its firmware is still there.";
+        case Verdict::Kind::uncertain:
+            return "The device may wait in its boot loader. Its firmware is still there.";
         case Verdict::Kind::untouched:
             break;
     }
@@ -66,6 +70,8 @@ std::string reasonFor(const RunReport& report) {
         case RunEnd::notDefined:
             return "firmware.inf does not say what the chosen image is.";
         case RunEnd::noBootLoader:
+            if (report.maySitInBootLoader)
+                return "The device was asked to switch into its boot loader and did not answer.";
             return report.isInBootLoader
                        ? "The device agreed to switch, but its boot loader does not answer at the rates tried."
                        : "The device did not agree to switch into its boot loader.";
@@ -108,7 +114,7 @@ Steps siteSteps(const RunReport& report) {
 }
 
 Steps stepsFor(Verdict::Kind kind, const RunReport& report) {
-    if (kind == Verdict::Kind::waiting) return rescueSteps(report);
+    if (kind == Verdict::Kind::waiting || kind == Verdict::Kind::uncertain) return rescueSteps(report);
     if (report.cancelled) return {};
     switch (report.end) {
         case RunEnd::loginFailed:
@@ -199,6 +205,8 @@ std::string verdictName(Verdict::Kind kind) {
             return "untouched";
         case Verdict::Kind::waiting:
             return "waiting";
+        case Verdict::Kind::uncertain:
+            return "uncertain";
         case Verdict::Kind::handedOver:
             break;
     }

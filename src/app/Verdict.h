@@ -20,6 +20,7 @@ struct Verdict {
         updated,
         untouched,   ///< the device runs what it ran before
         waiting,     ///< it sits in its boot loader
+        uncertain,   ///< it may sit there, with its firmware whole
         handedOver,  ///< a newer program has taken over
     };
 
@@ -39,7 +40,7 @@ Verdict verdictFor(const RunReport& report, const std::optional<Proof>& proof);
 /// All of it as lines, the steps numbered.
 std::vector<std::string> verdictLines(const Verdict& verdict);
 
-/// "updated", "untouched", "waiting" or "handedOver".
+/// "updated", "untouched", "waiting", "uncertain" or "handedOver".
 std::string verdictName(Verdict::Kind kind);
 
 }  // namespace corvane

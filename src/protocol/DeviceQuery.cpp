@@ -8,6 +8,7 @@ bool DeviceQuery::Query(std::uint8_t bFunction, Variant& vReplay, const Variant&
                         std::int32_t dwTimeout) {
     const BusyScope busy(session_);
     resetReply(vReplay);
+    answered_ = false;
     const auto frame = requestFrame(bMachine, bFunction, vParam);
     session_.stop = false;
     if (!frame || !session_.comm->PortOpen()) return false;
@@ -37,7 +38,8 @@ bool DeviceQuery::exchange(const Bytes& frame, std::int32_t timeout, Variant& re
         }
         if (!received.take(bytesOf(session_.comm->CommInput()))) silence.Reset();
     }
-    if (!received.isCrcRight()) return false;
+    answered_ = received.isCrcRight();
+    if (!answered_) return false;
     convertReply(received.data(), reply);
     return received.isAccepted();
 }

@@ -19,10 +19,14 @@ public:
     /// The same without interest in the reply's data.
     bool Query(std::uint8_t bFunction, std::int32_t dwTimeout);
 
+    /// Whether the last query got a sound reply, accepted or refused.
+    bool wasAnswered() const { return answered_; }
+
 private:
     bool exchange(const Bytes& frame, std::int32_t timeout, Variant& reply);
 
     DeviceSession& session_;
+    bool answered_ = false;
 };
 
 }  // namespace corvane

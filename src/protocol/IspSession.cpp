@@ -17,8 +17,8 @@ const std::string kRestart = "\x02R\r";
 bool IspSession::GoToISP() {
     const bool isTarn = session_.protocolName == "Tarn";
     session_.log.ShowInfo(isTarn ? "GoTo ISP Mode (Tarn Protocol)..." : "GoTo ISP Mode (TarnPlus Protocol)...");
-    switchAccepted_ = isTarn ? switchTarn() : switchTarnPlus();
-    if (!switchAccepted_) {
+    switch_ = isTarn ? switchTarn() : switchTarnPlus();
+    if (switch_ != Switch::accepted) {
         session_.log.ShowInfo(" < NG\r\n");
         return false;
     }
@@ -29,17 +29,21 @@ bool IspSession::GoToISP() {
     return seen;
 }
 
-bool IspSession::switchTarnPlus() {
+IspSession::Switch IspSession::switchTarnPlus() {
     constexpr std::int32_t kTimeout = 5000;
     Variant reply = std::uint8_t{0};
-    if (query_.Query(kEnterIsp, reply, {}, 0, kTimeout)) return true;
-    if (std::get<std::uint8_t>(reply) != kLoginFirst) return false;
-    std::string password = "quill";
-    return login_.Login(password) && query_.Query(kEnterIsp, reply, {}, 0, kTimeout);
+    if (query_.Query(kEnterIsp, reply, {}, 0, kTimeout)) return Switch::accepted;
+    if (std::get<std::uint8_t>(reply) == kLoginFirst) {
+        std::string password = "quill";
+        if (!login_.Login(password)) return Switch::refused;
+        if (query_.Query(kEnterIsp, reply, {}, 0, kTimeout)) return Switch::accepted;
+    }
+    return query_.wasAnswered() ? Switch::refused : Switch::unanswered;
 }
 
-bool IspSession::switchTarn() {
-    return session_.send(kLetterX) && lines_.wait_comm(0.5) == kLine && session_.receivedLine.front() == 'A';
+IspSession::Switch IspSession::switchTarn() {
+    if (!session_.send(kLetterX) || lines_.wait_comm(0.5) != kLine) return Switch::unanswered;
+    return session_.receivedLine.front() == 'A' ? Switch::accepted : Switch::refused;
 }
 
 /// Looks for the prompt at the boot loader's rate; when no rate is known, at the present one and then at 115200.

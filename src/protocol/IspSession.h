@@ -14,8 +14,10 @@ public:
     /// Switches the device into its boot loader at the session's ispBaudRate; True when its prompt was seen then.
     bool GoToISP();
 
-    /// Whether the device agreed to switch in the last GoToISP, prompt or not.
-    bool isSwitchAccepted() const { return switchAccepted_; }
+    /// What became of the request to switch in the last GoToISP, prompt or not. Without an answer it may have been
+    /// obeyed.
+    enum class Switch { refused, unanswered, accepted };
+    Switch lastSwitch() const { return switch_; }
 
     /// True when the device acknowledged that its flash is erased.
     bool ISP_Erase();
@@ -27,8 +29,8 @@ public:
     void wait_output_empty(std::int32_t limit);
 
 private:
-    bool switchTarnPlus();
-    bool switchTarn();
+    Switch switchTarnPlus();
+    Switch switchTarn();
     bool findPrompt();
     void setPortSettings(const std::string& settings);
 
@@ -36,7 +38,7 @@ private:
     DeviceQuery query_;
     DeviceLogin login_;
     LineReader lines_;
-    bool switchAccepted_ = false;
+    Switch switch_ = Switch::refused;
 };
 
 }  // namespace corvane

@@ -67,14 +67,20 @@ TEST_F(VerdictOfARun, IsUntouchedAsLongAsTheDeviceIs) {
 }
 
 TEST_F(VerdictOfARun, IsTheBootLoaderFromThereOn) {
-    auto verdict = judge("boot-deaf=9000");
+    auto verdict = judge("drop@4");  // the answer to the switch, behind two prompts and the version
+    EXPECT_EQ(verdict.kind, Verdict::Kind::uncertain);
+    EXPECT_TRUE(says(verdict, "was asked to switch into its boot loader and did not answer"));
+    verdict = judge("boot-deaf=9000");
     EXPECT_EQ(verdict.headline, "The device waits in its boot loader. Its firmware is still there.");
     EXPECT_TRUE(says(verdict, "1. Leave the device connected"));
     EXPECT_FALSE(verdict.isSafeToUnplug);
     for (const char* fault : {"nak@:0400100005060708D2x*", "erase-nakx*", "unplug@1", "unplug-erase"}) {
         verdict = judge(fault);
         EXPECT_EQ(verdict.kind, Verdict::Kind::waiting) << fault;
-        EXPECT_EQ(verdict.headline, "The device waits in its boot loader. It has no working firmware yet.") << fault;
+        const bool isErased = std::string(fault).find("erase") == std::string::npos;
+        EXPECT_EQ(verdict.headline, isErased ? "The device waits in its boot loader. It has no working firmware yet."
+                                             : "The device waits in its boot loader. Its firmware may be gone.")
+            << fault;
         EXPECT_TRUE(says(verdict, "2. Force an update")) << fault;
     }
 }
