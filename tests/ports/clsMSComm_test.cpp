@@ -253,7 +253,24 @@ TEST_F(Serial, GivesTheSystemsWords) {
 }
 
 TEST_F(Serial, ForwardsTheRestAndItsErrors) {
+    port.InBufferSize(100);
+    port.OutBufferSize(200);
+    port.EOFEnable(true);
+    EXPECT_EQ(bench.control.InBufferSize() + 2 * port.InBufferSize(), 300);
+    EXPECT_EQ(bench.control.OutBufferSize() + 2 * port.OutBufferSize(), 600);
+    EXPECT_TRUE(bench.control.EOFEnable() && port.EOFEnable() && !port.NullDiscard());
     port.PortOpen(true);
+    for (const std::size_t input : {0U, 1U, 2U}) {
+        bench.control.hold(input == 0, input == 1, input == 2);
+        EXPECT_EQ((std::vector<bool>{port.CDHolding(), port.CTSHolding(), port.DSRHolding()}),
+                  (std::vector<bool>{input == 0, input == 1, input == 2}));
+    }
+    port.Break(true);
+    EXPECT_TRUE(bench.control.Break() && port.Break());
+    bench.control.addUnsent(9);
+    EXPECT_EQ(port.OutBufferCount(), 9);
+    port.OutBufferCount(0);
+    EXPECT_EQ(port.OutBufferCount(), 0);
     port.InputMode(0);
     port.InputLen(2);
     port.CommOutput(std::string("abc"));
@@ -270,11 +287,11 @@ TEST_F(Serial, ForwardsTheRestAndItsErrors) {
     port.HandShaking(2);
     port.NullDiscard(true);
     port.ParityReplace("#");
-    EXPECT_EQ(bench.control.RThreshold(), 3);
-    EXPECT_EQ(bench.control.SThreshold(), 4);
-    EXPECT_EQ(bench.control.HandShaking(), 2);
-    EXPECT_TRUE(bench.control.NullDiscard());
-    EXPECT_EQ(bench.control.ParityReplace(), "#");
+    EXPECT_EQ(bench.control.RThreshold() + 2 * port.RThreshold(), 9);
+    EXPECT_EQ(bench.control.SThreshold() + 2 * port.SThreshold(), 12);
+    EXPECT_EQ(bench.control.HandShaking() + 2 * port.HandShaking(), 6);
+    EXPECT_TRUE(bench.control.NullDiscard() && port.NullDiscard());
+    EXPECT_EQ(bench.control.ParityReplace() + port.ParityReplace(), "##");
     EXPECT_THROW(port.CTSHolding(true), PortError);
     port.PortOpen(false);
     EXPECT_THROW(port.CommOutput(std::string("x")), PortError);
