@@ -171,6 +171,8 @@ QWidget* MainControls::makeUpdate() {
     cmdStartCheck->setFont(font);
     pbProgram = named(new QProgressBar, "pbProgram", tr("Progress"));
     labPhase = textLabel("labPhase", tr("What the run does"));
+    labPhase->setAlignment(Qt::AlignTop | Qt::AlignLeft);
+    labPhase->setMinimumHeight(2 * labPhase->fontMetrics().lineSpacing());  // so that nothing moves with its length
 
     auto* buttons = new QHBoxLayout;
     buttons->addWidget(cmdStartCheck, 1);

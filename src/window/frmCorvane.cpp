@@ -144,7 +144,7 @@ void frmCorvane::conclude(const RunReport& report) {
     QApplication::restoreOverrideCursor();
     ui_.notice->say(noticeFor(verdict));
     ui_.txtVerdict->showVerdict(verdict);
-    showDevice(report);
+    showDevice(verdict.kind == Verdict::Kind::updated ? RunReport() : report);  // ready for the next one
     ui_.cmdStartCheck->setFocus();
 }
 
@@ -243,6 +243,7 @@ void frmCorvane::showProgress() {
     // Nobody knows how long a server takes, which is what Qt shows for a maximum of 0.
     ui_.pbProgram->setRange(0, static_cast<int>(isLogin_ ? 0 : std::clamp<std::int64_t>(maximum, 1, kMost)));
     ui_.pbProgram->setTextVisible(value > 0);
+    ui_.pbProgram->setFormat(QString::number(meter_.percent()) + " %");  // of records, as the line below says
     ui_.pbProgram->setValue(static_cast<int>(std::clamp<std::int64_t>(value, 0, kMost)));
     ui_.labPhase->setText(QString::fromStdString(meter_.text()));
     const auto title = QString::fromStdString(meter_.title());
