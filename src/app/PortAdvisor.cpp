@@ -8,6 +8,11 @@
 namespace corvane {
 
 std::string PortAdvisor::refusal(const std::string& port) {
+    if (!startsWithNoCase(port, "COM")) {
+        const auto reason = readerFailure ? readerFailure() : std::string();
+        return port + " does not open" + (reason.empty() ? "" : ": " + reason) +
+               ". Plug the reader in again; when this user may not use it, install the udev rules of this program.";
+    }
     const auto failure = serial_.openFailure();
     const auto place = port + " (" + failure.path + ")";
     switch (failure.kind) {

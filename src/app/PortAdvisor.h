@@ -1,5 +1,6 @@
 #pragma once
 
+#include <functional>
 #include <string>
 #include <vector>
 
@@ -15,7 +16,10 @@ public:
     PortAdvisor(SerialControl& serial, PortMap& map, PortInspector& inspector)
         : serial_(serial), map_(map), inspector_(inspector) {}
 
-    /// Why the serial port that was tried last did not open.
+    /// Why the last reader that was tried did not open; empty when nobody knows.
+    std::function<std::string()> readerFailure;
+
+    /// Why the port that was tried last did not open.
     std::string refusal(const std::string& port);
 
     /// What may disturb a scan of these ports, a sentence each.

@@ -34,6 +34,7 @@ Updater::Updater(const Platform& platform, const Face& face)
     vellIO_.OnDevice = [this](std::int32_t event, const std::string& port, const std::string& device) {
         tellReader(event, port, device);
     };
+    advisor_.readerFailure = [this] { return vellIO_.openFailure(); };
     vellIO_.ReadProperties(true, {});
     hidPort_.Attach(&vellIO_, &commEvent_);
 }

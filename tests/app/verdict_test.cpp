@@ -153,6 +153,10 @@ TEST(Advice, NamesTheCure) {
                   node +
                   "\" and start again; for good, join the group: \"sudo adduser olive dialout\", "
                   "then log in anew.");
+    advisor.readerFailure = [] { return "/dev/hidraw0: Permission denied"; };
+    EXPECT_EQ(advisor.refusal("HID1"),
+              "HID1 does not open: /dev/hidraw0: Permission denied. Plug the reader in again; when this user may not use "
+              "it, install the udev rules of this program.");
     inspector.probed.insert("/dev/ttyS1");
     EXPECT_EQ(advisor.beforeScan({"", "COM1", "HID1"}).size(), 1U);
 }
