@@ -104,7 +104,8 @@ class Package(unittest.TestCase):
                         ["appstreamcli", "validate", "--no-net", metainfo],
                         ["lintian", "--fail-on", "error", self.package]):
             with self.subTest(command[0]):
-                done = subprocess.run(command, capture_output=True, text=True, timeout=LIMIT, check=False)
+                done = subprocess.run(command, env={**os.environ, "TMPDIR": str(self.folder)}, capture_output=True,
+                                      text=True, timeout=LIMIT, check=False)
                 self.assertEqual(done.returncode, 0, done.stdout + done.stderr)
 
     def test_man_page_and_completion_know_every_option(self):
