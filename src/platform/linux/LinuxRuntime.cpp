@@ -4,6 +4,7 @@
 #include <array>
 #include <cerrno>
 #include <cmath>
+#include <poll.h>
 #include <sys/epoll.h>
 #include <sys/timerfd.h>
 #include <system_error>
@@ -89,7 +90,9 @@ bool LinuxRuntime::moveIo(std::int64_t untilMicros) {
     std::array<epoll_event, 16> events{};
     const std::int64_t left = std::max<std::int64_t>(0, untilMicros - monotonicMicros());
     const timespec timeout{left / 1000000, left % 1000000 * 1000};
-    const int count = epoll_pwait2(epoll_, events.data(), static_cast<int>(events.size()), &timeout, nullptr);
+    pollfd epoll{epoll_, POLLIN, 0};  // epoll_pwait2 would do, but kernels before 5.11 do not have it
+    if (left > 0) ppoll(&epoll, 1, &timeout, nullptr);
+    const int count = epoll_wait(epoll_, events.data(), static_cast<int>(events.size()), 0);
     for (int i = 0; i < count; ++i) {
         const std::uint64_t data = events[static_cast<std::size_t>(i)].data.u64;
         const auto found = watches_.find(static_cast<int>(data & 0xFFFFFFFF));
