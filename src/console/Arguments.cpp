@@ -23,8 +23,8 @@ const std::vector<Option>& options() {
         return [member](Arguments& arguments) { arguments.*member = true; };
     };
     static const std::vector<Option> all = {
-        {"--offline", {Command::update, Command::images}, [](Arguments& a) { a.offLine = true; }, nullptr},
-        {"--online", {Command::update}, [](Arguments& a) { a.offLine = false; }, nullptr},
+        {"--offline", {Command::update, Command::images}, flag(&Arguments::offLineWanted), nullptr},
+        {"--online", {Command::update}, flag(&Arguments::onLineWanted), nullptr},
         {"--file", {Command::update}, nullptr, value(&Arguments::file)},
         {"--server", {Command::update}, nullptr, value(&Arguments::server)},
         {"--user", {Command::update}, nullptr, value(&Arguments::user)},
@@ -86,22 +86,24 @@ bool takeOption(const std::vector<std::string>& words, std::size_t& at, Argument
         problem = "the option " + name + " needs a value";
         return false;
     }
+    if (name == "--port" && value->empty()) {
+        problem = "the option --port needs the name of a port";  // an empty variable of a script must not mean any port
+        return false;
+    }
     found->setValue(arguments, *value);
     return true;
 }
 
-/// --file means off line, --server means on line; what contradicts them is wrong.
+/// --file means off line, --server means on line; what contradicts them, or itself, is wrong.
 bool settleMode(Arguments& arguments, std::string& problem) {
-    if (arguments.file && (arguments.server || arguments.offLine == false)) {
-        problem = "--file is a local image: it does not go with --online or --server";
+    const bool offLine = arguments.offLineWanted || arguments.file;
+    const bool onLine = arguments.onLineWanted || arguments.server;
+    if (offLine && onLine) {
+        problem = arguments.file ? "--file is a local image: it does not go with --online or --server"
+                                 : "--offline does not go with --online or --server";
         return false;
     }
-    if (arguments.server && arguments.offLine == true) {
-        problem = "--server does not go with --offline";
-        return false;
-    }
-    if (arguments.file) arguments.offLine = true;
-    if (arguments.server) arguments.offLine = false;
+    if (offLine || onLine) arguments.offLine = offLine;
     return true;
 }
 

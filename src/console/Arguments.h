@@ -20,6 +20,8 @@ struct Arguments {
     std::optional<std::string> logFile;
     std::optional<std::string> record;
     std::optional<bool> offLine;  ///< as --offline, --online, --file or --server say; nothing when none does
+    bool offLineWanted = false;   ///< --offline stood there
+    bool onLineWanted = false;    ///< --online
     bool force = false;
     bool yes = false;
     bool selfUpdate = false;
