@@ -7,7 +7,7 @@ namespace corvane {
 
 bool FileExists(const std::string& path) {
     std::error_code error;
-    return !path.empty() && std::filesystem::exists(path, error) && !std::filesystem::is_directory(path, error);
+    return !path.empty() && std::filesystem::is_regular_file(path, error);
 }
 
 bool FolderExists(const std::string& path) {

@@ -4,7 +4,8 @@
 
 namespace corvane {
 
-/// True when a file (no folder) lies at the path. Paths here are in the system's bytes.
+/// True when a file lies at the path: no folder, and no pipe, which could not be read a second time. Paths here are in
+/// the system's bytes.
 bool FileExists(const std::string& path);
 bool FolderExists(const std::string& path);
 

@@ -1,5 +1,6 @@
 #include "app/LocalImageLoader.h"
 
+#include "app/Files.h"
 #include "text/RuntimeError.h"
 #include "text/Text.h"
 
@@ -10,6 +11,7 @@ constexpr std::size_t kMostRecords = 32768;
 
 /// Fills the record store; false when the file has no record.
 bool readRecords(const std::string& path, std::vector<std::string>& records) {
+    if (!FileExists(path)) return false;
     std::string content;
     try {
         content = readFile(path);

@@ -1,4 +1,5 @@
 #include <gtest/gtest.h>
+#include <sys/stat.h>
 
 #include "app/FirmwareDialog.h"
 #include "app/FirmwareListParser.h"
@@ -210,6 +211,10 @@ TEST_F(Information, OfALocalImageStandsInItsHead) {
         EXPECT_EQ(image.program + image.version + image.path, "Invalid File Format!!");
     }
     EXPECT_FALSE(LoadHexInfo(inf, bench.folder.path(), image));
+    const auto pipe =
+        bench.folder.folder.at("pipe");  // what it gives it gives once, and an image is read several times
+    ASSERT_EQ(mkfifo(pipe.c_str(), 0600), 0);
+    EXPECT_FALSE(LoadHexInfo(inf, pipe, image));
 }
 
 }  // namespace
