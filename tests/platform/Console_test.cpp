@@ -91,5 +91,22 @@ TEST(SignalSource, TurnsSignalsIntoCalls) {
     std::signal(SIGPIPE, SIG_DFL);
 }
 
+TEST(SignalSource, LeavesIgnoredSignalsAloneAndSwallowsLateOnes) {
+    LinuxRuntime runtime;
+    std::signal(SIGHUP, SIG_IGN);
+    int calls = 0;
+    {
+        const SignalSource source(runtime, [&] { ++calls; });
+        raise(SIGHUP);
+        runtime.DoEvents();
+        EXPECT_EQ(calls, 0);
+        raise(SIGTERM);  // nobody looks any more
+    }
+    runtime.DoEvents();
+    EXPECT_EQ(calls, 0);
+    std::signal(SIGHUP, SIG_DFL);
+    std::signal(SIGPIPE, SIG_DFL);
+}
+
 }  // namespace
 }  // namespace corvane

@@ -70,10 +70,15 @@ private:
     bool watching_ = false;
 };
 
+/// Without those that whoever started the program wants ignored, as nohup does.
 sigset_t cancelSignals() {
     sigset_t signals;
     sigemptyset(&signals);
-    for (const int one : {SIGINT, SIGTERM, SIGHUP}) sigaddset(&signals, one);
+    for (const int one : {SIGINT, SIGTERM, SIGHUP}) {
+        struct sigaction present {};
+        sigaction(one, nullptr, &present);
+        if (present.sa_handler != SIG_IGN) sigaddset(&signals, one);
+    }
     return signals;
 }
 
@@ -130,14 +135,21 @@ SignalSource::SignalSource(LinuxRuntime& runtime, std::function<void()> handler)
     descriptor_ = signalfd(-1, &signals, SFD_NONBLOCK | SFD_CLOEXEC);
     if (descriptor_ < 0) throw std::system_error(errno, std::generic_category(), "signalfd");
     runtime_.watch(descriptor_, EPOLLIN, [this](std::uint32_t) {
-        signalfd_siginfo info{};
-        while (::read(descriptor_, &info, sizeof info) == sizeof info) runtime_.post(this, handler_);
+        while (take()) runtime_.post(this, handler_);
     });
+}
+
+bool SignalSource::take() {
+    signalfd_siginfo info{};
+    return ::read(descriptor_, &info, sizeof info) == sizeof info;
 }
 
 SignalSource::~SignalSource() {
     runtime_.forget(this);
     runtime_.unwatch(descriptor_);
+    while (take()) {
+        // One that came too late to change anything must not kill a program that has done its work.
+    }
     ::close(descriptor_);
     const sigset_t signals = cancelSignals();
     sigprocmask(SIG_UNBLOCK, &signals, nullptr);

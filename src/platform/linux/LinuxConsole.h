@@ -44,7 +44,8 @@ private:
     std::string typed_;  // beyond the line that was asked for
 };
 
-/// Turns SIGINT, SIGTERM and SIGHUP into calls of a handler from DoEvents, and ignores SIGPIPE, while it lives.
+/// Turns SIGINT, SIGTERM and SIGHUP, as far as they are not ignored, into calls of a handler from DoEvents, and ignores
+/// SIGPIPE, while it lives.
 class SignalSource {
 public:
     SignalSource(LinuxRuntime& runtime, std::function<void()> handler);
@@ -53,6 +54,8 @@ public:
     SignalSource& operator=(const SignalSource&) = delete;
 
 private:
+    bool take();
+
     LinuxRuntime& runtime_;
     std::function<void()> handler_;
     int descriptor_;
