@@ -24,8 +24,9 @@ public:
     /// nothing when no such port is known.
     virtual std::optional<std::string> devicePath(int number) = 0;
 
-    /// What is wrong with the map file as it was last read, a sentence a line that could not be used.
-    virtual std::vector<std::string> problems() const = 0;
+    /// What is wrong with the map file as the last list had it (made now if there was none), a sentence a line that
+    /// could not be used.
+    virtual std::vector<std::string> problems() = 0;
 };
 
 }  // namespace corvane

@@ -124,7 +124,9 @@ TEST(LinuxPortMap, NamedPortsComeFirstUnderTheKernelsName) {
 TEST(LinuxPortMap, AutoOffListsTheNamedOnesAlone) {
     Machine machine;
     machine.add("ttyS0", "4");
-    machine.write("Auto = OFF\nCOM2=/dev/null\n");
+    machine.write(
+        "\xef\xbb\xbf"
+        "Auto = OFF\nCOM2=/dev/null\n");
     EXPECT_EQ(machine.map.list(), (Entries{{"null", "COM2"}}));
     machine.write("auto=off\n");
     EXPECT_EQ(machine.map.list(), Entries{});
@@ -137,9 +139,9 @@ TEST(LinuxPortMap, LinesThatCannotBeUsedAreSkippedAndTold) {
     machine.write(
         "COM2=/dev/null\nCOM0=/dev/null\nCOM257=/dev/null\nCOM=/dev/null\nCOM-1=/dev/null\nport=/dev/null\n"
         "COM3\nCOM4=ttyUSB0\nCOM2=/dev/zero\nauto=maybe\n");
-    EXPECT_EQ(machine.map.list(), (Entries{{"null", "COM2"}}));
     const auto problems = machine.map.problems();
     ASSERT_EQ(problems.size(), 9u);
+    EXPECT_EQ(machine.map.list(), (Entries{{"null", "COM2"}}));
     const auto start = machine.folder.at("serialcomm.conf") + ", line ";
     EXPECT_EQ(problems[0], start +
                                "2, \"COM0=/dev/null\" is not used: write a port from COM1 to COM256, \"=\" and a "

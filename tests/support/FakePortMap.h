@@ -34,7 +34,7 @@ public:
         return std::nullopt;
     }
 
-    std::vector<std::string> problems() const override { return faults; }
+    std::vector<std::string> problems() override { return faults; }
 
 private:
     std::optional<std::vector<PortMapEntry>> known_;  // as last listed

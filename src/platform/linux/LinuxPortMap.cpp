@@ -111,6 +111,11 @@ std::optional<std::vector<PortMapEntry>> LinuxPortMap::list() {
     return entries;
 }
 
+std::vector<std::string> LinuxPortMap::problems() {
+    if (!paths_) list();
+    return problems_;
+}
+
 std::optional<std::string> LinuxPortMap::devicePath(int number) {
     if (!paths_) list();
     const auto found = paths_->find(number);

@@ -23,7 +23,7 @@ public:
 
     std::optional<std::vector<PortMapEntry>> list() override;
     std::optional<std::string> devicePath(int number) override;
-    std::vector<std::string> problems() const override { return problems_; }
+    std::vector<std::string> problems() override;
 
 private:
     bool isConsole(const std::string& device) const;
