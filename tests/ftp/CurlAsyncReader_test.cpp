@@ -8,6 +8,7 @@
 #include <netinet/in.h>
 #include <sys/resource.h>
 #include <sys/socket.h>
+#include <sys/wait.h>
 #include <unistd.h>
 
 #include "ftp/FTPDownload.h"
@@ -55,6 +56,32 @@ protected:
     std::optional<CurlAsyncReader> reader_;
     std::optional<ReadLog> log_;
 };
+
+TEST_F(CurlAsyncReaderTest, LoginNeedsNoUsableFolderOfTheEnvironment) {
+    serve();
+    reader();
+    const char* before = std::getenv("TMPDIR");
+    const std::string kept = before ? before : "";
+    setenv("TMPDIR", local_.at("nowhere").c_str(), 1);
+    const auto result = log_->read(address(""));
+    before ? setenv("TMPDIR", kept.c_str(), 1) : unsetenv("TMPDIR");
+    EXPECT_NE(ReadLog::taken(result), "");
+}
+
+TEST_F(CurlAsyncReaderTest, ClearsAwayWhatKilledProgramsHaveLeft) {
+    serve();
+    reader();
+    const auto gone = fork();
+    if (gone == 0) _exit(0);
+    waitpid(gone, nullptr, 0);
+    std::vector<std::string> kept = {".corvane-" + std::to_string(getppid()) + "-0.part", ".corvane-x.part",
+                                     ".corvane-" + std::to_string(gone) + "-0.hex"};
+    std::sort(kept.begin(), kept.end());
+    for (const auto& name : kept) local_.file(name, "");
+    local_.file(".corvane-" + std::to_string(gone) + "-3.part", "half of it");
+    EXPECT_EQ(ReadLog::taken(log_->read(address("/firmware/image.hex"), local_.at("image.hex"))), everyByte());
+    EXPECT_EQ(local_.names(), kept);
+}
 
 TEST_F(CurlAsyncReaderTest, AccountsAndPathsArriveAsTheyAre) {
     auto& site = serve(R"("home": {"upd": "/home/upd"}, "anonymous": true)");

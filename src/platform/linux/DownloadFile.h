@@ -1,5 +1,6 @@
 #pragma once
 
+#include <filesystem>
 #include <string>
 #include <string_view>
 
@@ -9,7 +10,8 @@ namespace corvane {
 /// object ends, unless it was finished. Everything throws std::system_error.
 class DownloadFile {
 public:
-    /// The file lies beside the target; without a target, in the system's folder for temporary files.
+    /// The file lies beside the target, where it first clears away what killed programs have left of theirs; without a
+    /// target, in a folder for temporary files.
     explicit DownloadFile(const std::string& target);
     ~DownloadFile();
     DownloadFile(const DownloadFile&) = delete;
@@ -21,6 +23,8 @@ public:
     std::string finish();
 
 private:
+    bool open(const std::filesystem::path& folder);
+
     std::string path_;
     int descriptor_ = -1;
 };
