@@ -7,6 +7,8 @@
 namespace corvane {
 namespace {
 
+constexpr char32_t kBad = 0xFFFFFFFF;
+
 /// The characters of the codes 0x80 to 0x9F.
 constexpr std::array<char32_t, 32> kUpper = {0x20AC, 0x0081, 0x201A, 0x0192, 0x201E, 0x2026, 0x2020, 0x2021,
                                              0x02C6, 0x2030, 0x0160, 0x2039, 0x0152, 0x008D, 0x017D, 0x008F,
@@ -26,9 +28,8 @@ void append(std::string& out, char32_t c) {
     }
 }
 
-/// Takes one character off the front; 0xFFFFFFFF (and one byte taken) when the front is not UTF-8.
+/// Takes one character off the front; kBad (and one byte taken) when the front is not UTF-8.
 char32_t take(std::string_view& utf8) {
-    constexpr char32_t kBad = 0xFFFFFFFF;
     const auto lead = static_cast<std::uint8_t>(utf8.front());
     const std::size_t length = lead < 0x80 ? 1 : lead >= 0xF0 ? 4 : lead >= 0xE0 ? 3 : lead >= 0xC2 ? 2 : 0;
     char32_t c = length < 2 ? lead : lead & (0x7F >> length);
@@ -66,6 +67,20 @@ std::string fromUtf8(std::string_view utf8) {
     std::string out;
     out.reserve(utf8.size());
     while (!utf8.empty()) out += toCode(take(utf8));
+    return out;
+}
+
+std::string soundUtf8(std::string_view bytes) {
+    std::string out;
+    out.reserve(bytes.size());
+    while (!bytes.empty()) {
+        const auto before = bytes;
+        if (take(bytes) == kBad) {
+            append(out, 0xFFFD);
+        } else {
+            out += before.substr(0, before.size() - bytes.size());
+        }
+    }
     return out;
 }
 

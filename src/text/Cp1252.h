@@ -12,4 +12,7 @@ std::string toUtf8(std::string_view text1252);
 /// A character that Windows-1252 does not have becomes "?", and so does each byte that is not UTF-8.
 std::string fromUtf8(std::string_view utf8);
 
+/// The text as it is, but for bytes that are not UTF-8 (a path may hold some): each becomes U+FFFD.
+std::string soundUtf8(std::string_view bytes);
+
 }  // namespace corvane

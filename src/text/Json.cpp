@@ -2,11 +2,13 @@
 
 #include <cstdio>
 
+#include "text/Cp1252.h"
+
 namespace corvane {
 
 std::string jsonString(std::string_view utf8) {
     std::string out = "\"";
-    for (const char c : utf8) {
+    for (const char c : soundUtf8(utf8)) {
         if (c == '"' || c == '\\') {
             out += '\\';
             out += c;
