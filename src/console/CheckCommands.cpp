@@ -8,6 +8,7 @@
 #include "app/SiteDigests.h"
 #include "console/Console.h"
 #include "console/SiteAddress.h"
+#include "console/TerminalText.h"
 #include "text/Cp1252.h"
 #include "text/Json.h"
 #include "text/RuntimeError.h"
@@ -16,7 +17,7 @@
 namespace corvane {
 namespace {
 
-constexpr int kFoundSomething = 1, kNoSite = 4;
+constexpr int kFoundSomething = 1, kCancelled = 1, kNoSite = 4;
 constexpr char kInformation[] = "/firmware/firmware.inf";
 
 std::optional<std::string> contentOf(const std::string& path) {
@@ -99,7 +100,7 @@ private:
 };
 
 int finish(Console& console, const Arguments& arguments, const SiteReport& report) {
-    console.out.write(arguments.json ? jsonOf(report) : textOf(report));
+    writeHarmless(console.out, arguments.json ? jsonOf(report) : textOf(report));
     return report.findings.empty() ? 0 : kFoundSomething;
 }
 
@@ -144,17 +145,23 @@ int checkServer(Console& console, const Arguments& arguments, const SiteAddress&
     choices.server = address.server;
     if (address.user) choices.userName = *address.user;
     auto& site = scope.updater.site();
-    console.interrupt = [&site] { site.cancel(); };
+    bool cancelled = false;
+    console.interrupt = [&] {
+        cancelled = true;
+        site.cancel();
+    };
     const FetchFolder folder;
     const auto fetch = [&](const std::string& path) -> std::optional<std::string> {
-        if (!site.FTP_Download(path, folder.file())) return std::nullopt;
+        if (cancelled || !site.FTP_Download(path, folder.file())) return std::nullopt;
         return contentOf(folder.file());
     };
-    if (!site.login() || !site.FTP_Download(kInformation, folder.information())) {
+    if (!site.login() || cancelled || !site.FTP_Download(kInformation, folder.information())) {
+        if (cancelled) return scope.end(kCancelled);
         scope.face.say(site.problem().empty() ? "The site could not be read." : site.problem());
         return scope.end(kNoSite);
     }
     const auto report = SiteCheck(console.platform.profile, console.platform.digest, fetch).check(folder.information());
+    if (cancelled) return scope.end(kCancelled);  // what could not be fetched any more is no finding
     return scope.end(finish(console, arguments, report));
 }
 

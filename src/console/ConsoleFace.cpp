@@ -3,6 +3,7 @@
 #include <utility>
 
 #include "app/FirmwareDialog.h"
+#include "console/TerminalText.h"
 #include "text/Cp1252.h"
 #include "text/Text.h"
 
@@ -23,7 +24,7 @@ ConsoleFace::ConsoleFace(const Arguments& arguments, LogPrinter& printer, TextSi
 
 void ConsoleFace::say(const std::string& utf8) {
     endProgressLine();
-    err_.write("corvane-cli: " + utf8 + "\n");
+    writeHarmless(err_, "corvane-cli: " + utf8 + "\n");
 }
 
 void ConsoleFace::endProgressLine() {
@@ -54,7 +55,7 @@ void ConsoleFace::portRefused(const std::string& port) {
 std::optional<std::string> ConsoleFace::ask(const std::string& question, bool echo) {
     if (!terminal_.isThere() || abandoned_) return std::nullopt;
     endProgressLine();
-    err_.write(question);
+    writeHarmless(err_, question);
     return terminal_.readLine(echo, [this] { return abandoned_; });
 }
 
@@ -77,7 +78,9 @@ bool ConsoleFace::messageBox(Question question, const std::string& text) {
         if (question == Question::unsoundImage) say(asLines(text) + " Yes, as --yes says.");
         return true;
     }
+    isAskingAboutImage_ = question == Question::unsoundImage;
     const auto answer = ask(asLines(text) + " [y/N] ", true);
+    isAskingAboutImage_ = false;
     if (!answer && !terminal_.isThere()) say("Nobody is there to answer the question; --yes answers it with OK.");
     const auto word = std::string(trimmed(answer.value_or("")));
     return equalsNoCase(word, "y") || equalsNoCase(word, "yes") || equalsNoCase(word, "ok");
@@ -88,7 +91,7 @@ void ConsoleFace::chooseFirmware(FirmwareDialog& dialog) {
     dialog.select(entry);
     if (entry < 0 || abandoned_) return;
     if (!arguments_.yes && terminal_.isThere()) {
-        err_.write(asLines(dialog.header() + dialog.details()) + asLines(dialog.verdict().text) + "\n");
+        writeHarmless(err_, asLines(dialog.header() + dialog.details()) + asLines(dialog.verdict().text) + "\n");
     }
     dialog.ok(*this);
 }

@@ -28,6 +28,9 @@ public:
     /// Cancel was pressed: a question that is open counts as answered with Cancel.
     void abandonQuestions() { abandoned_ = true; }
 
+    /// The question about an unsound image is open: the image is there, but the device is still as it was.
+    bool isAskingAboutImage() const { return isAskingAboutImage_; }
+
     /// A line on standard error.
     void say(const std::string& utf8);
 
@@ -65,6 +68,7 @@ private:
     Terminal& terminal_;
     std::optional<std::string> devicePassword_;
     bool abandoned_ = false;
+    bool isAskingAboutImage_ = false;
     int shownPercent_ = -1;
 };
 

@@ -1,4 +1,5 @@
 #include "console/Console.h"
+#include "console/TerminalText.h"
 #include "text/Cp1252.h"
 #include "text/Json.h"
 #include "text/Text.h"
@@ -50,7 +51,7 @@ int portsCommand(Console& console, const Arguments& arguments) {
         if (arguments.json) continue;
         auto line = row.name + "\t" + row.device + "\t" + toUtf8(row.description);
         if (!row.isScanned) line += "not scanned";
-        console.out.write(line + "\n");
+        writeHarmless(console.out, line + "\n");
     }
     if (arguments.json) console.out.write(jsonList("ports", objects));
     if (rows.empty()) scope.face.say("There is no port.");
@@ -75,21 +76,26 @@ int scanCommand(Console& console, const Arguments& arguments) {
         console.out.write("{" + jsonPair("port", port) + "," + jsonPair("settings", settings) + "," +
                           jsonPair("version", version) + ",\"bootLoader\":" + (inIsp ? "true" : "false") + "}\n");
     } else {
-        console.out.write(port + "\t" + toUtf8(version) + "\n");
+        writeHarmless(console.out, port + "\t" + toUtf8(version) + "\n");
     }
     return scope.end(0);
 }
 
 int imagesCommand(Console& console, const Arguments& arguments) {
-    constexpr int kNoSite = 4, kNothing = 1;
+    constexpr int kNoSite = 4, kNothing = 1, kCancelled = 1;
     CommandScope scope(console, arguments, console.err, false);
     auto& site = scope.updater.site();
-    console.interrupt = [&site] { site.cancel(); };
+    bool cancelled = false;
+    console.interrupt = [&] {
+        cancelled = true;
+        site.cancel();
+    };
     const auto& folder = scope.updater.platform().folder;
     const bool fetched =
         scope.updater.choices.offLine ||
-        (site.login() && site.FTP_Download("/firmware/firmware.inf", folder.resolve("\\firmware.inf")));
+        (site.login() && !cancelled && site.FTP_Download("/firmware/firmware.inf", folder.resolve("\\firmware.inf")));
     if (!fetched) {
+        if (cancelled) return scope.end(kCancelled);
         if (!site.problem().empty()) scope.face.say(site.problem());
         return scope.end(kNoSite);
     }
@@ -100,8 +106,9 @@ int imagesCommand(Console& console, const Arguments& arguments) {
                           jsonPair("version", record.version) + "," + jsonPair("description", record.description) +
                           "," + jsonPair("file", record.file) + "}");
         if (arguments.json) continue;
-        console.out.write(toUtf8(record.section + "\t" + record.product + "\t" + record.version + "\t" + record.file) +
-                          "\n");
+        writeHarmless(
+            console.out,
+            toUtf8(record.section + "\t" + record.product + "\t" + record.version + "\t" + record.file) + "\n");
     }
     if (arguments.json) console.out.write(jsonList("images", objects));
     if (records.empty()) scope.face.ShowInfo("Firmware file(s) not found !!!\r\n");

@@ -1,5 +1,6 @@
 #include "console/LogPrinter.h"
 
+#include "console/TerminalText.h"
 #include "text/Cp1252.h"
 #include "text/Json.h"
 #include "text/Text.h"
@@ -8,15 +9,6 @@ namespace corvane {
 namespace {
 
 std::string asUtf8Lines(std::string_view logged) { return replaceAll(toUtf8(logged), "\r\n", "\n"); }
-
-/// What a device or a site sends must not command the terminal.
-std::string harmless(std::string text) {
-    for (char& c : text) {
-        const auto code = static_cast<unsigned char>(c);
-        if ((code < 0x20 && c != '\n' && c != '\t') || code == 0x7F) c = '?';
-    }
-    return text;
-}
 
 }  // namespace
 
@@ -38,7 +30,7 @@ bool LogPrinter::copyTo(const std::string& path) {
 }
 
 void LogPrinter::plain(const std::string& text) {
-    if (!json_) out_.write(out_.isTerminal() ? harmless(text) : text);
+    if (!json_) writeHarmless(out_, text);
     if (copy_.is_open()) copy_ << text << std::flush;
 }
 

@@ -5,15 +5,18 @@
 namespace corvane {
 namespace {
 
-/// What a signal does: Cancel while that is possible; a device that is being programmed must be finished first.
+/// What a signal does: Cancel while that is possible; a device that is being programmed must be finished first. When
+/// the run is over, it ends the asking for the new version.
 void interruptRun(CommandScope& scope) {
     auto& run = scope.updater.run();
-    if (run.isRunning() && !run.isCancellable()) {
+    if (run.isRunning() && !run.isCancellable() && !scope.face.isAskingAboutImage()) {
         scope.face.say("The device is being programmed and cannot be left like this; the run goes on to its end.");
         return;
     }
     scope.face.abandonQuestions();
     run.cancel();
+    auto& session = scope.updater.session();
+    if (!run.isRunning()) session.stop = session.cancel = true;
 }
 
 bool loadImage(CommandScope& scope, const std::string& path) {
