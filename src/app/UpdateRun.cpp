@@ -202,6 +202,7 @@ RunEnd UpdateRun::install(const std::string& image) {
     p_.isp.wait_output_empty(250);
     p_.session.runtime.Sleep(250);
     closeJournal();
+    letEventsRun();  // whoever pressed something meanwhile is still told that it came too late
     return RunEnd::updated;
 }
 
