@@ -117,7 +117,7 @@ void takeOnline(const QString& folder) {
     scene.take("updated");
 }
 
-void takeFailure(const QString& folder) {
+void takeFailure(const QString& folder, const QString& name) {
     Scene scene(folder, {900, 640});
     auto options = Scene::reader();
     options.faults.add("nak@20x*");
@@ -125,7 +125,7 @@ void takeFailure(const QString& folder) {
     scene.site();
     scene.agree();
     scene.press("cmdStartCheck");
-    scene.take("failed");
+    scene.take(name);
 }
 
 void takeRefused(const QString& folder) {
@@ -192,12 +192,12 @@ int main(int argc, char** argv) try {
     takeOffline(folder);
     takeScan(folder);
     takeOnline(folder);
-    takeFailure(folder);
+    takeFailure(folder, "failed");
     takeRefused(folder);
     takeConnection(folder);
     takeLong(folder);
     useDarkPalette();
-    takeIdle(folder, {900, 640}, "dark");
+    takeFailure(folder, "dark");
     return 0;
 } catch (const std::exception& error) {
     std::cerr << error.what() << "\n";

@@ -24,47 +24,47 @@ namespace corvane {
 struct MainControls {
     explicit MainControls(QMainWindow& window);
 
-    NoticeStrip* notice;
-    StepBox* steps[3];
+    NoticeStrip* notice = nullptr;
+    StepBox* steps[3] = {};
 
     // What to install.
-    QRadioButton* optLine[2];
-    QPushButton* cmdOption;
-    QStackedWidget* source;  ///< the site's page, the local one's
-    QLineEdit* txtServer;
-    QLineEdit* txtAccount[2];
-    QRadioButton* optLast;
-    QRadioButton* optFile;
-    QPushButton* cmdLoadFile;
-    QLabel* labFileName;
-    QLabel* labFilePGM;
-    QLabel* labFileVersion;
-    QLabel* labFileDate;
+    QRadioButton* optLine[2] = {};
+    QPushButton* cmdOption = nullptr;
+    QStackedWidget* source = nullptr;  ///< the site's page, the local one's
+    QLineEdit* txtServer = nullptr;
+    QLineEdit* txtAccount[2] = {};
+    QRadioButton* optLast = nullptr;
+    QRadioButton* optFile = nullptr;
+    QPushButton* cmdLoadFile = nullptr;
+    QLabel* labFileName = nullptr;
+    QLabel* labFilePGM = nullptr;
+    QLabel* labFileVersion = nullptr;
+    QLabel* labFileDate = nullptr;
 
     // Which device.
-    QStackedWidget* device;  ///< a text, the port panel
-    QLabel* labDevice;
-    PortFrame* frameComport;
+    QStackedWidget* device = nullptr;  ///< a text, the port panel
+    QLabel* labDevice = nullptr;
+    PortFrame* frameComport = nullptr;
 
     // Update.
-    QPushButton* cmdStartCheck;
-    QPushButton* cmdForceISP;
-    QPushButton* cmdCancel;
-    QProgressBar* pbProgram;
-    QLabel* labPhase;
+    QPushButton* cmdStartCheck = nullptr;
+    QPushButton* cmdForceISP = nullptr;
+    QPushButton* cmdCancel = nullptr;
+    QProgressBar* pbProgram = nullptr;
+    QLabel* labPhase = nullptr;
 
     // What the run says.
-    VerdictCard* txtVerdict;
-    LogPane* txtInfo;
-    QPushButton* cmdCopyLog;
-    QPushButton* cmdSaveLog;
-    QWidget* references;
-    QListWidget* lstRefer;
-    QLabel* labStatus;
-    QLabel* labVersion;
+    VerdictCard* txtVerdict = nullptr;
+    LogPane* txtInfo = nullptr;
+    QPushButton* cmdCopyLog = nullptr;
+    QPushButton* cmdSaveLog = nullptr;
+    QWidget* references = nullptr;
+    QListWidget* lstRefer = nullptr;
+    QLabel* labStatus = nullptr;
+    QLabel* labVersion = nullptr;
 
-    QAction* mnuSaveLog;
-    QAction* mnuQuit;
+    QAction* mnuSaveLog = nullptr;
+    QAction* mnuQuit = nullptr;
 
 private:
     void makeMenu(QMainWindow& window);

@@ -17,7 +17,7 @@ struct WindowOptions {
 /// The main window: shows what the workflow says and hands clicks to it. It owns the workflow, not the platform, whose
 /// runtime it lends its events: while a run is on they are dispatched from the runtime's waits. Closed, it has left the
 /// ports and the site.
-class frmCorvane : public QMainWindow, private RunView, private Progress {
+class frmCorvane final : public QMainWindow, private RunView, private Progress {
 public:
     explicit frmCorvane(const Platform& platform, const WindowOptions& options = {});
     ~frmCorvane() override;

@@ -26,12 +26,12 @@ private:
 
     FirmwareDialog& dialog_;
     OperatorPrompts& prompts_;
-    QLineEdit* txtFind_;
-    QComboBox* cboROMs_;
-    QSortFilterProxyModel* found_;  // the entries that the combo box lists
-    QLineEdit* txtCheckVersion_;
-    QPlainTextEdit* txtView_;
-    QPushButton* cmdOK_;
+    QLineEdit* txtFind_ = nullptr;
+    QComboBox* cboROMs_ = nullptr;
+    QSortFilterProxyModel* found_ = nullptr;  // the entries that the combo box lists
+    QLineEdit* txtCheckVersion_ = nullptr;
+    QPlainTextEdit* txtView_ = nullptr;
+    QPushButton* cmdOK_ = nullptr;
 };
 
 }  // namespace corvane

@@ -244,10 +244,26 @@ TEST_F(Window, HasAKeyOfItsOwnForEachControlThatShows) {
 }
 
 TEST_F(Window, TellsAScreenReaderWhatEachControlIs) {
-    for (const auto* widget : window->findChildren<QWidget*>()) {
-        if (widget->focusPolicy() == Qt::NoFocus || widget->objectName().startsWith("qt_")) continue;
-        EXPECT_FALSE(widget->accessibleName().isEmpty()) << widget->objectName().toStdString();
-    }
+    const auto check = [](const QWidget& form) {
+        for (const auto* widget : form.findChildren<QWidget*>()) {
+            if (widget->focusPolicy() == Qt::NoFocus || widget->objectName().startsWith("qt_")) continue;
+            if (widget->inherits("QComboBoxPrivateContainer") || widget->inherits("QListView")) continue;
+            EXPECT_FALSE(widget->accessibleName().isEmpty()) << widget->objectName().toStdString();
+        }
+    };
+    check(*window);
+    answers.expect("frmConnection", [&](QDialog& dialog) {
+        check(dialog);
+        dialog.reject();
+    });
+    press("cmdOption");
+    plug();
+    pickImage();
+    answers.expect("frmQuery", [&](QDialog& dialog) {
+        check(dialog);
+        dialog.reject();
+    });
+    press("cmdStartCheck");
 }
 
 TEST_F(Window, FitsA800By600Screen) {
