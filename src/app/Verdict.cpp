@@ -71,7 +71,7 @@ std::string reasonFor(const RunReport& report) {
             return "firmware.inf does not say what the chosen image is.";
         case RunEnd::noBootLoader:
             if (report.maySitInBootLoader)
-                return "The device was asked to switch into its boot loader and did not answer.";
+                return "The device was asked to switch into its boot loader and did not confirm it.";
             return report.isInBootLoader
                        ? "The device agreed to switch, but its boot loader does not answer at the rates tried."
                        : "The device did not agree to switch into its boot loader.";

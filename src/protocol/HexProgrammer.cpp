@@ -27,13 +27,24 @@ bool HexProgrammer::ProgramHex(const std::string& code, bool bShowCode) {
         if (bShowCode) session_.log.ShowInfo(code);
         if (i == 1) ++repeated_;
         session_.comm->CommOutput(code + "\r");
-        const auto answer = lines_.wait_comm(kAnswerTime);
+        const auto answer = awaitAnswer();
         if (bShowCode) session_.log.ShowInfo(answer == kAck ? " < OK\r\n" : " < NG\r\n");
         if (answer == kAck) return true;
         if (answer == kNak && isAnotherAnswerComing()) return false;
         if (answer != kNak) wasSilent_ = true;
     }
     return false;
+}
+
+/// What comes while the record is still being sent belongs to something before it.
+std::uint8_t HexProgrammer::awaitAnswer() {
+    constexpr int kMostStrays = 10;
+    std::uint8_t answer = 0;
+    for (int i = 0; i < kMostStrays; ++i) {
+        answer = lines_.wait_comm(kAnswerTime);
+        if ((answer != kAck && answer != kNak) || session_.comm->OutBufferCount() == 0) break;
+    }
+    return answer;
 }
 
 bool HexProgrammer::isAnotherAnswerComing() {

@@ -49,6 +49,7 @@ private:
     bool takeRecord(const std::string& line, std::uint32_t& upper, Held& held);
     bool sendHeld(std::string& record);
     bool send(const std::string& line, std::uint32_t type);
+    std::uint8_t awaitAnswer();
     bool isAnotherAnswerComing();
 
     DeviceSession& session_;

@@ -42,8 +42,9 @@ IspSession::Switch IspSession::switchTarnPlus() {
 }
 
 IspSession::Switch IspSession::switchTarn() {
-    if (!session_.send(kLetterX) || lines_.wait_comm(0.5) != kLine) return Switch::unanswered;
-    return session_.receivedLine.front() == 'A' ? Switch::accepted : Switch::refused;
+    const bool answered = session_.send(kLetterX) && lines_.wait_comm(0.5) == kLine;
+    // Nothing protects a line of text: another one than "A" may be a damaged "A".
+    return answered && session_.receivedLine.front() == 'A' ? Switch::accepted : Switch::unanswered;
 }
 
 /// Looks for the prompt at the boot loader's rate; when no rate is known, at the present one and then at 115200.

@@ -69,7 +69,7 @@ TEST_F(VerdictOfARun, IsUntouchedAsLongAsTheDeviceIs) {
 TEST_F(VerdictOfARun, IsTheBootLoaderFromThereOn) {
     auto verdict = judge("drop@4");  // the answer to the switch, behind two prompts and the version
     EXPECT_EQ(verdict.kind, Verdict::Kind::uncertain);
-    EXPECT_TRUE(says(verdict, "was asked to switch into its boot loader and did not answer"));
+    EXPECT_TRUE(says(verdict, "was asked to switch into its boot loader and did not confirm it"));
     verdict = judge("boot-deaf=9000");
     EXPECT_EQ(verdict.headline, "The device waits in its boot loader. Its firmware is still there.");
     EXPECT_TRUE(says(verdict, "1. Leave the device connected"));
