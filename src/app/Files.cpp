@@ -15,6 +15,16 @@ bool FolderExists(const std::string& path) {
     return std::filesystem::is_directory(path, error);
 }
 
+std::vector<std::string> filesIn(const std::string& folder) {
+    std::vector<std::string> names;
+    std::error_code error;
+    for (std::filesystem::directory_iterator at(folder, error), end; !error && at != end; at.increment(error)) {
+        std::error_code isGone;
+        if (at->is_regular_file(isGone)) names.push_back(at->path().filename().string());
+    }
+    return names;
+}
+
 bool makeFolder(const std::string& path) {
     std::error_code error;
     std::filesystem::create_directories(path, error);

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <string>
+#include <vector>
 
 namespace corvane {
 
@@ -8,6 +9,9 @@ namespace corvane {
 /// the system's bytes.
 bool FileExists(const std::string& path);
 bool FolderExists(const std::string& path);
+
+/// The names of the files in a folder; none when it cannot be read.
+std::vector<std::string> filesIn(const std::string& folder);
 
 /// Makes a folder; False when that was not possible.
 bool makeFolder(const std::string& path);

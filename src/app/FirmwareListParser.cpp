@@ -20,9 +20,8 @@ std::vector<FirmwareRecord> FirmwareListParser::parse(std::string_view content) 
     current_ = {};
     inside_ = false;
     seen_ = carried_ = 0;
-    if (content.substr(0, 3) == "\xEF\xBB\xBF") content.remove_prefix(3);
     std::string_view line;
-    for (Lines lines(content); lines.next(line);) takeLine(line);
+    for (Lines lines(withoutUtf8Mark(content)); lines.next(line);) takeLine(line);
     takeLine("[End]");
     return std::move(records_);
 }

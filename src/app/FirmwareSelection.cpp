@@ -1,5 +1,7 @@
 #include "app/FirmwareSelection.h"
 
+#include <set>
+
 #include "app/Files.h"
 #include "app/FirmwareListParser.h"
 #include "app/ProgramInfo.h"
@@ -8,6 +10,17 @@
 #include "text/Text.h"
 
 namespace corvane {
+namespace {
+
+/// The name that a record's file has in the Download folder.
+std::string localName(const FirmwareRecord& record) {
+    const auto& file = record.file;
+    const auto slash = file.rfind('/');
+    const auto end = slash != std::string::npos ? slash : file.rfind('\\');
+    return toUtf8(end == std::string::npos ? file : file.substr(end + 1));
+}
+
+}  // namespace
 
 std::vector<FirmwareRecord> FirmwareSelection::list() const {
     if (choices_.isLocalFile()) {
@@ -20,16 +33,15 @@ std::vector<FirmwareRecord> FirmwareSelection::list() const {
     } catch (const RuntimeError&) {
         return {};  // no file lists nothing
     }
-    if (choices_.offLine) std::erase_if(records, [this](const auto& record) { return !isDownloaded(record); });
+    if (choices_.offLine) {
+        // The folder is looked through once, not for each of thousands of records.
+        std::set<std::string> downloaded;
+        for (const auto& name : filesIn(folder_.resolve("\\Download"))) {
+            if (isSafeFileName(name)) downloaded.insert(upperCase(name));
+        }
+        std::erase_if(records, [&](const auto& record) { return !downloaded.count(upperCase(localName(record))); });
+    }
     return records;
-}
-
-bool FirmwareSelection::isDownloaded(const FirmwareRecord& record) const {
-    const auto& file = record.file;
-    const auto slash = file.rfind('/');
-    const auto end = slash != std::string::npos ? slash : file.rfind('\\');
-    const auto name = toUtf8(end == std::string::npos ? file : file.substr(end + 1));
-    return isSafeFileName(name) && FileExists(folder_.resolve("\\Download\\" + name));
 }
 
 SelectionEnd FirmwareSelection::SelectFirmware(std::string& szFileVersion, const std::string& szPort,

@@ -36,8 +36,6 @@ public:
     void remembersEntry(bool remembers) { remembers_ = remembers; }
 
 private:
-    bool isDownloaded(const FirmwareRecord& record) const;
-
     const Choices& choices_;
     const ProgramFolder& folder_;
     SettingsStore& settings_;

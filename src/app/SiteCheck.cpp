@@ -36,8 +36,9 @@ std::string withSlash(const std::string& path) { return path.compare(0, 1, "/") 
 
 SiteReport SiteCheck::check(const std::string& informationFile) {
     report_ = {};
-    file_ = informationFile;
-    const auto content = readFile(file_);
+    const auto content = readFile(informationFile);
+    const ProfileText profile(content);
+    profile_ = &profile;
     if (content.find('\0') != std::string::npos) find("", "holds NUL bytes: it is no text file");
     checkKeys(content);
     report_.offered = FirmwareListParser().parse(content);
@@ -46,6 +47,7 @@ SiteReport SiteCheck::check(const std::string& informationFile) {
     for (const auto& record : report_.offered) checkRecord(record);
     checkVersions();
     checkProgram();
+    profile_ = nullptr;
     return std::move(report_);
 }
 
@@ -54,7 +56,7 @@ void SiteCheck::find(const std::string& section, const std::string& text) {
 }
 
 std::string SiteCheck::value(const std::string& section, const std::string& key) {
-    return profile_.value(section, key, file_);
+    return profile_->value(section, key);
 }
 
 bool SiteCheck::exists(const std::string& path) { return fetch_(withSlash(path)).has_value(); }

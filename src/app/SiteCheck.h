@@ -6,8 +6,8 @@
 #include <vector>
 
 #include "app/FirmwareRecord.h"
-#include "app/InfReader.h"
 #include "platform/Digest.h"
+#include "platform/ProfileFile.h"
 
 namespace corvane {
 
@@ -23,16 +23,14 @@ struct SiteReport {
     std::vector<SiteFinding> findings;
 };
 
-/// Reads firmware.inf the way both of its readers will, and the files that it names. It does not own the profile
-/// reader.
+/// Reads firmware.inf the way both of its readers will, and the files that it names. It does not own the digest.
 class SiteCheck {
 public:
     /// The content of a file of the site, by its path from the site's root (the bytes that firmware.inf holds); nothing
     /// when it is not there.
     using Fetch = std::function<std::optional<std::string>(const std::string& path)>;
 
-    SiteCheck(ProfileFile& profile, Digest& digest, Fetch fetch)
-        : profile_(profile), digest_(digest), fetch_(std::move(fetch)) {}
+    SiteCheck(Digest& digest, Fetch fetch) : digest_(digest), fetch_(std::move(fetch)) {}
 
     /// Checks a site whose firmware.inf lies in a local file.
     SiteReport check(const std::string& informationFile);
@@ -52,10 +50,9 @@ private:
     bool exists(const std::string& path);
     void find(const std::string& section, const std::string& text);
 
-    ProfileFile& profile_;
     Digest& digest_;
     Fetch fetch_;
-    std::string file_;
+    const ProfileText* profile_ = nullptr;  // while a check is on
     SiteReport report_;
 };
 

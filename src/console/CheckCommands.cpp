@@ -134,8 +134,7 @@ int checkFolder(Console& console, const Arguments& arguments) {
         return kNoSite;
     }
     if (arguments.writeDigests && !writeDigests(console, place(kInformation), fetch)) return kNoSite;
-    return finish(console, arguments,
-                  SiteCheck(console.platform.profile, console.platform.digest, fetch).check(place(kInformation)));
+    return finish(console, arguments, SiteCheck(console.platform.digest, fetch).check(place(kInformation)));
 }
 
 int checkServer(Console& console, const Arguments& arguments, const SiteAddress& address) {
@@ -160,7 +159,7 @@ int checkServer(Console& console, const Arguments& arguments, const SiteAddress&
         scope.face.say(site.problem().empty() ? "The site could not be read." : site.problem());
         return scope.end(kNoSite);
     }
-    const auto report = SiteCheck(console.platform.profile, console.platform.digest, fetch).check(folder.information());
+    const auto report = SiteCheck(console.platform.digest, fetch).check(folder.information());
     if (cancelled) return scope.end(kCancelled);  // what could not be fetched any more is no finding
     return scope.end(finish(console, arguments, report));
 }

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <map>
 #include <string>
 #include <string_view>
 
@@ -20,6 +21,17 @@ public:
 class IniProfile : public ProfileFile {
 public:
     std::string value(std::string_view section, std::string_view key, const std::string& path) override;
+};
+
+/// A file's content in memory, for whoever wants many values of it; read as IniProfile reads. It does not own the
+/// content, which lives longer.
+class ProfileText {
+public:
+    explicit ProfileText(std::string_view content);
+    std::string value(std::string_view section, std::string_view key) const;
+
+private:
+    std::map<std::string, std::string_view> sections_;  // the lines of each, by its name in upper case
 };
 
 }  // namespace corvane

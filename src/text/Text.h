@@ -9,6 +9,9 @@ namespace corvane {
 /// Without the blanks (spaces and tabs) at both ends. The view points into the text that was given.
 std::string_view trimmed(std::string_view text);
 
+/// Without the UTF-8 mark that some editors put in front of a file. The view points into the text that was given.
+std::string_view withoutUtf8Mark(std::string_view text);
+
 /// A to Z folded, everything else as it is; so "any case" means the same everywhere in this program.
 std::string upperCase(std::string_view text);
 std::string lowerCase(std::string_view text);

@@ -74,7 +74,7 @@ TEST(ImageCheck, FindsEachMistake) {
 class Site : public ::testing::Test {
 protected:
     std::string findings(const std::string& inf) {
-        SiteCheck check(profile, digest, [this](const std::string& path) -> std::optional<std::string> {
+        SiteCheck check(digest, [this](const std::string& path) -> std::optional<std::string> {
             const auto content = fakes::ScratchFolder::content(folder.at("site" + path));
             return content == "(none)" ? std::nullopt : std::optional(content);
         });
@@ -84,7 +84,6 @@ protected:
         return all;
     }
 
-    IniProfile profile;
     fakes::FakeDigest digest;
     fakes::ScratchFolder folder;
     SiteReport report;

@@ -39,7 +39,12 @@ TEST(IniProfile, FindsTheFirstOfEachName) {
         {"", "VER", ""},
         {"Long", "text", std::string(1023, 't')},
     };
-    for (const auto& c : cases) EXPECT_EQ(profile.value(c.section, c.key, path), c.value) << c.section << ' ' << c.key;
+    const auto content = fakes::ScratchFolder::content(path);
+    const ProfileText text(content);
+    for (const auto& c : cases) {
+        EXPECT_EQ(profile.value(c.section, c.key, path), c.value) << c.section << ' ' << c.key;
+        EXPECT_EQ(text.value(c.section, c.key), c.value) << c.section << ' ' << c.key;
+    }
     EXPECT_EQ(profile.value("INFO", "VER", folder.at("missing")), "");
     EXPECT_EQ(profile.value("INFO", "VER", folder.path()), "");
 }

@@ -15,6 +15,11 @@ TEST(Text, TrimsBlanksAtBothEnds) {
     EXPECT_EQ(trimmed("\ra\n"), "\ra\n");
 }
 
+TEST(Text, LosesTheMarkOfAnEditor) {
+    EXPECT_EQ(withoutUtf8Mark("\xef\xbb\xbf[a]"), "[a]");
+    EXPECT_EQ(withoutUtf8Mark("\xef\xbb["), "\xef\xbb[");
+}
+
 TEST(Text, FoldsOnlyTheLettersAToZ) {
     EXPECT_EQ(upperCase("aZ\xe4{`@"), "AZ\xe4{`@");
     EXPECT_TRUE(equalsNoCase("PGM_x", "pgm_X"));

@@ -61,9 +61,8 @@ PortMapFile readPortMapFile(const std::string& path) {
         return file;
     }
     int number = 0;
-    std::string_view line, text = content;
-    if (text.substr(0, 3) == "\xEF\xBB\xBF") text.remove_prefix(3);
-    for (Lines lines(text); lines.next(line);) {
+    std::string_view line;
+    for (Lines lines(withoutUtf8Mark(content)); lines.next(line);) {
         ++number;
         line = trimmed(withoutComment(line));
         const auto cure = line.empty() ? std::string() : take(line, file);

@@ -56,11 +56,10 @@ std::string quoted(const std::string& value) {
 }  // namespace
 
 RawSettings readRawIni(std::string_view text) {
-    if (text.substr(0, 3) == "\xEF\xBB\xBF") text.remove_prefix(3);
     RawSettings settings;
     std::string group;
     std::string_view line;
-    for (Lines lines(text); lines.next(line);) {
+    for (Lines lines(withoutUtf8Mark(text)); lines.next(line);) {
         line = trimmed(line);
         if (line.empty() || line.front() == ';' || line.front() == '#') continue;
         if (line.front() == '[' && line.back() == ']') {
