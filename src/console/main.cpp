@@ -1,5 +1,7 @@
+#include <csignal>
 #include <cstdlib>
 #include <exception>
+#include <optional>
 #include <unistd.h>
 
 #include "console/Console.h"
@@ -20,9 +22,13 @@ int runProgram(const corvane::Arguments& arguments, corvane::StandardStream& out
     corvane::Console console{
         platform, out, err, terminal, environment("CORVANE_FTP_PASSWORD"), environment("CORVANE_DEVICE_PASSWORD"),
         nullptr};
-    const corvane::SignalSource signals(system.runtime(), [&console] {
-        if (console.interrupt) console.interrupt();
-    });
+    // Reading an image that is a pipe may never end; there signals do what they do by themselves.
+    std::optional<corvane::SignalSource> signals;
+    if (arguments.command != corvane::Arguments::Command::check) {
+        signals.emplace(system.runtime(), [&console] {
+            if (console.interrupt) console.interrupt();
+        });
+    }
     platform.runtime.setPump([&] {
         out.flush();
         err.flush();
@@ -34,6 +40,7 @@ int runProgram(const corvane::Arguments& arguments, corvane::StandardStream& out
 
 int main(int argc, char** argv) {
     constexpr int kWrongUsage = 2, kFailed = 4;
+    std::signal(SIGPIPE, SIG_IGN);
     corvane::StandardStream out(STDOUT_FILENO);
     corvane::StandardStream err(STDERR_FILENO);
     std::string problem;
