@@ -87,6 +87,7 @@ TEST_F(Scan, FindsADeviceAtEachRate) {
 
 TEST_F(Scan, AsksASilentPortEverythingAndTakesItsTime) {
     plug(1, silent());
+    session.manualPort = true;  // a click before the scan means nothing
     EXPECT_EQ(scan(), "");
     EXPECT_EQ(face.log, std::string("Open COM1 ... < OK\r\n") + kAllMissed);
     EXPECT_FALSE(bench.port.PortOpen());
@@ -251,7 +252,6 @@ TEST_F(Scan, JumpsToAClickedPortAndComesBackToTheNextSetting) {
     };
     bench.runtime.at(1000, [&] { click(2); });
     bench.runtime.at(5000, [&] { click(1); });
-    click(2);  // before the scan, so it means nothing
     EXPECT_EQ(scan(), "");
     const std::string lines = kAllMissed;
     const auto rest = lines.substr(lines.find('\n') + 1);
