@@ -21,6 +21,18 @@ double versionValue(std::string_view text) {
     return leadingNumber(text.substr(0, point)) + leadingNumber(minor) / 100 + leadingNumber(revision) / 100000;
 }
 
+std::string versionStep(std::string_view deviceVersion, std::string_view imageVersion) {
+    const double from = versionValue(deviceVersion), to = versionValue(imageVersion);
+    if (from == 0 || to == 0) return {};
+    const auto token = [](std::string_view text) {
+        text.remove_prefix(findNoCase(text, "V"));
+        return std::string(text.substr(0, text.find_first_of(" (")));
+    };
+    if (from == to) return token(imageVersion) + " once more, the version that the device has";
+    return "from " + token(deviceVersion) + " to " + token(imageVersion) +
+           (from < to ? ", a newer version" : ", an OLDER version");
+}
+
 FirmwareDialog::FirmwareDialog(std::string port, std::string deviceVersion, const std::string& szROMList, bool isForced,
                                bool isFirmwareNotFound, const std::string& lastSection)
     : port_(std::move(port)), deviceVersion_(std::move(deviceVersion)), isFirmwareNotFound_(isFirmwareNotFound) {
@@ -66,6 +78,10 @@ FirmwareDialog::Verdict FirmwareDialog::verdict() const {
     if (entries_[static_cast<std::size_t>(selected_)].isMarked()) return {"Different Firmware", true};
     const bool isOlder = versionValue(deviceVersion_) < versionValue(current().version);
     return {isOlder ? "Firmware version is out of date" : "Firmware version is latest version", false};
+}
+
+std::string FirmwareDialog::step() const {
+    return selected_ < 0 ? std::string() : versionStep(deviceVersion_, current().version);
 }
 
 void FirmwareDialog::ok(OperatorPrompts& prompts) {

@@ -11,6 +11,10 @@ namespace corvane {
 /// A version text as one number that sorts as versions do: V5.10R1 is 5.10001, above V5.9R1 at 5.09001.
 double versionValue(std::string_view text);
 
+/// The step from a device's version to an image's in words: "from V5.1R23 to V5.2R1, a newer version"; empty when one
+/// of the texts holds no version.
+std::string versionStep(std::string_view deviceVersion, std::string_view imageVersion);
+
 /// The selection of an image: what it shows, which entry is preselected, and what a choice leads to. A face shows it
 /// and calls select and ok; texts in Windows-1252. Owns nothing but its texts.
 class FirmwareDialog {
@@ -37,6 +41,9 @@ public:
 
     std::string details() const;
     Verdict verdict() const;
+
+    /// The step from the device's version to the selected entry's, in words.
+    std::string step() const;
 
     /// Asks the question and, when the answer is OK, closes the dialog with the selected entry chosen.
     void ok(OperatorPrompts& prompts);

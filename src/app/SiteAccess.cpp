@@ -33,10 +33,12 @@ SiteAccess::SiteAccess(FTPDownload& ftp, AsyncReader& reader, Runtime& runtime, 
       log_(log),
       progress_(progress) {
     ftp_.GetProgress = [this](std::int32_t percent) { progress_.progress(percent, 100); };
+    ftp_.AsyncReadProgress = [this](const AsyncResult& read) { progress_.transferred(read.bytesRead, read.bytesMax); };
 }
 
 SiteAccess::~SiteAccess() {
     ftp_.GetProgress = nullptr;
+    ftp_.AsyncReadProgress = nullptr;
     stopTimer();
 }
 

@@ -231,6 +231,7 @@ std::string UpdateRun::digestFault(const std::string& path) {
 
 /// From here to the reset the device has no firmware, and the next start must know even if this one is killed.
 void UpdateRun::openJournal() {
+    p_.inhibitor.hold("A device is being programmed");
     p_.journal.add(
         {p_.session.runtime.timestamp(), toUtf8(report_.portName), toUtf8(report_.deviceVersion), report_.imagePath});
 }
@@ -286,6 +287,7 @@ void UpdateRun::closePorts() {
     auto& session = p_.session;
     session.stop = session.cancel = false;
     setCancellable(false);
+    p_.inhibitor.release();
     try {
         session.comm = &p_.serialPort;
         if (session.comm->PortOpen()) session.comm->PortOpen(false);

@@ -10,6 +10,7 @@
 #include "app/SiteAccess.h"
 #include "platform/Digest.h"
 #include "platform/Launcher.h"
+#include "platform/SleepInhibitor.h"
 #include "protocol/DeviceScanner.h"
 #include "protocol/HexProgrammer.h"
 #include "protocol/IspSession.h"
@@ -43,6 +44,7 @@ struct RunParts {
     ReaderIdentity& reader;
     Digest& digest;
     RunJournal& journal;
+    SleepInhibitor& inhibitor;
     OperatorPrompts& prompts;
     RunView& view;
 };

@@ -22,9 +22,16 @@ Updater::Updater(const Platform& platform, const Face& face)
       selection_(choices, platform.folder, platform.settings, face.prompts, face.log),
       journal_(platform.folder),
       jobs_(platform.folder),
-      run_({choices, session_, serialPort_, hidPort_, scanner_, isp_, programmer_, query_, site_, selfUpdate_,
-            selection_, inf_, platform.folder, platform.launcher, reader_, platform.digest, journal_, face.prompts,
-            face.view}),
+      run_({choices,         session_,
+            serialPort_,     hidPort_,
+            scanner_,        isp_,
+            programmer_,     query_,
+            site_,           selfUpdate_,
+            selection_,      inf_,
+            platform.folder, platform.launcher,
+            reader_,         platform.digest,
+            journal_,        platform.inhibitor,
+            face.prompts,    face.view}),
       proof_(session_, scanner_),
       advisor_(platform.serial, platform.ports, platform.inspector) {
     serialPort_.Attach(&platform_.serial, &commEvent_);
@@ -53,6 +60,12 @@ void Updater::shutDown() {
     if (serialPort_.PortOpen()) serialPort_.PortOpen(false);
     vellIO_.Terminate();
     if (site_.isConnected()) site_.disconnect();
+}
+
+std::string Updater::refusal(const std::string& port) {
+    if (serialPort_.IsMyCommPort(port)) return advisor_.refusal(port);
+    const auto& reason = vellIO_.openFailure();
+    return reason.empty() ? std::string() : toUtf8(port) + " does not open: " + reason + ".";
 }
 
 void Updater::tellReader(std::int32_t event, const std::string& port, const std::string& device) {

@@ -42,6 +42,9 @@ public:
     RunJournal& journal() { return journal_; }
     JobRecord& jobs() { return jobs_; }
     PortAdvisor& advisor() { return advisor_; }
+
+    /// Why the port that was tried last did not open and what helps, in UTF-8.
+    std::string refusal(const std::string& port);
     clsMSComm& serialPort() { return serialPort_; }
     clsVellComm& hidPort() { return hidPort_; }
     VellIO& vellIO() { return vellIO_; }

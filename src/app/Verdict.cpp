@@ -158,8 +158,11 @@ Steps factsFor(Verdict::Kind kind, const RunReport& report, const std::optional<
         facts.push_back(toUtf8(report.port) + ": " + toUtf8(report.deviceVersion) + " before the run.");
     }
     if (!report.imagePath.empty()) {
-        facts.push_back("Image: " + fileName(report.imagePath) + ", " + toUtf8(report.product + " " + report.version) +
-                        ", " + std::to_string(report.imageBytes) + " bytes, SHA-256 " + report.imageDigest + ".");
+        auto image = "Image: " + fileName(report.imagePath);
+        const auto name = std::string(trimmed(toUtf8(report.product + " " + report.version)));
+        if (!name.empty()) image += ", " + name;
+        facts.push_back(image + ", " + std::to_string(report.imageBytes) + " bytes, SHA-256 " + report.imageDigest +
+                        ".");
     }
     if (kind == Verdict::Kind::updated && proof) facts.push_back(proofFact(report, *proof));
     if (report.wasErased) {

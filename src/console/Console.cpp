@@ -10,7 +10,7 @@ CommandScope::CommandScope(Console& console, const Arguments& arguments, TextSin
       face(arguments, printer, console.err, console.terminal, console.devicePassword),
       updater(console.platform, face.face()),
       console_(console) {
-    face.refusalReason = [this](const std::string& port) { return updater.advisor().refusal(port); };
+    face.refusalReason = [this](const std::string& port) { return updater.refusal(port); };
     face.beforeScan = [this](const std::vector<std::string>& ports) { return updater.advisor().beforeScan(ports); };
     loadSettings(console.platform.settings, updater.choices);
     auto& choices = updater.choices;

@@ -27,8 +27,19 @@ void ConsoleFace::say(const std::string& utf8) {
     writeHarmless(err_, "corvane-cli: " + utf8 + "\n");
 }
 
+void ConsoleFace::ShowInfo(std::string_view text) {
+    endProgressLine();
+    printer_.text(text);
+}
+
+void ConsoleFace::clear() {
+    endProgressLine();
+    printer_.clear();
+}
+
+/// The percentage stands behind whatever line the log has begun, and the cursor before it.
 void ConsoleFace::endProgressLine() {
-    if (shownPercent_ >= 0) err_.write("\r\033[K");
+    if (shownPercent_ >= 0) err_.write("\033[K");
     shownPercent_ = -1;
 }
 
@@ -39,7 +50,7 @@ void ConsoleFace::progress(std::int64_t value, std::int64_t maximum) {
     if (percent == 0) return endProgressLine();
     if (percent == shownPercent_) return;
     shownPercent_ = percent;
-    err_.write("\r" + std::to_string(percent) + " %\033[K");
+    err_.write("\0337 " + std::to_string(percent) + " %\033[K\0338");
 }
 
 void ConsoleFace::showPorts(const std::vector<std::string>& names) {

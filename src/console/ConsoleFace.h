@@ -34,9 +34,10 @@ public:
     /// A line on standard error.
     void say(const std::string& utf8);
 
-    void ShowInfo(std::string_view text) override { printer_.text(text); }
-    void clear() override { printer_.clear(); }
+    void ShowInfo(std::string_view text) override;
+    void clear() override;
     void progress(std::int64_t value, std::int64_t maximum) override;
+    void transferred(std::int64_t, std::int64_t) override {}
     void showPorts(const std::vector<std::string>& names) override;
     void enablePort(int, bool) override {}
     void hidePorts() override {}

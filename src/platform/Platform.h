@@ -13,6 +13,7 @@
 #include "platform/Runtime.h"
 #include "platform/SerialControl.h"
 #include "platform/SettingsStore.h"
+#include "platform/SleepInhibitor.h"
 
 namespace corvane {
 
@@ -29,6 +30,7 @@ struct Platform {
     Launcher& launcher;
     Digest& digest;
     PortInspector& inspector;
+    SleepInhibitor& inhibitor;
     std::string hidLibrary;  ///< path of the HID transport library, which need not exist
 };
 

@@ -229,6 +229,10 @@ void frmCorvane::phase(RunPhase phase) {
     progress(0, 0);
 }
 
+void frmCorvane::transferred(std::int64_t bytes, std::int64_t total) {
+    meter_.transfer(bytes, total, platform_.runtime.tick());
+}
+
 /// Noted here and shown by the pump: a bar that is painted for each record costs more than sending one.
 void frmCorvane::progress(std::int64_t value, std::int64_t maximum) {
     progress_ = {value, maximum};
@@ -279,7 +283,7 @@ void frmCorvane::say(const QString& text) {
 
 void frmCorvane::portRefused(const std::string& port) {
     if (!updater_.serialPort().IsMyCommPort(port)) return;  // a reader gives no reason
-    const auto reason = updater_.advisor().refusal(port);
+    const auto reason = updater_.refusal(port);
     if (!reason.empty()) say(QString::fromStdString(reason));
 }
 

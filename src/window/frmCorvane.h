@@ -37,6 +37,7 @@ private:
     void links(const std::vector<ReferenceLink>& links) override;
     void advice(const std::string& text) override;
     void progress(std::int64_t value, std::int64_t maximum) override;
+    void transferred(std::int64_t bytes, std::int64_t total) override;
 
     Face face();
     void connectChoices();

@@ -79,6 +79,13 @@ TEST(Version, IsOneNumber) {
     }
 }
 
+TEST(Version, TakesAStep) {
+    EXPECT_EQ(versionStep("TARN-R200 V5.1R23 (a)", "V5.10R1"), "from V5.1R23 to V5.10R1, a newer version");
+    EXPECT_EQ(versionStep("TARN V5.10", "v5.9R1"), "from V5.10 to v5.9R1, an OLDER version");
+    EXPECT_EQ(versionStep("TARN V5.1", "V5.1R0"), "V5.1R0 once more, the version that the device has");
+    EXPECT_EQ(versionStep("Unknown Device", "V5.1") + versionStep("TARN V5.1", ""), "");
+}
+
 class Dialog : public ::testing::Test {
 protected:
     FirmwareDialog make(bool forced, bool notFound, const std::string& last = "",

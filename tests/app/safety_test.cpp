@@ -1,4 +1,5 @@
 #include "RunBench.h"
+#include "app/RecentFiles.h"
 #include "app/SiteDigests.h"
 #include "text/Text.h"
 
@@ -62,6 +63,8 @@ TEST_F(Safety, RemembersADeviceWithoutFirmware) {
     device().faults().add("nak@:00000001FFx9");
     EXPECT_EQ(start().end, RunEnd::programmingFailed);
     EXPECT_EQ(journal(), entry);
+    EXPECT_FALSE(bench.inhibitor.isHeld);
+    EXPECT_EQ(bench.inhibitor.reasons.size(), 2U);
     const auto left = updater.journal().read().front();
     EXPECT_EQ(left.text(),
               "A device was left in its boot loader at 2026-11-24 14:02: COM1, TARN-R200 V5.1R23. To go on, force an "
@@ -87,6 +90,18 @@ TEST_F(Safety, KeepsAJournalOfSeveralPorts) {
     bench.folder.data.file("Corvane/interrupted-runs", "cut\noff\n");
     EXPECT_TRUE(journal.read().empty());
     EXPECT_TRUE(journal.clear() && journal.clear());
+}
+
+TEST_F(Safety, RemembersTheLastFilesThatExist) {
+    RecentFiles recent(bench.settings);
+    std::vector<std::string> paths;
+    for (int i = 0; i < 6; ++i) {
+        paths.push_back(bench.folder.folder.file("f" + std::to_string(i), "x"));
+        EXPECT_TRUE(recent.add(paths.back()));
+    }
+    EXPECT_TRUE(recent.add(paths[2]));
+    std::filesystem::remove(paths[4]);
+    EXPECT_EQ(RecentFiles(bench.settings).list(), (std::vector<std::string>{paths[2], paths[5], paths[3], paths[1]}));
 }
 
 TEST_F(Safety, RecordsEveryJob) {

@@ -67,7 +67,7 @@ TEST_F(VerdictOfARun, IsUntouchedAsLongAsTheDeviceIs) {
 }
 
 TEST_F(VerdictOfARun, IsTheBootLoaderFromThereOn) {
-    auto verdict = judge("drop@4");  // the answer to the switch, behind two prompts and the version
+    auto verdict = judge("drop@2");  // the answer to the switch
     EXPECT_EQ(verdict.kind, Verdict::Kind::uncertain);
     EXPECT_TRUE(says(verdict, "was asked to switch into its boot loader and did not confirm it"));
     verdict = judge("boot-deaf=9000");
@@ -154,9 +154,10 @@ TEST(Advice, NamesTheCure) {
                   "\" and start again; for good, join the group: \"sudo adduser olive dialout\", "
                   "then log in anew.");
     advisor.readerFailure = [] { return "/dev/hidraw0: Permission denied"; };
-    EXPECT_EQ(advisor.refusal("HID1"),
-              "HID1 does not open: /dev/hidraw0: Permission denied. Plug the reader in again; when this user may not use "
-              "it, install the udev rules of this program.");
+    EXPECT_EQ(
+        advisor.refusal("HID1"),
+        "HID1 does not open: /dev/hidraw0: Permission denied. Plug the reader in again; when this user may not use "
+        "it, install the udev rules of this program.");
     inspector.probed.insert("/dev/ttyS1");
     EXPECT_EQ(advisor.beforeScan({"", "COM1", "HID1"}).size(), 1U);
 }

@@ -4,6 +4,7 @@
 #include "models/Device.h"
 #include "support/FakeAsyncReader.h"
 #include "support/FakeDigest.h"
+#include "support/FakeInhibitor.h"
 #include "support/FakeLauncher.h"
 #include "support/FakeModuleLoader.h"
 #include "support/FakePortInspector.h"
@@ -66,11 +67,23 @@ struct AppBench {
     FakeLauncher launcher;
     FakeDigest digest;
     FakePortInspector inspector;
+    FakeInhibitor inhibitor;
     RecordingOperator face;
 
     Platform platform() {
-        return {runtime,  serial.control, serial.map, modules, reader,    profile,
-                settings, folder,         launcher,   digest,  inspector, folder.path() + "/VellIO.so"};
+        return {runtime,
+                serial.control,
+                serial.map,
+                modules,
+                reader,
+                profile,
+                settings,
+                folder,
+                launcher,
+                digest,
+                inspector,
+                inhibitor,
+                folder.path() + "/VellIO.so"};
     }
 
     /// A file below the program's folder.

@@ -17,6 +17,7 @@ class RecordingFace : public Log, public Progress, public PortPanel, public Pass
 public:
     std::string log;
     std::vector<std::pair<std::int64_t, std::int64_t>> bar;
+    std::vector<std::pair<std::int64_t, std::int64_t>> transfers;
     std::vector<std::string> panel;   ///< "show a,b", "off 1", "on 1", "hide", "refused COM1"
     std::deque<std::string> answers;  ///< to the questions for a password; empty texts when there are no more
     std::vector<std::string> questions;
@@ -28,6 +29,7 @@ public:
     }
     void clear() override { log += "\f"; }
     void progress(std::int64_t value, std::int64_t maximum) override { bar.emplace_back(value, maximum); }
+    void transferred(std::int64_t bytes, std::int64_t total) override { transfers.emplace_back(bytes, total); }
 
     void showPorts(const std::vector<std::string>& names) override {
         std::string shown = "show ";

@@ -20,9 +20,22 @@ public:
     LinuxRuntime& runtime() { return runtime_; }
     const LinuxProgramFolder& folder() const { return folder_; }
 
-    Platform seams() {
-        return {runtime_,  serial_, ports_,    modules_, reader_,    profile_,
-                settings_, folder_, launcher_, digest_,  inspector_, folder_.transportLibrary()};
+    /// With an inhibitor of the caller's; none that works is part of it, since that takes a desktop.
+    Platform seams() { return seams(noInhibitor_); }
+    Platform seams(SleepInhibitor& inhibitor) {
+        return {runtime_,
+                serial_,
+                ports_,
+                modules_,
+                reader_,
+                profile_,
+                settings_,
+                folder_,
+                launcher_,
+                digest_,
+                inspector_,
+                inhibitor,
+                folder_.transportLibrary()};
     }
 
 private:
@@ -37,6 +50,7 @@ private:
     LinuxLauncher launcher_{runtime_};
     QtDigest digest_;
     ProcPortInspector inspector_;
+    NoInhibitor noInhibitor_;
 };
 
 }  // namespace corvane

@@ -21,7 +21,8 @@
 // Shows a simulated HID reader with a device behind it to a program that it starts as its child, through the system's
 // own way to HID devices. Run it under umockdev-wrapper:
 //
-//   umockdev-wrapper mocked-reader [--fault FAULT]... [--replug MS] [--compare IMAGE.hex] PROGRAM [ARGUMENT]...
+//   umockdev-wrapper mocked-reader [--fault FAULT]... [--replug MS] [--compare IMAGE.hex] [--boot-baud RATE]
+//       [--product TEXT] PROGRAM [ARGUMENT]...
 //
 // The child may write the lines "unplug" and "plug" to the descriptor named in CORVANE_MOCKED_READER; each is answered
 // with a line when it is done. A fault that unplugs the device unplugs the reader, for good or for so many ms. Ends
@@ -39,6 +40,7 @@ models::Micros nowMicros() {
 
 struct Arguments {
     models::DeviceOptions device;
+    models::HidReaderOptions reader;
     int replugAfter = -1;  // ms
     std::string image;
     std::vector<char*> program;
@@ -54,6 +56,10 @@ Arguments parse(int argc, char** argv) {
             arguments.device.faults.add(std::string_view(value));
         } else if (option == "--replug") {
             arguments.replugAfter = std::atoi(value);
+        } else if (option == "--boot-baud") {
+            arguments.device.bootBaud = static_cast<std::uint32_t>(std::atoi(value));
+        } else if (option == "--product") {
+            arguments.reader.name = value;
         } else if (option == "--compare") {
             arguments.image = readFile(value);
         } else {
@@ -119,7 +125,10 @@ private:
 class Station {
 public:
     explicit Station(const Arguments& arguments)
-        : device_(arguments.device), reader_(line_, {}), node_(reader_.options()), replugAfter_(arguments.replugAfter) {
+        : device_(arguments.device),
+          reader_(line_, arguments.reader),
+          node_(reader_.options()),
+          replugAfter_(arguments.replugAfter) {
         node_.plug();
     }
 

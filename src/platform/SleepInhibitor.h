@@ -1,0 +1,25 @@
+#pragma once
+
+#include <string>
+
+namespace corvane {
+
+/// Keeps the computer from sleeping and shutting down. Both return at once; where the system knows no such thing they
+/// do nothing.
+class SleepInhibitor {
+public:
+    virtual ~SleepInhibitor() = default;
+
+    /// From now on; the reason (UTF-8) is for whoever wonders. Once is enough.
+    virtual void hold(const std::string& reason) = 0;
+    virtual void release() = 0;
+};
+
+/// For programs without a desktop.
+class NoInhibitor : public SleepInhibitor {
+public:
+    void hold(const std::string& /*reason*/) override {}
+    void release() override {}
+};
+
+}  // namespace corvane
