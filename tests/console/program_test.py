@@ -139,7 +139,8 @@ class Program(unittest.TestCase):
         self.assertEqual((status, self.verdict), (0, 0), text)
         seen = text.replace("\r\n", "\n")
         self.assertIn("Programming...", seen)
-        self.assertIn("\r50 %\033[K", text)
+        self.assertIn("Programming...\0337 3 %\033[K\0338\0337 6 %", text)
+        self.assertIn(" %\033[K\0338\033[K < OK\r\n", text)
         for line in LOG.splitlines():
             self.assertIn(line.split("...")[0], seen)
 
