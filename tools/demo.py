@@ -19,7 +19,7 @@ BIN = ROOT / "build" / "bin"
 IMAGE = "firmware/images/r200_v52r1.hex"
 ACCOUNT, PASSWORD = "demo", "practice"
 SERIAL = "kind=TarnPlus,baud=19200,boot-baud=57600,version=TARN-R200 V5.1R23,next-version=TARN-R200 V5.2R1"
-HID = "kind=TarnPlus,hid=yes,version=TARN-R200 V5.1R23,next-version=TARN-R200 V5.2R1"
+HID = "hid=yes," + SERIAL
 
 
 def free_port():

@@ -1,11 +1,15 @@
 #include "bench/Bench.h"
 
 #include <algorithm>
+#include <filesystem>
 #include <stdexcept>
 #include <sys/prctl.h>
 
+#include "bench/ReaderStation.h"
 #include "bench/Report.h"
 #include "bench/Signals.h"
+#include "bench/Station.h"
+#include "text/HidBench.h"
 #include "text/RuntimeError.h"
 #include "text/Text.h"
 
@@ -14,6 +18,7 @@ namespace {
 
 constexpr Micros kSettling = 20000;
 constexpr Micros kLongestSettling = 1000000;
+constexpr char kLibraryVariable[] = "CORVANE_VELLIO";
 
 std::optional<models::Image> readImage(const std::string& path) {
     if (path.empty()) return std::nullopt;
@@ -24,25 +29,66 @@ std::optional<models::Image> readImage(const std::string& path) {
     }
 }
 
+/// The bench's build of the HID transport library, beside the bench or where it was installed; empty when it is at
+/// neither place.
+std::string transportLibrary() {
+    namespace fs = std::filesystem;
+    std::error_code error;
+    const auto folder = fs::read_symlink("/proc/self/exe", error).parent_path();
+    for (const auto& place : {folder, folder / CORVANE_PRIVATE_LIB_RELATIVE}) {
+        const auto library = (place / "bench/VellIO.so").lexically_normal();
+        if (fs::exists(library, error)) return library.string();
+    }
+    return {};
+}
+
 }  // namespace
 
 Bench::Bench(const BenchOptions& options)
     : options_(options), image_(readImage(options.image)), config_(options.configFolder) {
     loop_.watch(watch_.descriptor(), [this] { watch_.take(); });
-    for (const auto& spec : options_.devices) {
-        stations_.push_back(std::make_unique<Station>(loop_, watch_, spec, [this] { writePorts(); }));
-    }
+    for (const auto& spec : options_.devices) plugIn(spec);
     recordTo(options_.transcript);
     writePorts();
     if (!options_.settings.empty()) config_.writeSettings(options_.settings);
 }
 
+void Bench::plugIn(const DeviceSpec& spec) {
+    if (!spec.isReader) {
+        outlets_.push_back(std::make_unique<Station>(loop_, watch_, spec, [this] { writePorts(); }));
+        return;
+    }
+    if (transportLibrary().empty()) throw std::runtime_error("bench/VellIO.so is not beside this program");
+    if (!readers_) readers_.emplace(loop_, config_.path() + "/Corvane/readers");
+    outlets_.push_back(std::make_unique<ReaderStation>(loop_, *readers_, spec));
+}
+
 void Bench::writePorts() const {
     std::map<int, std::string> paths;
-    for (const auto& station : stations_) {
-        if (!station->path().empty()) paths[station->spec().port] = station->path();
+    for (const auto& outlet : outlets_) {
+        if (!outlet->spec().isReader && !outlet->path().empty()) paths[outlet->spec().port] = outlet->path();
     }
     config_.writePorts(paths);
+}
+
+Variables Bench::variables() const {
+    Variables all{{"XDG_CONFIG_HOME", config_.path()}};
+    const auto library = transportLibrary();
+    if (library.empty()) return all;
+    all[kLibraryVariable] = library;
+    all[hidbench::kSocketVariable] = readers_ ? readers_->path() : "";  // an empty path: no readers
+    return all;
+}
+
+void Bench::writeReadyFile() const {
+    std::string text;
+    for (const auto& outlet : outlets_) text += outlet->name() + "=" + outlet->path() + "\n";
+    if (readers_) {
+        const auto all = variables();
+        for (const char* name : {kLibraryVariable, hidbench::kSocketVariable})
+            text += name + ("=" + all.at(name)) + "\n";
+    }
+    writeWhole(options_.readyFile, text);
 }
 
 void Bench::recordTo(const std::string& path) {
@@ -51,8 +97,8 @@ void Bench::recordTo(const std::string& path) {
         if (!transcript_) throw std::runtime_error(path + ": cannot be written");
     }
     // What is handed over is not kept: a device that never stops talking must not fill the memory.
-    for (const auto& station : stations_) {
-        station->line().transcript().handOver([this, name = station->name()](const models::Passage& passage) {
+    for (const auto& outlet : outlets_) {
+        outlet->line().transcript().handOver([this, name = outlet->name()](const models::Passage& passage) {
             if (transcript_.is_open()) transcript_ << name << textOf(passage) << '\n';
         });
     }
@@ -66,22 +112,20 @@ void Bench::takeSignal(int number, bool fromTerminal) {
 
 int Bench::run(std::ostream& report) {
     Signals signals(loop_, [this](int number, bool fromTerminal) { takeSignal(number, fromTerminal); });
-    if (!options_.readyFile.empty()) {
-        std::string text;
-        for (const auto& station : stations_) text += station->name() + "=" + station->path() + "\n";
-        writeWhole(options_.readyFile, text);
-    }
+    if (!options_.readyFile.empty()) writeReadyFile();
     if (!options_.command.empty()) {
-        child_.emplace(options_.command, "XDG_CONFIG_HOME", config_.path());
+        child_.emplace(options_.command, variables());
         loop_.watch(child_->descriptor(), [this] { loop_.stop(); });
     }
     // After the command was started, which would inherit it.
     prctl(PR_SET_TIMERSLACK, 1UL, 0UL, 0UL, 0UL);
     loop_.run();
     int status = child_ ? endOfCommand() : 0;
-    for (const auto& station : stations_) station->line().transcript().finish();
+    for (const auto& outlet : outlets_) outlet->line().transcript().finish();
     transcript_.flush();
-    for (const auto& station : stations_) report << station->name() << ": " << countsOf(station->device()) << "\n";
+    for (const auto& outlet : outlets_) {
+        report << outlet->name() << ": " << countsOf(outlet->device()) << outlet->remark() << "\n";
+    }
     if (child_ && status != 0) report << "The command ended with status " << status << ".\n";
     if (image_ && !reportMemories(report) && options_.verifies) status = kMemoryDiffers;
     report.flush();
@@ -92,19 +136,19 @@ int Bench::run(std::ostream& report) {
 int Bench::endOfCommand() {
     loop_.unwatch(child_->descriptor());
     const Micros latest = loop_.now() + kLongestSettling;
-    const auto isCarrying = [](const auto& station) { return station->line().isCarrying(); };
+    const auto isCarrying = [](const auto& outlet) { return outlet->line().isCarrying(); };
     do {
         loop_.run(loop_.now() + kSettling);
-    } while (std::any_of(stations_.begin(), stations_.end(), isCarrying) && loop_.now() < latest);
+    } while (std::any_of(outlets_.begin(), outlets_.end(), isCarrying) && loop_.now() < latest);
     return child_->status();
 }
 
 /// True when a device was programmed and none differs.
 bool Bench::reportMemories(std::ostream& report) const {
     bool anyEqual = false, anyDifferent = false;
-    for (const auto& station : stations_) {
-        const Verdict verdict = verdictOn(station->device(), *image_);
-        report << station->name() << ": " << verdict.text << "\n";
+    for (const auto& outlet : outlets_) {
+        const Verdict verdict = verdictOn(outlet->device(), *image_);
+        report << outlet->name() << ": " << verdict.text << "\n";
         anyEqual = anyEqual || verdict.kind == Verdict::Kind::equal;
         anyDifferent = anyDifferent || verdict.kind == Verdict::Kind::different;
     }

@@ -8,7 +8,9 @@
 
 #include "bench/BenchOptions.h"
 #include "bench/ChildProcess.h"
-#include "bench/Station.h"
+#include "bench/OpenWatch.h"
+#include "bench/Outlet.h"
+#include "bench/ReaderSocket.h"
 
 namespace corvane::bench {
 
@@ -22,8 +24,11 @@ public:
 
     /// Open for further descriptors and moments.
     Loop& loop() { return loop_; }
-    const std::vector<std::unique_ptr<Station>>& stations() const { return stations_; }
+    const std::vector<std::unique_ptr<Outlet>>& outlets() const { return outlets_; }
     const std::string& configFolder() const { return config_.path(); }
+
+    /// What a program needs in its environment to see the simulated devices and no others.
+    Variables variables() const;
 
     /// Runs until the command has ended, or until SIGINT, SIGTERM or SIGHUP when there is none, then reports. Returns
     /// the exit status.
@@ -32,7 +37,9 @@ public:
     static constexpr int kMemoryDiffers = 10;
 
 private:
+    void plugIn(const DeviceSpec& spec);
     void writePorts() const;
+    void writeReadyFile() const;
     void recordTo(const std::string& path);
     int endOfCommand();
     void takeSignal(int number, bool fromTerminal);
@@ -44,7 +51,8 @@ private:
     OpenWatch watch_;
     ConfigFolder config_;
     std::ofstream transcript_;
-    std::vector<std::unique_ptr<Station>> stations_;
+    std::optional<ReaderSocket> readers_;  // none without HID readers
+    std::vector<std::unique_ptr<Outlet>> outlets_;
     std::optional<ChildProcess> child_;
 };
 

@@ -50,16 +50,26 @@ Setting settingOf(const std::string& text) {
     return {text.substr(0, slash), text.substr(slash + 1, equals - slash - 1), text.substr(equals + 1)};
 }
 
+/// Readers are numbered as the transport library will find them.
+void numberReaders(std::vector<DeviceSpec>& devices) {
+    int last = 0;
+    for (auto& device : devices) {
+        if (!device.isReader) continue;
+        device.port = ++last;
+        device.reader.serialNumber = "K" + std::to_string(device.port);
+    }
+}
+
 void givePorts(std::vector<DeviceSpec>& devices) {
     std::set<int> taken;
     for (const auto& device : devices) {
-        if (device.port && !taken.insert(device.port).second) {
+        if (!device.isReader && device.port && !taken.insert(device.port).second) {
             throw std::invalid_argument("two devices on COM" + std::to_string(device.port));
         }
     }
     int free = 1;
     for (auto& device : devices) {
-        if (device.port) continue;
+        if (device.isReader || device.port) continue;
         while (!taken.insert(free).second) ++free;
         device.port = free;
     }
@@ -103,14 +113,16 @@ BenchOptions benchOptions(const std::vector<std::string>& all) {
     if (options.devices.empty()) throw std::invalid_argument("no --device");
     if (options.verifies && options.image.empty()) throw std::invalid_argument("--verify needs an --image");
     givePorts(options.devices);
+    numberReaders(options.devices);
     return options;
 }
 
 std::string benchHelp() {
     return "corvane-bench [OPTION]... --device SPEC [--device SPEC]... [-- COMMAND [ARGUMENT]...]\n"
            "\n"
-           "Simulated devices on pseudo-terminals. COMMAND runs with an XDG_CONFIG_HOME in which they are the only\n"
-           "ports, and its exit status is passed on; without one the bench runs until SIGINT or SIGTERM.\n"
+           "Simulated devices on pseudo-terminals, or behind HID readers. COMMAND runs with an environment in which "
+           "they\n"
+           "are the only ones, and its exit status is passed on; without one the bench runs until SIGINT or SIGTERM.\n"
            "\n"
            "  --config-dir DIR           where to write that configuration (default: a temporary folder)\n"
            "  --setting SECTION/KEY=VALUE  a line of the settings file; may be given again\n"

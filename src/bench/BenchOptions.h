@@ -11,7 +11,7 @@ namespace corvane::bench {
 /// What the command line asks for. Paths are the system's bytes; an empty one is not wanted.
 struct BenchOptions {
     std::string configFolder;
-    std::vector<DeviceSpec> devices;  ///< each with a port number of its own
+    std::vector<DeviceSpec> devices;  ///< each with a number of its own among its kind
     std::vector<Setting> settings;
     std::string image;
     bool verifies = false;

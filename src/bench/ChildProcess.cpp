@@ -20,18 +20,19 @@ std::vector<char*> pointersTo(std::vector<std::string>& texts) {
     return pointers;
 }
 
-std::vector<std::string> environmentWith(const std::string& variable, const std::string& value) {
-    std::vector<std::string> all{variable + "=" + value};
+std::vector<std::string> environmentWith(const Variables& variables) {
+    std::vector<std::string> all;
+    for (const auto& [name, value] : variables) all.push_back(name + "=" + value);
     for (char** one = environ; *one; ++one) {
         const std::string text = *one;
-        if (text.rfind(variable + "=", 0) != 0) all.push_back(text);
+        if (!variables.count(text.substr(0, text.find('=')))) all.push_back(text);
     }
     return all;
 }
 
-pid_t spawn(const std::vector<std::string>& command, const std::string& variable, const std::string& value) {
+pid_t spawn(const std::vector<std::string>& command, const Variables& variables) {
     auto arguments = command;
-    auto environment = environmentWith(variable, value);
+    auto environment = environmentWith(variables);
     // The signals that the bench keeps for itself are the command's own business.
     posix_spawnattr_t attributes;
     posix_spawnattr_init(&attributes);
@@ -52,9 +53,8 @@ pid_t spawn(const std::vector<std::string>& command, const std::string& variable
 
 }  // namespace
 
-ChildProcess::ChildProcess(const std::vector<std::string>& command, const std::string& variable,
-                           const std::string& value)
-    : pid_(spawn(command, variable, value)), ended_(pidfd_open(pid_, 0), "pidfd_open") {}
+ChildProcess::ChildProcess(const std::vector<std::string>& command, const Variables& variables)
+    : pid_(spawn(command, variables)), ended_(pidfd_open(pid_, 0), "pidfd_open") {}
 
 void ChildProcess::signal(int number) const { pidfd_send_signal(ended_.get(), number, nullptr, 0); }
 

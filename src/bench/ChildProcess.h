@@ -1,5 +1,6 @@
 #pragma once
 
+#include <map>
 #include <string>
 #include <sys/types.h>
 #include <utility>
@@ -9,11 +10,14 @@
 
 namespace corvane::bench {
 
+/// Environment variables by name.
+using Variables = std::map<std::string, std::string>;
+
 /// A program that the bench has started, with the bench's standard streams.
 class ChildProcess {
 public:
-    /// Starts it with one more environment variable; throws std::system_error when that fails.
-    ChildProcess(const std::vector<std::string>& command, const std::string& variable, const std::string& value);
+    /// Starts it with these environment variables beside the bench's own; throws std::system_error when that fails.
+    ChildProcess(const std::vector<std::string>& command, const Variables& variables);
 
     /// Readable when it has ended.
     int descriptor() const { return ended_.get(); }

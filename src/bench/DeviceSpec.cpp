@@ -15,6 +15,8 @@ namespace {
 using models::Kind;
 using models::WrongRate;
 
+constexpr std::size_t kLongestReaderText = 126;  // of a USB string
+
 [[noreturn]] void complain(const std::string& key, const std::string& what) {
     throw std::invalid_argument("device: \"" + key + "\" " + what);
 }
@@ -37,6 +39,16 @@ std::size_t choice(const std::string& key, const std::string& value, const std::
     complain(key, "is " + joined(words, ", ") + ", not \"" + value + "\"");
 }
 
+/// One that fits the socket's list and the reader's reply.
+std::string readerText(const std::string& key, const std::string& value) {
+    const auto text = fromUtf8(value);
+    const bool isLong = text.size() > kLongestReaderText;
+    if (isLong || std::any_of(text.begin(), text.end(), [](unsigned char c) { return c < 0x20; })) {
+        complain(key, "takes up to " + std::to_string(kLongestReaderText) + " printable characters");
+    }
+    return text;
+}
+
 struct Key {
     const char* name;
     const char* help;
@@ -51,6 +63,18 @@ const std::array kKeys{
         [](DeviceSpec& spec, const std::string& key, const std::string& value) {
             constexpr std::array kinds{Kind::tarnPlus, Kind::tarn, Kind::boot, Kind::silent, Kind::babbling};
             spec.device.kind = kinds[choice(key, value, {"TarnPlus", "Tarn", "boot", "silent", "babbling"})];
+        }},
+    Key{"hid", "yes or no (default): behind a HID reader; these are HID1 and so on",
+        [](DeviceSpec& spec, const std::string& key, const std::string& value) {
+            spec.isReader = choice(key, value, {"no", "yes"}) == 1;
+        }},
+    Key{"reader", "the HID reader's product text (default Kestrel)",
+        [](DeviceSpec& spec, const std::string& key, const std::string& value) {
+            spec.reader.name = readerText(key, value);
+        }},
+    Key{"reader-version", "the HID reader's own version (default KESTREL V2.4)",
+        [](DeviceSpec& spec, const std::string& key, const std::string& value) {
+            spec.reader.version = readerText(key, value);
         }},
     Key{"port", "the N of COMn (default: the lowest free one)",
         [](DeviceSpec& spec, const std::string& key, const std::string& value) {
@@ -116,6 +140,7 @@ std::vector<std::string> pieces(std::string_view text) {
 
 DeviceSpec deviceSpec(std::string_view text) {
     DeviceSpec spec;
+    spec.reader.vendor = CORVANE_MAKER_VENDOR_ID;
     std::set<std::string> seen;
     if (text.empty()) return spec;
     for (const auto& piece : pieces(text)) {
@@ -127,6 +152,10 @@ DeviceSpec deviceSpec(std::string_view text) {
         if (!seen.insert(name).second && name != "fault") complain(name, "is given twice");
         key->set(spec, name, piece.substr(equals + 1));
     }
+    if (spec.isReader && spec.port) complain("port", "is for serial ports; HID readers are numbered as they are given");
+    for (const char* name : {"reader", "reader-version"}) {
+        if (!spec.isReader && seen.count(name)) complain(name, "needs hid=yes");
+    }
     return spec;
 }
 
@@ -134,7 +163,7 @@ std::string deviceSpecHelp() {
     std::string lines;
     for (const auto& key : kKeys) {
         std::string name = key.name;
-        name.resize(14, ' ');
+        name.resize(16, ' ');
         lines += "  " + name + key.help + "\n";
     }
     return lines;

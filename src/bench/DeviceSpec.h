@@ -5,13 +5,16 @@
 #include <string_view>
 
 #include "models/Device.h"
+#include "models/HidReader.h"
 
 namespace corvane::bench {
 
 /// One simulated device and the port it sits on.
 struct DeviceSpec {
-    int port = 0;  ///< the N of COMn, 1 to 256; 0: the lowest one that is free
+    int port = 0;           ///< the N of COMn, 1 to 256, or of HIDn; 0: the lowest one that is free
+    bool isReader = false;  ///< behind a HID reader, not on a serial port
     models::DeviceOptions device;
+    models::HidReaderOptions reader;
     std::optional<int> replugMs;  ///< after it was unplugged it comes back so much later
 };
 

@@ -44,9 +44,19 @@ ReaderSocket::~ReaderSocket() {
     ::unlink(path_.c_str());
 }
 
-void ReaderSocket::add(models::HidReader& reader) {
-    entries_.push_back({"bench:" + std::to_string(entries_.size() + 1), &reader});
+std::string ReaderSocket::add(models::HidReader& reader) {
+    const auto path = "bench:" + std::to_string(++lastNumber_);
+    entries_.push_back({path, &reader});
     update();
+    return path;
+}
+
+void ReaderSocket::remove(models::HidReader& reader) {
+    std::erase_if(entries_, [&reader](const Entry& entry) { return entry.reader == &reader; });
+    for (auto& connection : connections_) {
+        if (connection.reader == &reader) connection.reader = nullptr, connection.hasEnded = true;
+        if (connection.wantsLists) connection.hasEnded = !send(connection.socket.get(), list());
+    }
 }
 
 void ReaderSocket::accept() {
@@ -146,21 +156,29 @@ void ReaderSocket::sweep() {
     }
 }
 
+bool ReaderSocket::isOpen(const models::HidReader& reader) const {
+    return std::any_of(connections_.begin(), connections_.end(), [&reader](const Connection& connection) {
+        return connection.reader == &reader && !connection.hasEnded;
+    });
+}
+
 std::optional<Micros> ReaderSocket::nextAt() const {
     std::optional<Micros> next;
     const auto consider = [&next](std::optional<Micros> moment) {
         if (moment && (!next || *moment < *next)) next = moment;
     };
+    for (const auto& entry : entries_) consider(entry.reader->nextAt());
     for (const auto& connection : connections_) {
         if (connection.hasEnded) consider(0);
-        if (!connection.reader) continue;
-        consider(connection.reader->nextAt());
-        if (!connection.isWatched) consider(connection.reader->acceptsAt());
+        if (connection.reader && !connection.isWatched) consider(connection.reader->acceptsAt());
     }
     return next;
 }
 
 void ReaderSocket::act(Micros now) {
+    for (const auto& entry : entries_) {
+        while (!isOpen(*entry.reader) && entry.reader->speak(now)) continue;
+    }
     for (auto& connection : connections_) {
         if (!connection.reader || connection.hasEnded) continue;
         while (const auto report = connection.reader->speak(now)) send(connection.socket.get(), packetOf('R', *report));

@@ -13,7 +13,8 @@ namespace corvane::bench {
 
 /// The Unix socket at which the bench's build of the HID transport library finds the simulated readers (the format is
 /// in text/HidBench.h). A reader that is unplugged leaves the list and loses its connections; one that is plugged in
-/// again is back. Loop and readers must live longer; the file is removed at the end.
+/// again is back. What a reader says while no program has it open is lost. The loop must live longer; the file is
+/// removed at the end.
 class ReaderSocket : public Timed {
 public:
     /// Throws std::system_error when the socket cannot be had.
@@ -24,8 +25,9 @@ public:
 
     const std::string& path() const { return path_; }
 
-    /// Lists the reader under a device path of its own, "bench:1" and so on.
-    void add(models::HidReader& reader);
+    /// Lists the reader under a device path of its own, "bench:1" and so on, which is returned.
+    std::string add(models::HidReader& reader);
+    void remove(models::HidReader& reader);
 
     /// Looks afresh who is plugged in; needed after a plug was pulled or put in between two events of the loop.
     void update();
@@ -53,12 +55,14 @@ private:
     void take(Connection& connection, const std::string& packet);
     void watch(Connection& connection, bool listens);
     void sweep();
+    bool isOpen(const models::HidReader& reader) const;
     std::string list() const;
 
     Loop& loop_;
     std::string path_;
     Descriptor listener_;
     std::vector<Entry> entries_;
+    int lastNumber_ = 0;
     std::list<Connection> connections_;
 };
 

@@ -3,12 +3,7 @@
 namespace corvane::bench {
 
 Station::Station(Loop& loop, OpenWatch& watch, DeviceSpec spec, std::function<void()> portsChanged)
-    : loop_(loop),
-      watch_(watch),
-      spec_(std::move(spec)),
-      portsChanged_(std::move(portsChanged)),
-      device_(spec_.device),
-      line_(device_, spec_.device.baud) {
+    : Outlet(std::move(spec)), loop_(loop), watch_(watch), portsChanged_(std::move(portsChanged)) {
     plugIn();
     loop_.add(*this);
 }
@@ -32,37 +27,37 @@ void Station::hear() {
     watch_.take();
     const Bytes bytes = pty_->read();
     const Micros now = loop_.now();
-    line_.hear(now - pty_->carryingTime(), bytes, pty_->hostRate());
+    line().hear(now - pty_->carryingTime(), bytes, pty_->hostRate());
     checkPlug(now);
 }
 
 std::optional<Micros> Station::nextAt() const {
     if (!pty_) return comesBackAt_;
-    const auto next = line_.nextAt();
+    const auto next = line().nextAt();
     return next ? std::optional(*next - pty_->carryingTime()) : std::nullopt;
 }
 
 void Station::act(Micros now) {
     if (!pty_) {
         comesBackAt_.reset();
-        device_.plugIn(now);
+        device().plugIn(now);
         plugIn();
         portsChanged_();
         return;
     }
     // What the host is to have at a moment has to be on its way a little earlier.
-    pty_->write(line_.speak(now + pty_->carryingTime()));
-    line_.hear(now, {}, pty_->hostRate());
+    pty_->write(line().speak(now + pty_->carryingTime()));
+    line().hear(now, {}, pty_->hostRate());
     checkPlug(now);
 }
 
 void Station::checkPlug(Micros now) {
-    if (line_.isPlugged()) return;
+    if (line().isPlugged()) return;
     loop_.unwatch(pty_->descriptor());
     watch_.unwatch(watchNumber_);
     // Told first: a program that notices the end of its port finds it gone from the list too.
     const auto unplugged = std::move(pty_);
-    if (spec_.replugMs) comesBackAt_ = now + *spec_.replugMs * 1000LL;
+    if (spec().replugMs) comesBackAt_ = now + *spec().replugMs * 1000LL;
     portsChanged_();
 }
 

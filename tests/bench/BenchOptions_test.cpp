@@ -44,6 +44,20 @@ TEST(BenchOptions, ReadDevices) {
     EXPECT_EQ(options.command, (std::vector<std::string>{"run", "--me"}));
 }
 
+TEST(BenchOptions, NumberReadersApartFromSerialPorts) {
+    const auto options = benchOptions({"--device", "hid=yes,reader=Gr\u00f6\u00dfer,reader-version=K 9,baud=9600",
+                                       "--device", "", "--device", "hid=yes", "--device", "hid=no"});
+    std::string names;
+    for (const auto& device : options.devices) names += (device.isReader ? "H" : "C") + std::to_string(device.port);
+    EXPECT_EQ(names, "H1C1H2C2");
+    EXPECT_EQ(options.devices[0].reader.name,
+              "Gr\xF6\xDF"
+              "er");
+    EXPECT_EQ(options.devices[0].reader.version, "K 9");
+    EXPECT_EQ(options.devices[0].device.baud, 9600U);
+    EXPECT_NE(options.devices[0].reader.serialNumber, options.devices[2].reader.serialNumber);
+}
+
 TEST(BenchOptions, SayWhatIsWrong) {
     const struct {
         std::vector<std::string> arguments;
@@ -63,6 +77,10 @@ TEST(BenchOptions, SayWhatIsWrong) {
         {{"--device", "baud=19k"}, "device: \"baud\" takes a number from 50 to 4000000, not \"19k\""},
         {{"--device", "port=0"}, "device: \"port\" takes a number from 1 to 256, not \"0\""},
         {{"--device", "kind=lamp"}, "device: \"kind\" is TarnPlus, Tarn, boot, silent, babbling, not \"lamp\""},
+        {{"--device", "port=3,hid=yes"},
+         "device: \"port\" is for serial ports; HID readers are numbered as they are given"},
+        {{"--device", "reader=K"}, "device: \"reader\" needs hid=yes"},
+        {{"--device", "hid=yes,reader=a\tb"}, "device: \"reader\" takes up to 126 printable characters"},
         {{"--device", "fault=nak@x"}, "fault \"nak@x\": the place \"x\" is no number"},
     };
     for (const auto& row : rows) {

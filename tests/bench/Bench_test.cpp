@@ -104,6 +104,30 @@ TEST(Bench, TakesAnUnpluggedPortOffTheMap) {
         << run.report;
 }
 
+TEST(Bench, ShowsACommandItsReadersAndNoOthers) {
+    ScratchFolder scratch;
+    const char* const print =
+        "exec >$0; echo \"$CORVANE_VELLIO $CORVANE_BENCH_SOCKET\"; test -z \"$CORVANE_BENCH_SOCKET\" || "
+        "test -S \"$CORVANE_BENCH_SOCKET\"";
+    const auto library = scratch.at("library");
+    const auto run = [&](std::vector<std::string> arguments) {
+        arguments.insert(arguments.end(), {"--config-dir", scratch.at("c"), "--ready-file", scratch.at("ready"), "--",
+                                           "/bin/sh", "-c", print, library});
+        EXPECT_EQ(runBench(arguments).status, 0);
+        return ScratchFolder::content(library);
+    };
+    const auto socket = scratch.at("c") + "/Corvane/readers";
+    const auto with = run({"--device", "hid=yes", "--device", "", "--device", "hid=yes"});
+    const std::string folder = CORVANE_BIN_DIR;
+    EXPECT_EQ(with, folder + "/bench/VellIO.so " + socket + "\n");
+    const auto ready = ScratchFolder::content(scratch.at("ready"));
+    EXPECT_EQ(ready.substr(0, 24), "HID1=bench:1\nCOM1=/dev/p");
+    EXPECT_EQ(ready.substr(ready.find("HID2")),
+              "HID2=bench:2\nCORVANE_VELLIO=" + folder + "/bench/VellIO.so\nCORVANE_BENCH_SOCKET=" + socket + "\n");
+    EXPECT_EQ(run({"--device", ""}), folder + "/bench/VellIO.so \n");
+    EXPECT_EQ(ScratchFolder::content(scratch.at("ready")).find("CORVANE"), std::string::npos);
+}
+
 TEST(Bench, WithoutACommandEndsAtASignal) {
     Bench bench(benchOptions({"--device", ""}));
     struct Kill : Timed {

@@ -30,7 +30,7 @@ int main(int argc, char** argv) {
         models::HidReader reader(line, {});
         bench::ReaderSocket socket(loop, "/tmp/corvane-readers-" + std::to_string(::getpid()));
         socket.add(reader);
-        bench::ChildProcess child({argv + 1, argv + argc}, hidbench::kSocketVariable, socket.path());
+        bench::ChildProcess child({argv + 1, argv + argc}, {{hidbench::kSocketVariable, socket.path()}});
         loop.watch(child.descriptor(), [&loop] { loop.stop(); });
         loop.watch(ends[0], [&] {
             char bytes[64] = {};
