@@ -1,5 +1,6 @@
 #include <hidapi/hidapi.h>
 #include <libudev.h>
+#include <locale.h>
 #include <set>
 #include <time.h>
 #include <utility>
@@ -31,6 +32,24 @@ std::string utf8Of(const wchar_t* text) {
 }
 
 std::string textOf(const wchar_t* text) { return fromUtf8(utf8Of(text)); }
+
+/// hidapi takes the system's texts, which are UTF-8, for whatever the locale says; in a program that has set none, or
+/// in a session without one, it would give none beyond ASCII.
+class Utf8Scope {
+public:
+    Utf8Scope() : own_(newlocale(LC_CTYPE_MASK, "C.UTF-8", nullptr)), before_(own_ ? uselocale(own_) : nullptr) {}
+    ~Utf8Scope() {
+        if (!own_) return;
+        uselocale(before_);
+        freelocale(own_);
+    }
+    Utf8Scope(const Utf8Scope&) = delete;
+    Utf8Scope& operator=(const Utf8Scope&) = delete;
+
+private:
+    locale_t own_;
+    locale_t before_;
+};
 
 /// A device node of the hidraw driver, which knows no time limit but its own.
 class HidrawDevice : public HidDevice {
@@ -86,6 +105,7 @@ public:
 
     std::vector<DeviceInfo> devices() override {
         std::vector<DeviceInfo> found;
+        const Utf8Scope scope;
         std::set<std::string> paths;  // hidapi lists a node once for each of its usages
         hid_device_info* const list = hid_enumerate(0, 0);
         for (const auto* device = list; device; device = device->next) {
@@ -111,6 +131,7 @@ public:
     }
 
     std::unique_ptr<HidDevice> open(const std::string& path, std::string& problem) override {
+        const Utf8Scope scope;
         if (hid_device* const device = hid_open_path(path.c_str())) return std::make_unique<HidrawDevice>(device);
         problem = path + ": " + utf8Of(hid_error(nullptr));
         return nullptr;
