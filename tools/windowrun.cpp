@@ -1,7 +1,11 @@
 // Carries an update through the real window with nobody at it: presses the buttons and answers every question with OK.
-// Says how long an event of the window had to wait, and writes a picture of the end. Without a display it needs none.
+// Says when the window was there, how long an event of it had to wait, and how long it took to close; writes a picture of
+// the end. Without a display it needs none.
 //
-//     corvane-windowrun [--file IMAGE.hex] [--picture FILE.png]
+//     corvane-windowrun [--file IMAGE.hex] [--picture FILE.png] [--freeze PID] [--only-show]
+//
+// --freeze stops that process (a server) before the window is closed, --only-show closes it as soon as it is there. The
+// moment of the start, in nanoseconds of the monotonic clock, is expected in CORVANE_STARTED.
 
 #include <QAbstractButton>
 #include <QApplication>
@@ -11,13 +15,18 @@
 #include <QSocketNotifier>
 #include <QTimer>
 #include <algorithm>
+#include <chrono>
 #include <clocale>
+#include <csignal>
 #include <iostream>
 
 #include "platform/linux/LinuxPlatform.h"
 #include "window/frmCorvane.h"
 
 namespace {
+
+using corvane::PolledSource;
+using corvane::Runtime;
 
 /// Somebody who agrees to everything and has one file.
 class Agreeable : public QObject {
@@ -45,41 +54,102 @@ private:
     QString file_;
 };
 
-/// The longest time that went by between two events which wanted to come every few milliseconds.
-class Watch {
+/// The program's runtime, with a note of how much time its fixed pauses took: during them no event is meant to come.
+class PauseCounter : public Runtime {
 public:
-    Watch() {
-        QObject::connect(&timer_, &QTimer::timeout, &timer_, [this] {
-            longest_ = std::max(longest_, clock_.isValid() ? clock_.elapsed() : 0);
-            clock_.start();
-        });
-        timer_.start(5);
+    explicit PauseCounter(Runtime& runtime) : runtime_(runtime) {}
+
+    qint64 pausedNanoseconds() const { return paused_; }
+
+    void Sleep(int ms) override {
+        QElapsedTimer time;
+        time.start();
+        runtime_.Sleep(ms);
+        paused_ += time.nsecsElapsed();
     }
-    qint64 longest() const { return longest_; }
+    std::uint32_t tick() override { return runtime_.tick(); }
+    double secondsOfDay() override { return runtime_.secondsOfDay(); }
+    std::string timestamp() override { return runtime_.timestamp(); }
+    void WaitActivity(int ms) override { runtime_.WaitActivity(ms); }
+    void DoEvents() override { runtime_.DoEvents(); }
+    void setPump(std::function<void()> pump) override { runtime_.setPump(std::move(pump)); }
+    int startTimer(int ms, std::function<void()> due) override { return runtime_.startTimer(ms, std::move(due)); }
+    void stopTimer(int timer) override { runtime_.stopTimer(timer); }
+    void post(const void* owner, std::function<void()> handler) override { runtime_.post(owner, std::move(handler)); }
+    void forget(const void* owner) override { runtime_.forget(owner); }
+    void add(PolledSource& source) override { runtime_.add(source); }
+    void remove(PolledSource& source) override { runtime_.remove(source); }
 
 private:
+    Runtime& runtime_;
+    qint64 paused_ = 0;
+};
+
+/// The longest time that went by between two events which wanted to come every few milliseconds, fixed pauses apart.
+class Watch {
+public:
+    explicit Watch(const PauseCounter& pauses) : pauses_(pauses) {
+        QObject::connect(&timer_, &QTimer::timeout, &timer_, [this] { look(); });
+        timer_.start(5);
+    }
+    double longestMs() const { return static_cast<double>(longest_) / 1e6; }
+
+private:
+    void look() {
+        const auto paused = pauses_.pausedNanoseconds();
+        if (clock_.isValid()) longest_ = std::max(longest_, clock_.nsecsElapsed() - (paused - paused_));
+        paused_ = paused;
+        clock_.start();
+    }
+
+    const PauseCounter& pauses_;
     QTimer timer_;
     QElapsedTimer clock_;
     qint64 longest_ = 0;
+    qint64 paused_ = 0;
+};
+
+/// Says when a widget was painted for the first time.
+class FirstSight : public QObject {
+public:
+    explicit FirstSight(QWidget& widget) { widget.installEventFilter(this); }
+
+private:
+    bool eventFilter(QObject* object, QEvent* event) override {
+        if (event->type() == QEvent::Paint) {
+            object->removeEventFilter(this);
+            const auto now = std::chrono::steady_clock::now().time_since_epoch();
+            const auto since = std::chrono::nanoseconds(now).count() - qgetenv("CORVANE_STARTED").toLongLong();
+            std::cout << "the window was there after " << static_cast<double>(since) / 1e6 << " ms\n";
+        }
+        return false;
+    }
 };
 
 void press(const corvane::frmCorvane& window, const char* button) {
     window.findChild<QAbstractButton*>(button)->click();
 }
 
-void run(corvane::frmCorvane& window, const QString& file, const QString& picture) {
+void run(corvane::frmCorvane& window, const PauseCounter& pauses, const QString& file, const QString& picture) {
     if (!file.isEmpty()) {
         press(window, "optLine1");
         press(window, "optFile");
     }
     QElapsedTimer time;
     time.start();
-    const Watch watch;
+    const Watch watch(pauses);
     press(window, "cmdStartCheck");
-    std::cout << "the run took " << time.elapsed() << " ms, an event waited at most " << watch.longest() << " ms\n";
+    std::cout << "the run took " << time.elapsed() << " ms, an event waited at most " << watch.longestMs() << " ms\n";
     QCoreApplication::processEvents();
     if (!picture.isEmpty() && !window.grab().save(picture, "PNG", 0)) std::cerr << "the picture cannot be written\n";
+}
+
+void close(corvane::frmCorvane& window, const QString& frozen) {
+    if (!frozen.isEmpty() && ::kill(frozen.toInt(), SIGSTOP) < 0) std::cerr << "there is no process to be stopped\n";
+    QElapsedTimer time;
+    time.start();
     window.close();
+    std::cout << "closing took " << static_cast<double>(time.nsecsElapsed()) / 1e6 << " ms\n";
 }
 
 }  // namespace
@@ -88,6 +158,7 @@ int main(int argc, char** argv) {
     if (!qEnvironmentVariableIsSet("DISPLAY") && !qEnvironmentVariableIsSet("WAYLAND_DISPLAY")) {
         qputenv("QT_QPA_PLATFORM", "offscreen");
     }
+    corvane::LinuxPlatform system;
     const QApplication application(argc, argv);
     std::setlocale(LC_NUMERIC, "C");
     const auto arguments = QCoreApplication::arguments();
@@ -95,12 +166,21 @@ int main(int argc, char** argv) {
         const auto at = arguments.indexOf(name);
         return at < 0 ? QString() : arguments.value(at + 1);
     };
-    corvane::LinuxPlatform system;
-    corvane::frmCorvane window(system.seams(), {true});
+    PauseCounter runtime(system.runtime());
+    const auto real = system.seams();
+    corvane::frmCorvane window({runtime, real.serial, real.ports, real.modules, real.reader, real.profile,
+                                real.settings, real.folder, real.launcher, real.digest, real.inspector,
+                                real.inhibitor, real.hidLibrary},
+                               {true});
     QSocketNotifier due(system.runtime().descriptor(), QSocketNotifier::Read);
     QObject::connect(&due, &QSocketNotifier::activated, &due, [&system] { system.runtime().dispatch(); });
     const Agreeable operatorAtWork(option("--file"));
+    const FirstSight sight(window);
     window.show();
-    QTimer::singleShot(0, &window, [&] { run(window, option("--file"), option("--picture")); });
+    QTimer::singleShot(0, &window, [&] {
+        QCoreApplication::processEvents();
+        if (!arguments.contains("--only-show")) run(window, runtime, option("--file"), option("--picture"));
+        close(window, option("--freeze"));
+    });
     return QApplication::exec();
 }
