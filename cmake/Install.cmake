@@ -27,4 +27,4 @@ install(FILES packaging/completions/corvane-cli packaging/completions/corvane-be
 
 install(FILES packaging/debian/copyright DESTINATION ${CMAKE_INSTALL_DOCDIR})
 install(FILES docs/device-bench.md docs/firmware-inf.md docs/hid-transport.md DESTINATION ${CMAKE_INSTALL_DOCDIR})
-install(DIRECTORY docs/example-site DESTINATION ${CMAKE_INSTALL_DOCDIR}/examples)
+install(DIRECTORY docs/example-site DESTINATION ${CMAKE_INSTALL_DOCDIR})

@@ -19,7 +19,7 @@ SKIPPED = 77    # as ctest knows it
 NOBODY = 65534
 LIMIT = 60      # seconds after which a test is lost, whatever it waits for
 CPACK, BUILD, SUPPORT = sys.argv[1:4]
-SITE = "usr/share/doc/corvane/examples/example-site"
+SITE = "usr/share/doc/corvane/example-site"
 IMAGE = SITE + "/firmware/images/c10_v30r2.hex"
 DEVICE = "kind=TarnPlus,baud=115200,version=KESTREL-C10 V2.9R1"
 
@@ -79,10 +79,12 @@ class Package(unittest.TestCase):
                          ["Download", "Download/c10_v30r2.hex", "firmware.inf", "jobs.csv"])
         self.assertEqual(sorted(self.root.rglob("*")), before)
 
-    def test_the_private_library_is_found(self):
-        done = self.run_as_user("corvane-cli", "ports", LD_DEBUG="files")
+    def test_the_private_libraries_are_found(self):
         library, = self.root.glob("usr/lib/**/corvane/VellIO.so")
+        done = self.run_as_user("corvane-cli", "ports", LD_DEBUG="files")
         self.assertIn("calling init: " + str(library), done.stderr)
+        done = self.run_as_user("corvane-bench", "--device", "hid=yes,reader=Kestrel", "--", "corvane-cli", "ports")
+        self.assertEqual(done.stdout.splitlines()[0], "HID1\t\tHID1 Kestrel", done.stderr)
 
     def test_what_the_package_says(self):
         fields = self.fields()
