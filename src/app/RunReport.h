@@ -34,6 +34,7 @@ struct RunReport {
     bool maySitInBootLoader = false;  ///< nobody knows: it was asked to switch and did not answer
     bool wasErased = false;           ///< an erase was sent
     bool isErased = false;            ///< and acknowledged
+    bool portLost = false;            ///< the device's port was gone at the end
     std::string port;                 ///< as the log shows it
     std::string portName;             ///< as it opens
     std::string settings;             ///< of the line when the device was found

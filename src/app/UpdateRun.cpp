@@ -29,6 +29,7 @@ RunReport UpdateRun::run(bool force) {
     report_.version = information_.version;
     report_.repeatedRecords = p_.programmer.repeatedRecords();
     if (!p_.choices.offLine) report_.siteProblem = p_.site.problem();
+    report_.portLost = !report_.portName.empty() && !p_.session.comm->PortOpen();
     closePorts();
     report_.milliseconds = p_.session.runtime.tick() - start;
     isRunning_ = false;

@@ -48,6 +48,9 @@ std::string reasonFor(const RunReport& report) {
         return report.siteProblem.empty() ? what + "." : what + ": " + report.siteProblem + ".";
     };
     if (report.cancelled) return "The run was cancelled.";
+    if (report.portLost && report.end != RunEnd::updated) {
+        return toUtf8(report.port) + " was lost: it was unplugged, or its cable came loose.";
+    }
     switch (report.end) {
         case RunEnd::loginFailed:
             return site("The site did not accept the login");
@@ -88,7 +91,8 @@ std::string reasonFor(const RunReport& report) {
 }
 
 Steps rescueSteps(const RunReport& report) {
-    Steps steps = {"Leave the device connected and powered."};
+    Steps steps = {report.portLost ? "Plug it in again, and leave the device connected and powered."
+                                   : "Leave the device connected and powered."};
     if (report.end == RunEnd::noBootLoader) {
         steps.emplace_back("Switch the device off and on. If it starts, it runs its old firmware: update it again.");
         steps.emplace_back(
