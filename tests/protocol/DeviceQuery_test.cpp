@@ -57,6 +57,16 @@ TEST_F(Query, SkipsNoiseAndDropsWhatFollows) {
     EXPECT_EQ(bench.port.InBufferCount(), 0);
 }
 
+TEST_F(Query, TakesNoReplyFromBeforeItsQuestion) {
+    peer.say(1, kYes);
+    bench.runtime.Sleep(10);
+    peer.answer(kAsk, {{5, kNo}});
+    EXPECT_FALSE(ask());
+    EXPECT_TRUE(query.wasAnswered());
+    EXPECT_FALSE(ask());
+    EXPECT_FALSE(query.wasAnswered());
+}
+
 TEST_F(Query, RefusesABrokenCrcWithItsDataDropped) {
     Bytes broken = kYes;
     broken.back() ^= 1;
