@@ -1,0 +1,140 @@
+#!/usr/bin/python3
+"""corvane-cli and a simulated HID reader: the same updates through the bench's transport library and its socket, and through
+the real library with hidapi and udev, on a mocked device of the system.
+
+    program_test.py BIN SUPPORT WRAPPER     the folder with the programs, the one with ftp_site.py, umockdev-wrapper
+"""
+
+import json
+import os
+import pathlib
+import shutil
+import subprocess
+import sys
+import tempfile
+import unittest
+
+BIN, SUPPORT, WRAPPER = (pathlib.Path(word).resolve() for word in sys.argv[1:4])
+LIMIT = 60      # seconds after which a test is lost, whatever it waits for
+
+LOG = """Login Server... < OK
+Downloading File... < OK
+Open HID1 ... < OK
+   Scan by 19200,N,8,1
+[Local Site]
+Comm Port : HID1 (F/W:KESTREL V2.4)
+Device F/W: TARN-R200 V5.1R23
+
+[FTP Site]
+Product   : TARN-R200
+Version   : V5.2R1
+
+[Update Information]
+d
+
+Downloading File... < OK
+GoTo ISP Mode (TarnPlus Protocol)... < OK
+
+[ISP Mode]
+Erase Firmware... < OK
+Programming... < OK
+Update Finish
+"""
+
+# An update; the reader is unplugged in the middle of it and comes back; the next update.
+LOST_AND_BACK = """
+"$@"; echo "status $?"
+for i in $(seq 100); do "$1" ports 2>&1 | grep -q HID1 && break; sleep 0.1; done
+"$@" --force
+"""
+
+
+def record(address, data=b"", kind=0):
+    body = bytes((len(data), address >> 8, address & 0xFF, kind)) + data
+    return ":" + (body + bytes((-sum(body) & 0xFF,))).hex().upper()
+
+
+def image(records):
+    lines = ["[INFO]", "PGM=TARN-R200", "VER=V5.2R1", "BUD=2024/01/31"]
+    lines += [record(16 * n, bytes((n * 7 + i) % 255 for i in range(16))) for n in range(records)]
+    return "\n".join(lines + [record(0, b"", 1)]) + "\n"
+
+
+class Updates:
+    """What is the same on both ways. The device is at 19200 baud, its boot loader at 57600."""
+
+    def setUp(self):
+        folder = tempfile.TemporaryDirectory(prefix="corvane-test-")
+        self.addCleanup(folder.cleanup)
+        self.folder = pathlib.Path(folder.name)
+        (self.folder / "bin").mkdir()
+        # A program of its own: downloads lie beside it.
+        self.program = self.folder / "bin" / "corvane-cli"
+        shutil.copy2(BIN / "corvane-cli", self.program)
+        self.image = self.folder / "image.hex"
+        self.image.write_text(image(30))
+
+    def run_with_reader(self, *command, **options):
+        environment = dict(os.environ, HOME=str(self.folder), XDG_CONFIG_HOME=str(self.folder / "config"),
+                           XDG_DATA_HOME=str(self.folder / "data"), CORVANE_FTP_PASSWORD="pw", CORVANE_VELLIO=self.library,
+                           LC_ALL="C")
+        return subprocess.run([str(word) for word in (*self.around(**options), *command)], env=environment,
+                              stdin=subprocess.DEVNULL, capture_output=True, encoding="utf-8", timeout=LIMIT, check=False)
+
+    def site(self):
+        root = self.folder / "site"
+        (root / "firmware").mkdir(parents=True)
+        shutil.copy2(self.image, root / "firmware" / "a.hex")
+        (root / "firmware" / "firmware.inf").write_text(
+            "[PGM_A]\nPRODUCT=TARN-R200\nVERSION=V5.2R1\nDESC=d\nFILE=/firmware/a.hex\nISP_BAUDRATE=57600\n")
+        server = subprocess.Popen(
+            ["/usr/bin/python3", str(SUPPORT / "ftp_site.py"), json.dumps({"root": str(root), "accounts": {"upd": "pw"}})],
+            stdin=subprocess.PIPE, stdout=subprocess.PIPE, text=True)
+        self.addCleanup(server.communicate)
+        return "127.0.0.1:" + server.stdout.readline().split()[1]
+
+    def test_update_at_the_rate_that_the_site_announces(self):
+        done = self.run_with_reader(self.program, "update", "--yes", "--server", self.site(), "--user", "upd")
+        self.assertEqual((done.returncode, done.stdout[:len(LOG)]), (0, LOG), done.stderr)
+        self.assertIn("memory equals image", done.stdout)
+        self.assertIn(self.seen_by_reader, done.stdout)
+
+    def test_unplugged_while_programming_and_back(self):
+        # No rate is announced, so it is found without one: at 115200 baud, the second that is tried.
+        done = self.run_with_reader("sh", "-c", LOST_AND_BACK, "sh", self.program, "update", "--yes", "--file", self.image,
+                                    boot_baud=115200, fault="unplug@5", replug=300)
+        self.assertIn("Programming... < NG\n\niTry:3\nstatus 5\n", done.stdout, done.stderr)
+        self.assertIn("HID1 (F/W:KESTREL V2.4) was lost: it was unplugged, or its cable came loose.\n", done.stderr)
+        self.assertEqual(done.returncode, 0, done.stdout + done.stderr)
+        self.assertTrue(done.stdout.count("Update Finish") == 1 and "memory equals image" in done.stdout, done.stdout)
+
+    def test_ports_names_it_in_a_session_without_a_locale(self):
+        done = self.run_with_reader(self.program, "ports", product="Größer €", verifies=False)
+        self.assertEqual((done.returncode, done.stdout.split("\n")[0]), (0, "HID1\t\tHID1 Größer €"), done.stderr)
+
+
+class BenchLibrary(Updates, unittest.TestCase):
+    library = ""
+    seen_by_reader = "its reader took 7 commands, rate 57600, direction 3"
+
+    def around(self, boot_baud=57600, fault=None, replug=None, product="Kestrel", verifies=True):
+        device = "hid=yes,boot-baud=%d,reader=%s" % (boot_baud, product)
+        device += ",fault=" + fault if fault else ""
+        device += ",replug=%d" % replug if replug else ""
+        return [BIN / "corvane-bench", "--device", device, *(["--image", self.image, "--verify"] if verifies else []), "--"]
+
+
+class RealLibrary(Updates, unittest.TestCase):
+    library = str(BIN / "VellIO.so")
+    seen_by_reader = ""
+
+    def around(self, boot_baud=57600, fault=None, replug=None, product="Kestrel", verifies=True):
+        options = ["--boot-baud", boot_baud, "--product", product]
+        options += ["--compare", self.image] if verifies else []
+        options += ["--fault", fault] if fault else []
+        options += ["--replug", replug] if replug else []
+        return [WRAPPER, BIN / "mocked-reader", *options]
+
+
+if __name__ == "__main__":
+    unittest.main(argv=sys.argv[:1] + sys.argv[4:])
