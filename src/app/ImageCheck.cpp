@@ -40,6 +40,12 @@ const char* faultText(HexFault fault) {
     return "is no record";
 }
 
+/// Blanks or a text editor's mark before the colon make another line of it.
+bool hidesRecord(std::string_view line) {
+    const auto colon = line.find(':');
+    return colon != std::string_view::npos && parseHexRecord(line.substr(colon));
+}
+
 /// Where one data record lies.
 struct Piece {
     std::uint64_t first;
@@ -55,7 +61,11 @@ public:
         std::size_t number = 0;
         for (Lines lines(content); lines.next(line);) {
             ++number;
-            if (!line.empty() && line.front() == ':') takeLine(number, line);
+            if (!line.empty() && line.front() == ':') {
+                takeLine(number, line);
+            } else if (hidesRecord(line)) {
+                find(number, "holds a record that does not begin the line, so it is never sent");
+            }
         }
         finish();
         return std::move(report_);

@@ -16,7 +16,8 @@ bool SelfUpdate::CheckNewVersion() {
     }
     const auto remote = reader_.ReadInfValue("Corvane", "File", "firmware/utility/corvane.exe", information);
     makeFolder(folder_.resolve("\\download"));
-    return site_.FTP_Download(remote, folder_.resolve("\\download\\Corvane.exe"));
+    path_ = folder_.resolve("\\download\\Corvane.exe");
+    return site_.FTP_Download(remote, path_);
 }
 
 }  // namespace corvane

@@ -15,14 +15,16 @@ public:
     /// True only when a newer copy was announced, the operator agreed, and the download succeeded.
     bool CheckNewVersion();
 
-    /// Where the downloaded copy lies.
-    std::string newProgram() const { return folder_.resolve("/download/corvane.exe"); }
+    /// Where the copy lies that was downloaded last. It is stored as "\download\Corvane.exe" and would be started as
+    /// "/download/corvane.exe"; where letters' case counts, the file that was stored is meant, not another one.
+    const std::string& newProgram() const { return path_; }
 
 private:
     InfReader& reader_;
     const ProgramFolder& folder_;
     SiteAccess& site_;
     OperatorPrompts& prompts_;
+    std::string path_;
 };
 
 }  // namespace corvane

@@ -1,5 +1,7 @@
 #include "app/UpdateRun.h"
 
+#include <algorithm>
+
 #include "app/Files.h"
 #include "app/ImageCheck.h"
 #include "text/Cp1252.h"
@@ -178,11 +180,11 @@ std::string UpdateRun::fetchImage() {
 
 RunEnd UpdateRun::install(const std::string& image) {
     setCancellable(false);
-    if (!FileExists(image) || cancelRequested_) {
+    if (!FileExists(image) || cancelRequested_ || !isImage(image)) {
         log("Firmware download fail!!\r\n");
         return RunEnd::imageMissing;
     }
-    if (!isImageWanted(image)) return RunEnd::imageRefused;
+    if (!isImageWanted()) return RunEnd::imageRefused;
     report_.wasSwitched = true;
     report_.isInBootLoader = inIsp_;
     if (!inIsp_) {
@@ -207,16 +209,21 @@ RunEnd UpdateRun::install(const std::string& image) {
     return RunEnd::updated;
 }
 
-/// Notes what the verdict says about the image, and asks before one that does not add up harms the device.
-bool UpdateRun::isImageWanted(const std::string& image) {
-    constexpr std::size_t kMostFindings = 8;
+/// Reads the image, for the verdict too. One without any data, a server's error page say, would leave a device erased.
+bool UpdateRun::isImage(const std::string& image) {
     report_.imagePath = image;
     const auto content = readFile(image);
     report_.imageBytes = content.size();
     report_.imageDigest = p_.digest.sha256(content);
-    const auto checked = checkImage(content);
-    report_.imageRecords = static_cast<std::int64_t>(checked.records);
-    const auto findings = findingLines(checked.findings, kMostFindings);
+    checked_ = checkImage(content);
+    report_.imageRecords = static_cast<std::int64_t>(checked_.records);
+    return checked_.bytes > 0;
+}
+
+/// Asks before an image that does not add up harms the device.
+bool UpdateRun::isImageWanted() {
+    constexpr std::size_t kMostFindings = 8;
+    const auto findings = findingLines(checked_.findings, kMostFindings);
     return findings.empty() ||
            p_.prompts.messageBox(Question::unsoundImage, "This image does not add up:\r\n" + joined(findings, "\r\n") +
                                                              "\r\nInstall it all the same?");
@@ -233,13 +240,16 @@ std::string UpdateRun::digestFault(const std::string& path) {
 /// From here to the reset the device has no firmware, and the next start must know even if this one is killed.
 void UpdateRun::openJournal() {
     p_.inhibitor.hold("A device is being programmed");
-    p_.journal.add(
-        {p_.session.runtime.timestamp(), toUtf8(report_.portName), toUtf8(report_.deviceVersion), report_.imagePath});
+    const auto port = toUtf8(report_.portName);
+    const auto known = p_.journal.read();
+    wasInJournal_ = std::any_of(known.begin(), known.end(), [&port](const auto& run) { return run.port == port; });
+    p_.journal.add({p_.session.runtime.timestamp(), port, toUtf8(report_.deviceVersion), report_.imagePath});
 }
 
-/// A device that was taken in its boot loader may have been left there at another port.
+/// A device that was taken in its boot loader, at a port of which nothing is known, may have been left there at
+/// another.
 void UpdateRun::closeJournal() {
-    if (inIsp_) {
+    if (inIsp_ && !wasInJournal_) {
         p_.journal.clear();
     } else {
         p_.journal.remove(toUtf8(report_.portName));

@@ -3,6 +3,7 @@
 #include "app/Choices.h"
 #include "app/FirmwareInformation.h"
 #include "app/FirmwareSelection.h"
+#include "app/ImageCheck.h"
 #include "app/RunJournal.h"
 #include "app/RunReport.h"
 #include "app/RunView.h"
@@ -85,7 +86,8 @@ private:
     void showFirmware();
     std::string fetchImage();
     RunEnd install(const std::string& image);
-    bool isImageWanted(const std::string& image);
+    bool isImage(const std::string& image);
+    bool isImageWanted();
     std::string digestFault(const std::string& path);
     void openJournal();
     void closeJournal();
@@ -100,7 +102,9 @@ private:
     RunParts p_;
     FirmwareInformation information_;
     RunReport report_;
+    ImageReport checked_;
     bool inIsp_ = false;
+    bool wasInJournal_ = false;  // the port, when the erase began
     bool cancelRequested_ = false;
     bool isRunning_ = false;
     bool isCancellable_ = false;

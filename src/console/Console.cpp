@@ -53,14 +53,19 @@ int exitStatus(const RunReport& report) {
     return report.cancelled ? 1 : 4;
 }
 
+bool answersAlone(const Arguments& arguments, TextSink& out) {
+    if (arguments.command == Arguments::Command::version) {
+        out.write("corvane-cli " + programVersion() + "\n");
+    } else if (arguments.command == Arguments::Command::help) {
+        out.write(usageText());
+    } else {
+        return false;
+    }
+    return true;
+}
+
 int Console::run(const Arguments& arguments) {
     switch (arguments.command) {
-        case Arguments::Command::version:
-            out.write("corvane-cli " + programVersion() + "\n");
-            return 0;
-        case Arguments::Command::help:
-            out.write(usageText());
-            return 0;
         case Arguments::Command::update:
             return updateCommand(*this, arguments);
         case Arguments::Command::scan:
@@ -73,8 +78,11 @@ int Console::run(const Arguments& arguments) {
             return checkCommand(*this, arguments);
         case Arguments::Command::checkSite:
             return checkSiteCommand(*this, arguments);
+        case Arguments::Command::version:
+        case Arguments::Command::help:
+            break;
     }
-    return 2;
+    return answersAlone(arguments, out) ? 0 : 2;
 }
 
 }  // namespace corvane

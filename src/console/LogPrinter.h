@@ -28,6 +28,9 @@ public:
     /// Writes the file anew; false when it cannot be opened.
     bool copyTo(const std::string& path);
 
+    /// False when something could not be written to the file.
+    bool isCopyWhole() const { return !copy_.is_open() || copy_.good(); }
+
     void text(std::string_view logged);
     void clear();
     void progress(std::int64_t value, std::int64_t maximum);

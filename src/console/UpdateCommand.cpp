@@ -1,3 +1,5 @@
+#include <filesystem>
+
 #include "app/LocalImageLoader.h"
 #include "console/Console.h"
 #include "text/Text.h"
@@ -35,6 +37,15 @@ void keepToPort(CommandScope& scope, const std::string& wanted) {
     scope.updater.scanner().onlyPort(wanted);
 }
 
+/// The log is written anew, so it must not be the image.
+bool openLog(CommandScope& scope, const Arguments& arguments) {
+    std::error_code error;
+    const bool isImage = arguments.file && std::filesystem::equivalent(*arguments.logFile, *arguments.file, error);
+    if (!isImage && scope.printer.copyTo(*arguments.logFile)) return true;
+    scope.face.say("The log file " + *arguments.logFile + (isImage ? " is the image." : " cannot be written."));
+    return false;
+}
+
 int perform(CommandScope& scope, const Arguments& arguments) {
     constexpr int kEndedWithoutUpdate = 1;
     if (arguments.file && !loadImage(scope, *arguments.file)) return kEndedWithoutUpdate;
@@ -53,12 +64,11 @@ int perform(CommandScope& scope, const Arguments& arguments) {
 int updateCommand(Console& console, const Arguments& arguments) {
     constexpr int kWrongUsage = 2;
     CommandScope scope(console, arguments, console.out, arguments.json);
-    if (arguments.logFile && !scope.printer.copyTo(*arguments.logFile)) {
-        scope.face.say("The log file " + *arguments.logFile + " cannot be written.");
-        return kWrongUsage;
-    }
+    if (arguments.logFile && !openLog(scope, arguments)) return kWrongUsage;
     console.interrupt = [&scope] { interruptRun(scope); };
     const int code = scope.end(perform(scope, arguments));
+    if (!scope.printer.isCopyWhole())
+        scope.face.say("The log file " + *arguments.logFile + " is not complete: writing failed.");
     scope.printer.result(code);
     return code;
 }

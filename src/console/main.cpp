@@ -12,7 +12,7 @@ namespace {
 
 std::optional<std::string> environment(const char* name) {
     const char* value = std::getenv(name);
-    return value ? std::optional<std::string>(value) : std::nullopt;
+    return value && *value ? std::optional<std::string>(value) : std::nullopt;
 }
 
 int runProgram(const corvane::Arguments& arguments, corvane::StandardStream& out, corvane::StandardStream& err) {
@@ -50,7 +50,7 @@ int main(int argc, char** argv) {
         err.write("corvane-cli: " + problem + "\n\n" + corvane::usageText());
     } else {
         try {
-            code = runProgram(*arguments, out, err);
+            code = corvane::answersAlone(*arguments, out) ? 0 : runProgram(*arguments, out, err);
         } catch (const std::exception& error) {
             err.write(std::string("corvane-cli: ") + error.what() + "\n");
             code = kFailed;

@@ -53,6 +53,7 @@ bool HexProgrammer::isAnotherAnswerComing() {
 }
 
 bool HexProgrammer::isRefusalLeft() {
+    if (!session_.comm->PortOpen()) return false;
     const auto left = bytesOf(session_.comm->CommInput());
     return std::find(left.begin(), left.end(), kNak) != left.end();
 }

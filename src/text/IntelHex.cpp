@@ -1,14 +1,13 @@
 #include "text/IntelHex.h"
 
 #include "text/Number.h"
-#include "text/Text.h"
 
 namespace corvane {
 namespace {
 
 HexFault decode(std::string_view line, Bytes& raw) {
     if (line.empty() || line.front() != ':') return HexFault::noColon;
-    const std::string_view digits = trimmed(line.substr(1));
+    const std::string_view digits = line.substr(1);
     for (std::size_t at = 0; at + 1 < digits.size(); at += 2) {
         const auto byte = hexNumber(digits.substr(at, 2));
         if (!byte) return HexFault::notHexadecimal;

@@ -63,6 +63,9 @@ TEST(ImageCheck, FindsEachMistake) {
          "line 3 stands behind the end record; line 4 is a second end record"},
         {data + ":0100000400FB\n:00000007F9\n" + end,
          "line 2 is an address record of a wrong length; line 3 has the unknown type 7"},
+        {"\xEF\xBB\xBF" + data + " :0400100005060708D2\n" + data + end,
+         "line 1 holds a record that does not begin the line, so it is never sent; "
+         "line 2 holds a record that does not begin the line, so it is never sent"},
         {":04FFFE0001020304F5\n" + end, "line 1 runs past the end of its 64 KiB segment"},
     };
     for (const auto& one : cases) EXPECT_EQ(found(one.content), one.findings) << one.content;

@@ -270,6 +270,8 @@ TEST_F(ProgramUpdate, IsOfferedWhenTheTextSortsBehind) {
 TEST_F(ProgramUpdate, IsFetchedStartedAndEndsThisProgram) {
     announce("V2.0", "File=/p/new.exe\n");
     answer("/p/new.exe", "#!program");
+    bench.write("download/Corvane.exe", "what an earlier run left");
+    bench.write("download/corvane.exe", "something else");
     EXPECT_EQ(start().end, RunEnd::handedOver);
     EXPECT_EQ(log(), kLogin + "Downloading File... < OK\r\n Disconnected...\r\n Install New Corvane...\r\n");
     EXPECT_EQ(downloaded("download/Corvane.exe"), "#!program");

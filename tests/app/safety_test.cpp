@@ -79,6 +79,32 @@ TEST_F(Safety, RemembersADeviceWithoutFirmware) {
     EXPECT_EQ(journal(), "");
 }
 
+TEST_F(Safety, ForgetsOnlyTheDeviceThatIsWellAgain) {
+    models::DeviceOptions stuck;
+    stuck.startsInBoot = true;
+    plug(stuck);
+    loadImage();
+    const RunJournal journal(bench.folder);
+    journal.add({"t", "COM1", "a", "/x"});
+    journal.add({"t", "COM2", "b", "/y"});
+    EXPECT_EQ(start(true).end, RunEnd::updated);
+    EXPECT_EQ(this->journal(), "COM2:b;");
+    devices.clear();
+    bench.serial.map.entries.clear();
+    plug(stuck);
+    updater.session().rememberedPort.clear();
+    EXPECT_EQ(start(true).end, RunEnd::updated);  // the one of COM2, in all likelihood
+    EXPECT_EQ(this->journal(), "");
+}
+
+TEST_F(Safety, TakesNoFileWithoutDataForAnImage) {
+    plug();
+    loadImage("[INFO]\nPGM=TARN\n:00000001FF\n");
+    EXPECT_EQ(start().end, RunEnd::imageMissing);
+    EXPECT_EQ(log().substr(log().size() - 26), "Firmware download fail!!\r\n");
+    EXPECT_EQ(device().log().switches, 0);
+}
+
 TEST_F(Safety, KeepsAJournalOfSeveralPorts) {
     const RunJournal journal(bench.folder);
     EXPECT_TRUE(journal.read().empty());

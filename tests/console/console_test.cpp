@@ -94,7 +94,11 @@ TEST_F(UpdateCommand, PrintsTheLogAndKeepsACopy) {
         "corvane-cli: The device is updated.\ncorvane-cli: COM1: TARN-R200 V5.1R23 before the run.\ncorvane-cli: ");
     EXPECT_TRUE(bench.settings.values.empty());
     EXPECT_EQ(run({"update", "--file", image(), "--yes", "--log", bench.folder.path()}), 2);
+    EXPECT_EQ(run({"update", "--file", image(), "--yes", "--log", image()}), 2);
+    EXPECT_EQ(fakes::ScratchFolder::content(bench.folder.folder.at("local.hex")), kImage);
     EXPECT_EQ(devices[0]->log().erases, 1);
+    EXPECT_EQ(run({"update", "--file", image(), "--yes", "--log", "/dev/full"}), 0);
+    EXPECT_NE(err.text.find("The log file /dev/full is not complete"), std::string::npos);
 }
 
 TEST_F(UpdateCommand, WritesOneJsonObjectALine) {

@@ -11,14 +11,6 @@ namespace {
 
 constexpr int kHighestPort = 256;
 
-/// "#" begins a comment at the start of a line and after a blank; a path may hold one.
-std::string_view withoutComment(std::string_view line) {
-    for (std::size_t at = 0; at < line.size(); ++at) {
-        if (line[at] == '#' && (at == 0 || line[at - 1] == ' ' || line[at - 1] == '\t')) return line.substr(0, at);
-    }
-    return line;
-}
-
 /// 0 when the text is not "COM" and a number from 1 to 256.
 int portNumber(std::string_view key) {
     if (!startsWithNoCase(key, "COM") || key.size() > 6) return 0;
@@ -64,7 +56,7 @@ PortMapFile readPortMapFile(const std::string& path) {
     std::string_view line;
     for (Lines lines(withoutUtf8Mark(content)); lines.next(line);) {
         ++number;
-        line = trimmed(withoutComment(line));
+        line = trimmed(line.substr(0, line.find('#')));
         const auto cure = line.empty() ? std::string() : take(line, file);
         if (cure.empty()) continue;
         file.problems.push_back(path + ", line " + std::to_string(number) + ", \"" + std::string(line) +

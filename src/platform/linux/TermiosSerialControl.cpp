@@ -4,6 +4,7 @@
 #include <cstring>
 #include <sys/epoll.h>
 #include <sys/ioctl.h>
+#include <system_error>
 #include <unistd.h>
 
 namespace corvane {
@@ -17,10 +18,14 @@ OpenFailure TermiosSerialControl::openLine() {
     const auto path = map_.devicePath(CommPort());
     if (!path) return {OpenFailure::Kind::notThere, "", ENOENT};
     const auto failure = line_.open(*path);
-    if (failure.kind == OpenFailure::Kind::none) {
-        marks_.reset();
-        watchesOutput_ = false;
+    if (failure.kind != OpenFailure::Kind::none) return failure;
+    marks_.reset();
+    watchesOutput_ = false;
+    try {
         watch();
+    } catch (const std::system_error& error) {
+        line_.close();
+        return {OpenFailure::Kind::other, *path, error.code().value()};
     }
     return failure;
 }
