@@ -32,8 +32,8 @@ TEST_F(VerdictOfARun, IsUpdatedWithItsProof) {
     EXPECT_EQ(verdict.kind, Verdict::Kind::updated);
     EXPECT_TRUE(verdict.isSafeToUnplug);
     EXPECT_TRUE(says(verdict, "COM1: TARN-R200 V5.1R23 before the run."));
-    EXPECT_TRUE(says(verdict,
-                     "Image: local.hex, TARN-R200 V5.2R1, " + std::to_string(sizeof kImage - 1) + " bytes, SHA-256 0"));
+    EXPECT_TRUE(says(verdict, "Image: local.hex, TARN-R200 V5.2R1, " + std::to_string(sizeof kImage - 1) +
+                                  " bytes, SHA-256 " + bench.digest.sha256(kImage) + "."));
     EXPECT_TRUE(says(verdict, "The device now answers with TARN-R200 V5.2R1."));
     EXPECT_TRUE(says(verdict, "1 record was repeated."));
     EXPECT_TRUE(verdict.steps.empty());
