@@ -7,7 +7,7 @@
 #include "support/RecordingFace.h"
 #include "support/ScratchFolder.h"
 #include "support/ScriptedPeer.h"
-#include "support/SerialBench.h"
+#include "support/hid/PortBench.h"
 
 namespace corvane {
 namespace {
@@ -18,7 +18,7 @@ const std::string kAt0 = ":0400000001020304F2", kAt16 = ":0400100005060708D2", k
 const std::string kToFirst = ":020000040000FA", kToSecond = ":020000040001F9", kToThird = ":020000040002F8";
 const std::string kStart9 = ":0400000901020304E9", kStart5 = ":0400000500000020D7", kEnd = ":00000001FF";
 
-class Programmer : public ::testing::Test {
+class Programmer : public fakes::OverEachPort {
 protected:
     Programmer() {
         models::DeviceOptions options;
@@ -36,14 +36,13 @@ protected:
     }
 
     fakes::ScratchFolder folder;
-    fakes::SerialBench bench;
     std::unique_ptr<models::Device> device;
     fakes::RecordingFace face;
     DeviceSession session{bench.runtime, face, bench.port};
     HexProgrammer programmer{session, face};
 };
 
-TEST_F(Programmer, SendsTheStartAfterItsSegmentAndTheEndLast) {
+TEST_P(Programmer, SendsTheStartAfterItsSegmentAndTheEndLast) {
     struct Case {
         const char* name;
         Records file, wire;
@@ -74,7 +73,7 @@ TEST_F(Programmer, SendsTheStartAfterItsSegmentAndTheEndLast) {
     EXPECT_TRUE(device->log().refused.empty());
 }
 
-TEST_F(Programmer, SkipsOtherLinesAndCountsTheRecordsOnly) {
+TEST_P(Programmer, SkipsOtherLinesAndCountsTheRecordsOnly) {
     const std::string content = "[INFO]\nPGM=x\n\n" + kAt0 + "\n; made by hand\n " + kAt32 + "\n" + kAt16 + "\n" + kEnd;
     EXPECT_TRUE(programmer.ISP_Program(write(content)));
     EXPECT_EQ(device->log().records, (Records{kAt16, kAt0, kEnd}));
@@ -87,7 +86,7 @@ TEST_F(Programmer, SkipsOtherLinesAndCountsTheRecordsOnly) {
     EXPECT_EQ(face.bar[2], (std::pair<std::int64_t, std::int64_t>{32, 32}));
 }
 
-TEST_F(Programmer, TriesARecordThreeTimes) {
+TEST_P(Programmer, TriesARecordThreeTimes) {
     device->faults().add("nak@:0400100005060708D2x2");
     device->faults().add("mute@:00000001FFx1");
     EXPECT_TRUE(program({kAt0, kAt16, kEnd}));
@@ -95,7 +94,7 @@ TEST_F(Programmer, TriesARecordThreeTimes) {
     EXPECT_EQ(programmer.repeatedRecords(), 2);
 }
 
-TEST_F(Programmer, EndsAtARecordThatFailsThreeTimes) {
+TEST_P(Programmer, EndsAtARecordThatFailsThreeTimes) {
     device->faults().add("nak@:0400100005060708D2x*");
     EXPECT_FALSE(program({kAt0, kAt16, kAt32, kEnd}));
     EXPECT_EQ(device->log().records, (Records{kAt16, kAt16, kAt16}));
@@ -103,7 +102,8 @@ TEST_F(Programmer, EndsAtARecordThatFailsThreeTimes) {
     EXPECT_EQ(face.bar.back(), (std::pair<std::int64_t, std::int64_t>{0, 0}));
 }
 
-/// On a slow line a doubled answer comes when the next record is on its way already.
+/// On a slow line a doubled answer comes when the next record is on its way already. Only a serial port knows that: a
+/// HID reader has taken the record by then.
 class PacedProgrammer : public Programmer {
 protected:
     PacedProgrammer() {
@@ -130,14 +130,14 @@ protected:
     fakes::ScriptedPeer peer;
 };
 
-TEST_F(PacedProgrammer, TakesNoAnswerThatComesBeforeTheRecordIsSent) {
+TEST_P(PacedProgrammer, TakesNoAnswerThatComesBeforeTheRecordIsSent) {
     device->faults() = {"repeat@1", "corrupt-byte@21"};  // a doubled answer, and a second record that loses its ":"
     EXPECT_TRUE(program({kAt16, kAt32, kEnd}));
     EXPECT_EQ(device->log().records, (Records{kAt16, kAt32, kEnd}));
     EXPECT_EQ(programmer.repeatedRecords(), 1);
 }
 
-TEST_F(ScriptedProgrammer, TakesARefusalOnlyWhenSilenceFollows) {
+TEST_P(ScriptedProgrammer, TakesARefusalOnlyWhenSilenceFollows) {
     // A late second answer is taken for that to the next record, so the refusal of that one looks like the third's; to
     // repeat the third would hide that the second is missing.
     peer.answer(bytesOf(kAt16 + "\r"), {{1, {6}}, {15, {6}}});
@@ -147,13 +147,13 @@ TEST_F(ScriptedProgrammer, TakesARefusalOnlyWhenSilenceFollows) {
     EXPECT_EQ(peer.heardText(), kAt16 + "\r" + kAt32 + "\r" + kEnd + "\r");
 }
 
-TEST_F(ScriptedProgrammer, WaitsForALateRefusalOfTheLastRecordAfterASilence) {
+TEST_P(ScriptedProgrammer, WaitsForALateRefusalOfTheLastRecordAfterASilence) {
     peer.answer(bytesOf(kAt16 + "\r" + kAt16 + "\r"), {{1, {6}}, {15, {6}}});
     peer.answer(bytesOf(kEnd + "\r"), {{40, {21}}});
     EXPECT_FALSE(program({kAt16, kEnd}));
 }
 
-TEST_F(ScriptedProgrammer, SeesARefusalBehindTheLastRecord) {
+TEST_P(ScriptedProgrammer, SeesARefusalBehindTheLastRecord) {
     peer.answer(bytesOf(kEnd + "\r"), {{1, {6}}, {30, {21}}});
     EXPECT_TRUE(program({kEnd}));
     EXPECT_FALSE(programmer.isRefusalLeft());
@@ -162,7 +162,7 @@ TEST_F(ScriptedProgrammer, SeesARefusalBehindTheLastRecord) {
     EXPECT_FALSE(programmer.isRefusalLeft());
 }
 
-TEST_F(Programmer, BringsTheDeviceBackToTheFirstSegmentForAnotherTry) {
+TEST_P(Programmer, BringsTheDeviceBackToTheFirstSegmentForAnotherTry) {
     device->faults() = {"nak@:0400000001020304F2x3"};
     EXPECT_FALSE(program({kAt16, kToSecond, kAt0, kEnd}));
     EXPECT_TRUE(program({kAt16, kToSecond, kAt0, kEnd}));
@@ -176,22 +176,23 @@ TEST_F(Programmer, BringsTheDeviceBackToTheFirstSegmentForAnotherTry) {
     EXPECT_EQ(device->log().records.size() - before, 3U);
 }
 
-TEST_F(Programmer, WaitsHalfASecondForEachAnswer) {
+TEST_P(Programmer, WaitsHalfASecondForEachAnswer) {
+    const auto start = bench.runtime.ms();
     device->faults().add("dots@:0400100005060708D2=2");  // 0.6 s, but never 0.5 s of silence
     device->faults().add("mute@:00000001FFx*");
     EXPECT_FALSE(program({kAt16, kEnd}));
     EXPECT_EQ(device->log().records, (Records{kAt16, kEnd, kEnd, kEnd}));
-    EXPECT_GE(bench.runtime.ms(), 600 + 1500);
-    EXPECT_LE(bench.runtime.ms(), 600 + 1500 + 250);
+    EXPECT_GE(bench.runtime.ms() - start, 600 + 1500);
+    EXPECT_LE(bench.runtime.ms() - start, 600 + 1500 + 250);
 }
 
-TEST_F(Programmer, ShowsTheRecordsWhenAsked) {
+TEST_P(Programmer, ShowsTheRecordsWhenAsked) {
     device->faults().add("nak@:0400100005060708D2x1");
     EXPECT_TRUE(programmer.ProgramHex(kAt16, true));
     EXPECT_EQ(face.log, kAt16 + " < NG\r\n" + kAt16 + " < OK\r\n");
 }
 
-TEST_F(Programmer, LogsWhyItCouldNotGoOn) {
+TEST_P(Programmer, LogsWhyItCouldNotGoOn) {
     EXPECT_FALSE(programmer.ISP_Program(folder.at("none.hex")));
     for (const char* line : {":", ":zz000000", ":0400zz00", ":040010", ":04001 00", ":02000004", ":02000004zzzz"}) {
         EXPECT_FALSE(program({line, kEnd})) << line;
@@ -202,12 +203,18 @@ TEST_F(Programmer, LogsWhyItCouldNotGoOn) {
     EXPECT_TRUE(device->log().records.empty());
 }
 
-TEST_F(Programmer, EndsAtOnceWhenThePortIsLost) {
+TEST_P(Programmer, EndsAtOnceWhenThePortIsLost) {
+    const auto start = bench.runtime.ms();
     device->faults().add("unplug@:04002000090A0B0CB2");
     EXPECT_FALSE(program({kAt16, kAt32, kAt0, kEnd}));
-    EXPECT_EQ(face.log, "Programming... < NG(The port was lost)\r\n");
-    EXPECT_LE(bench.runtime.ms(), 200);
+    // A HID port has no errors: what is written to it when it is lost goes nowhere, and nothing answers.
+    EXPECT_EQ(face.log, isHid() ? "Programming... < NG\r\n" : "Programming... < NG(The port was lost)\r\n");
+    EXPECT_LE(bench.runtime.ms() - start, 200);
 }
+
+CORVANE_OVER_EACH_PORT(Programmer);
+CORVANE_OVER_EACH_PORT(ScriptedProgrammer);
+INSTANTIATE_TEST_SUITE_P(, PacedProgrammer, ::testing::Values(fakes::PortKind::serial), fakes::portKindName);
 
 }  // namespace
 }  // namespace corvane

@@ -71,7 +71,7 @@ public:
     std::unique_ptr<vellio::HidDevice> open(const std::string& path, std::string& problem) override {
         const auto found = bus_.plugged_.find(path);
         problem = path + ": Permission denied";
-        if (found == bus_.plugged_.end() || path == bus_.forbidden_) return nullptr;
+        if (found == bus_.plugged_.end() || bus_.forbidden_.count(path)) return nullptr;
         return std::make_unique<FakeHidDevice>(bus_, path, *found->second.peer);
     }
 

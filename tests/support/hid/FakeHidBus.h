@@ -3,6 +3,7 @@
 #include <functional>
 #include <map>
 #include <memory>
+#include <set>
 #include <string>
 #include <vector>
 
@@ -39,7 +40,7 @@ public:
 
     /// Plug events reach the library as long as this is not False: else it has to look by itself.
     void tellsChanges(bool tells) { tellsChanges_ = tells; }
-    void forbid(const std::string& path) { forbidden_ = path; }
+    void forbid(const std::string& path) { forbidden_.insert(path); }
     void isOutOfOrder(bool broken) { broken_ = broken; }
     int openDevices() const { return open_; }
 
@@ -57,7 +58,7 @@ private:
     std::function<std::uint32_t()> tick_;
     std::map<std::string, Entry> plugged_;
     std::vector<std::string> gone_;
-    std::string forbidden_;
+    std::set<std::string> forbidden_;
     bool changed_ = false;
     bool tellsChanges_ = true;
     bool broken_ = false;

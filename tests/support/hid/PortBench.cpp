@@ -1,0 +1,71 @@
+#include "support/hid/PortBench.h"
+
+namespace corvane::fakes {
+namespace {
+
+class SerialPortBench : private SerialBench, public PortBench {
+public:
+    SerialPortBench() : PortBench(SerialBench::runtime, SerialBench::port) {}
+
+    std::string name(std::int16_t number) const override { return "COM" + std::to_string(number); }
+
+    void plug(std::int16_t number, models::Peer& device) override {
+        std::erase_if(map.entries, [&](const PortMapEntry& entry) { return entry.port == name(number); });
+        SerialBench::plug(number, device);
+    }
+
+    void unplugAll() override { map.entries.clear(); }
+
+    void refuse(std::int16_t number) override {
+        list(number);
+        control.markBusy(number);
+    }
+};
+
+class HidPortBench : private HidBench, public PortBench {
+public:
+    HidPortBench() : PortBench(HidBench::runtime, HidBench::port) {}
+
+    std::string name(std::int16_t number) const override { return "HID" + std::to_string(number); }
+
+    void plug(std::int16_t number, models::Peer& device) override {
+        bus.unplug(HidBench::path(static_cast<std::size_t>(number)));
+        HidBench::port.NumberOfCommPorts();  // the library lets go of it
+        plugged_[number] = std::make_unique<SimulatedReader>(HidBench::runtime, device);
+        show(number);
+    }
+
+    void unplugAll() override {
+        for (const auto& [number, reader] : plugged_) bus.unplug(HidBench::path(static_cast<std::size_t>(number)));
+        HidBench::port.NumberOfCommPorts();
+        plugged_.clear();
+    }
+
+    void refuse(std::int16_t number) override {
+        plugged_[number] = std::make_unique<SimulatedReader>(HidBench::runtime, nobody_);
+        show(number);
+        bus.forbid(HidBench::path(static_cast<std::size_t>(number)));
+    }
+
+private:
+    void show(std::int16_t number) {
+        auto& reader = *plugged_.at(number);
+        const auto& options = reader.reader.options();
+        bus.plug({HidBench::path(static_cast<std::size_t>(number)), options.vendor, options.product,
+                  options.manufacturer, options.name, options.serialNumber},
+                 reader.pipe);
+        HidBench::port.NumberOfCommPorts();
+    }
+
+    models::Device nobody_{{}};
+    std::map<std::int16_t, std::unique_ptr<SimulatedReader>> plugged_;
+};
+
+}  // namespace
+
+std::unique_ptr<PortBench> PortBench::make(PortKind kind) {
+    if (kind == PortKind::hid) return std::make_unique<HidPortBench>();
+    return std::make_unique<SerialPortBench>();
+}
+
+}  // namespace corvane::fakes
