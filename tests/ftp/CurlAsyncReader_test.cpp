@@ -166,15 +166,17 @@ TEST_F(CurlAsyncReaderTest, SilentServerIsLeftWithoutWaiting) {
 }
 
 TEST_F(CurlAsyncReaderTest, FaultsOfTheServerAreFailedReads) {
-    for (const char* name : {"cut", "gone", "stalls", "silent"}) root_.file(name, everyByte());
+    for (const char* name : {"cut", "gone", "stalls", "silent", "mutters"}) root_.file(name, everyByte());
     auto& site = serve(R"("drop": {"/cut": [1000, "data"], "/gone": [1000, "both"]}, "stall": {"/stalls": 1000},
-                          "silent": ["/silent"])");
+                          "silent": ["/silent", "/mutters"], "mutters": ["/mutters"])");
     reader({10000, 300});
     failure(address("/cut"));
     failure(address("/gone"));
     EXPECT_EQ(failure(address("/stalls")), "The server has fallen silent");
     failure(address("/silent"));
     EXPECT_TRUE(site.sees("silent /silent"));
+    // Those words too many look like a confirmation that is there already, and the library is left waiting for it.
+    EXPECT_EQ(failure(address("/mutters")), "The server did not confirm the transfer");
     EXPECT_EQ(log_->read(address("/firmware/image.hex"), local_.at("image.hex")).bytesRead, 3000);
 }
 

@@ -8,6 +8,7 @@ The one argument is a JSON object:
             or without
   stall     path -> bytes: after so many bytes nothing more of the file comes
   silent    paths whose transfer is never confirmed
+  mutters   paths whose transfer is announced with a line too many, which is no reply
   sizes     false: the size of a file is not to be had
   anonymous true: a login without an account is accepted
 
@@ -98,6 +99,8 @@ class Control(FTPHandler):
     def respond(self, resp, logfun=logging.getLogger("pyftpdlib").debug):
         if resp.startswith("226") and self.path in SITE.get("silent", []):
             note("silent " + self.path)
+        elif resp[:3] in ("125", "150") and self.path in SITE.get("mutters", []):
+            super().respond(resp + "\r\n.mutter", logfun)
         else:
             super().respond(resp, logfun)
 

@@ -19,6 +19,7 @@ namespace {
 constexpr long kReceiveBuffer = 256 * 1024L;
 constexpr std::size_t kMostPerTurn = 512 * 1024UL;  // bytes; then other events have theirs
 constexpr long kLongestIdle = 24 * 3600L;           // seconds; when a session ends is decided elsewhere
+constexpr std::uint32_t kLongestBlock = 500;        // ms that the library may wait by itself
 constexpr int kMostUnread = 16;                     // pieces of a talkative server's words
 constexpr char kGoodbye[] = "QUIT\r\n";
 
@@ -60,6 +61,9 @@ CurlSession::CurlSession(LinuxRuntime& runtime, const FtpAddress& address, const
     set(CURLOPT_OPENSOCKETDATA, this);
     set(CURLOPT_CLOSESOCKETFUNCTION, &onClose);
     set(CURLOPT_CLOSESOCKETDATA, this);
+    set(CURLOPT_XFERINFOFUNCTION, &onProgress);
+    set(CURLOPT_XFERINFODATA, this);
+    set(CURLOPT_NOPROGRESS, 0L);
     set(CURLOPT_ERRORBUFFER, error_.data());
     set(CURLOPT_PROTOCOLS_STR, "ftp");
     set(CURLOPT_PATH_AS_IS, 1L);
@@ -104,7 +108,7 @@ void CurlSession::applyRoute(const SiteRoute& route) {
 void CurlSession::begin(const FtpAddress& address) {
     curl_multi_remove_handle(multi_, easy_);
     received_ = 0;
-    isReplyAwaited_ = isTurnOver_ = hasReplied_ = false;
+    isReplyAwaited_ = isTurnOver_ = hasReplied_ = isDataOver_ = false;
     ownProblem_.clear();
     error_.fill(0);
     set(CURLOPT_URL, address.url().c_str());
@@ -174,6 +178,7 @@ std::size_t CurlSession::onBody(char* bytes, std::size_t size, std::size_t count
 std::size_t CurlSession::onHeader(char*, std::size_t size, std::size_t count, void* self) {
     auto& that = session(self);
     that.hasReplied_ = true;
+    that.lastCall_ = that.runtime_.tick();
     that.replied_ += size * count;
     that.onReply();
     return size * count;
@@ -189,9 +194,21 @@ curl_socket_t CurlSession::onOpen(void* self, curlsocktype, curl_sockaddr* addre
 }
 
 int CurlSession::onClose(void* self, curl_socket_t socket) {
-    std::erase(session(self).sockets_, socket);
-    session(self).runtime_.unwatch(socket);
+    auto& that = session(self);
+    that.isDataOver_ = socket == that.dataSocket();
+    that.lastCall_ = that.runtime_.tick();
+    std::erase(that.sockets_, socket);
+    that.runtime_.unwatch(socket);
     return ::close(socket);
+}
+
+/// When a server has said something that is no last word, the library waits for that word all the same, up to a minute,
+/// in which nothing else happens. Once a second it asks here.
+int CurlSession::onProgress(void* self, curl_off_t, curl_off_t, curl_off_t, curl_off_t) {
+    auto& that = session(self);
+    if (!that.isDataOver_ || that.runtime_.tick() - that.lastCall_ < kLongestBlock) return 0;
+    that.ownProblem_ = "The server did not confirm the transfer";
+    return 1;
 }
 
 void CurlSession::onSocket(int socket, std::uint32_t events) {
@@ -231,6 +248,7 @@ void CurlSession::goOn() {
 void CurlSession::act(int socket, int events) {
     int running = 0;
     turn_ = 0;
+    lastCall_ = runtime_.tick();
     curl_multi_socket_action(multi_, socket, events, &running);
     if (std::exchange(hasReplied_, false) && dataSocket() < 0 && !isOverHttp()) nudge();
     if (isReplyAwaited_) awaitReply();

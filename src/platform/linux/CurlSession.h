@@ -51,6 +51,7 @@ private:
     static std::size_t onHeader(char* bytes, std::size_t size, std::size_t count, void* self);
     static curl_socket_t onOpen(void* self, curlsocktype, curl_sockaddr* address);
     static int onClose(void* self, curl_socket_t socket);
+    static int onProgress(void* self, curl_off_t, curl_off_t, curl_off_t, curl_off_t);
 
     template <class Value>
     void set(CURLoption option, Value value);
@@ -82,6 +83,8 @@ private:
     bool isReplyAwaited_ = false;  // a held read goes on with the server's next words
     bool isTurnOver_ = false;      // ... or after the other events that are due
     std::size_t turn_ = 0;         // bytes of this turn
+    bool isDataOver_ = false;      // of the running read: only the server's last word is missing
+    std::uint32_t lastCall_ = 0;   // tick of the last sign that the library goes on
     std::string ownProblem_;       // what went wrong in a callback, where the library only learns that something did
     std::array<char, CURL_ERROR_SIZE> error_{};
 };
