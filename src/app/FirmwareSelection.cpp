@@ -44,6 +44,14 @@ std::vector<FirmwareRecord> FirmwareSelection::list() const {
     return records;
 }
 
+std::string FirmwareSelection::localImage(const FirmwareRecord& record) const {
+    if (choices_.isLocalFile()) return choices_.image.path;
+    const auto name = localName(record);
+    if (!isSafeFileName(name)) return {};
+    const auto path = folder_.resolve("\\Download\\" + name);
+    return FileExists(path) ? path : std::string();
+}
+
 SelectionEnd FirmwareSelection::SelectFirmware(std::string& szFileVersion, const std::string& szPort,
                                                const std::string& szDeviceVersion, bool force, bool inIsp) {
     const auto records = list();

@@ -24,6 +24,10 @@ public:
     /// lies in the Download folder.
     std::vector<FirmwareRecord> list() const;
 
+    /// Where the image of such a record lies on this computer: the local file, or its copy in the Download folder.
+    /// Empty when it lies nowhere yet. In the system's bytes.
+    std::string localImage(const FirmwareRecord& record) const;
+
     /// Logs why nothing was chosen. When something was, szFileVersion receives its section name, a blank, its version.
     SelectionEnd SelectFirmware(std::string& szFileVersion, const std::string& szPort,
                                 const std::string& szDeviceVersion, bool force, bool inIsp);

@@ -45,6 +45,24 @@ std::string csvLine(const Job& job) {
     return joined(fields, ",");
 }
 
+std::vector<std::string> jobFields(std::string_view line) {
+    std::vector<std::string> fields(1);
+    bool isQuoted = false;
+    for (std::size_t i = 0; i < line.size(); ++i) {
+        const char c = line[i];
+        if (c == '"' && isQuoted && i + 1 < line.size() && line[i + 1] == '"') {
+            fields.back() += line[++i];
+        } else if (c == '"') {
+            isQuoted = !isQuoted;
+        } else if (c == ',' && !isQuoted) {
+            fields.emplace_back();
+        } else {
+            fields.back() += c;
+        }
+    }
+    return fields;
+}
+
 bool JobRecord::add(const Job& job) {
     if (job.verdict == verdictName(Verdict::Kind::updated)) ++updated_;
     const auto folder = std::filesystem::path(path_).parent_path().string();

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "app/RunReport.h"
@@ -26,6 +27,9 @@ Job jobOf(const RunReport& report, const std::optional<Proof>& proof, const std:
 /// The line without its end: fields in quotes where they need them. A field that a spreadsheet would take for a formula
 /// gets a ' in front, since devices and sites write some of them.
 std::string csvLine(const Job& job);
+
+/// A line of the record in its fields, in the order of Job, as the head line names them.
+std::vector<std::string> jobFields(std::string_view line);
 
 /// A CSV file that grows by a line a run, with a head line; the user's own unless another file is named.
 class JobRecord {

@@ -51,7 +51,10 @@ void MainPresenter::cmdLoadFile_Click() {
 
 bool MainPresenter::loadFile(const std::string& path) {
     const bool loaded = LoadHexInfo(updater_.inf(), path, updater_.choices.image);
+    localMap_ = loaded ? memoryMapOf(path) : std::nullopt;
     if (loaded) {
+        // Whether settings can be written at all is said at the end of the session.
+        RecentFiles(updater_.platform().settings).add(path);
         loading_ = true;  // selecting optFile must not ask for a file again
         optFile_Click();
         loading_ = false;

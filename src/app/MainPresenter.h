@@ -3,6 +3,8 @@
 #include <functional>
 #include <optional>
 
+#include "app/MemoryMap.h"
+#include "app/RecentFiles.h"
 #include "app/Updater.h"
 
 namespace corvane {
@@ -51,8 +53,14 @@ public:
     /// A run is on, or what follows it.
     bool isBusy() const { return updater_.run().isRunning() || isConcluding_; }
 
-    /// Takes an image as if it had been picked; False when it is none.
+    /// Takes an image as if it had been picked, and remembers it as a recent one; False when it is none.
     bool loadFile(const std::string& path);
+
+    /// The local images that were taken last.
+    std::vector<std::string> recentFiles() const { return RecentFiles(updater_.platform().settings).list(); }
+
+    /// The memory that the local image fills; nothing when none is loaded.
+    const std::optional<MemoryMap>& localMap() const { return localMap_; }
 
     /// The full address of a reference link, with the account in it; empty when the link leads nowhere. UTF-8.
     std::string linkAddress(int index) const;
@@ -68,6 +76,7 @@ private:
     }
 
     Updater& updater_;
+    std::optional<MemoryMap> localMap_;
     bool loading_ = false;
     bool isConcluding_ = false;
 };

@@ -1,6 +1,15 @@
 #include "app/RunNotice.h"
 
+#include "text/Text.h"
+
 namespace corvane {
+
+RunNotice noticeAtStart(const std::vector<InterruptedRun>& left) {
+    if (left.empty()) return noticeFor(RunPhase::idle);
+    std::vector<std::string> lines;
+    for (const auto& run : left) lines.push_back(run.text());
+    return {joined(lines, "\n"), RunNotice::Level::danger};
+}
 
 RunNotice noticeFor(RunPhase phase) {
     switch (phase) {

@@ -2,6 +2,7 @@
 
 #include <string>
 
+#include "app/RunJournal.h"
 #include "app/RunView.h"
 #include "app/Verdict.h"
 
@@ -14,6 +15,9 @@ struct RunNotice {
     std::string text;
     Level level = Level::plain;
 };
+
+/// When the program has started: what to do, or which devices earlier runs have left in their boot loaders.
+RunNotice noticeAtStart(const std::vector<InterruptedRun>& left);
 
 /// During a run, or before the first one.
 RunNotice noticeFor(RunPhase phase);

@@ -28,7 +28,8 @@ enum class RunEnd {
 /// What is known about a run when it has ended. Texts in Windows-1252 unless they are paths or words of the system.
 struct RunReport {
     RunEnd end = RunEnd::failed;
-    bool cancelled = false;       ///< the operator cancelled, whatever followed
+    bool cancelled = false;          ///< the operator cancelled, whatever followed
+    bool foundInBootLoader = false;  ///< the device sat in its boot loader already, and was taken there
     bool wasSwitched = false;     ///< the device was asked to leave its application, or sat in its boot loader already
     bool isInBootLoader = false;  ///< it agreed to that, or sat there already
     bool maySitInBootLoader = false;  ///< nobody knows: it was asked to switch and did not answer
@@ -37,6 +38,7 @@ struct RunReport {
     bool portLost = false;            ///< the device's port was gone at the end
     std::string port;                 ///< as the log shows it
     std::string portName;             ///< as it opens
+    std::string bootLoaderPort;       ///< where no device, but a boot loader was found that was not to be taken
     std::string settings;             ///< of the line when the device was found
     std::string protocolName;
     std::string deviceVersion;  ///< as the device said it before

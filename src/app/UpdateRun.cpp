@@ -101,11 +101,13 @@ RunEnd UpdateRun::withDevice(bool force) {
     report_.deviceVersion = p_.scanner.DeviceScan(inIsp_, force);
     if (report_.deviceVersion.empty()) {
         log("Can not found any device on comm port!!\r\n");
+        report_.bootLoaderPort = p_.scanner.bootLoaderPort();
         return RunEnd::noDevice;
     }
     session.log.clear();
     p_.view.links({});
     letEventsRun();
+    report_.foundInBootLoader = inIsp_;
     report_.portName = session.comm->CommPort();
     report_.settings = session.comm->Settings();
     report_.protocolName = session.protocolName;

@@ -30,6 +30,7 @@ std::string headlineFor(Verdict::Kind kind, const RunReport& report) {
         case Verdict::Kind::untouched:
             break;
     }
+    if (!report.bootLoaderPort.empty()) return "A device waits in its boot loader; nothing was changed.";
     if (report.end == RunEnd::noDevice) return "No device was found; nothing was changed.";
     return "The device was not changed.";
 }
@@ -63,7 +64,9 @@ std::string reasonFor(const RunReport& report) {
         case RunEnd::handOverFailed:
             return "The newer program does not start: " + report.failure + ".";
         case RunEnd::noDevice:
-            return "No device answered on any port.";
+            return report.bootLoaderPort.empty()
+                       ? "No device answered on any port."
+                       : toUtf8(report.bootLoaderPort) + " answers with the prompt of a boot loader.";
         case RunEnd::declined:
             return "No image was chosen.";
         case RunEnd::nothingSuitable:
@@ -128,6 +131,13 @@ Steps stepsFor(Verdict::Kind kind, const RunReport& report) {
             if (!report.siteProblem.empty()) return siteSteps(report);
             return {"Check that the image is where it was, and choose it again."};
         case RunEnd::noDevice:
+            if (!report.bootLoaderPort.empty()) {
+                return {
+                    "Leave the device connected and powered.",
+                    "Force an update (Force ISP, or --force on the console): its boot loader is then taken, and every "
+                    "image is offered.",
+                    "Choose the image that is made for this device."};
+            }
             return {"Check the device's power and its cable.", "Close other programs that use the port.",
                     "If the device does not start any more, force the update: its boot loader is then taken, too."};
         case RunEnd::nothingSuitable:

@@ -7,8 +7,13 @@ Proof VersionProof::ask(const RunReport& report) {
     Proof proof;
     session_.stop = session_.cancel = false;
     if (!scanner_.openAgain(report.portName, report.settings)) return proof;
-    for (int i = 0; i < kTries && !proof.answered && !session_.cancel; ++i) {
-        proof.answered = scanner_.askVersion(report.protocolName, proof.version);
+    // A boot loader says nothing of the rate and the protocol of the firmware that it starts.
+    if (report.foundInBootLoader) {
+        proof.answered = scanner_.askVersionAtAnySetting(proof.version);
+    } else {
+        for (int i = 0; i < kTries && !proof.answered && !session_.cancel; ++i) {
+            proof.answered = scanner_.askVersion(report.protocolName, proof.version);
+        }
     }
     try {
         session_.comm->PortOpen(false);

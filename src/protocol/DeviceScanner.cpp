@@ -44,6 +44,7 @@ std::vector<std::string> DeviceScanner::scanOrder() {
 
 std::string DeviceScanner::DeviceScan(bool& bInISP, bool bAcceptISP) {
     session_.manualPort = false;
+    bootLoaderPort_.clear();
     order_ = scanOrder();
     nextSetting_.assign(order_.size(), 0);
     panel_.showPorts(order_);
@@ -111,6 +112,17 @@ bool DeviceScanner::askVersion(const std::string& protocolName, std::string& ver
     return protocolName == "Tarn" ? probeTarn(version) : login_.GetVersion(version);
 }
 
+bool DeviceScanner::askVersionAtAnySetting(std::string& version) {
+    for (const std::string settings : kSettings) {
+        if (session_.cancel) return false;
+        applySettings(settings);
+        pause();
+        if (askVersion("TarnPlus", version)) return true;
+        if (leadingNumber(settings) == kTarnBaudRate && probeTarn(version)) return true;
+    }
+    return false;
+}
+
 /// Goes through the settings that this port has not seen yet; True when a device answered.
 bool DeviceScanner::tryPort(int index, bool& bInISP, bool bAcceptISP, std::string& version) {
     auto& next = nextSetting_[static_cast<std::size_t>(index)];
@@ -118,7 +130,10 @@ bool DeviceScanner::tryPort(int index, bool& bInISP, bool bAcceptISP, std::strin
         const std::string settings = kSettings[next++];
         panel_.trying(order_[static_cast<std::size_t>(index)], settings);
         const auto outcome = trySettings(settings, bInISP, bAcceptISP, version);
-        if (outcome == Outcome::inBootLoader) return false;
+        if (outcome == Outcome::inBootLoader) {
+            bootLoaderPort_ = order_[static_cast<std::size_t>(index)];
+            return false;
+        }
         if (outcome == Outcome::bootLoaderAccepted) return true;
         if (outcome == Outcome::found) {
             session_.rememberedPort = order_[(static_cast<std::size_t>(index) + 1) % order_.size()];

@@ -22,11 +22,17 @@ public:
     /// last prompt detection.
     std::string DeviceScan(bool& bInISP, bool bAcceptISP);
 
+    /// The port at which the last scan saw a boot loader that it was not to take; empty when it saw none.
+    const std::string& bootLoaderPort() const { return bootLoaderPort_; }
+
     /// Opens a port once more at settings at which a device was found, without a word in the log.
     bool openAgain(const std::string& name, const std::string& settings);
 
     /// Asks the device on the current port for its version in a protocol, "TarnPlus" or "Tarn".
     bool askVersion(const std::string& protocolName, std::string& version);
+
+    /// Asks it at each setting that a scan tries, in either protocol, without a word in the log.
+    bool askVersionAtAnySetting(std::string& version);
 
     /// Leaves every port but this one out of the scans; empty for all of them.
     void onlyPort(const std::string& name) { onlyPort_ = name; }
@@ -52,6 +58,7 @@ private:
     LineReader lines_;
     PortPanel& panel_;
     std::string onlyPort_;
+    std::string bootLoaderPort_;
     std::vector<std::string> order_;
     std::vector<std::size_t> nextSetting_;  // by the order's index; a port that is returned to goes on there
 };

@@ -1,6 +1,7 @@
 #include <gtest/gtest.h>
 
 #include "app/ImageCheck.h"
+#include "app/MemoryMap.h"
 #include "app/SiteCheck.h"
 #include "support/FakeDigest.h"
 #include "support/ScratchFolder.h"
@@ -28,6 +29,25 @@ TEST(ImageCheck, FindsNothingInASoundImage) {
     ASSERT_EQ(report.segments.size(), 3U);
     EXPECT_EQ(segmentText(report.segments[1]), "0x00010 to 0x00013, 4 bytes");
     EXPECT_EQ(segmentText(report.segments[2]), "0x10000 to 0x10003, 4 bytes");
+}
+
+TEST(MemoryMap, SaysWhichMemoryAnImageFills) {
+    const fakes::ScratchFolder folder;
+    const auto map = memoryMapOf(folder.file("a.hex", kSound));
+    ASSERT_TRUE(map);
+    EXPECT_EQ(map->first, 0U);
+    EXPECT_EQ(map->end, 0x10004U);
+    EXPECT_EQ(map->words(),
+              "12 bytes in 3 segments: 0x00000 to 0x00003, 4 bytes; a gap of 12 bytes; 0x00010 to 0x00013, 4 bytes; a "
+              "gap of 65516 bytes; 0x10000 to 0x10003, 4 bytes.");
+    std::string scattered;
+    for (int i = 1; i < 50; ++i)
+        scattered += replaceAll(":01@0000AA00\n", "@", i < 10 ? "0" + std::to_string(i) : std::to_string(i));
+    const auto words = memoryMapOf(folder.file("b.hex", scattered))->words();
+    EXPECT_EQ(words.substr(0, 44), "49 bytes in 49 segments: 0x00100 to 0x00100,");
+    EXPECT_EQ(words.substr(words.size() - 25), "; and more up to 0x04900.");
+    EXPECT_FALSE(memoryMapOf(folder.file("c.hex", ":00000001FF\n")));
+    EXPECT_FALSE(memoryMapOf(folder.at("none.hex")));
 }
 
 TEST(ImageCheck, FindsEachMistake) {

@@ -143,6 +143,8 @@ TEST_F(Safety, RecordsEveryJob) {
     const std::string line =
         "2026-11-24 14:02:07,COM1,\"'=TARN-R200 \"\"A\"\", V5.1\",TARN-R200 V5.2R1,local.hex," + digest + ",0,updated";
     EXPECT_EQ(jobs(), head + line + "\r\n");
+    EXPECT_EQ(joined(jobFields(line), "|"),
+              "2026-11-24 14:02:07|COM1|'=TARN-R200 \"A\", V5.1|TARN-R200 V5.2R1|local.hex|" + digest + "|0|updated");
     bench.face.closesSelection = true;
     updater.conclude(start(), true);
     EXPECT_EQ(updater.jobs().last(1),

@@ -85,6 +85,23 @@ TEST_F(VerdictOfARun, IsTheBootLoaderFromThereOn) {
     }
 }
 
+TEST_F(VerdictOfARun, LeadsFromABootLoaderThatWasSeenToTheRescueAndItsProof) {
+    models::DeviceOptions options;
+    options.startsInBoot = true;
+    options.baud = 9600;
+    options.bootBaud = 57600;
+    options.nextVersion = "TARN-R200 V5.2R1";
+    plug(options, 3);
+    loadImage();
+    auto verdict = updater.conclude(start(), true);
+    EXPECT_EQ(verdict.headline, "A device waits in its boot loader; nothing was changed.");
+    EXPECT_TRUE(says(verdict, "COM3 answers with the prompt of a boot loader."));
+    EXPECT_TRUE(says(verdict, "2. Force an update (Force ISP, or --force on the console)"));
+    verdict = updater.conclude(start(true), true);
+    EXPECT_EQ(verdict.headline, "The device is updated.");
+    EXPECT_TRUE(says(verdict, "The device now answers with TARN-R200 V5.2R1."));
+}
+
 TEST(VerdictOfTheSite, RepeatsTheLibrarysWords) {
     RunReport report;
     report.end = RunEnd::loginFailed;
