@@ -1,26 +1,35 @@
 // Carries an update through the real window with nobody at it: presses the buttons and answers every question with OK.
-// Says when the window was there, how long an event of it had to wait, and how long it took to close; writes a picture of
-// the end. Without a display it needs none.
+// Says when the window was there, how long an event of it had to wait, and how long it took to close; writes a picture
+// of the end. Without a display it needs none.
 //
-//     corvane-windowrun [--file IMAGE.hex] [--picture FILE.png] [--freeze PID] [--only-show]
+//     corvane-windowrun [--file IMAGE.hex] [--press BUTTON]... [--say] [--picture FILE.png] [--freeze PID]
+//     [--only-show]
+//                       [--rehearse KIND]
 //
-// --freeze stops that process (a server) before the window is closed, --only-show closes it as soon as it is there. The
-// moment of the start, in nanoseconds of the monotonic clock, is expected in CORVANE_STARTED.
+// --press names what starts a run (cmdStartCheck when it is not given), one run after the other; --say tells what the
+// window says after each. --freeze stops that process (a server) before the window is closed, --only-show closes it as
+// soon as it is there. --rehearse does all of it in a rehearsal, whose exit status it passes on. The moment of the
+// start, in nanoseconds of the monotonic clock, is expected in CORVANE_STARTED.
 
 #include <QAbstractButton>
 #include <QApplication>
+#include <QComboBox>
 #include <QDialog>
 #include <QElapsedTimer>
+#include <QLabel>
 #include <QLineEdit>
 #include <QSocketNotifier>
+#include <QTextEdit>
 #include <QTimer>
 #include <algorithm>
 #include <chrono>
 #include <clocale>
 #include <csignal>
 #include <iostream>
+#include <optional>
 
 #include "platform/linux/LinuxPlatform.h"
+#include "window/Rehearsal.h"
 #include "window/frmCorvane.h"
 
 namespace {
@@ -41,6 +50,8 @@ private:
     }
 
     void answer(QDialog& dialog) {
+        if (auto* list = dialog.findChild<QComboBox*>("cboROMs"); list && list->currentIndex() < 0)
+            list->setCurrentIndex(0);
         if (auto* name = dialog.findChild<QLineEdit*>("fileNameEdit")) {
             name->setText(file_);
             QMetaObject::invokeMethod(&dialog, "accept");
@@ -126,21 +137,53 @@ private:
     }
 };
 
-void press(const corvane::frmCorvane& window, const char* button) {
+void press(const corvane::frmCorvane& window, const QString& button) {
     window.findChild<QAbstractButton*>(button)->click();
 }
 
-void run(corvane::frmCorvane& window, const PauseCounter& pauses, const QString& file, const QString& picture) {
-    if (!file.isEmpty()) {
+/// The strip, the card and the status bar, a line each.
+void say(const corvane::frmCorvane& window) {
+    const auto line = [](const char* name, QString text) {
+        std::cout << name << ": " << text.replace('\n', " / ").toStdString() << "\n";
+    };
+    line("strip", window.findChild<QLabel*>("labNotice")->text());
+    line("card", window.findChild<QTextEdit*>("txtVerdict")->toPlainText());
+    line("status", window.findChild<QLabel*>("labStatus")->text());
+}
+
+struct Script {
+    explicit Script(const QStringList& words) : words_(words) {}
+
+    bool has(const QString& name) const { return words_.contains(name); }
+    QString value(const QString& name) const { return has(name) ? words_.value(words_.indexOf(name) + 1) : QString(); }
+    QStringList buttons() const {
+        QStringList names;
+        for (qsizetype i = 0; i + 1 < words_.size(); ++i) {
+            if (words_.at(i) == "--press") names.append(words_.at(i + 1));
+        }
+        return names.isEmpty() ? QStringList("cmdStartCheck") : names;
+    }
+
+private:
+    QStringList words_;
+};
+
+void run(corvane::frmCorvane& window, const PauseCounter& pauses, const Script& script) {
+    if (script.has("--file")) {
         press(window, "optLine1");
         press(window, "optFile");
     }
-    QElapsedTimer time;
-    time.start();
-    const Watch watch(pauses);
-    press(window, "cmdStartCheck");
-    std::cout << "the run took " << time.elapsed() << " ms, an event waited at most " << watch.longestMs() << " ms\n";
+    for (const auto& button : script.buttons()) {
+        QElapsedTimer time;
+        time.start();
+        const Watch watch(pauses);
+        press(window, button);
+        std::cout << "the run took " << time.elapsed() << " ms, an event waited at most " << watch.longestMs()
+                  << " ms\n";
+        if (script.has("--say")) say(window);
+    }
     QCoreApplication::processEvents();
+    const auto picture = script.value("--picture");
     if (!picture.isEmpty() && !window.grab().save(picture, "PNG", 0)) std::cerr << "the picture cannot be written\n";
 }
 
@@ -152,35 +195,55 @@ void close(corvane::frmCorvane& window, const QString& frozen) {
     std::cout << "closing took " << static_cast<double>(time.nsecsElapsed()) / 1e6 << " ms\n";
 }
 
-}  // namespace
-
-int main(int argc, char** argv) {
-    if (!qEnvironmentVariableIsSet("DISPLAY") && !qEnvironmentVariableIsSet("WAYLAND_DISPLAY")) {
-        qputenv("QT_QPA_PLATFORM", "offscreen");
-    }
-    corvane::LinuxPlatform system;
-    const QApplication application(argc, argv);
-    std::setlocale(LC_NUMERIC, "C");
-    const auto arguments = QCoreApplication::arguments();
-    const auto option = [&](const QString& name) {
-        const auto at = arguments.indexOf(name);
-        return at < 0 ? QString() : arguments.value(at + 1);
-    };
+int showWindow(corvane::LinuxPlatform& system, const Script& script, const corvane::WindowOptions& options) {
     PauseCounter runtime(system.runtime());
     const auto real = system.seams();
-    corvane::frmCorvane window({runtime, real.serial, real.ports, real.modules, real.reader, real.profile,
-                                real.settings, real.folder, real.launcher, real.digest, real.inspector,
-                                real.inhibitor, real.hidLibrary},
-                               {true});
+    corvane::frmCorvane window(
+        {runtime, real.serial, real.ports, real.modules, real.reader, real.profile, real.settings, real.folder,
+         real.launcher, real.digest, real.inspector, real.inhibitor, real.hidLibrary},
+        options);
     QSocketNotifier due(system.runtime().descriptor(), QSocketNotifier::Read);
     QObject::connect(&due, &QSocketNotifier::activated, &due, [&system] { system.runtime().dispatch(); });
-    const Agreeable operatorAtWork(option("--file"));
+    const Agreeable operatorAtWork(script.value("--file"));
     const FirstSight sight(window);
     window.show();
     QTimer::singleShot(0, &window, [&] {
         QCoreApplication::processEvents();
-        if (!arguments.contains("--only-show")) run(window, runtime, option("--file"), option("--picture"));
-        close(window, option("--freeze"));
+        if (!script.has("--only-show")) run(window, runtime, script);
+        close(window, script.value("--freeze"));
     });
     return QApplication::exec();
+}
+
+int rehearse(const Script& script, corvane::WindowOptions options) {
+    for (const auto& kind : corvane::rehearsalKinds()) {
+        if (kind.word != script.value("--rehearse")) continue;
+        corvane::Rehearsal rehearsal(kind);
+        options.rehearsal = corvane::Rehearsal::watermark();
+        {
+            corvane::LinuxPlatform system(rehearsal.programFolder());
+            showWindow(system, script, options);
+        }
+        return rehearsal.end(std::cout);
+    }
+    throw std::runtime_error("there is no such rehearsal");
+}
+
+}  // namespace
+
+int main(int argc, char** argv) try {
+    if (!qEnvironmentVariableIsSet("DISPLAY") && !qEnvironmentVariableIsSet("WAYLAND_DISPLAY")) {
+        qputenv("QT_QPA_PLATFORM", "offscreen");
+    }
+    const QApplication application(argc, argv);
+    std::setlocale(LC_NUMERIC, "C");
+    const Script script(QCoreApplication::arguments());
+    corvane::WindowOptions options;
+    options.usesQtDialogs = true;
+    if (script.has("--rehearse")) return rehearse(script, options);
+    corvane::LinuxPlatform system;
+    return showWindow(system, script, options);
+} catch (const std::exception& error) {
+    std::cerr << "corvane-windowrun: " << error.what() << "\n";
+    return 1;
 }

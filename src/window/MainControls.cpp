@@ -5,6 +5,7 @@
 #include <QLabel>
 #include <QLineEdit>
 #include <QListWidget>
+#include <QMenu>
 #include <QMenuBar>
 #include <QProgressBar>
 #include <QPushButton>
@@ -38,6 +39,11 @@ QLabel* labelFor(const QString& text, QWidget* control) {
 MainControls::MainControls(QMainWindow& window) {
     makeMenu(window);
     auto* central = new QWidget;
+    labRehearsal = textLabel("labRehearsal", tr("Rehearsal"));
+    labRehearsal->setWordWrap(false);
+    labRehearsal->setMargin(8);
+    labRehearsal->setStyleSheet("QLabel { color: black; background: #ffd54f; border-radius: 4px; font-weight: bold; }");
+    labRehearsal->hide();
     notice = new NoticeStrip;
 
     auto* left = new QVBoxLayout;
@@ -54,8 +60,11 @@ MainControls::MainControls(QMainWindow& window) {
     columns->addLayout(left, 2);
     columns->addLayout(right, 3);
 
+    auto* head = new QHBoxLayout;
+    head->addWidget(labRehearsal);
+    head->addWidget(notice, 1);
     auto* layout = new QVBoxLayout(central);
-    layout->addWidget(notice);
+    layout->addLayout(head);
     layout->addLayout(columns, 1);
     layout->addWidget(makeStatus());
     window.setCentralWidget(central);
@@ -67,10 +76,14 @@ void MainControls::makeMenu(QMainWindow& window) {
     mnuSaveLog = file->addAction(tr("&Save log…"));
     mnuSaveLog->setObjectName("mnuSaveLog");
     mnuSaveLog->setShortcut(QKeySequence::Save);
+    mnuJobs = file->addAction(tr("Last &jobs…"));
+    mnuJobs->setObjectName("mnuJobs");
     file->addSeparator();
     mnuQuit = file->addAction(tr("&Quit"));
     mnuQuit->setObjectName("mnuQuit");
     mnuQuit->setShortcut(QKeySequence::Quit);
+    mnuRehearse = window.menuBar()->addMenu(tr("&Help"))->addAction(tr("&Rehearse an update…"));
+    mnuRehearse->setObjectName("mnuRehearse");
 }
 
 QWidget* MainControls::makeSource() {
@@ -118,6 +131,12 @@ QWidget* MainControls::makeLocalPage() {
         named(new QRadioButton(tr("Loc&al file")), "optFile", tr("Local file"), tr("Installs one Intel HEX file"));
     cmdLoadFile =
         named(new QPushButton(tr("Choos&e file…")), "cmdLoadFile", tr("Choose file"), tr("Picks an Intel HEX file"));
+    cmdRecent = named(new QPushButton(tr("Recen&t")), "cmdRecent", tr("Recent files"),
+                      tr("Takes one of the files that were chosen last"));
+    mnuRecent = new QMenu(cmdRecent);
+    mnuRecent->setObjectName("mnuRecent");
+    mnuRecent->setToolTipsVisible(true);
+    cmdRecent->setMenu(mnuRecent);
     auto* images = new QButtonGroup(page);
     images->addButton(optLast);
     images->addButton(optFile);
@@ -125,24 +144,36 @@ QWidget* MainControls::makeLocalPage() {
     choice->addWidget(optFile);
     choice->addStretch();
     choice->addWidget(cmdLoadFile);
+    choice->addWidget(cmdRecent);
 
-    labFileName = textLabel("labFileName", tr("Name of the local file"));
-    labFilePGM = textLabel("labFilePGM", tr("Program of the local file"));
-    labFileVersion = textLabel("labFileVersion", tr("Version of the local file"));
-    labFileDate = textLabel("labFileDate", tr("Date of the local file"));
-    auto* form = new QFormLayout;
-    form->addRow(tr("File"), labFileName);
-    form->addRow(tr("Program"), labFilePGM);
-    form->addRow(tr("Version"), labFileVersion);
-    form->addRow(tr("Date"), labFileDate);
-
+    picMemory = new MemoryView;
     auto* layout = new QVBoxLayout(page);
     layout->setContentsMargins(0, 0, 0, 0);
     layout->addWidget(optLast);
     layout->addLayout(choice);
-    layout->addLayout(form);
+    layout->addLayout(makeFileLabels());
+    layout->addWidget(labFileStep);
+    layout->addWidget(picMemory);
     layout->addStretch();
     return page;
+}
+
+QLayout* MainControls::makeFileLabels() {
+    labFileName = textLabel("labFileName", tr("Name of the local file"));
+    labFilePGM = textLabel("labFilePGM", tr("Program of the local file"));
+    labFileVersion = textLabel("labFileVersion", tr("Version of the local file"));
+    labFileDate = textLabel("labFileDate", tr("Date of the local file"));
+    labFileStep = textLabel("labFileStep", tr("Step from the device's version to the local file's"));
+    labFileStep->setMinimumHeight(labFileStep->fontMetrics().lineSpacing());  // so that nothing moves when it appears
+    auto* version = new QHBoxLayout;
+    version->addWidget(labFileVersion, 1);
+    version->addWidget(new QLabel(tr("Date")), 0, Qt::AlignTop);
+    version->addWidget(labFileDate, 1);
+    auto* form = new QFormLayout;
+    form->addRow(tr("File"), labFileName);
+    form->addRow(tr("Program"), labFilePGM);
+    form->addRow(tr("Version"), version);
+    return form;
 }
 
 QWidget* MainControls::makeDevice() {
@@ -220,18 +251,36 @@ QWidget* MainControls::makeStatus() {
     labStatus = textLabel("labStatus", tr("Advice"));
     labVersion = textLabel("labVersion", tr("Program version"));
     labVersion->setWordWrap(false);
+    labJobs = textLabel("labJobs", tr("Devices updated since the start"));
+    labJobs->setWordWrap(false);
     auto* layout = new QHBoxLayout(bar);
     layout->setContentsMargins(0, 0, 0, 0);
     layout->addWidget(labStatus, 1);
+    layout->addWidget(labJobs, 0, Qt::AlignBottom);
     layout->addWidget(labVersion, 0, Qt::AlignBottom);
     return bar;
 }
 
 void MainControls::setTabOrder() {
-    QWidget* const order[] = {optLine[0],    optLine[1],  cmdOption, txtServer,   txtAccount[0],
-                              txtAccount[1], optLast,     optFile,   cmdLoadFile, frameComport->cmdMovePanel(),
-                              cmdStartCheck, cmdForceISP, cmdCancel, txtInfo,     cmdCopyLog,
-                              cmdSaveLog,    lstRefer};
+    QWidget* const order[] = {optLine[0],
+                              optLine[1],
+                              cmdOption,
+                              txtServer,
+                              txtAccount[0],
+                              txtAccount[1],
+                              optLast,
+                              optFile,
+                              cmdLoadFile,
+                              cmdRecent,
+                              frameComport->cmdMovePanel(),
+                              cmdStartCheck,
+                              cmdForceISP,
+                              cmdCancel,
+                              txtVerdict,
+                              txtInfo,
+                              cmdCopyLog,
+                              cmdSaveLog,
+                              lstRefer};
     for (std::size_t i = 0; i + 1 < std::size(order); ++i) QWidget::setTabOrder(order[i], order[i + 1]);
 }
 

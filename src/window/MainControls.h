@@ -3,6 +3,7 @@
 #include <QMainWindow>
 
 #include "window/LogPane.h"
+#include "window/MemoryView.h"
 #include "window/NoticeStrip.h"
 #include "window/PortFrame.h"
 #include "window/StepBox.h"
@@ -12,6 +13,7 @@ class QAction;
 class QLabel;
 class QLineEdit;
 class QListWidget;
+class QMenu;
 class QProgressBar;
 class QPushButton;
 class QRadioButton;
@@ -24,6 +26,7 @@ namespace corvane {
 struct MainControls {
     explicit MainControls(QMainWindow& window);
 
+    QLabel* labRehearsal = nullptr;
     NoticeStrip* notice = nullptr;
     StepBox* steps[3] = {};
 
@@ -36,10 +39,14 @@ struct MainControls {
     QRadioButton* optLast = nullptr;
     QRadioButton* optFile = nullptr;
     QPushButton* cmdLoadFile = nullptr;
+    QPushButton* cmdRecent = nullptr;
+    QMenu* mnuRecent = nullptr;
     QLabel* labFileName = nullptr;
     QLabel* labFilePGM = nullptr;
     QLabel* labFileVersion = nullptr;
     QLabel* labFileDate = nullptr;
+    QLabel* labFileStep = nullptr;
+    MemoryView* picMemory = nullptr;
 
     // Which device.
     QStackedWidget* device = nullptr;  ///< a text, the port panel
@@ -61,16 +68,20 @@ struct MainControls {
     QWidget* references = nullptr;
     QListWidget* lstRefer = nullptr;
     QLabel* labStatus = nullptr;
+    QLabel* labJobs = nullptr;
     QLabel* labVersion = nullptr;
 
     QAction* mnuSaveLog = nullptr;
+    QAction* mnuJobs = nullptr;
     QAction* mnuQuit = nullptr;
+    QAction* mnuRehearse = nullptr;
 
 private:
     void makeMenu(QMainWindow& window);
     QWidget* makeSource();
     QWidget* makeSitePage();
     QWidget* makeLocalPage();
+    QLayout* makeFileLabels();
     QWidget* makeDevice();
     QWidget* makeUpdate();
     QWidget* makeLog();

@@ -67,7 +67,7 @@ bool Questions::messageBox(Question question, const std::string& text) {
 }
 
 void Questions::chooseFirmware(FirmwareDialog& dialog) {
-    frmQuery form(dialog, *this, owner());
+    frmQuery form(dialog, *this, localImage, owner());
     show(form);
 }
 

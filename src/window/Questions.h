@@ -2,7 +2,9 @@
 
 #include <QList>
 #include <QWidget>
+#include <functional>
 
+#include "app/FirmwareRecord.h"
 #include "app/OperatorPrompts.h"
 #include "protocol/PasswordPrompt.h"
 
@@ -14,6 +16,9 @@ namespace corvane {
 class Questions : public PasswordPrompt, public OperatorPrompts {
 public:
     explicit Questions(QWidget& window) : window_(window) {}
+
+    /// Where the image of an entry lies on this computer; empty when it lies nowhere.
+    std::function<std::string(const FirmwareRecord& record)> localImage;
 
     /// Answers what is open, and what is still asked until the next renew, with Cancel.
     void abandon();

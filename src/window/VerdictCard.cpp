@@ -10,14 +10,14 @@
 namespace corvane {
 namespace {
 
-QString paragraph(const std::string& text) {
-    return "<p style='margin: 0 0 4px 0'>" + QString::fromStdString(text).toHtmlEscaped() + "</p>";
-}
+QString paragraph(const QString& text) { return "<p style='margin: 0 0 4px 0'>" + text.toHtmlEscaped() + "</p>"; }
 
-QString cardText(const Verdict& verdict) {
+QString cardText(const Verdict& verdict, const QStringList& advice) {
     QString text;
-    for (const auto& fact : verdict.facts) text += paragraph(fact);
-    if (verdict.kind != Verdict::Kind::handedOver) text += "<b>" + paragraph(verdict.unplugText()) + "</b>";
+    for (const auto& line : advice) text += paragraph(line);
+    for (const auto& fact : verdict.facts) text += paragraph(QString::fromStdString(fact));
+    if (verdict.kind != Verdict::Kind::handedOver)
+        text += "<b>" + paragraph(QString::fromStdString(verdict.unplugText())) + "</b>";
     if (verdict.steps.empty()) return text;
     text += "<ol style='margin: 4px 0 0 0'>";
     for (const auto& step : verdict.steps) text += "<li>" + QString::fromStdString(step).toHtmlEscaped() + "</li>";
@@ -38,8 +38,9 @@ VerdictCard::VerdictCard() {
     hide();
 }
 
-void VerdictCard::showVerdict(const Verdict& verdict) {
-    setHtml(cardText(verdict));
+void VerdictCard::showVerdict(const Verdict& verdict, const QStringList& advice) {
+    setHtml(cardText(verdict, advice));
+    setAccessibleDescription(QString::fromStdString(verdict.headline) + "\n" + toPlainText());
     show();
     updateGeometry();
     QAccessibleEvent spoken(this, QAccessible::Alert);

@@ -10,7 +10,9 @@ namespace corvane {
 class VerdictCard : public QTextBrowser {
 public:
     VerdictCard();
-    void showVerdict(const Verdict& verdict);
+
+    /// With what was advised during the run, which comes first.
+    void showVerdict(const Verdict& verdict, const QStringList& advice);
 
     /// As high as the text needs at the present width.
     QSize sizeHint() const override;

@@ -7,6 +7,7 @@
 #include <QLabel>
 #include <QLineEdit>
 #include <QListWidget>
+#include <QMenu>
 #include <QMenuBar>
 #include <QMessageBox>
 #include <QMimeData>
@@ -22,6 +23,7 @@
 #include "window/Naming.h"
 #include "window/QtText.h"
 #include "window/frmConnection.h"
+#include "window/frmJobs.h"
 
 namespace corvane {
 namespace {
@@ -46,17 +48,20 @@ frmCorvane::frmCorvane(const Platform& platform, const WindowOptions& options)
       presenter_(updater_) {
     named(this, "frmCorvane");
     ui_.labVersion->setText(QString::fromStdString(programVersion()));
+    ui_.labRehearsal->setText(options_.rehearsal);
+    ui_.labRehearsal->setVisible(!options_.rehearsal.isEmpty());
+    folder_ = options_.folder;
     showDevice({});
     setAcceptDrops(true);
     connectChoices();
     connectRun();
     connectLog();
     platform_.runtime.setPump([this] { pump(); });
-    ui_.notice->say(noticeFor(RunPhase::idle));
+    ui_.notice->say(noticeAtStart(updater_.journal().read()));
     phase(RunPhase::idle);
     presenter_.load();
+    if (!options_.remark.isEmpty()) say(options_.remark);
     for (const auto& problem : platform_.ports.problems()) say(QString::fromStdString(problem));
-    for (const auto& left : updater_.journal().read()) say(QString::fromStdString(left.text()));
     resize(900, 640);
     ui_.cmdStartCheck->setFocus();
 }
@@ -74,6 +79,7 @@ void frmCorvane::connectChoices() {
     connect(ui_.optLast, &QRadioButton::clicked, this, [this] { presenter_.optLast_Click(); });
     connect(ui_.optFile, &QRadioButton::clicked, this, [this] { presenter_.optFile_Click(); });
     connect(ui_.cmdLoadFile, &QPushButton::clicked, this, [this] { presenter_.cmdLoadFile_Click(); });
+    connect(ui_.mnuRecent, &QMenu::aboutToShow, this, [this] { fillRecent(); });
     connect(ui_.cmdOption, &QPushButton::clicked, this, [this] { cmdOption_Click(); });
     for (auto* field : {ui_.txtServer, ui_.txtAccount[0], ui_.txtAccount[1]}) {
         field->setAcceptDrops(false);  // a file that is dropped here is an image, too
@@ -109,12 +115,16 @@ void frmCorvane::connectRun() {
         hints_.clear();
         say(QString::fromStdString(text));
     };
+    questions_.localImage = [this](const FirmwareRecord& record) { return updater_.selection().localImage(record); };
 }
 
 void frmCorvane::connectLog() {
     connect(ui_.cmdCopyLog, &QPushButton::clicked, this, [this] { ui_.txtInfo->copyAll(); });
     connect(ui_.cmdSaveLog, &QPushButton::clicked, this, [this] { saveLog(); });
     connect(ui_.mnuSaveLog, &QAction::triggered, this, [this] { saveLog(); });
+    connect(ui_.mnuJobs, &QAction::triggered, this, [this] { frmJobs(updater_.jobs(), this).exec(); });
+    ui_.mnuRehearse->setEnabled(static_cast<bool>(options_.rehearse));
+    connect(ui_.mnuRehearse, &QAction::triggered, this, [this] { mnuRehearse_Click(); });
     connect(ui_.mnuQuit, &QAction::triggered, this, [this] { close(); });
 }
 
@@ -143,15 +153,28 @@ void frmCorvane::conclude(const RunReport& report) {
     const auto verdict = presenter_.conclude(report);
     QApplication::restoreOverrideCursor();
     ui_.notice->say(noticeFor(verdict));
-    ui_.txtVerdict->showVerdict(verdict);
-    showDevice(verdict.kind == Verdict::Kind::updated ? RunReport() : report);  // ready for the next one
+    const bool isUpdated = verdict.kind == Verdict::Kind::updated;
+    ui_.txtVerdict->showVerdict(verdict, isUpdated ? QStringList() : hints_);
+    if (!isUpdated) clearHints();                  // the card says them
+    showDevice(isUpdated ? RunReport() : report);  // ready for the next one
+    const int devices = updater_.jobs().updatedDevices();
+    if (devices > 0)
+        ui_.labJobs->setText(devices == 1 ? tr("1 device updated") : tr("%1 devices updated").arg(devices));
     ui_.cmdStartCheck->setFocus();
 }
 
 void frmCorvane::showDevice(const RunReport& report) {
+    deviceVersion_ = report.deviceVersion;
+    showStep();
     ui_.labDevice->setText(report.deviceVersion.empty()
                                ? tr("Connect one device. All serial ports and USB readers are searched for it.")
                                : fromDevice(report.port + ": " + report.deviceVersion));
+}
+
+/// Known once both versions are.
+void frmCorvane::showStep() {
+    const auto& image = presenter_.choices().image;
+    ui_.labFileStep->setText(fromDevice(image.path.empty() ? "" : versionStep(deviceVersion_, image.version)));
 }
 
 /// A newer program goes on; what was typed here is not kept.
@@ -205,8 +228,7 @@ void frmCorvane::dropEvent(QDropEvent* event) {
 
 void frmCorvane::running(bool isRunning) {
     if (isRunning) {
-        hints_.clear();
-        ui_.labStatus->clear();
+        clearHints();
         ui_.txtVerdict->hide();
         ui_.notice->say(noticeFor(RunPhase::login));
         QApplication::setOverrideCursor(Qt::WaitCursor);
@@ -251,7 +273,9 @@ void frmCorvane::showProgress() {
     ui_.pbProgram->setValue(static_cast<int>(std::clamp<std::int64_t>(value, 0, kMost)));
     ui_.labPhase->setText(QString::fromStdString(meter_.text()));
     const auto title = QString::fromStdString(meter_.title());
-    setWindowTitle(title.isEmpty() ? QString(kProgramTitle) : tr("%1 - %2").arg(title, kProgramTitle));
+    const auto program =
+        options_.rehearsal.isEmpty() ? QString(kProgramTitle) : tr("%1 (rehearsal)").arg(kProgramTitle);
+    setWindowTitle(title.isEmpty() ? program : tr("%1 - %2").arg(title, program));
 }
 
 void frmCorvane::links(const std::vector<ReferenceLink>& links) {
@@ -272,13 +296,18 @@ void frmCorvane::links(const std::vector<ReferenceLink>& links) {
 
 void frmCorvane::advice(const std::string& text) { say(QString::fromStdString(text)); }
 
-/// Adds to what the status bar says; only the last few lines stay.
+/// Adds to what the status bar says; only the last few lines stay there.
 void frmCorvane::say(const QString& text) {
-    constexpr int kLines = 3;
+    constexpr qsizetype kShown = 3, kKept = 20;
     if (hints_.contains(text)) return;
     hints_.append(text);
-    while (hints_.size() > kLines) hints_.removeFirst();
-    ui_.labStatus->setText(hints_.join('\n'));
+    if (hints_.size() > kKept) hints_.removeFirst();
+    ui_.labStatus->setText(hints_.mid(std::max<qsizetype>(0, hints_.size() - kShown)).join('\n'));
+}
+
+void frmCorvane::clearHints() {
+    hints_.clear();
+    ui_.labStatus->clear();
 }
 
 void frmCorvane::portRefused(const std::string& port) {
@@ -306,16 +335,38 @@ void frmCorvane::refresh() {
     ui_.labFileName->setToolTip(path);
     ui_.labFileVersion->setText(fromDevice(choices.image.version));
     ui_.labFileDate->setText(fromDevice(choices.image.date));
+    ui_.picMemory->showMap(presenter_.localMap());
+    showStep();
 
     QWidget* const choosing[] = {ui_.optLine[0],    ui_.optLine[1], ui_.cmdOption,  ui_.txtServer, ui_.txtAccount[0],
                                  ui_.txtAccount[1], ui_.cmdCopyLog, ui_.cmdSaveLog, menuBar()};
     for (auto* control : choosing) control->setEnabled(enabled.choices);
     ui_.mnuSaveLog->setEnabled(enabled.choices);  // its key works without the menu
-    QWidget* const local[] = {ui_.optLast, ui_.optFile, ui_.cmdLoadFile};
+    QWidget* const local[] = {ui_.optLast, ui_.optFile, ui_.cmdLoadFile, ui_.cmdRecent};
     for (auto* control : local) control->setEnabled(enabled.localFile);
     ui_.cmdStartCheck->setEnabled(enabled.start);
     ui_.cmdForceISP->setEnabled(enabled.start);
     ui_.cmdCancel->setEnabled(enabled.cancel);
+}
+
+/// The files as they are when the list opens; each has its number as a key.
+void frmCorvane::fillRecent() {
+    ui_.mnuRecent->clear();
+    for (const auto& file : presenter_.recentFiles()) {
+        const auto path = fromPath(file);
+        const auto name = shortened(QFileInfo(path).fileName()), folder = shortened(QFileInfo(path).path());
+        const auto number = ui_.mnuRecent->actions().size() + 1;
+        auto* action =
+            ui_.mnuRecent->addAction(QString("&%1 ").arg(number) + tr("%1 in %2").arg(name, folder).replace('&', "&&"),
+                                     this, [this, file] { presenter_.loadFile(file); });
+        action->setToolTip(path);
+    }
+    if (ui_.mnuRecent->isEmpty()) ui_.mnuRecent->addAction(tr("No file has been chosen yet"))->setEnabled(false);
+}
+
+void frmCorvane::mnuRehearse_Click() {
+    const auto problem = options_.rehearse();
+    if (!problem.isEmpty()) say(tr("The rehearsal does not start: %1").arg(problem));
 }
 
 void frmCorvane::cmdOption_Click() { frmConnection(platform_.settings, this).exec(); }

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <QMainWindow>
+#include <functional>
 
 #include "app/MainPresenter.h"
 #include "app/ProgressMeter.h"
@@ -12,6 +13,12 @@ namespace corvane {
 /// What a window takes from the surroundings of the program.
 struct WindowOptions {
     bool usesQtDialogs = false;  ///< Qt's own file dialogs instead of the desktop's
+    QString rehearsal = {};      ///< what says plainly that no device is real; empty when they are
+    QString folder = {};         ///< where the first file dialog begins
+    QString remark = {};         ///< something to say at the start
+
+    /// Starts a rehearsal beside this window: why it did not work, or an empty text. Without it none is offered.
+    std::function<QString()> rehearse = {};
 };
 
 /// The main window: shows what the workflow says and hands clicks to it. It owns the workflow, not the platform, whose
@@ -48,12 +55,16 @@ private:
     void startRun(bool force);
     void conclude(const RunReport& report);
     void showDevice(const RunReport& report);
+    void showStep();
     void handOver();
     void refresh();
     void say(const QString& text);
+    void clearHints();
     void portRefused(const std::string& port);
     void cmdOption_Click();
     void lstRefer_Click(int index);
+    void fillRecent();
+    void mnuRehearse_Click();
     void saveLog();
     std::optional<std::string> pickFile();
 
@@ -66,7 +77,8 @@ private:
     ProgressMeter meter_;
     std::pair<std::int64_t, std::int64_t> progress_;  // value and maximum
     bool isLogin_ = false;
-    QStringList hints_;           // what the status bar shows, the oldest first
+    std::string deviceVersion_;   // of the device that labDevice names
+    QStringList hints_;           // what was advised since the run began, the oldest first
     QString folder_;              // of the last file dialog
     std::uint32_t lastPump_ = 0;  // ticks
     std::uint32_t lastProgress_ = 0;

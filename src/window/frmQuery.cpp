@@ -2,6 +2,7 @@
 
 #include <QComboBox>
 #include <QDialogButtonBox>
+#include <QFileInfo>
 #include <QFontDatabase>
 #include <QFormLayout>
 #include <QLabel>
@@ -24,8 +25,8 @@ constexpr int kShortList = 12;
 
 }  // namespace
 
-frmQuery::frmQuery(FirmwareDialog& dialog, OperatorPrompts& prompts, QWidget* owner)
-    : QDialog(owner), dialog_(dialog), prompts_(prompts) {
+frmQuery::frmQuery(FirmwareDialog& dialog, OperatorPrompts& prompts, LocalImage localImage, QWidget* owner)
+    : QDialog(owner), dialog_(dialog), prompts_(prompts), localImage_(std::move(localImage)) {
     named(this, "frmQuery");
     setWindowTitle(tr("Select Firmware"));
     arrange();
@@ -60,6 +61,13 @@ void frmQuery::arrange() {
     txtView_->setTabChangesFocus(true);
     txtView_->setFont(fixed);
 
+    labStep_ = named(new QLabel, "labStep", tr("Step from the device's version to the image's"));
+    labStep_->setTextFormat(Qt::PlainText);
+    labStep_->setWordWrap(true);
+    labMemory_ = named(new QLabel, "labMemory");
+    labMemory_->setTextFormat(Qt::PlainText);
+    picMemory_ = new MemoryView;
+
     auto* fields = new QFormLayout;
     fields->setFieldGrowthPolicy(QFormLayout::AllNonFixedFieldsGrow);
     const bool isLong = dialog_.entries().size() > kShortList;
@@ -69,6 +77,7 @@ void frmQuery::arrange() {
         txtFind_->setParent(this), txtFind_->hide();
     fields->addRow(tr("&Image"), cboROMs_);
     fields->addRow(tr("C&omparison"), txtCheckVersion_);
+    fields->addRow(tr("Step"), labStep_);
 
     auto* buttons = new QDialogButtonBox;
     cmdOK_ =
@@ -84,6 +93,8 @@ void frmQuery::arrange() {
     layout->addWidget(labDevice);
     layout->addLayout(fields);
     layout->addWidget(txtView_, 1);
+    layout->addWidget(labMemory_);
+    layout->addWidget(picMemory_);
     layout->addWidget(buttons);
     resize(560, 440);
 }
@@ -119,8 +130,21 @@ void frmQuery::showSelected() {
     if (verdict.isWarning) palette.setColor(QPalette::Text, Qt::red);
     txtCheckVersion_->setPalette(palette);
     txtView_->setPlainText(fromDevice(dialog_.details()));
+    labStep_->setText(fromDevice(dialog_.step()));
+    showMemory();
     cboROMs_->setToolTip(cboROMs_->currentText());
     cmdOK_->setEnabled(dialog_.selected() >= 0);
+}
+
+/// What an image that has still to be fetched will fill is not known, and an older copy is said to be one.
+void frmQuery::showMemory() {
+    const int at = dialog_.selected();
+    const auto path = at < 0 ? std::string() : localImage_(dialog_.entries()[static_cast<std::size_t>(at)].record);
+    const auto map = memoryMapOf(path);
+    labMemory_->setText(tr("Memory map of the copy on this computer, %1").arg(QFileInfo(fromPath(path)).fileName()));
+    labMemory_->setVisible(map.has_value());
+    picMemory_->showMap(map);
+    picMemory_->setVisible(map.has_value());
 }
 
 }  // namespace corvane

@@ -17,6 +17,11 @@ namespace corvane {
 /// The real side of every seam, one of each, for a program's main to hold.
 class LinuxPlatform {
 public:
+    LinuxPlatform() = default;
+
+    /// With another program folder than the program's own.
+    explicit LinuxPlatform(const LinuxProgramFolder& folder) : folder_(folder) {}
+
     LinuxRuntime& runtime() { return runtime_; }
     const LinuxProgramFolder& folder() const { return folder_; }
 
