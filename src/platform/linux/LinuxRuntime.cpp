@@ -103,23 +103,25 @@ bool LinuxRuntime::moveIo(std::int64_t untilMicros) {
     return count > 0;
 }
 
+/// Waits for I/O until the given moment, or until busy sources are to be served, and serves those; true when something
+/// has come in.
+bool LinuxRuntime::step(std::int64_t untilMicros) {
+    if (!isAnySourceBusy()) return moveIo(untilMicros);
+    const bool moved = moveIo(std::min(untilMicros, nextService_));
+    const std::int64_t now = monotonicMicros();
+    // Counted from when it was due: what the program does between two waits must not slow the reports down.
+    if (now >= nextService_) nextService_ = std::max(nextService_ + kMicrosPerMs, now);
+    return serviceSources() || moved;
+}
+
 void LinuxRuntime::Sleep(int ms) {
     const std::int64_t end = monotonicMicros() + ms * kMicrosPerMs;
-    while (monotonicMicros() < end) {
-        const bool busy = isAnySourceBusy();
-        moveIo(busy ? std::min(end, monotonicMicros() + kMicrosPerMs) : end);
-        if (busy) serviceSources();
-    }
+    while (monotonicMicros() < end) step(end);
 }
 
 void LinuxRuntime::WaitActivity(int ms) {
     const std::int64_t end = monotonicMicros() + std::max(ms, kLongestQuietWait) * kMicrosPerMs;
-    while (monotonicMicros() < end) {
-        const bool busy = isAnySourceBusy();
-        const bool moved = moveIo(busy ? std::min(end, monotonicMicros() + kMicrosPerMs) : end);
-        const bool serviced = busy && serviceSources();
-        if (moved || serviced) return;
-    }
+    while (monotonicMicros() < end && !step(end)) continue;
 }
 
 void LinuxRuntime::DoEvents() {

@@ -59,6 +59,7 @@ private:
     bool isAnySourceBusy() const;
     bool serviceSources();
     bool moveIo(std::int64_t untilMicros);
+    bool step(std::int64_t untilMicros);
 
     int epoll_;
     std::uint32_t generation_ = 0;
@@ -67,6 +68,7 @@ private:
     std::deque<Posted> posted_;
     std::vector<PolledSource*> sources_;
     int sourceTimer_ = -1;
+    std::int64_t nextService_ = 0;  // of busy sources during waits
     bool dispatching_ = false;
     std::function<void()> pump_;
     double dayOffset_ = 0;  // seconds from the monotonic clock to the time of day
