@@ -1,11 +1,13 @@
 #include "vellio/EventQueue.h"
 
 #include <algorithm>
+#include <limits>
 
 namespace corvane::vellio {
 namespace {
 
 constexpr std::size_t kMostEvents = 256;
+constexpr auto kLargest = std::numeric_limits<std::int32_t>::max();
 
 }  // namespace
 
@@ -14,7 +16,8 @@ void EventQueue::add(Event event) {
         const auto same = [&event](const Event& waiting) { return waiting.code == event.code; };
         const auto found = std::find_if(events_.begin(), events_.end(), same);
         if (found != events_.end()) {
-            found->parameter = event.parameter;
+            const auto before = event.isOfLoss() ? found->parameter : 0;
+            found->parameter = event.parameter + std::min(before, kLargest - event.parameter);
             return;
         }
     }

@@ -32,10 +32,17 @@ struct Event {
     std::string text;
 
     bool isOfDevice() const { return code >= Code::opened && code <= Code::listed; }
+
+    /// Its parameter counts bytes that were lost.
+    bool isOfLoss() const {
+        return code == Code::readOverflow || code == Code::writeFull || code == Code::controlReadOverflow ||
+               code == Code::controlWriteFull;
+    }
 };
 
 /// Events that wait for delivery. A program that never asks for them does not make it grow: an event of the streams
-/// that waits already takes over the newer parameter, and of too many device events the oldest go.
+/// that waits already takes over the newer parameter (lost bytes are added up), and of too many device events the
+/// oldest go.
 class EventQueue {
 public:
     void add(Event event);

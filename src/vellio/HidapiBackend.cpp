@@ -1,3 +1,4 @@
+#include <cerrno>
 #include <hidapi/hidapi.h>
 #include <libudev.h>
 #include <locale.h>
@@ -60,12 +61,13 @@ public:
     HidrawDevice& operator=(const HidrawDevice&) = delete;
 
     Moved read(HidReport& report) override {
-        const int count = hid_read_timeout(device_, report.data(), report.size(), 0);
-        return count > 0 ? Moved::done : count == 0 ? Moved::notNow : Moved::gone;
+        errno = 0;
+        return moved(hid_read_timeout(device_, report.data(), report.size(), 0));
     }
 
     Moved write(const HidReport& report, int /*waitMs*/) override {
-        return hid_write(device_, report.data(), report.size()) < 0 ? Moved::gone : Moved::done;
+        errno = 0;
+        return moved(hid_write(device_, report.data(), report.size()));
     }
 
     bool getInputReport(HidReport& report, int /*waitMs*/) override {
@@ -81,6 +83,12 @@ public:
     }
 
 private:
+    /// A signal that some program handles in the middle of a call says nothing about the device.
+    static Moved moved(int count) {
+        if (count < 0) return errno == EINTR ? Moved::notNow : Moved::gone;
+        return count > 0 ? Moved::done : Moved::notNow;
+    }
+
     hid_device* device_;
 };
 

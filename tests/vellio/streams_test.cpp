@@ -99,6 +99,11 @@ TEST_F(Streams, AReadBufferNeverExceedsItsSize) {
     vellService(handle_);
     EXPECT_EQ(vellBytesToRead(handle_), 100);
     EXPECT_EQ(dispatched(handle_), Texts({"0:100:", "1:24:"}));
+    for (int i = 0; i < 3; ++i) {
+        peer_.sayData(10);
+        vellService(handle_);
+    }
+    EXPECT_EQ(dispatched(handle_), Texts({"1:30:"})) << "one event for all of them";
     vellSetReadBufferSize(handle_, 7);
     EXPECT_EQ(dispatched(handle_), Texts({"1:93:"}));
     EXPECT_EQ(read(handle_, 100), std::string("\0\1\2\3\4\5\6", 7));
@@ -153,7 +158,7 @@ TEST_F(Streams, TheControlBufferIsBoundedToo) {
     for (int i = 0; i < 20; ++i) peer_.say({2, 62});
     vellService(handle_);
     EXPECT_EQ(vellBytesToReadCtrl(handle_), 1024);
-    EXPECT_EQ(dispatched(handle_), Texts({"4:1024:", "5:62:"}));
+    EXPECT_EQ(dispatched(handle_), Texts({"4:1024:", "5:216:"}));
 }
 
 TEST_F(Streams, ReportsWithoutSenseAreDropped) {
