@@ -3,6 +3,7 @@
 #include <QApplication>
 #include <QDialogButtonBox>
 #include <QInputDialog>
+#include <QLineEdit>
 #include <QMessageBox>
 #include <QPushButton>
 
@@ -51,6 +52,8 @@ std::string Questions::inputBox(const std::string& prompt, const std::string& ti
     box.setWindowTitle(fromDevice(title));
     box.setLabelText(fromDevice(prompt));
     box.setTextValue(fromDevice(byDefault));
+    box.setOkButtonText(QObject::tr("&OK"));  // which makes the controls that are named here
+    named(box.findChild<QLineEdit*>(), "txtPassword", box.labelText());
     nameButtons(box);
     return show(box) && box.result() == QDialog::Accepted ? toDevice(box.textValue()) : std::string();
 }

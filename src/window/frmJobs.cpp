@@ -25,6 +25,7 @@ QTableWidget* makeTable(const std::vector<std::string>& lines) {
     table->setEditTriggers(QAbstractItemView::NoEditTriggers);
     table->setSelectionBehavior(QAbstractItemView::SelectRows);
     table->setTabKeyNavigation(false);
+    table->setCornerButtonEnabled(false);
     table->setWordWrap(false);
     table->setToolTip({});  // would cover the lines
     table->verticalHeader()->hide();

@@ -39,8 +39,9 @@ struct WindowBench {
         if (window) window->close();
     }
 
-    frmCorvane& open() {
-        window = std::make_unique<frmCorvane>(bench.platform(), WindowOptions{true});
+    frmCorvane& open(WindowOptions options = {}) {
+        options.usesQtDialogs = true;
+        window = std::make_unique<frmCorvane>(bench.platform(), options);
         window->show();
         activate();
         return *window;

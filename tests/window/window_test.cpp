@@ -11,13 +11,6 @@ namespace {
 
 class Window : public WindowTest {
 protected:
-    /// "line source|program,version,date" as the window shows them.
-    std::string choice() const {
-        std::string shown = control<QRadioButton>("optLine1").isChecked() ? "off " : "on ";
-        shown += control<QRadioButton>("optFile").isChecked() ? "file" : "last";
-        return shown + "|" + text("labFilePGM") + "," + text("labFileVersion") + "," + text("labFileDate");
-    }
-
     void type(const QString& name, const QString& typed) {
         auto& field = control<QLineEdit>(name);
         field.selectAll();
@@ -168,7 +161,9 @@ TEST_F(Window, SaysAtItsStartWhichDeviceAnEarlierRunLeftBehind) {
     RunJournal(bench.folder).add({"2026-11-24 14:02:07", "COM3", "TARN-R200 V5.1R23", "/tmp/a.hex"});
     window->close();
     open();
-    EXPECT_NE(text("labStatus").find("COM3"), std::string::npos) << text("labStatus");
+    EXPECT_EQ(text("labNotice"),
+              "A device was left in its boot loader at 2026-11-24 14:02: COM3, TARN-R200 V5.1R23. To go on, force an "
+              "update with the image /tmp/a.hex.");
 }
 
 TEST_F(Window, FindsOneOfTenThousandImages) {
@@ -198,84 +193,6 @@ TEST_F(Window, FindsOneOfTenThousandImages) {
     press("cmdStartCheck");
     EXPECT_NE(log().find("Version   : V5.1R9876\n"), std::string::npos);
     EXPECT_EQ(bench.settings.values["Corvane/Query/LastROM"], "PGM_9876");
-}
-
-TEST_F(Window, IsWorkedByKeyboardAlone) {
-    control<QWidget>("optLine0").setFocus();
-    QStringList order;
-    for (int i = 0; i < 12; ++i) {
-        order.append(window->focusWidget()->objectName());
-        QTest::keyClick(window->focusWidget(), Qt::Key_Tab);
-        if (window->focusWidget()->objectName() == order.front()) break;
-    }
-    EXPECT_EQ(
-        order.join(' ').toStdString(),
-        "optLine0 cmdOption txtServer txtAccount0 txtAccount1 cmdStartCheck cmdForceISP txtInfo cmdCopyLog cmdSaveLog");
-    QTest::keyClick(window.get(), Qt::Key_V, Qt::AltModifier);
-    EXPECT_EQ(window->focusWidget()->objectName(), "txtServer");
-    control<QWidget>("optLine0").setFocus();
-    QTest::keyClick(window->focusWidget(), Qt::Key_Right);
-    EXPECT_EQ(choice(), "off last|,,");
-    answers.expect("QFileDialog", [](QDialog& dialog) { dialog.reject(); });
-    control<QWidget>("optLast").setFocus();
-    QTest::keyClick(window->focusWidget(), Qt::Key_Down);
-    EXPECT_EQ(choice(), "off file|,,");
-}
-
-TEST_F(Window, HasAKeyOfItsOwnForEachControlThatShows) {
-    for (const char* line : {"optLine0", "optLine1"}) {
-        press(line);
-        std::map<QString, std::string> taken;
-        const auto take = [&](const QString& caption) {
-            const auto key = QKeySequence::mnemonic(caption).toString();
-            EXPECT_FALSE(key.isEmpty()) << caption.toStdString();
-            const auto [other, isNew] = taken.emplace(key, caption.toStdString());
-            EXPECT_TRUE(isNew) << caption.toStdString() << " and " << other->second;
-        };
-        for (const auto* button : window->findChildren<QAbstractButton*>()) {
-            if (button->isVisible() && !button->text().isEmpty()) take(button->text());
-        }
-        for (const auto* label : window->findChildren<QLabel*>()) {
-            const auto* buddy = label->isVisible() ? label->buddy() : nullptr;
-            if (buddy && (buddy->focusPolicy() & Qt::TabFocus)) take(label->text());
-        }
-        for (const auto* action : window->menuBar()->actions()) take(action->text());
-    }
-}
-
-TEST_F(Window, TellsAScreenReaderWhatEachControlIs) {
-    const auto check = [](const QWidget& form) {
-        for (const auto* widget : form.findChildren<QWidget*>()) {
-            if (widget->focusPolicy() == Qt::NoFocus || widget->objectName().startsWith("qt_")) continue;
-            if (widget->inherits("QComboBoxPrivateContainer") || widget->inherits("QListView")) continue;
-            EXPECT_FALSE(widget->accessibleName().isEmpty()) << widget->objectName().toStdString();
-        }
-    };
-    check(*window);
-    answers.expect("frmConnection", [&](QDialog& dialog) {
-        check(dialog);
-        dialog.reject();
-    });
-    press("cmdOption");
-    plug();
-    pickImage();
-    answers.expect("frmQuery", [&](QDialog& dialog) {
-        check(dialog);
-        dialog.reject();
-    });
-    press("cmdStartCheck");
-}
-
-TEST_F(Window, FitsA800By600Screen) {
-    window->resize(800, 600);
-    press("optLine1");
-    QCoreApplication::processEvents();
-    EXPECT_EQ(window->size(), QSize(800, 600));
-    for (const char* name : {"cmdStartCheck", "cmdCancel", "labFileDate", "cmdSaveLog", "labVersion"}) {
-        const auto& widget = control<QWidget>(name);
-        EXPECT_TRUE(window->rect().contains(QRect(widget.mapTo(window.get(), QPoint()), widget.size()))) << name;
-        EXPECT_EQ(widget.visibleRegion().boundingRect(), widget.rect()) << name;
-    }
 }
 
 }  // namespace

@@ -1,0 +1,68 @@
+#include <QRadioButton>
+
+#include "WindowTest.h"
+#include "window/frmRehearsal.h"
+
+namespace corvane {
+namespace {
+
+class WindowRehearsal : public WindowRun {
+protected:
+    QAction& mnuRehearse() const { return control<QAction>("mnuRehearse"); }
+};
+
+TEST_F(WindowRehearsal, SaysAllTheTimeThatNoDeviceIsReal) {
+    EXPECT_FALSE(control<QWidget>("labRehearsal").isVisible());
+    window->close();
+    WindowOptions options;
+    options.rehearsal = Rehearsal::watermark();
+    options.remark = "off line";
+    open(options);
+    EXPECT_EQ(text("labStatus"), "off line");
+    plug();
+    pickImage();
+    agree();
+    const auto look = [this] {
+        EXPECT_TRUE(control<QWidget>("labRehearsal").isVisible());
+        EXPECT_EQ(text("labRehearsal"), "REHEARSAL: no real device");
+    };
+    when("Programming...", [&] {
+        look();
+        EXPECT_EQ(window->windowTitle(), "0 % Programming - Corvane (rehearsal)");
+    });
+    press("cmdStartCheck");
+    look();
+    EXPECT_EQ(window->windowTitle(), "Corvane (rehearsal)");
+}
+
+TEST_F(WindowRehearsal, IsStartedFromTheMenu) {
+    EXPECT_FALSE(mnuRehearse().isEnabled());  // nobody has said how
+    window->close();
+    int started = 0;
+    QString problem;
+    WindowOptions options;
+    options.rehearse = [&] { return ++started, problem; };
+    open(options);
+    mnuRehearse().trigger();
+    EXPECT_EQ(started, 1);
+    EXPECT_EQ(text("labStatus"), "");
+    problem = "no such file";
+    mnuRehearse().trigger();
+    EXPECT_EQ(text("labStatus"), "The rehearsal does not start: no such file");
+}
+
+TEST_F(WindowRehearsal, IsChosenByKeyboard) {
+    frmRehearsal question;
+    EXPECT_EQ(question.chosen().word, "healthy");
+    answers.expect("frmRehearsal", [&question](QDialog& dialog) {
+        for (int i = 0; i < 2; ++i) QTest::keyClick(dialog.focusWidget(), Qt::Key_Down);
+        EXPECT_EQ(question.chosen().word.toStdString(), "bad-cable");
+        QTest::keyClick(dialog.focusWidget(), Qt::Key_Up);
+        EXPECT_EQ(question.chosen().word.toStdString(), "boot-loader");
+        QTest::keyClick(&dialog, Qt::Key_Return);
+    });
+    EXPECT_EQ(question.exec(), QDialog::Accepted);
+}
+
+}  // namespace
+}  // namespace corvane
