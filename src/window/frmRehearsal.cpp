@@ -32,6 +32,7 @@ frmRehearsal::frmRehearsal(QWidget* owner) : QDialog(owner) {
         labDescription->setWordWrap(true);
         labDescription->setIndent(button->iconSize().width() + 8);
         layout->addWidget(button);
+        if (i == 0) button->setFocus();
         layout->addWidget(labDescription);
     }
     auto* buttons = new QDialogButtonBox;

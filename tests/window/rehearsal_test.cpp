@@ -55,6 +55,8 @@ TEST_F(WindowRehearsal, IsChosenByKeyboard) {
     frmRehearsal question;
     EXPECT_EQ(question.chosen().word, "healthy");
     answers.expect("frmRehearsal", [&question](QDialog& dialog) {
+        dialog.activateWindow();
+        QCoreApplication::processEvents();
         for (int i = 0; i < 2; ++i) QTest::keyClick(dialog.focusWidget(), Qt::Key_Down);
         EXPECT_EQ(question.chosen().word.toStdString(), "bad-cable");
         QTest::keyClick(dialog.focusWidget(), Qt::Key_Up);
