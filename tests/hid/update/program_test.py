@@ -1,5 +1,5 @@
 #!/usr/bin/python3
-"""corvane-cli and a simulated HID reader: the same updates through the bench's transport library and its socket, and through
+"""The programs and a simulated HID reader: the same updates through the bench's transport library and its socket, and through
 the real library with hidapi and udev, on a mocked device of the system.
 
     program_test.py BIN SUPPORT WRAPPER     the folder with the programs, the one with ftp_site.py, umockdev-wrapper
@@ -68,16 +68,20 @@ class Updates:
         self.addCleanup(folder.cleanup)
         self.folder = pathlib.Path(folder.name)
         (self.folder / "bin").mkdir()
-        # A program of its own: downloads lie beside it.
-        self.program = self.folder / "bin" / "corvane-cli"
-        shutil.copy2(BIN / "corvane-cli", self.program)
+        self.program = self.own("corvane-cli")
         self.image = self.folder / "image.hex"
         self.image.write_text(image(30))
+
+    def own(self, name):
+        """A program of the test's own: downloads lie beside it."""
+        program = self.folder / "bin" / name
+        shutil.copy2(BIN / name, program)
+        return program
 
     def run_with_reader(self, *command, **options):
         environment = dict(os.environ, HOME=str(self.folder), XDG_CONFIG_HOME=str(self.folder / "config"),
                            XDG_DATA_HOME=str(self.folder / "data"), CORVANE_FTP_PASSWORD="pw", CORVANE_VELLIO=self.library,
-                           LC_ALL="C")
+                           LC_ALL="C", QT_QPA_PLATFORM="offscreen")
         return subprocess.run([str(word) for word in (*self.around(**options), *command)], env=environment,
                               stdin=subprocess.DEVNULL, capture_output=True, encoding="utf-8", timeout=LIMIT, check=False)
 
@@ -107,6 +111,11 @@ class Updates:
         self.assertIn("HID1 (F/W:KESTREL V2.4) was lost: it was unplugged, or its cable came loose.\n", done.stderr)
         self.assertEqual(done.returncode, 0, done.stdout + done.stderr)
         self.assertTrue(done.stdout.count("Update Finish") == 1 and "memory equals image" in done.stdout, done.stdout)
+
+    def test_update_through_the_window(self):
+        done = self.run_with_reader(self.own("corvane-windowrun"), "--file", self.image, boot_baud=115200)
+        self.assertEqual(done.returncode, 0, done.stdout + done.stderr)
+        self.assertIn("memory equals image", done.stdout)
 
     def test_ports_names_it_in_a_session_without_a_locale(self):
         done = self.run_with_reader(self.program, "ports", product="Größer €", verifies=False)
