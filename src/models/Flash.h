@@ -62,7 +62,8 @@ struct Image {
 };
 Image imageOf(std::string_view hexFile);
 
-/// "memory equals image", or where it differs: "memory differs at 0x00010: holds 0xFF, image 0x3A; differing cells: 12".
+/// "memory equals image", or where it differs:
+/// "memory differs at 0x00010: holds 0xFF, image 0x3A; differing cells: 12".
 std::string comparison(const Flash& memory, const Image& image);
 
 }  // namespace corvane::models
