@@ -42,7 +42,8 @@ const std::vector<RehearsalKind>& rehearsalKinds() {
          QObject::tr("The first update fails; with what mends it, the second one does not."),
          device + ",baud=19200,boot-baud=57600,fault=nak@20x9"},
         {"reader", QObject::tr("A device behind a USB r&eader"),
-         QObject::tr("The update goes through a HID reader instead of a serial port."), device + ",hid=yes"},
+         QObject::tr("The update goes through a HID reader instead of a serial port."),
+         device + ",hid=yes,baud=19200,boot-baud=57600"},
     };
     return kinds;
 }

@@ -91,6 +91,12 @@ int rehearse(const RehearsalKind* kind) {
         if (question.exec() != QDialog::Accepted) return kCancelled;
         kind = &question.chosen();
     }
+    // From here there are files to put away, so who wants the program to end waits for the window that takes the
+    // signals.
+    sigset_t ends;
+    sigemptyset(&ends);
+    for (const int one : {SIGINT, SIGTERM, SIGHUP}) sigaddset(&ends, one);
+    sigprocmask(SIG_BLOCK, &ends, nullptr);
     QApplication::setOverrideCursor(Qt::WaitCursor);
     Rehearsal rehearsal(*kind);
     QApplication::restoreOverrideCursor();

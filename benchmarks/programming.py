@@ -1,0 +1,94 @@
+"""Programming over the paced bench: elapsed time beside the wire time of the bytes exchanged, as its transcript has them."""
+
+import re
+
+from programs import Bench, Failure, checked
+from table import median
+
+IMAGE_BYTES = 64 * 1024
+LINE = re.compile(r"(?:COM|HID)\d+ +([\d.]+) ([<>]) (\d+) (.*)$")
+ONE_BYTE = re.compile(r"\\x[0-9A-F]{2}|.")
+
+
+def record(address, data=b"", kind=0):
+    body = bytes((len(data), address >> 8 & 0xFF, address & 0xFF, kind)) + data
+    return ":" + (body + bytes((-sum(body) & 0xFF,))).hex().upper()
+
+
+def image(size):
+    """Records of 16 bytes, with an address record at the start of each further 64 KiB."""
+    lines = ["[INFO]", "PGM=TARN-R200", "VER=V5.2R1", "BUD=2024/01/31"]
+    for at in range(0, size, 16):
+        if at and at % 0x10000 == 0:
+            lines.append(record(0, bytes((0, at >> 16)), 4))
+        lines.append(record(at, bytes((at // 16 * 7 + i * 31) % 255 for i in range(16))))
+    return "\n".join(lines + [record(0, kind=1)]) + "\n"
+
+
+def information(rate):
+    return ("[PGM_R200]\nPRODUCT=TARN-R200\nVERSION=V5.2R1\nDESC=For the bench\nFILE=/firmware/bench.hex\n"
+            "ISP_BAUDRATE=%d\n" % rate)
+
+
+def ratio(transcript, rate):
+    """From the first byte of the first record to the last answer."""
+    first = last = None
+    total = seen = 0
+    for line in transcript.read_text("latin-1").splitlines():
+        moment, direction, speed, text = LINE.match(line).groups()
+        if first is None:
+            if direction != ">" or not text.startswith(":"):
+                continue
+            first = float(moment)
+        if int(speed) != rate:
+            break
+        total += len(ONE_BYTE.findall(text))
+        if direction == "<":
+            last, seen = float(moment), total
+    if last is None:
+        raise Failure("no record in the transcript")
+    return (last - first) / (seen * 10 / rate)
+
+
+class Programming:
+    """Runs of one rate. The rates are the boot loader's; the application always speaks at 19200."""
+
+    def __init__(self, programs, rate):
+        self.programs, self.rate = programs, rate
+        self.image = programs.write("Download/bench.hex", image(IMAGE_BYTES))
+        programs.write("firmware.inf", information(rate))
+
+    def once(self, command, device="kind=TarnPlus,baud=19200,boot-baud=%d"):
+        """One update: its ratio and the program's run."""
+        transcript = self.programs.folder / "transcript"
+        bench = Bench(self.programs, device % self.rate, "--transcript", transcript, "--image", self.image, "--verify")
+        with bench:
+            done = checked(command, **self.programs.environment(**bench.variables))
+        if bench.status != 0:
+            raise Failure(bench.report.read_text())
+        return ratio(transcript, self.rate), done
+
+    def console(self):
+        return self.once([self.programs.path("corvane-cli"), "update", "--offline", "--yes"])
+
+    def window(self):
+        return self.once([self.programs.path("corvane-windowrun")])
+
+
+def measure(table, programs, rounds):
+    """rounds: how often each rate is run, by rate."""
+    table.head("Programming 64 KiB in records of 16 bytes, elapsed / wire time")
+    shares, waits = {}, []
+    for rate, times in rounds.items():
+        work = Programming(programs, rate)
+        for name, once in (("console", work.console), ("window", work.window)):
+            results = [once() for _ in range(times)]
+            table.row("%d baud, %s" % (rate, name), median([result for result, _ in results]),
+                      1.20 if rate > 115200 else 1.04)
+            shares[rate, name] = median([done.share() for _, done in results])
+            if name == "window":
+                waits += [done.number(r"waited at most ([\d.]+) ms") for _, done in results]
+    table.head("Meanwhile")
+    for (rate, name), share in shares.items():
+        table.row("processor share of the %s at %d baud" % (name, rate), share, None, "%", digits=1)
+    table.row("longest wait of an event in the window, pauses apart", max(waits), 100, "ms", digits=1)

@@ -1,0 +1,183 @@
+// What the user's own files and the command lines hold.
+
+#include "app/JobRecord.h"
+#include "app/RunJournal.h"
+#include "bench/DeviceSpec.h"
+#include "console/Arguments.h"
+#include "console/TerminalText.h"
+#include "fuzz/Input.h"
+#include "fuzz/Targets.h"
+#include "platform/SettingsText.h"
+#include "platform/linux/PortMapFile.h"
+#include "platform/linux/RawIni.h"
+#include "support/FakeProgramFolder.h"
+#include "support/ScriptedPeer.h"
+#include "support/SerialBench.h"
+#include "text/Cp1252.h"
+#include "text/Json.h"
+#include "text/Number.h"
+#include "text/RuntimeError.h"
+#include "text/Text.h"
+
+namespace corvane::fuzz {
+namespace {
+
+/// A terminal that keeps what it is given.
+class Screen : public TextSink {
+public:
+    std::string text;
+    void write(std::string_view utf8) override { text += utf8; }
+    bool isTerminal() const override { return true; }
+};
+
+/// The fields of one line of a CSV file.
+std::vector<std::string> csvFields(std::string_view line) {
+    std::vector<std::string> fields(1);
+    bool isQuoted = false;
+    for (std::size_t at = 0; at < line.size(); ++at) {
+        if (isQuoted ? line[at] == '"' : line[at] == '"' && fields.back().empty()) {
+            if (isQuoted && line.substr(at + 1, 1) == "\"") {
+                fields.back() += line[++at];
+            } else {
+                isQuoted = !isQuoted;
+            }
+        } else if (line[at] == ',' && !isQuoted) {
+            fields.emplace_back();
+        } else {
+            fields.back() += line[at];
+        }
+    }
+    return fields;
+}
+
+/// "key" or "group/key".
+bool isPlainName(const std::string& name) {
+    const auto words = split(name, '/');
+    return words.size() <= 2 && std::all_of(words.begin(), words.end(), [](const std::string& word) {
+               return !word.empty() && withoutUtf8Mark(trimmed(word)) == word &&
+                      word.find_first_of("[]=;#") == std::string::npos;
+           });
+}
+
+bool isSoundUtf8(const std::string& text) { return soundUtf8(text) == text; }
+
+}  // namespace
+
+/// The line settings of an open port: what was taken is read back, and is taken again.
+void settings_text(std::string_view bytes) {
+    Input input(bytes);
+    fakes::ScriptedPeer nobody;
+    fakes::SerialBench bench;
+    bench.open(nobody);
+    auto& port = bench.port;
+    while (!input.isEmpty()) {
+        const std::string text(input.upTo('\n'));
+        const auto before = port.GetCOMMSettings(port.CommID());
+        if (port.SetCOMMSettings(port.CommID(), text)) {
+            const auto taken = port.GetCOMMSettings(port.CommID());
+            require(!taken.empty() && port.SetCOMMSettings(port.CommID(), taken), "what was taken can be set again");
+            require(port.GetCOMMSettings(port.CommID()) == taken, "and is the same");
+        } else {
+            require(port.GetCOMMSettings(port.CommID()) == before, "what was refused changes nothing");
+        }
+        try {
+            port.Settings(text);
+        } catch (const RuntimeError&) {
+            // what is no setting
+        }
+        require(parseSettingsText(port.Settings()).has_value(), "a port always has settings");
+    }
+}
+
+void settings_file(std::string_view bytes) {
+    auto settings = readRawIni(bytes);
+    readRawIni(writeRawIni(settings));
+    // A name that nobody gives (one that begins like a comment or a file, or has a slash of its own) need not survive.
+    std::erase_if(settings, [](const auto& setting) { return !isPlainName(setting.first); });
+    require(readRawIni(writeRawIni(settings)) == settings, "settings that were written are read back");
+}
+
+void port_map(std::string_view bytes) {
+    const fakes::ScratchFolder folder;
+    const auto file = readPortMapFile(folder.file("serialcomm.conf", std::string(bytes)));
+    for (const auto& [number, path] : file.paths) {
+        require(number >= 1 && number <= 256 && path.compare(0, 1, "/") == 0, "a port has a number and a path");
+    }
+    std::string again;
+    for (const auto& [number, path] : file.paths) again += "COM" + std::to_string(number) + "=" + path + "\n";
+    require(readPortMapFile(folder.file("again", again)).paths == file.paths,
+            "what was understood is understood again");
+}
+
+/// The journal of devices without firmware and the record of jobs.
+void journal(std::string_view bytes) {
+    const fakes::FakeProgramFolder folder;
+    folder.data.file("Corvane/interrupted-runs", std::string(bytes));
+    const RunJournal journal(folder);
+    const auto runs = journal.read();
+    for (const auto& run : runs) run.text();
+    Input input(bytes);
+    const auto next = [&input] { return std::string(input.upTo('|')); };
+    const InterruptedRun run{next(), next(), next(), next()};
+    require(journal.add(run), "a run can be remembered");
+    require(journal.read().size() <= runs.size() + 1 && !journal.read().empty(), "and is one more");
+    require(journal.remove(journal.read().back().port), "a device that is well is forgotten");
+
+    folder.data.file("Corvane/jobs.csv", std::string(bytes));
+    JobRecord record(folder);
+    require(record.last(5).size() <= 5, "as many as were asked for");
+    const Job job{next(), next(), next(), next(), next(), next(), 7, "updated"};
+    const auto fields = csvFields(csvLine(job));
+    require(fields.size() == 8 && fields[6] == "7" && fields[7] == "updated", "a line has its eight fields");
+    require(fields[0] == job.time || fields[0] == "'" + job.time, "a field is what it was");
+    require(fields[5].find_first_of("=+-@") != 0, "no field is a formula");
+}
+
+void arguments(std::string_view bytes) {
+    Input input(bytes);
+    std::vector<std::string> words;
+    while (!input.isEmpty()) words.emplace_back(input.upTo('\n'));
+    std::string problem;
+    const auto arguments = parseArguments(words, problem);
+    require(arguments.has_value() == problem.empty(), "wrong usage is explained, and nothing else is");
+    if (!arguments || arguments->command == Arguments::Command::help) return;
+    require(!arguments->file || arguments->offLine == true, "a file means off line");
+    require(!arguments->server || arguments->offLine == false, "a server means on line");
+}
+
+/// How devices and their faults are written.
+void notation(std::string_view bytes) {
+    try {
+        const auto spec = bench::deviceSpec(bytes);
+        require(spec.port >= 0 && spec.port <= 256 && spec.device.baud > 0, "a device is one that can be made");
+        models::Device device(spec.device);
+        device.hear(0, bytesOf(std::string("\r\x02V\r:00000001FF\r")), spec.device.baud);
+    } catch (const std::invalid_argument& wrong) {
+        require(wrong.what()[0] != '\0', "what is wrong is said");
+    }
+}
+
+void texts(std::string_view bytes) {
+    const std::string text(bytes);
+    require(fromUtf8(toUtf8(text)) == text, "Windows-1252 survives the way to UTF-8 and back");
+    require(isSoundUtf8(toUtf8(text)) && isSoundUtf8(soundUtf8(text)), "what is made is UTF-8");
+    const auto json = jsonString(text);
+    require(json.size() >= 2 && isSoundUtf8(json), "JSON is UTF-8");
+    for (const char c : json) require(static_cast<unsigned char>(c) >= 0x20, "JSON has no control characters");
+    Screen screen;
+    writeHarmless(screen, toUtf8(text));
+    require(screen.text.find('\x1B') == std::string::npos && screen.text.find("\xC2\x9B") == std::string::npos,
+            "a terminal is not commanded");
+    const double number = leadingNumber(text);
+    require(!isNumeric(text) || number == leadingNumber(std::string(trimmed(text))), "blanks do not count");
+    try {
+        require(toLong(number) == roundToEven(number), "a number is rounded");
+    } catch (const RuntimeError&) {
+        require(number > 2147483647 || number < -2147483648.0, "only what does not fit overflows");
+    }
+    require(upperCase(lowerCase(text)) == upperCase(text), "case is folded");
+    require(joined(split(text, ','), ",") == text, "pieces make the whole");
+    if (text.size() > 1) replaceAll(text, text.substr(0, 1), text);
+}
+
+}  // namespace corvane::fuzz
