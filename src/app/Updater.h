@@ -20,6 +20,9 @@ struct Face {
     RunView& view;
 };
 
+/// Puts something between the workflow and a face that sees what goes from one to the other. It outlives the workflow.
+using FaceWitness = std::function<Face(const Face&)>;
+
 /// Everything between a face and the platform, put together: ports, device dialogue, site, selection, run. Owns all of
 /// that and nothing that it is given. Call shutDown before it ends.
 class Updater {

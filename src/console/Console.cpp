@@ -8,7 +8,7 @@ namespace corvane {
 CommandScope::CommandScope(Console& console, const Arguments& arguments, TextSink& logSink, bool json)
     : printer(logSink, json),
       face(arguments, printer, console.err, console.terminal, console.devicePassword),
-      updater(console.platform, face.face()),
+      updater(console.platform, console.witness ? console.witness(face.face()) : face.face()),
       console_(console) {
     face.refusalReason = [this](const std::string& port) { return updater.refusal(port); };
     face.beforeScan = [this](const std::vector<std::string>& ports) { return updater.advisor().beforeScan(ports); };

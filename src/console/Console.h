@@ -18,6 +18,7 @@ struct Console {
     std::optional<std::string> ftpPassword;     ///< UTF-8
     std::optional<std::string> devicePassword;  ///< UTF-8
     std::function<void()> interrupt;            ///< set by the command: what a signal does
+    FaceWitness witness = {};
 
     /// Runs the command that the arguments name; its exit status.
     int run(const Arguments& arguments);

@@ -68,7 +68,10 @@ frmCorvane::frmCorvane(const Platform& platform, const WindowOptions& options)
 
 frmCorvane::~frmCorvane() { platform_.runtime.setPump(nullptr); }
 
-Face frmCorvane::face() { return {*ui_.txtInfo, *this, *ui_.frameComport, questions_, questions_, *this}; }
+Face frmCorvane::face() {
+    const Face face{*ui_.txtInfo, *this, *ui_.frameComport, questions_, questions_, *this};
+    return options_.witness ? options_.witness(face) : face;
+}
 
 void frmCorvane::connectChoices() {
     presenter_.onChange = [this] { refresh(); };

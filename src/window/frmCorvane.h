@@ -17,6 +17,8 @@ struct WindowOptions {
     QString folder = {};         ///< where the first file dialog begins
     QString remark = {};         ///< something to say at the start
 
+    FaceWitness witness = {};
+
     /// Starts a rehearsal beside this window: why it did not work, or an empty text. Without it none is offered.
     std::function<QString()> rehearse = {};
 };
