@@ -178,6 +178,10 @@ Steps factsFor(Verdict::Kind kind, const RunReport& report, const std::optional<
         facts.push_back(image + ", " + std::to_string(report.imageBytes) + " bytes, SHA-256 " + report.imageDigest +
                         ".");
     }
+    if (kind == Verdict::Kind::updated && report.portLost) {
+        facts.push_back(toUtf8(report.port) +
+                        " was lost when the device was to restart; if it does not run, switch it off and on.");
+    }
     if (kind == Verdict::Kind::updated && proof) facts.push_back(proofFact(report, *proof));
     if (report.wasErased) {
         facts.push_back(std::to_string(report.repeatedRecords) +
