@@ -1,8 +1,9 @@
 #!/usr/bin/python3
 """A whole online update on this machine alone: an FTP server on loopback with the example site, a simulated device, and
-the program between them. Called by run.sh once everything is built.
+the program between them. Called by run.sh once everything is built. With a display it is a rehearsal in the window;
+without one the console does it, and the window once more where nobody sees it, for a picture.
 
-    tools/demo.py [--hid] [--console]    --console: not the window, although there is a display
+    tools/demo.py [--hid] [--console]    --console: as if there were no display
 """
 
 import os
@@ -16,6 +17,7 @@ import time
 
 ROOT = pathlib.Path(__file__).resolve().parent.parent
 BIN = ROOT / "build" / "bin"
+PICTURE = ROOT / "build" / "screenshot.png"
 IMAGE = "firmware/images/r200_v52r1.hex"
 ACCOUNT, PASSWORD = "demo", "practice"
 SERIAL = "kind=TarnPlus,baud=19200,boot-baud=57600,version=TARN-R200 V5.1R23,next-version=TARN-R200 V5.2R1"
@@ -49,31 +51,53 @@ def serve(folder):
     return server, port
 
 
-def update(site, port, config, options):
-    """Runs the program on the bench; the bench's exit status."""
-    has_display = bool(os.environ.get("DISPLAY") or os.environ.get("WAYLAND_DISPLAY"))
-    window = has_display and "--console" not in options
-    command = [BIN / "corvane"] if window else [BIN / "corvane-cli", "update", "--yes"]
-    if window:
+def update_on_console(device):
+    """The whole job from a server of its own; the bench's exit status."""
+    with tempfile.TemporaryDirectory(prefix="corvane-demo-") as folder:
+        site = pathlib.Path(folder) / "site"
+        shutil.copytree(ROOT / "docs" / "example-site", site)
+        server, port = serve(site)
+        bench = [BIN / "corvane-bench", "--config-dir", pathlib.Path(folder) / "config", "--device", device,
+                 "--setting", "FTP/UserName=" + ACCOUNT, "--setting", "FTP/Password=" + PASSWORD,
+                 "--setting", "FTP/Server=127.0.0.1:%d" % port, "--image", site / IMAGE, "--verify", "--"]
+        try:
+            return run(bench + [BIN / "corvane-cli", "update", "--yes"])
+        finally:
+            server.terminate()
+            server.wait()
+
+
+def update_in_window(kind):
+    """A rehearsal, whose exit status is the simulated device's. Without anybody at the terminal the window presses its
+    buttons itself."""
+    if sys.stdin.isatty():
         print("The window is open: press the start button, and close it when the update is done.", flush=True)
-    bench = [BIN / "corvane-bench", "--config-dir", config, "--device", HID if "--hid" in options else SERIAL,
-             "--setting", "FTP/UserName=" + ACCOUNT, "--setting", "FTP/Password=" + PASSWORD,
-             "--setting", "FTP/Server=127.0.0.1:%d" % port, "--image", site / IMAGE, "--verify", "--"]
-    return subprocess.run([str(word) for word in bench + command], check=False).returncode
+        return run([BIN / "corvane", "--rehearse=" + kind])
+    return run([BIN / "corvane-windowrun", "--rehearse", kind])
+
+
+def picture_of_window(kind):
+    """The same rehearsal where nobody sees it. What Qt says about a display that is none is of interest only when it fails."""
+    command = [BIN / "corvane-windowrun", "--rehearse", kind, "--picture", PICTURE]
+    done = subprocess.run([str(word) for word in command], stdout=subprocess.PIPE, stderr=subprocess.STDOUT, text=True, check=False)
+    print(done.stdout if done.returncode else "The window does the same; a picture of it is in %s." % PICTURE.relative_to(ROOT))
+    return done.returncode
+
+
+def run(command):
+    return subprocess.run([str(word) for word in command], check=False).returncode
 
 
 def main(options):
     if not set(options) <= {"--hid", "--console"}:
         sys.exit(__doc__)
-    with tempfile.TemporaryDirectory(prefix="corvane-demo-") as folder:
-        site = pathlib.Path(folder) / "site"
-        shutil.copytree(ROOT / "docs" / "example-site", site)
-        server, port = serve(site)
-        try:
-            status = update(site, port, pathlib.Path(folder) / "config", options)
-        finally:
-            server.terminate()
-            server.wait()
+    kind = "reader" if "--hid" in options else "healthy"
+    has_display = bool(os.environ.get("DISPLAY") or os.environ.get("WAYLAND_DISPLAY"))
+    if has_display and "--console" not in options:
+        status = update_in_window(kind)
+    else:
+        status = update_on_console(HID if "--hid" in options else SERIAL)
+        status = status or picture_of_window(kind)
     if status == 0:
         print("Verdict: the device's memory equals the image.")
     else:
