@@ -35,7 +35,7 @@ public:
 
     bool breakState() const { return break_; }
     void breakState(bool on);
-    bool clearToSend() const { return clearToSend_; }
+    bool clearToSend() const { return device_ && clearToSend_; }
 
     int inputBuffers() const { return inputBuffers_; }
     void inputBuffers(int count) { inputBuffers_ = count; }

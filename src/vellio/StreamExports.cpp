@@ -10,6 +10,7 @@ using corvane::kHidReportSize;
 namespace {
 
 constexpr std::int32_t kLargestBuffer = 1048576;
+constexpr int kDiscardRounds = 8;  // a device that never stops sending must not hold the program here
 
 /// The part of a caller's array that an operation works on.
 template <typename Byte>
@@ -29,6 +30,15 @@ std::int32_t number(std::size_t count) { return static_cast<std::int32_t>(count)
 std::int32_t readFrom(Transport& transport, Channel& channel, Part<std::uint8_t> part) {
     transport.move();
     return number(channel.read(part.bytes, part.size));
+}
+
+/// Also what the system holds: an old reply that comes up later would be taken for the answer to the next question.
+void discardFrom(Transport& transport, Channel& channel) {
+    for (int round = 0; round < kDiscardRounds; ++round) {
+        const bool news = transport.move();
+        channel.discardRead();
+        if (!news) return;
+    }
 }
 
 /// Sends at once what can go, or all of it when the program wants to wait.
@@ -143,10 +153,7 @@ std::int32_t vellBytesToRead(std::int32_t hVell) {
 }
 
 void vellDiscardReadBuffer(std::int32_t hVell) {
-    with(hVell, [](Transport& transport) {
-        transport.move();
-        transport.connection().data().discardRead();
-    });
+    with(hVell, [](Transport& transport) { discardFrom(transport, transport.connection().data()); });
 }
 
 std::int32_t vellGetWriteBufferSize(std::int32_t hVell) {
@@ -238,10 +245,7 @@ std::int32_t vellBytesToReadCtrl(std::int32_t hVell) {
 }
 
 void vellDiscardReadCtrlBuffer(std::int32_t hVell) {
-    with(hVell, [](Transport& transport) {
-        transport.move();
-        transport.connection().control().discardRead();
-    });
+    with(hVell, [](Transport& transport) { discardFrom(transport, transport.connection().control()); });
 }
 
 std::int16_t vellGetInputReport(std::int32_t hVell, std::uint8_t* bytes, std::int32_t capacity, std::int32_t start,

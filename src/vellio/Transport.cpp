@@ -57,8 +57,6 @@ bool Transport::service() {
     return news;
 }
 
-void Transport::move() { connection_.move(); }
-
 void Transport::look() {
     lastLook_ = backend_->tick();
     apply(backend_->changes().value_or(std::vector<std::string>()));

@@ -29,8 +29,9 @@ public:
     /// Moves reports and looks for devices when it is time to; True when something new has come in.
     bool service();
 
-    /// Moves reports only: a program that does not call vellService is driven so by its other calls.
-    void move();
+    /// Moves reports only: a program that does not call vellService is driven so by its other calls. True when
+    /// something new has come in.
+    bool move() { return connection_.move(); }
 
     /// Compares with what is plugged in now.
     void look();

@@ -105,7 +105,7 @@ VELL_API void vellDiscardWriteBuffer(int32_t hVell);
 VELL_API int32_t vellRead(int32_t hVell, uint8_t* bytes, int32_t capacity, int32_t start, int32_t count);
 VELL_API int32_t vellReadPtr(int32_t hVell, void* bytes, int32_t count);
 VELL_API int32_t vellBytesToRead(int32_t hVell);
-VELL_API void vellDiscardReadBuffer(int32_t hVell);
+VELL_API void vellDiscardReadBuffer(int32_t hVell); /* with what the system holds, and so for the control channel */
 
 /* Sizes in bytes, 1 to 1048576, else unchanged; 2048 at first; kept while closed. Bytes beyond a smaller size are
  * dropped as in an overflow. */
