@@ -1,7 +1,5 @@
 #include "app/Updater.h"
 
-#include "text/Cp1252.h"
-
 namespace corvane {
 
 Updater::Updater(const Platform& platform, const Face& face)
@@ -60,12 +58,6 @@ void Updater::shutDown() {
     if (serialPort_.PortOpen()) serialPort_.PortOpen(false);
     vellIO_.Terminate();
     if (site_.isConnected()) site_.disconnect();
-}
-
-std::string Updater::refusal(const std::string& port) {
-    if (serialPort_.IsMyCommPort(port)) return advisor_.refusal(port);
-    const auto& reason = vellIO_.openFailure();
-    return reason.empty() ? std::string() : toUtf8(port) + " does not open: " + reason + ".";
 }
 
 void Updater::tellReader(std::int32_t event, const std::string& port, const std::string& device) {

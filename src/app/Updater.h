@@ -7,6 +7,7 @@
 #include "platform/Platform.h"
 #include "ports/clsMSComm.h"
 #include "ports/clsVellComm.h"
+#include "text/Cp1252.h"
 
 namespace corvane {
 
@@ -47,7 +48,7 @@ public:
     PortAdvisor& advisor() { return advisor_; }
 
     /// Why the port that was tried last did not open and what helps, in UTF-8.
-    std::string refusal(const std::string& port);
+    std::string refusal(const std::string& port) { return advisor_.refusal(toUtf8(port)); }
     clsMSComm& serialPort() { return serialPort_; }
     clsVellComm& hidPort() { return hidPort_; }
     VellIO& vellIO() { return vellIO_; }

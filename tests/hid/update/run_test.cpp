@@ -83,6 +83,15 @@ TEST_F(HidRun, SendsNoCommandsToAReaderThatTakesNone) {
     EXPECT_NE(bench.face.log.find("Comm Port : HID1 (F/W:)\r\n"), std::string::npos);
 }
 
+TEST_F(HidRun, SaysWhyAReaderDoesNotOpenAndWhatHelps) {
+    plug();
+    bus.forbid(kPath);
+    EXPECT_EQ(exitStatus(start()), 3);
+    EXPECT_EQ(updater->refusal("HID1"),
+              "HID1 does not open: /dev/hidraw0: Permission denied. Plug the reader in again; when this user may not "
+              "use it, install the udev rules of this program.");
+}
+
 TEST_F(HidRun, ScansReadersBehindSerialPorts) {
     models::DeviceOptions boot;
     boot.kind = models::Kind::boot;
