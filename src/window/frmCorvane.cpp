@@ -314,7 +314,6 @@ void frmCorvane::clearHints() {
 }
 
 void frmCorvane::portRefused(const std::string& port) {
-    if (!updater_.serialPort().IsMyCommPort(port)) return;  // a reader gives no reason
     const auto reason = updater_.refusal(port);
     if (!reason.empty()) say(QString::fromStdString(reason));
 }
