@@ -8,29 +8,7 @@ namespace {
 
 int answer() { return 42; }
 
-struct DlSide {
-    DlModuleLoader loader;
-    std::string path = CORVANE_TEST_MODULE;
-};
-
-struct FakeSide {
-    fakes::FakeModuleLoader loader;
-    std::string path = "/lib/module.so";
-    FakeSide() { loader.provide(path, {{"answer", reinterpret_cast<void*>(&answer)}}); }
-};
-
-template <typename Side>
-class ModuleLoaderContract : public testing::Test {
-protected:
-    Side side;
-};
-
-using Sides = testing::Types<FakeSide, DlSide>;
-TYPED_TEST_SUITE(ModuleLoaderContract, Sides);
-
-TYPED_TEST(ModuleLoaderContract, LooksUpInAModuleUntilTheLastReferenceGoes) {
-    ModuleLoader& loader = this->side.loader;
-    const auto& path = this->side.path;
+void keepsTheContract(ModuleLoader& loader, const std::string& path) {
     EXPECT_EQ(loader.opened(path), nullptr);
     const auto first = loader.open(path);
     ASSERT_NE(first, nullptr) << loader.problem();
@@ -45,17 +23,21 @@ TYPED_TEST(ModuleLoaderContract, LooksUpInAModuleUntilTheLastReferenceGoes) {
     EXPECT_NE(loader.lookUp(second, "answer"), nullptr);
     loader.release(second);
     EXPECT_EQ(loader.opened(path), nullptr);
-}
-
-TYPED_TEST(ModuleLoaderContract, WhatIsNoModuleDoesNotOpen) {
-    ModuleLoader& loader = this->side.loader;
-    for (const char* path : {"/no/such/module.so", "/proc/self/maps", "libc.so.6"}) {
-        EXPECT_EQ(loader.open(path), nullptr) << path;
-        EXPECT_NE(loader.problem(), "") << path;
-        EXPECT_EQ(loader.opened(path), nullptr) << path;
+    for (const char* none : {"/no/such/module.so", "/proc/self/maps", "libc.so.6"}) {
+        EXPECT_EQ(loader.open(none), nullptr) << none;
+        EXPECT_NE(loader.problem(), "") << none;
+        EXPECT_EQ(loader.opened(none), nullptr) << none;
     }
     EXPECT_EQ(loader.lookUp(nullptr, "answer"), nullptr);
     loader.release(nullptr);
+}
+
+TEST(ModuleLoaderContract, HoldsForBoth) {
+    fakes::FakeModuleLoader fake;
+    fake.provide("/lib/module.so", {{"answer", reinterpret_cast<void*>(&answer)}});
+    keepsTheContract(fake, "/lib/module.so");
+    DlModuleLoader real;
+    keepsTheContract(real, CORVANE_TEST_MODULE);
 }
 
 }  // namespace

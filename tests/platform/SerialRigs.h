@@ -11,53 +11,95 @@
 
 namespace corvane {
 
+/// Waits, without events, until the condition holds; False when it does not within 500 waits.
+inline bool waitUntil(Runtime& runtime, const std::function<bool()>& condition) {
+    for (int waits = 0; waits < 500 && !condition(); ++waits) runtime.WaitActivity(10);
+    return condition();
+}
+
 /// A serial control with a device at COM1 that the test plays, and no COM2. This one in virtual time.
-class FakeSerialRig {
-public:
-    FakeSerialRig() { control.plug(1, peer_); }
+struct FakeSerialRig {
+    FakeSerialRig() { control.plug(1, peer); }
 
     fakes::FakeRuntime runtime;
     fakes::FakeSerialControl control{runtime};
+    fakes::ScriptedPeer peer;
+    std::size_t given = 0;
 
-    void say(const std::string& bytes) { peer_.say(runtime.ms(), bytes); }
+    void say(const std::string& bytes) { peer.say(runtime.ms(), bytes); }
     std::string heard() {
-        const auto all = peer_.heardText();
-        const auto news = all.substr(given_);
-        given_ = all.size();
+        const auto news = peer.heardText().substr(given);
+        given += news.size();
         return news;
     }
-    void unplug() { peer_.unplugAt(runtime.ms()); }
+    void unplug() { peer.unplugAt(runtime.ms()); }
     void occupy() { control.markBusy(1); }
-
-private:
-    fakes::ScriptedPeer peer_;
-    std::size_t given_ = 0;
 };
 
 /// The real control at a pseudo-terminal.
-class PseudoTerminalRig {
-public:
+struct PseudoTerminalRig {
     PseudoTerminalRig() {
         map.entries = {{line.path().substr(5), "COM1"}};
         line.makeRaw();
     }
-    ~PseudoTerminalRig();
 
     LinuxRuntime runtime;
     fakes::PseudoTerminal line;
     fakes::FakePortMap map;
     TermiosSerialControl control{runtime, map};
+    TermiosSerialControl other{runtime, map};
 
     void say(const std::string& bytes) const { line.say(bytes); }
     std::string heard() const { return line.heard(); }
     void unplug() { line.unplug(); }
-    void occupy();
-
-private:
-    int occupant_ = -1;
+    void occupy() { other.PortOpen(true); }
 };
 
-/// Waits, without events, until the condition holds; False when it does not within 500 waits.
-bool waitUntil(Runtime& runtime, const std::function<bool()>& condition);
+/// What every serial control does, the real one and the one of the tests.
+template <typename Rig>
+class SerialControlContract : public testing::Test {
+protected:
+    Rig rig;
+
+    /// The number of the error that a call throws; 0 when it throws none.
+    static int errorOf(const std::function<void()>& call) {
+        try {
+            call();
+        } catch (const PortError& error) {
+            return error.number();
+        }
+        return 0;
+    }
+
+    /// Says it and waits until so many bytes are in the buffer.
+    void received(const std::string& bytes, std::size_t count) {
+        rig.say(bytes);
+        const auto isThere = [&] { return rig.control.InBufferCount() == static_cast<std::int32_t>(count); };
+        ASSERT_TRUE(waitUntil(rig.runtime, isThere));
+    }
+    void received(const std::string& bytes) { received(bytes, bytes.size()); }
+
+    /// All that the far side hears within the time in which this text should come.
+    std::string heard(std::size_t size) {
+        std::string text;
+        EXPECT_TRUE(waitUntil(rig.runtime, [&] { return (text += rig.heard()).size() >= size; }));
+        return text;
+    }
+
+    /// The codes of the events that are due now.
+    std::vector<std::int32_t> events() {
+        std::vector<std::int32_t> codes;
+        rig.control.OnComm = [&] { codes.push_back(rig.control.CommEvent()); };
+        rig.runtime.DoEvents();
+        rig.control.OnComm = nullptr;
+        return codes;
+    }
+
+    CommState line() {
+        CommState state;
+        EXPECT_TRUE(rig.control.GetCommState(rig.control.CommID(), state));
+        return state;
+    }
+};
 
 }  // namespace corvane

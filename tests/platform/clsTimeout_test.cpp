@@ -7,109 +7,93 @@
 namespace corvane {
 namespace {
 
-using fakes::FakeRuntime;
-
-/// Milliseconds that a waiting loop of the given period takes when the tick counter starts at that value.
-std::int64_t waited(std::uint32_t tickAtStart, std::int32_t period) {
-    FakeRuntime runtime;
-    runtime.tickAtStart(tickAtStart);
-    clsTimeout timeout(runtime);
-    timeout.Timeout(period);
-    while (!timeout.WaitTimeout()) continue;
-    return runtime.ms();
-}
-
-TEST(clsTimeout, LastsItsPeriodWhereverTheCounterStands) {
-    for (const std::uint32_t start : {0u, 1000u, 0x7FFFFFFFu - 5000, 0x80000000u, 0xFFFFFFFFu - 5000}) {
-        EXPECT_EQ(waited(start, 1000), 1000) << start;
-        EXPECT_EQ(waited(start, 1), 1) << start;
-        EXPECT_EQ(waited(start, 0), 1) << start;
+struct Timed {
+    explicit Timed(std::uint32_t tickAtStart, std::int32_t period) {
+        runtime.tickAtStart(tickAtStart);
+        timeout.emplace(runtime);
+        timeout->Timeout(period);
     }
-}
+
+    fakes::FakeRuntime runtime;
+    std::optional<clsTimeout> timeout;
+};
 
 /// The step over 2^31 counts one millisecond less than it took, the step over 2^32 exactly what it took.
-TEST(clsTimeout, CrossesBothEdgesOfTheCounter) {
-    EXPECT_EQ(waited(0x7FFFFFFFu - 100, 1000), 1001);
-    EXPECT_EQ(waited(0xFFFFFFFFu - 100, 1000), 1000);
-}
-
-/// Elapsed time between two single checks, so far as a period tells it.
-bool isOverAfter(std::uint32_t from, int ms, std::int32_t period) {
-    FakeRuntime runtime;
-    runtime.tickAtStart(from);
-    clsTimeout timeout(runtime);
-    timeout.Timeout(period);
-    runtime.Sleep(ms);
-    return timeout.IsTimeout();
-}
-
-TEST(clsTimeout, OneGapOnBothSidesOfThePeriod) {
+TEST(clsTimeout, LastsItsPeriodWhereverTheCounterStands) {
+    const struct {
+        std::uint32_t from;
+        std::int32_t period;
+        std::int64_t ms;
+    } waits[] = {
+        {0, 1000, 1000},
+        {0, 1, 1},
+        {0, 0, 1},
+        {0x7FFFFFFFu - 5000, 1000, 1000},
+        {0x80000000u, 1000, 1000},
+        {0xFFFFFFFFu - 5000, 1000, 1000},
+        {0x7FFFFFFFu - 100, 1000, 1001},
+        {0xFFFFFFFFu - 100, 1000, 1000},
+    };
+    for (const auto& c : waits) {
+        Timed t(c.from, c.period);
+        while (!t.timeout->WaitTimeout()) continue;
+        EXPECT_EQ(t.runtime.ms(), c.ms) << c.from << " " << c.period;
+    }
     const struct {
         std::uint32_t from;
         int ms;
         std::int32_t counted;
-    } cases[] = {
+    } gaps[] = {
         {5, 300, 300},          {0x7FFFFFFF, 300, 299}, {0x7FFFFF00, 300, 299}, {0x80000000, 300, 300},
         {0xFFFFFFFF, 300, 300}, {0xFFFFFF00, 300, 300}, {0x7FFFFFFF, 1, 0},     {0xFFFFFFFF, 1, 1},
     };
-    for (const auto& c : cases) {
-        EXPECT_TRUE(isOverAfter(c.from, c.ms, c.counted)) << std::hex << c.from;
-        EXPECT_FALSE(isOverAfter(c.from, c.ms, c.counted + 1)) << std::hex << c.from;
+    for (const auto& c : gaps) {
+        for (const std::int32_t more : {0, 1}) {
+            Timed t(c.from, c.counted + more);
+            t.runtime.Sleep(c.ms);
+            EXPECT_EQ(t.timeout->IsTimeout(), more == 0) << std::hex << c.from;
+        }
     }
 }
 
-TEST(clsTimeout, FreshOneIsOverUntilItIsStarted) {
-    FakeRuntime runtime;
+TEST(clsTimeout, ChargesOnlyTheTimeBetweenTwoChecks) {
+    fakes::FakeRuntime runtime;
     clsTimeout timeout(runtime);
     EXPECT_EQ(timeout.Timeout(), 1000);
-    EXPECT_TRUE(timeout.IsTimeout());
-    timeout.Reset();
-    EXPECT_FALSE(timeout.IsTimeout());
+    EXPECT_TRUE(timeout.IsTimeout()) << "a fresh one is over until it is started";
     timeout.Timeout(0);
     EXPECT_TRUE(timeout.IsTimeout());
-}
-
-TEST(clsTimeout, ChargesOnlyTheTimeBetweenTwoChecks) {
-    FakeRuntime runtime;
-    clsTimeout timeout(runtime);
     timeout.Timeout(100);
-    runtime.Sleep(60);
-    EXPECT_FALSE(timeout.IsTimeout());
-    EXPECT_FALSE(timeout.IsTimeout());
-    runtime.Sleep(39);
-    EXPECT_FALSE(timeout.IsTimeout());
-    runtime.Sleep(1);
-    EXPECT_TRUE(timeout.IsTimeout());
+    for (const auto& [ms, isOver] : {std::pair(60, false), {0, false}, {39, false}, {1, true}}) {
+        runtime.Sleep(ms);
+        EXPECT_EQ(timeout.IsTimeout(), isOver) << ms;
+    }
     timeout.Reset();
     runtime.Sleep(99);
     EXPECT_FALSE(timeout.IsTimeout());
 }
 
 TEST(clsTimeout, LetsEventsRunEvery200Milliseconds) {
-    FakeRuntime runtime;
-    clsTimeout timeout(runtime);
-    timeout.Timeout(10000);
+    Timed t(0, 10000);
     std::vector<std::int64_t> moments;
-    runtime.setPump([&] { moments.push_back(runtime.ms()); });
-    while (runtime.ms() < 450) timeout.WaitTimeout();
+    t.runtime.setPump([&] { moments.push_back(t.runtime.ms()); });
+    while (t.runtime.ms() < 450) t.timeout->WaitTimeout();
     EXPECT_EQ(moments, (std::vector<std::int64_t>{200, 400}));
-    runtime.Sleep(200);  // one gap of 200 ms counts at once
-    timeout.WaitTimeout();
+    t.runtime.Sleep(200);  // one gap of 200 ms counts at once
+    t.timeout->WaitTimeout();
     EXPECT_EQ(moments.back(), 651);
 }
 
 TEST(clsTimeout, TimeOfTheOperatorIsChargedOrNot) {
     for (const bool isFree : {false, true}) {
-        FakeRuntime runtime;
-        clsTimeout timeout(runtime);
-        timeout.Timeout(1000);
+        Timed t(0, 1000);
         bool once = true;
-        runtime.setPump([&] {
-            if (once) runtime.Sleep(500);
+        t.runtime.setPump([&] {
+            if (once) t.runtime.Sleep(500);
             once = false;
         });
-        while (!timeout.WaitTimeout(isFree)) continue;
-        EXPECT_EQ(runtime.ms(), isFree ? 1500 : 1000);
+        while (!t.timeout->WaitTimeout(isFree)) continue;
+        EXPECT_EQ(t.runtime.ms(), isFree ? 1500 : 1000);
     }
 }
 
