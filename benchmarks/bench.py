@@ -27,7 +27,7 @@ def main(build, wanted):
             "start": lambda: starting.measure(table, programs),
             "wait": lambda: waiting.measure(table, programs),
             "ftp": lambda: libraries.ftp(table, build),
-            "hid": lambda: libraries.hid(table, build),
+            "hid": lambda: libraries.hid(table, programs),
             "files": lambda: files.measure(table, programs),
             "program": lambda: programming.measure(table, programs, ROUNDS),
         }

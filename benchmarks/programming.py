@@ -50,6 +50,13 @@ def ratio(transcript, rate):
     return (last - first) / (seen * 10 / rate)
 
 
+def rate(transcript):
+    """Records a second, from the first one to the last."""
+    moments = [float(match.group(1)) for match in map(LINE.match, transcript.read_text("latin-1").splitlines())
+               if match.group(2) == ">" and match.group(4).startswith(":")]
+    return (len(moments) - 1) / (moments[-1] - moments[0])
+
+
 class Programming:
     """Runs of one rate. The rates are the boot loader's; the application always speaks at 19200."""
 

@@ -1,55 +1,38 @@
-#include "hid/FakeVell.h"
+#include "hid/ControlBench.h"
 #include "text/RuntimeError.h"
 
 namespace corvane {
 namespace {
 
-using Texts = std::vector<std::string>;
-
 class Commands : public ::testing::Test {
 protected:
     Commands() { bench_.open(); }
 
-    /// Sends command 9 with one parameter; the ms that it took, in took_.
-    bool send() {
-        const auto start = bench_.runtime.ms();
-        const bool result = control_.SendHIDCMD(9, {0xAA}, results_);
-        took_ = bench_.runtime.ms() - start;
-        return result;
-    }
+    /// Sends command 9 with one parameter.
+    bool send() { return control_.SendHIDCMD(9, {0xAA}, results_); }
 
-    /// The bytes of the only command that was sent, without its time.
+    /// The bytes of the only command that was sent.
     std::string sent() {
-        EXPECT_EQ(vell_.commands.size(), 1u);
-        const std::string text = vell_.commands.empty() ? "" : vell_.commands.back();
-        vell_.commands.clear();
-        return text.substr(std::min(text.size(), text.find(' ') + 1));
+        EXPECT_EQ(reader_.commands.size(), 1u);
+        return std::exchange(reader_.commands, {}).at(0).second;
     }
 
     ControlBench bench_;
     VellIO& control_ = *bench_.control;
-    FakeVell& vell_ = bench_.vell;
+    ScriptedReader& reader_ = bench_.reader;
     Bytes results_{9, 9};
-    std::int64_t took_ = 0;
 };
 
-TEST_F(Commands, AreFramedWithCodeAndCount) {
-    vell_.reply({6, 0});
-    EXPECT_TRUE(control_.SendHIDCMD(7, {}, results_));
-    EXPECT_EQ(sent(), "07 00");
-    EXPECT_EQ(results_, Bytes());
-    vell_.reply({6, 2, 'h', 'i'});
+TEST_F(Commands, AreFramedWithCodeAndCountOrSentRaw) {
+    reader_.reply({6, 2, 'h', 'i'});
     EXPECT_TRUE(control_.SendHIDCMD(8, Bytes(255, 0xEE), results_));
-    EXPECT_EQ(sent().size(), 257u * 3 - 1);
     EXPECT_EQ(results_, Bytes({'h', 'i'}));
+    const auto longest = sent();
+    EXPECT_EQ(longest.substr(0, 8), "08 FF EE");
+    EXPECT_EQ(longest.size(), 257u * 3 - 1);
     EXPECT_THROW(control_.SendHIDCMD(8, Bytes(256), results_), RuntimeError);
     EXPECT_FALSE(control_.IsBusy());
-    vell_.reply({6, 0});
-    EXPECT_TRUE(send());
-}
-
-TEST_F(Commands, RawBytesGoAsTheyAre) {
-    vell_.reply({6, 1, 5});
+    reader_.reply({6, 1, 5});
     EXPECT_TRUE(control_.SendHIDRawCmd({0xC8, 1, 2, 3}, results_));
     EXPECT_EQ(sent(), "C8 01 02 03");
     EXPECT_EQ(results_, Bytes({5}));
@@ -57,121 +40,98 @@ TEST_F(Commands, RawBytesGoAsTheyAre) {
 
 TEST_F(Commands, RepliesDecideTheResult) {
     const struct {
+        bool raw;
         Bytes reply;
         bool result, nak, notSupported;
         Bytes results;
     } table[] = {
-        {{6, 0}, true, false, false, {}},      {{6, 1, 4}, true, false, false, {4}},
-        {{21, 0}, false, true, false, {}},     {{21, 1, 4}, false, true, true, {4}},
-        {{21, 1, 3}, false, true, false, {3}}, {{21, 2, 4, 9}, false, true, true, {4, 9}},
-        {{7, 0}, false, false, false, {}},     {{7, 1, 4}, false, false, false, {4}},
+        {true, {21, 1, 4}, false, true, false, {4}},  // a raw command leaves "not supported" alone, both ways
+        {false, {6, 0}, true, false, false, {}},      {false, {6, 1, 4}, true, false, false, {4}},
+        {false, {21, 0}, false, true, false, {}},     {false, {21, 2, 4, 9}, false, true, true, {4, 9}},
+        {true, {6, 0}, true, false, true, {}},        {false, {21, 1, 3}, false, true, false, {3}},
+        {false, {7, 1, 4}, false, false, false, {4}},
     };
     for (const auto& row : table) {
-        vell_.reply({row.reply});
-        EXPECT_EQ(send(), row.result);
+        SCOPED_TRACE(testing::PrintToString(row.reply));
+        reader_.reply({row.reply});
+        EXPECT_EQ(row.raw ? control_.SendHIDRawCmd({1}, results_) : send(), row.result);
         EXPECT_EQ(control_.IsSendHIDCmdNAK(), row.nak);
         EXPECT_EQ(control_.IsCommandNotSupported(), row.notSupported);
         EXPECT_EQ(results_, row.results);
     }
 }
 
-TEST_F(Commands, ARawCommandLeavesNotSupportedAlone) {
-    vell_.reply({21, 1, 4});
-    control_.SendHIDRawCmd({1}, results_);
-    EXPECT_FALSE(control_.IsCommandNotSupported());
-    EXPECT_TRUE(control_.IsSendHIDCmdNAK());
-    vell_.reply({21, 1, 4});
-    send();
-    vell_.reply({6, 0});
-    EXPECT_TRUE(control_.SendHIDRawCmd({1}, results_));
-    EXPECT_TRUE(control_.IsCommandNotSupported());
-    EXPECT_FALSE(control_.IsSendHIDCmdNAK());
-}
-
-TEST_F(Commands, SilenceEndsAfterASecond) {
-    EXPECT_FALSE(send());
-    EXPECT_EQ(took_, 1000);
-    vell_.tellsControlData = false;
-    vell_.reply({{999, {6, 0}}});
-    EXPECT_TRUE(send());
-    vell_.reply({{1000, {6, 0}}});
-    EXPECT_FALSE(send());
-    EXPECT_FALSE(control_.IsSendHIDCmdNAK());
-}
-
-TEST_F(Commands, PiecesMayBe150MsApart) {
-    for (const bool tells : {false, true}) {  // the library says that data has come, or does not
-        vell_.tellsControlData = tells;
-        vell_.reply({{900, {6}}, {1049, {3}}, {1198, {1}}, {1347, {2, 3}}});
-        EXPECT_TRUE(send());
-        EXPECT_EQ(results_, Bytes({1, 2, 3}));
+TEST(CommandTimes, OfRepliesAndTheirPieces) {
+    const struct {
+        bool served;  // the library says that data has come, which earns new time
+        ScriptedReader::Pieces reply;
+        bool result;
+        Bytes results;
+        std::int64_t ms;
+    } table[] = {
+        {true, {}, false, {}, 1000},
+        {false, {{999, {6, 0}}}, true, {}, 999},
+        {false, {{1000, {6, 0}}}, false, {}, 1000},
+        {false, {{900, {6}}, {1049, {3}}, {1198, {1}}, {1347, {2, 3}}}, true, {1, 2, 3}, 1347},
+        {true, {{900, {6}}, {1049, {3}}, {1198, {1}}, {1347, {2, 3}}}, true, {1, 2, 3}, 1347},
+        {false, {{900, {6}}, {1050, {0}}}, false, {}, 1050},
+        {false, {{0, {6, 4, 1, 2}}}, true, {}, 151},  // accepted stays so without its results
+        {false, {{0, {21, 1}}}, false, {}, 150},
+    };
+    for (const auto& row : table) {
+        SCOPED_TRACE(testing::PrintToString(row.reply));
+        ControlBench bench(true, row.served ? Texts() : Texts{"vellService"});
+        bench.open();
+        bench.reader.reply(row.reply);
+        Bytes results;
+        const auto start = bench.runtime.ms();
+        EXPECT_EQ(bench.control->SendHIDCMD(9, {}, results), row.result);
+        EXPECT_EQ(results, row.results);
+        EXPECT_EQ(bench.runtime.ms() - start, row.ms);
     }
-    vell_.tellsControlData = false;
-    vell_.reply({{900, {6}}, {1050, {0}}});
-    EXPECT_FALSE(send());
-    EXPECT_EQ(took_, 1050);
 }
 
-TEST_F(Commands, AnAcceptedCommandStaysSoWithoutItsResults) {
-    vell_.reply({{0, {6, 4, 1, 2}}});
-    EXPECT_TRUE(send());
-    EXPECT_LE(took_, 155);
-    EXPECT_EQ(results_, Bytes());
-    vell_.reply({{0, {21, 1}}});
+TEST_F(Commands, NoticesExtendTheirTimeAndCancelEndsIt) {
+    auto start = bench_.runtime.ms();
+    bench_.runtime.at(start + 600, [this] { control_.VellIOProc(control_.CommID(), 4, 0); });
     EXPECT_FALSE(send());
-    EXPECT_TRUE(control_.IsSendHIDCmdNAK());
-}
-
-TEST_F(Commands, DataNoticesExtendTheLimit) {
-    bench_.runtime.at(bench_.runtime.ms() + 600, [this] { vell_.raise(4); });
+    EXPECT_EQ(bench_.runtime.ms() - start, 1600);
+    start = bench_.runtime.ms();
+    bench_.runtime.at(start + 300, [this] { control_.CancelHIDCommand(); });
     EXPECT_FALSE(send());
-    EXPECT_EQ(took_, 1600);
-}
-
-TEST_F(Commands, WhatWaitedBeforeIsDiscarded) {
-    vell_.reply({{0, {6, 0}}, {20, {21, 0}}});
-    EXPECT_TRUE(send());
+    EXPECT_EQ(bench_.runtime.ms() - start, 300);
+    reader_.reply({{50, {6, 0}}, {70, {21, 0}}});
+    EXPECT_TRUE(send()) << "the next one is not cancelled";
     bench_.runtime.Sleep(50);
     EXPECT_FALSE(send());
-    EXPECT_FALSE(control_.IsSendHIDCmdNAK());
-}
-
-TEST_F(Commands, CancelEndsTheRunningOne) {
-    bench_.runtime.at(bench_.runtime.ms() + 300, [this] { control_.CancelHIDCommand(); });
-    EXPECT_FALSE(send());
-    EXPECT_EQ(took_, 300);
-    vell_.reply({{50, {6, 0}}});
-    EXPECT_TRUE(send()) << "the next one is not cancelled";
+    EXPECT_FALSE(control_.IsSendHIDCmdNAK()) << "what waited before is discarded";
 }
 
 TEST_F(Commands, DoNotNest) {
-    bool busyOutside = true, inner = true;
+    bool asked = false;
     bench_.runtime.at(bench_.runtime.ms() + 5, [&] {
-        busyOutside = control_.IsBusy();
         Bytes results{1};
-        inner = control_.SendHIDCMD(1, {}, results) || control_.SendHIDRawCmd({1}, results);
+        EXPECT_FALSE(control_.SendHIDCMD(1, {}, results) || control_.SendHIDRawCmd({1}, results));
         EXPECT_EQ(results, Bytes());
-        EXPECT_TRUE(control_.IsBusy());
+        EXPECT_TRUE(asked = control_.IsBusy());
     });
-    vell_.reply({{10, {6, 0}}});
+    reader_.reply({{10, {6, 0}}});
     EXPECT_TRUE(send());
-    EXPECT_TRUE(busyOutside);
-    EXPECT_FALSE(inner);
-    EXPECT_FALSE(control_.IsBusy());
-    EXPECT_EQ(vell_.commands.size(), 1u);
+    EXPECT_TRUE(asked && !control_.IsBusy());
+    EXPECT_EQ(sent(), "09 01 AA");
 }
 
 TEST_F(Commands, AreRefusedWithoutSending) {
     control_.KestrelCmdSetEnabled(false);
     EXPECT_FALSE(send());
-    control_.KestrelCmdSetEnabled(true);
-    vell_.ctrlWorks = false;
-    EXPECT_FALSE(send());
-    EXPECT_EQ(took_, 0);
-    vell_.isOpen = false;
-    EXPECT_FALSE(send());
     EXPECT_EQ(results_, Bytes());
-    EXPECT_EQ(vell_.commands, Texts());
+    control_.KestrelCmdSetEnabled(true);
+    const auto start = bench_.runtime.ms();
+    EXPECT_FALSE(control_.SendHIDRawCmd({}, results_)) << "the library does not take it";
+    vellClose(control_.CommID());
+    EXPECT_FALSE(send());
+    EXPECT_EQ(bench_.runtime.ms(), start);
+    EXPECT_EQ(bench_.sent(), "");
 }
 
 TEST_F(Commands, OfTheReaderByteByByte) {
@@ -195,64 +155,55 @@ TEST_F(Commands, OfTheReaderByteByByte) {
         {"CB 00", [&] { return control_.KestrelDiscardBuffer(); }},
     };
     for (const auto& row : table) {
-        vell_.reply({6, 1, 0x55});
-        EXPECT_TRUE(row.call()) << row.bytes;
+        SCOPED_TRACE(row.bytes);
+        reader_.reply({6, 1, 0x55});
+        EXPECT_TRUE(row.call());
         EXPECT_EQ(sent(), row.bytes);
         EXPECT_FALSE(row.call()) << "without an answer";
         EXPECT_EQ(sent(), row.bytes);
     }
     EXPECT_EQ(buffer, Bytes({1, 2, 3, 4, 5, 6, 7, 8})) << "a register that was read leaves the caller's bytes alone";
+    EXPECT_THROW(control_.SetHIDBaudrate(-1), RuntimeError);
 }
 
 TEST_F(Commands, ForRegistersHaveTheirLimits) {
     Bytes eight(8), twenty(20), none;
-    EXPECT_FALSE(control_.KestrelGetRegister(1, twenty, 0, 9));
-    EXPECT_FALSE(control_.KestrelSetRegister(1, twenty, 0, 20));
-    EXPECT_FALSE(control_.KestrelGetRegister(1, none, 0, 1));
-    EXPECT_FALSE(control_.KestrelSetRegister(1, none, 0, 0));
-    EXPECT_FALSE(control_.KestrelGetRegister(1, eight, 9, 1));
-    EXPECT_FALSE(control_.KestrelSetRegister(1, eight, -1, 4));
-    EXPECT_EQ(vell_.commands, Texts());
-    vell_.reply({6, 0});
+    EXPECT_FALSE(control_.KestrelGetRegister(1, twenty, 0, 9) || control_.KestrelSetRegister(1, twenty, 0, 20));
+    EXPECT_FALSE(control_.KestrelGetRegister(1, none, 0, 1) || control_.KestrelSetRegister(1, none, 0, 0));
+    EXPECT_FALSE(control_.KestrelGetRegister(1, eight, 9, 1) || control_.KestrelSetRegister(1, eight, -1, 4));
+    EXPECT_EQ(bench_.sent(), "");
+    reader_.reply({6, 0});
     EXPECT_FALSE(control_.KestrelGetRegister(1, eight, 0, 4)) << "accepted, but nothing came back";
-    vell_.reply({6, 0});
+    reader_.reply({6, 0});
     EXPECT_TRUE(control_.KestrelSetRegister(1, eight, 0, 4));
 }
 
-TEST_F(Commands, ANegativeRateOverflows) { EXPECT_THROW(control_.SetHIDBaudrate(-1), RuntimeError); }
-
-TEST_F(Commands, VersionEndsAtItsFirstZero) {
-    vell_.reply({6, 6, 'V', '1', 0xE9, 0, 'x', 0});
-    EXPECT_EQ(control_.GetHIDVersion(), "V1\xE9");
-    EXPECT_EQ(sent(), "04 00");
-    vell_.reply({6, 2, 'V', '2'});
-    EXPECT_EQ(control_.GetHIDVersion(), "V2");
-    vell_.reply({21, 2, 'N', 'O'});
-    EXPECT_EQ(control_.GetHIDVersion(), "");
-}
-
-TEST_F(Commands, DirectionIsTakenFromItsBits) {
+TEST_F(Commands, ForVersionAndDirectionReadTheirAnswers) {
+    for (const auto& [reply, version] :
+         {std::pair(Bytes{6, 6, 'V', '1', 0xE9, 0, 'x', 0}, "V1\xE9"), std::pair(Bytes{6, 2, 'V', '2'}, "V2"),
+          std::pair(Bytes{21, 2, 'N', 'O'}, "")}) {
+        reader_.reply(reply);
+        EXPECT_EQ(control_.GetHIDVersion(), version);
+        EXPECT_EQ(sent(), "04 00");
+    }
     const struct {
         std::uint8_t answer;
-        int serial, ps2, extra;
+        std::vector<std::int32_t> direction;  // serial, PS/2, extra
         bool keyboard;
     } table[] = {
-        {0x00, 0, 1, 1, false}, {0x01, 1, 0, 0, false}, {0x03, 1, 1, 0, false}, {0x05, 1, 0, 1, false},
-        {0x17, 1, 1, 1, true},  {0x10, 0, 1, 1, true},  {0x06, 0, 1, 1, false},
+        {0x00, {0, 1, 1}, false}, {0x01, {1, 0, 0}, false}, {0x03, {1, 1, 0}, false}, {0x05, {1, 0, 1}, false},
+        {0x17, {1, 1, 1}, true},  {0x10, {0, 1, 1}, true},  {0x06, {0, 1, 1}, false},
     };
+    std::int32_t serial = 9, ps2 = 9, extra = 9;
+    reader_.reply({6, 0});
+    EXPECT_FALSE(control_.GetKestrelDefaultIODirect(serial, ps2, extra));
+    EXPECT_EQ(serial + ps2 + extra, 27);
     for (const auto& row : table) {
-        std::int32_t serial = 9, ps2 = 9, extra = 9;
-        vell_.reply({6, 1, row.answer});
+        reader_.reply({6, 1, row.answer});
         EXPECT_TRUE(control_.GetKestrelDefaultIODirect(serial, ps2, extra));
-        EXPECT_EQ((Bytes{std::uint8_t(serial), std::uint8_t(ps2), std::uint8_t(extra)}),
-                  (Bytes{std::uint8_t(row.serial), std::uint8_t(row.ps2), std::uint8_t(row.extra)}))
-            << int(row.answer);
-        EXPECT_EQ(control_.KestrelIsKeyboardExist(), row.keyboard);
+        EXPECT_EQ(std::vector({serial, ps2, extra}), row.direction) << int(row.answer);
+        EXPECT_EQ(control_.KestrelIsKeyboardExist(), row.keyboard) << int(row.answer);
     }
-    std::int32_t untouched = 9;
-    vell_.reply({6, 0});
-    EXPECT_FALSE(control_.GetKestrelDefaultIODirect(untouched, untouched, untouched));
-    EXPECT_EQ(untouched, 9);
 }
 
 }  // namespace

@@ -1,25 +1,49 @@
-#include "hid/FakeVell.h"
+#include "hid/ControlBench.h"
+#include "text/RuntimeError.h"
 
 namespace corvane {
 namespace {
 
-using Texts = std::vector<std::string>;
-
-TEST(HidLibrary, IsProbedAndGetsOneHandleAndCallback) {
+TEST(HidLibrary, IsProbedAndGetsOneHandle) {
     ControlBench bench;
-    EXPECT_EQ(bench.vell.calls, Texts({"create 1209 5", "callback"}));
-    EXPECT_EQ(bench.control->NumberOfCommPorts(), 1);
-    EXPECT_EQ(bench.control->EnumCommPort(0), "HID1");
-    EXPECT_EQ(bench.control->EnumCommPortEx(0), "HID1 Kestrel");
-    EXPECT_EQ(bench.vell.calls.size(), 2u);
-    EXPECT_EQ(bench.loader.references(FakeVell::kPath), 1);
-    EXPECT_EQ(bench.control->CommID(), 77);
+    auto& control = *bench.control;
+    EXPECT_NE(control.CommID(), 0);
+    EXPECT_EQ(control.libraryProblem(), "");
+    EXPECT_TRUE(control.IsFunctionSupported("vellFlushQueue"));
+    EXPECT_FALSE(control.IsFunctionSupported("vellNoSuchThing"));
+    EXPECT_EQ(bench.loader.references(ControlBench::kLibrary), 1);
+    EXPECT_EQ(control.NumberOfCommPorts(), 1);
+    EXPECT_EQ(control.EnumCommPort(0) + "/" + control.EnumCommPortEx(0), "HID1/HID1 Kestrel");
+    std::int32_t vendor = 0, product = 0;
+    EXPECT_TRUE(control.GetDeviceUSBID("HID1", vendor, product));
+    EXPECT_EQ(vendor * 10 + product, 0x1209 * 10 + 5);
+    EXPECT_TRUE(control.DeviceIsUSBID("HID1", 0x1209, 5) && control.AddNewUSBID(1, 2));
+    EXPECT_EQ(control.GetDeviceManufacturer("HID1") + control.GetDeviceProduct("HID1") +
+                  control.GetDeviceSerialNumber("HID1"),
+              "CorvaneKestrelK1");
+    bench.open();
+    std::int32_t buffers = 0;
+    EXPECT_TRUE(control.IsHIDIOReady() && control.FlushQueue() && control.SetNumberInputBuffers(4) &&
+                control.GetNumberInputBuffers(buffers));
+    EXPECT_EQ(std::to_string(buffers) + control.GetIndexedString(1), "4Corvane");
+    Bytes report(64);
+    EXPECT_TRUE(control.GetFeature(report));
+    EXPECT_FALSE(control.SetFeature(report) || control.GetInputReport(report));
+    std::copy_n("\1\1z", 3, report.begin());
+    EXPECT_TRUE(control.SetOutputReport(report));
+    EXPECT_EQ(bench.reader.written, Bytes{'z'});
+    control.DevicePrefix("USB");
+    EXPECT_EQ(control.DevicePrefix(), "USB");
+    std::int32_t width = 10, height = 20;
+    control.Resize(width, height);
+    EXPECT_EQ(width * 1000 + height, 480480);
 }
 
 TEST(HidLibrary, TakesTheIdentifiersFromThePropertyBag) {
     ControlBench bench(false);
+    bench.bus.plug({"/dev/hidraw2", 0x0ABC, 77, "", "Other", ""}, bench.reader);
     bench.start(true, {{"DefaultVendorID", 0x0ABC}, {"DefaultProductID", -1}});
-    EXPECT_EQ(bench.vell.calls, Texts({"create ABC -1", "callback"}));
+    EXPECT_EQ(bench.control->EnumCommPortEx(0), "HID1 Other");
     VellIO::PropertyBag saved;
     bench.control->WriteProperties(saved);
     EXPECT_EQ(saved, (VellIO::PropertyBag{{"DefaultProductID", -1}, {"DefaultVendorID", 0x0ABC}}));
@@ -30,179 +54,122 @@ void expectEmpty(VellIO& control) {
     Bytes bytes(64);
     std::int32_t a = 8, b = 9;
     EXPECT_EQ(control.NumberOfCommPorts(), 0);
-    EXPECT_EQ(control.EnumCommPort(0), "");
-    EXPECT_EQ(control.EnumCommPortEx(0), "");
-    EXPECT_EQ(control.DevicePrefix(), "");
     control.DevicePrefix("X");
-    EXPECT_FALSE(control.AddNewUSBID(1, 2) || control.DeviceIsUSBID("HID1", 1, 2) || control.GetDeviceUSBID("", a, b));
-    EXPECT_EQ(control.GetDeviceManufacturer("HID1") + control.GetDeviceProduct("HID1") +
-                  control.GetDeviceSerialNumber("HID1") + control.GetIndexedString(1),
+    EXPECT_EQ(control.EnumCommPort(0) + control.EnumCommPortEx(0) + control.DevicePrefix() +
+                  control.GetDeviceManufacturer("HID1") + control.GetDeviceProduct("HID1") +
+                  control.GetDeviceSerialNumber("HID1") + control.GetIndexedString(1) + control.GetHIDVersion(),
               "");
-    EXPECT_FALSE(control.CheckDevicesIsChanged(true) || control.IsHIDIOReady() || control.FlushQueue());
-    EXPECT_FALSE(control.GetInputReport(bytes) || control.SetOutputReport(bytes) || control.GetFeature(bytes) ||
+    EXPECT_FALSE(control.AddNewUSBID(1, 2) || control.DeviceIsUSBID("HID1", 1, 2) || control.GetDeviceUSBID("", a, b) ||
+                 control.CheckDevicesIsChanged(true) || control.IsHIDIOReady() || control.FlushQueue() ||
+                 control.GetInputReport(bytes) || control.SetOutputReport(bytes) || control.GetFeature(bytes) ||
                  control.SetFeature(bytes) || control.GetNumberInputBuffers(a) || control.SetNumberInputBuffers(9));
     control.CommPort("HID1");
     control.PortOpen(true);
     EXPECT_FALSE(control.PortOpen());
     EXPECT_NE(control.openFailure(), "");
-    EXPECT_EQ(control.CommID() + control.InBufferCount() + control.InBufferSize() + control.OutBufferCount() +
-                  control.OutBufferSize() + control.ScanTiming(),
-              0);
-    EXPECT_FALSE(control.Break() || control.CTSHolding() || control.AsyncIO());
+    EXPECT_EQ(control.openFailure(), control.libraryProblem());
+    control.ScanTiming(5);
+    control.AsyncIO(true);
     control.Break(true);
     control.InBufferCount(0);
     control.OutBufferCount(0);
     control.CommOutput(Bytes{1});
+    EXPECT_EQ(control.CommID() + control.InBufferCount() + control.InBufferSize() + control.OutBufferCount() +
+                  control.OutBufferSize() + control.ScanTiming(),
+              0);
+    EXPECT_FALSE(control.Break() || control.CTSHolding() || control.AsyncIO() || control.IsMyCommPort("HID1") ||
+                 control.SendHIDCMD(4, {}, bytes) || control.IsSendHIDCmdNAK());
     EXPECT_EQ(control.CommInput(), Variant(Bytes()));
-    control.InputMode(0);
-    EXPECT_EQ(control.CommInput(), Variant(std::string()));
-    EXPECT_FALSE(control.SendHIDCMD(4, {}, bytes) || control.IsSendHIDCmdNAK());
-    EXPECT_EQ(control.GetHIDVersion(), "");
     control.Terminate();
     EXPECT_EQ(a, 8);
 }
 
-TEST(HidLibrary, WithoutItEveryMemberIsEmpty) {
-    fakes::FakeRuntime runtime;
-    fakes::FakeModuleLoader loader;
-    VellIO control(runtime, loader, FakeVell::kPath);
-    control.ReadProperties(true, {});
-    for (const char* name : {"vellCreate", "vellFlushQueue"}) EXPECT_FALSE(control.IsFunctionSupported(name));
-    expectEmpty(control);
-}
+TEST(HidLibrary, WithoutItOrAtDesignTimeEveryMemberIsEmpty) {
+    ControlBench design(false);
+    EXPECT_FALSE(design.control->IsFunctionSupported("vellCreate"));
+    expectEmpty(*design.control);
+    EXPECT_EQ(design.loader.references(ControlBench::kLibrary), 0);
 
-TEST(HidLibrary, IsNotTouchedAtDesignTime) {
-    ControlBench bench(false);
-    EXPECT_FALSE(bench.control->IsFunctionSupported("vellCreate"));
-    expectEmpty(*bench.control);
-    EXPECT_EQ(bench.vell.calls, Texts());
+    VellIO missing(design.runtime, design.loader, "/no/such/VellIO.so");
+    missing.ReadProperties(true, {});
+    EXPECT_FALSE(missing.IsFunctionSupported("vellCreate"));
+    EXPECT_EQ(missing.libraryProblem(), "/no/such/VellIO.so: cannot open shared object file");
+    expectEmpty(missing);
 }
 
 TEST(HidLibrary, AFailedHandleIsTriedAgainWhenItIsNeeded) {
     ControlBench bench(false);
-    bench.vell.createWorks = false;
+    bench.bus.isOutOfOrder(true);
     bench.start(true);
+    EXPECT_EQ(bench.control->libraryProblem(), "/opt/corvane/VellIO.so: HID devices cannot be reached");
     expectEmpty(*bench.control);
-    EXPECT_EQ(bench.vell.calls.size(), 5u);  // at the start, three enumerations, one opening
-    bench.vell.createWorks = true;
-    EXPECT_EQ(bench.control->NumberOfCommPorts(), 1);
-    EXPECT_EQ(bench.vell.calls.back(), "callback");
+    EXPECT_TRUE(bench.control->IsFunctionSupported("vellFlushQueue"));
+    bench.bus.isOutOfOrder(false);
+    bench.open();
 }
 
 TEST(HidLibrary, AnOlderOneLacksTheOptionalOperations) {
     ControlBench bench(true, {"vellAddNewUSBID", "vellGetDeviceUSBID", "vellFlushQueue", "vellCheckDevicesIsChanged",
-                              "vellService", "vellDispatch"});
+                              "vellService", "vellDispatch", "vellRead"});
     auto& control = *bench.control;
     std::int32_t a = 0, b = 0;
-    EXPECT_FALSE(control.AddNewUSBID(1, 2) || control.DeviceIsUSBID("HID1", 0x1209, 5));
-    EXPECT_FALSE(control.GetDeviceUSBID("HID1", a, b) || control.FlushQueue() || control.CheckDevicesIsChanged(true));
-    EXPECT_EQ(control.GetDeviceProduct("HID1"), "");
-    EXPECT_FALSE(control.IsHIDIOReady());
+    EXPECT_FALSE(control.AddNewUSBID(1, 2) || control.DeviceIsUSBID("HID1", 0x1209, 5) ||
+                 control.GetDeviceUSBID("HID1", a, b) || control.FlushQueue() || control.CheckDevicesIsChanged(true) ||
+                 control.IsHIDIOReady());
+    EXPECT_EQ(control.GetDeviceProduct("HID1") + control.GetIndexedString(1), "");
     bench.open();
     EXPECT_TRUE(control.IsHIDIOReady());
-    EXPECT_EQ(control.NumberOfCommPorts(), 1);
+    bench.reader.say(HidReportId::data, {1});
+    EXPECT_EQ(control.CommInput(), Variant(Bytes())) << "an operation that is not there does nothing";
 }
 
-TEST(HidLibrary, AQuestionForAFunctionIsReleasedOnce) {
-    ControlBench bench;
-    EXPECT_TRUE(bench.control->IsFunctionSupported("vellFlushQueue"));
-    EXPECT_FALSE(bench.control->IsFunctionSupported("vellNoSuchThing"));
-    EXPECT_EQ(bench.loader.references(FakeVell::kPath), 1);
-}
-
-TEST(HidLibrary, TerminateClosesInOrder) {
+TEST(HidLibrary, TerminateClosesInOrderAndADestructorTellsNothing) {
     ControlBench bench;
     bench.open();
     bench.control->RTSEnable(true);
-    bench.vell.reply({6, 0});
+    bench.control->Break(true);
+    bench.sent();
+    const auto start = bench.runtime.ms();
+    bench.reader.reply({6, 0});
     bench.control->Terminate();
-    EXPECT_EQ(bench.vell.calls, Texts({"break 0", "close", "destroy 77"}));
-    EXPECT_EQ(bench.vell.commands.size(), 1u);
+    EXPECT_EQ(bench.sent(start), "0 break 00, 0 03 01 07");
     EXPECT_FALSE(bench.control->RTSEnable());
-    EXPECT_EQ(bench.control->CommID(), 0);
+    EXPECT_EQ(bench.control->CommID() + bench.bus.openDevices(), 0);
     bench.control->Terminate();
-    EXPECT_EQ(bench.vell.calls.size(), 3u);
-}
-
-TEST(HidLibrary, ADestructorTellsTheReaderNothing) {
-    ControlBench bench;
+    bench.start(true);
     bench.open();
     const auto before = bench.runtime.ms();
     bench.control.reset();
-    EXPECT_EQ(bench.vell.calls, Texts({"destroy 77"}));
-    EXPECT_EQ(bench.vell.commands, Texts());
+    EXPECT_EQ(bench.sent(), "");
     EXPECT_EQ(bench.runtime.ms(), before);
+    EXPECT_EQ(bench.bus.openDevices(), 0);
 }
-
-TEST(HidLibrary, ReportsItsTextsAndChecks) {
-    ControlBench bench;
-    std::int32_t vendor = 0, product = 0;
-    EXPECT_TRUE(bench.control->GetDeviceUSBID("HID1", vendor, product));
-    EXPECT_EQ(vendor, 0x1209);
-    EXPECT_EQ(product, 5);
-    EXPECT_EQ(bench.control->GetDeviceProduct("HID1"), "Kestrel");
-    bench.control->DevicePrefix("USB");
-    EXPECT_EQ(bench.control->DevicePrefix(), "USB");
-    EXPECT_TRUE(bench.control->IsHIDIOReady());
-    EXPECT_TRUE(bench.control->FlushQueue());
-    std::int32_t width = 10, height = 20;
-    bench.control->Resize(width, height);
-    EXPECT_EQ(width, 480);
-    EXPECT_EQ(height, 480);
-}
-
-struct Dispatch {
-    std::int32_t code;
-    std::int32_t commEvent;  // 0: no OnComm
-    const char* device;      // "": no OnDevice
-};
 
 TEST(HidEvents, EachCodeHasItsAction) {
-    const Dispatch table[] = {
-        {0, 2, ""},
-        {1, 1008, ""},
-        {2, 1, ""},
-        {3, 1010, ""},
-        {4, 0, ""},
-        {5, 0, ""},
-        {6, 0, ""},
-        {7, 0, ""},
-        {8, 0, "2 HID3 text"},
-        {9, 0, "2 HID3 text"},
-        {10, 0, ""},
-        {15, 0, ""},
-        {16, 0, "1 HID3 text"},
-        {17, 0, "0 HID3 text"},
-        {18, 0, "2 HID3 text"},
-        {19, 0, ""},
-        {34, 0, ""},
-        {35, 3, ""},
-        {36, 0, ""},
-        {-1, 0, ""},
-    };
-    ControlBench bench;
+    const std::map<std::int32_t, const char*> actions{
+        {0, "comm 2"},      {1, "comm 1008"},    {2, "comm 1"},       {3, "comm 1010"},    {8, "2 HID3 text"},
+        {9, "2 HID3 text"}, {16, "1 HID3 text"}, {17, "0 HID3 text"}, {18, "2 HID3 text"}, {35, "comm 3"}};
+    ControlBench bench(false);
+    auto exports = fakes::vellModule();
+    const auto lend = [](std::int32_t) { return "text"; };
+    exports["vellGetParamString"] = reinterpret_cast<void*>(+lend);
+    bench.loader.provide(ControlBench::kLibrary, exports);
+    bench.start(true);
     auto& control = *bench.control;
-    int comms = 0;
-    Texts devices, raw;
-    control.OnComm = [&] { ++comms; };
+    Texts told;
+    control.OnComm = [&] { told.push_back("comm " + std::to_string(control.CommEvent())); };
     control.OnDevice = [&](std::int32_t event, const std::string& name, const std::string& text) {
-        devices.push_back(std::to_string(event) + " " + name + " " + text);
+        told.push_back(std::to_string(event) + " " + name + " " + text);
     };
     control.OnVellProc = [&](std::int32_t code, std::int32_t parameter) {
-        EXPECT_EQ(comms + static_cast<int>(devices.size()), 0) << "the raw event comes first";
-        raw.push_back(std::to_string(code) + " " + std::to_string(parameter));
+        told.push_back("raw " + std::to_string(code) + " " + std::to_string(parameter));
     };
-    for (const auto& row : table) {
-        comms = 0;
-        devices.clear();
-        raw.clear();
-        EXPECT_EQ(bench.vell.raise(row.code, 2, "text"), 0);
-        EXPECT_EQ(raw, Texts({std::to_string(row.code) + " 2"}));
-        EXPECT_EQ(comms, row.commEvent ? 1 : 0) << row.code;
-        if (row.commEvent) {
-            EXPECT_EQ(control.CommEvent(), row.commEvent);
-        }
-        EXPECT_EQ(devices, *row.device ? Texts({row.device}) : Texts()) << row.code;
+    for (std::int32_t code = -1; code <= 36; ++code) {
+        Texts expected{"raw " + std::to_string(code) + " 2"};
+        if (actions.count(code)) expected.push_back(actions.at(code));
+        told.clear();
+        EXPECT_EQ(VellCallBackProc(control.CommID(), reinterpret_cast<std::intptr_t>(&control), code, 2), 0);
+        EXPECT_EQ(told, expected) << code;
     }
 }
 
@@ -210,35 +177,32 @@ TEST(HidEvents, TheTextOfARemovedDeviceIsAskedForOfTheOwnHandle) {
     ControlBench bench;
     Texts texts;
     bench.control->OnDevice = [&](std::int32_t, const std::string&, const std::string& text) { texts.push_back(text); };
-    bench.vell.raise(0, 0, "gone");
-    for (const std::int32_t code : {8, 9, 16, 18, 17}) bench.control->VellIOProc(5, code, 0);
-    EXPECT_EQ(texts, Texts({"gone of 5", "gone of 5", "gone of 5", "gone of 5", "gone"}));
-}
-
-TEST(HidEvents, ANewDeviceIsLatchedUntilItIsRead) {
-    ControlBench bench;
     EXPECT_FALSE(bench.control->IsNewDevicePlugin());
+    bench.plug("Late", 5);
+    bench.bus.unplug("/dev/hidraw1");
+    bench.plug("Late", 5);
     EXPECT_TRUE(bench.control->CheckDevicesIsChanged(true));
-    bench.vell.raise(17);
+    EXPECT_EQ(texts, Texts({"HID1 Kestrel", "HID1 Late"}));
     EXPECT_TRUE(bench.control->IsNewDevicePlugin());
-    EXPECT_FALSE(bench.control->IsNewDevicePlugin());
+    EXPECT_FALSE(bench.control->IsNewDevicePlugin()) << "told once";
+    texts.clear();
+    for (const std::int32_t code : {8, 9, 16, 18, 17}) bench.control->VellIOProc(999, code, 0);
+    EXPECT_EQ(texts, Texts({"", "", "", "", "HID1 Late"}));
 }
 
 TEST(HidEvents, DuringAnExchangeControlNoticesAreKeptBack) {
     ControlBench bench;
     bench.open();
+    bench.runtime.DoEvents();
     Texts raw;
-    int comms = 0;
-    bench.control->OnComm = [&] { ++comms; };
     bench.control->OnVellProc = [&](std::int32_t code, std::int32_t) { raw.push_back(std::to_string(code)); };
     bench.runtime.at(bench.runtime.ms() + 10, [&] {
-        for (std::int32_t code = 0; code < 9; ++code) bench.vell.raise(code);
+        for (std::int32_t code = 0; code < 9; ++code) bench.control->VellIOProc(bench.control->CommID(), code, 0);
     });
     Bytes results;
     bench.control->SendHIDCMD(9, {}, results);
     EXPECT_EQ(raw, Texts({"0", "1", "2", "3", "8"}));
-    EXPECT_EQ(comms, 4);
-    bench.vell.raise(4);
+    bench.control->VellIOProc(bench.control->CommID(), 4, 0);
     EXPECT_EQ(raw.back(), "4");
 }
 
@@ -247,8 +211,10 @@ TEST(HidEvents, AHandlerThatThrowsDoesNotDoSoThroughTheLibrary) {
     bench.control->OnDevice = [](std::int32_t, const std::string&, const std::string&) {
         throw std::runtime_error("a handler failed");
     };
+    bench.bus.unplug("/dev/hidraw1");
     EXPECT_THROW(bench.control->CheckDevicesIsChanged(true), std::runtime_error);
-    bench.vell.raise(16);
+    bench.plug("Kestrel", 5);
+    bench.control->NumberOfCommPorts();
     EXPECT_THROW(bench.runtime.DoEvents(), std::runtime_error);
     bench.runtime.DoEvents();
 }

@@ -1,98 +1,70 @@
-#include "hid/FakeVell.h"
+#include "hid/ControlBench.h"
 #include "ports/clsVellComm.h"
 #include "text/RuntimeError.h"
 
 namespace corvane {
 namespace {
 
-using Texts = std::vector<std::string>;
-
-const Bytes kAck{6, 0};
-const Bytes kNak{21, 0};
+const Texts kUnserved{"vellService"};  // so that replies earn no new time
 
 class Port : public ::testing::Test {
 protected:
-    void open() {
-        control_.CommPort("HID1");
-        control_.PortOpen(true);
-    }
-
-    Texts direction() {
-        return {std::to_string(control_.KestrelDefaultSerialTo()) + std::to_string(control_.KestrelDefaultPS2To()) +
-                std::to_string(control_.KestrelDefaultHIDExTo())};
-    }
-
     ControlBench bench_;
     VellIO& control_ = *bench_.control;
-    FakeVell& vell_ = bench_.vell;
+    ScriptedReader& reader_ = bench_.reader;
 };
 
-TEST_F(Port, OpeningTellsTheReaderInThisOrder) {
-    vell_.calls.clear();
-    vell_.reply(kAck);
-    vell_.reply(kAck);
-    vell_.reply({6, 1, 0x17});
-    control_.Settings("57600,N,8,1");
-    open();
-    EXPECT_EQ(vell_.calls, Texts({"open HID1", "break 0", "callback", "read size 2048", "write size 2048"}));
-    EXPECT_EQ(vell_.commands, Texts({"150 CB 00", "150 01 04 00 00 E1 00", "150 05 00"}));
-    EXPECT_EQ(direction(), Texts({"111"}));
-    EXPECT_TRUE(control_.KestrelIsKeyboardExist());
-    EXPECT_EQ(control_.openFailure(), "");
-}
-
-struct Opening {
-    const char* what;
-    std::vector<Bytes> replies;  // none: silence
-    Texts commands;
-    const char* direction;
-};
-
-TEST_F(Port, OpeningTriesThreeTimesAfterARefusalAndOnceAfterSilence) {
-    const Bytes kDirection{6, 1, 1};
-    const Opening table[] = {
-        {"rate refused twice",
-         {kAck, kNak, kAck, kNak, kAck, kAck, kDirection},
-         {"150 CB 00", "150 01 04 00 00 4B 00", "200 CB 00", "200 01 04 00 00 4B 00", "250 CB 00",
-          "250 01 04 00 00 4B 00", "250 05 00"},
-         "100"},
-        {"rate refused for good",
-         {kAck, kNak, kAck, kNak, kAck, kNak},
-         {"150 CB 00", "150 01 04 00 00 4B 00", "200 CB 00", "200 01 04 00 00 4B 00", "250 CB 00",
-          "250 01 04 00 00 4B 00"},
-         "011"},
-        {"rate not answered", {kAck}, {"150 CB 00", "150 01 04 00 00 4B 00"}, "011"},
-        {"discard refused", {kNak, kAck, kDirection}, {"150 CB 00", "150 01 04 00 00 4B 00", "150 05 00"}, "100"},
-        {"direction refused twice",
-         {kAck, kAck, kNak, kAck, kNak, kAck, kDirection},
-         {"150 CB 00", "150 01 04 00 00 4B 00", "150 05 00", "200 CB 00", "200 05 00", "250 CB 00", "250 05 00"},
-         "100"},
-        {"direction refused for good",
-         {kAck, kAck, kNak, kAck, kNak, kAck, kNak, kAck},
-         {"150 CB 00", "150 01 04 00 00 4B 00", "150 05 00", "200 CB 00", "200 05 00", "250 CB 00", "250 05 00",
-          "300 CB 00"},
-         "011"},
-        {"direction not answered", {kAck, kAck}, {"150 CB 00", "150 01 04 00 00 4B 00", "150 05 00"}, "011"},
+TEST(HidPort, OpeningTriesThreeTimesAfterARefusalAndOnceAfterSilence) {
+    const struct {
+        const char* replies;   // then silence
+        const char* commands;  // to discard, set the rate, read the direction: when, and their first bytes
+        const char* direction;
+    } table[] = {
+        {"AA7", "150 CB, 150 01, 150 05", "111"},
+        {"ANANAA1", "150 CB, 150 01, 200 CB, 200 01, 250 CB, 250 01, 250 05", "100"},
+        {"ANANAN", "150 CB, 150 01, 200 CB, 200 01, 250 CB, 250 01", "011"},
+        {"A", "150 CB, 150 01", "011"},
+        {"NA1", "150 CB, 150 01, 150 05", "100"},
+        {"AANANA1", "150 CB, 150 01, 150 05, 200 CB, 200 05, 250 CB, 250 05", "100"},
+        {"AANANANA", "150 CB, 150 01, 150 05, 200 CB, 200 05, 250 CB, 250 05, 300 CB", "011"},
+        {"AA", "150 CB, 150 01, 150 05", "011"},
     };
     for (const auto& row : table) {
-        ControlBench bench;
-        bench.vell.tellsControlData = false;
-        for (const auto& reply : row.replies) bench.vell.reply(reply);
-        bench.control->CommPort("HID1");
-        bench.control->PortOpen(true);
+        SCOPED_TRACE(row.replies);
+        ControlBench bench(true, kUnserved);
+        bench.openWith(row.replies);
         EXPECT_TRUE(bench.control->PortOpen());
-        EXPECT_EQ(bench.vell.commands, row.commands) << row.what;
-        EXPECT_EQ(std::to_string(bench.control->KestrelDefaultSerialTo()) +
-                      std::to_string(bench.control->KestrelDefaultPS2To()) +
-                      std::to_string(bench.control->KestrelDefaultHIDExTo()),
-                  row.direction)
-            << row.what;
+        EXPECT_EQ(bench.direction(), row.direction);
+        for (auto& command : bench.reader.commands) command.second.resize(2);
+        EXPECT_EQ(bench.sent(), row.commands);
     }
 }
 
-TEST_F(Port, AReaderWithoutCommandsIsSentNone) {
+TEST_F(Port, OpeningTellsTheReaderAndTheLibraryAllTheyNeed) {
+    int events = 0;
+    control_.OnVellProc = [&](std::int32_t, std::int32_t) { ++events; };
+    control_.Settings("57600,N,8,1");
+    control_.Break(true);
+    vellSetCallBackProc(control_.CommID(), nullptr, 0);
+    bench_.openWith("AA1");
+    EXPECT_EQ(bench_.sent(), "0 break 00, 150 CB 00, 150 01 04 00 00 E1 00, 150 05 00");
+    EXPECT_GT(events, 0) << "the library has its callback again";
+    EXPECT_EQ(control_.InBufferSize() + control_.OutBufferSize(), 4096);
+    EXPECT_EQ(control_.openFailure(), "");
+    control_.PortOpen(false);
+    bench_.sent();
+    const auto start = bench_.runtime.ms();
+    bench_.bus.forbid("/dev/hidraw1");
+    bench_.openWith("");
+    EXPECT_FALSE(control_.PortOpen());
+    EXPECT_EQ(control_.openFailure(), "/dev/hidraw1: Permission denied");
+    EXPECT_EQ(bench_.sent(), "");
+    EXPECT_EQ(bench_.runtime.ms(), start);
+}
+
+TEST(HidPort, AReaderWithoutCommandsIsSentNone) {
     const struct {
-        std::int32_t productId;
+        std::uint16_t productId;
         const char* product;
         bool silent;
     } table[] = {
@@ -101,158 +73,124 @@ TEST_F(Port, AReaderWithoutCommandsIsSentNone) {
         {5, "Kestrel HID1)", false},   {5, "Kestrel (HID1", false},   {5, "", false},
     };
     for (const auto& row : table) {
-        ControlBench bench;
-        bench.vell.productId = row.productId;
-        bench.vell.product = row.product;
-        bench.control->CommPort("HID1");
-        bench.control->PortOpen(true);
-        EXPECT_EQ(bench.vell.commands.empty(), row.silent) << row.product;
+        SCOPED_TRACE(row.product);
+        ControlBench bench(false);
+        bench.plug(row.product, row.productId);
+        bench.start(true, {{"DefaultProductID", -1}});
+        bench.openWith("");
+        EXPECT_EQ(bench.sent().empty(), row.silent);
         EXPECT_EQ(bench.control->KestrelCmdSetEnabled(), !row.silent);
-        EXPECT_EQ(bench.control->KestrelDefaultPS2To(), 1);
-        bench.vell.commands.clear();
+        EXPECT_EQ(bench.direction(), "011");
         bench.control->PortOpen(false);
-        EXPECT_EQ(bench.vell.commands.empty(), row.silent);
-        bench.vell.productId = 5;
-        bench.vell.product = "Kestrel";
-        bench.control->PortOpen(true);
+        EXPECT_EQ(bench.sent().empty(), row.silent);
+        bench.bus.unplug("/dev/hidraw1");
+        bench.plug("Kestrel", 5);
+        bench.openWith("");
         EXPECT_TRUE(bench.control->KestrelCmdSetEnabled()) << "another reader is asked anew";
     }
 }
 
-TEST_F(Port, AFailedOpeningSaysWhy) {
-    vell_.openWorks = false;
-    open();
-    EXPECT_FALSE(control_.PortOpen());
-    EXPECT_EQ(control_.openFailure(), "no access");
-    EXPECT_EQ(vell_.commands, Texts());
-    EXPECT_EQ(bench_.runtime.ms(), 0);
-}
-
-TEST_F(Port, ClosingGivesTheDirectionBack) {
+TEST(HidPort, ClosingGivesTheDirectionBack) {
     const struct {
-        std::uint8_t direction;
-        std::vector<Bytes> replies;
-        Texts commands;
+        const char* opening;
+        const char* closing;
+        const char* commands;
         std::int64_t ms;
     } table[] = {
-        {0x05, {kAck}, {"0 03 01 05"}, 50},
-        {0x00, {kAck}, {"0 03 01 06"}, 50},
-        {0x03, {kNak, kAck, kAck}, {"0 03 01 03", "50 CB 00", "50 03 01 03"}, 100},
-        {0x03, {kNak, kAck, kNak}, {"0 03 01 03", "50 CB 00", "50 03 01 03"}, 100},
-        {0x03, {}, {"0 03 01 03"}, 1050},
+        {"AA5", "A", "0 03 01 05", 50},
+        {"AA0", "A", "0 03 01 06", 50},
+        {"AA", "A", "0 03 01 06", 50},  // the direction could not be read
+        {"AA3", "NAA", "0 03 01 03, 50 CB 00, 50 03 01 03", 100},
+        {"AA3", "NAN", "0 03 01 03, 50 CB 00, 50 03 01 03", 100},
+        {"AA3", "", "0 03 01 03", 1050},
     };
     for (const auto& row : table) {
-        ControlBench bench;
-        bench.vell.tellsControlData = false;
-        bench.open(row.direction);
+        ControlBench bench(true, kUnserved);
+        bench.openWith(row.opening);
+        bench.sent();
         const auto start = bench.runtime.ms();
-        for (const auto& reply : row.replies) bench.vell.reply(reply);
+        bench.reader.reply(row.closing);
         bench.control->PortOpen(false);
-        Texts commands;
-        for (const auto& command : bench.vell.commands) {
-            commands.push_back(std::to_string(std::stoi(command) - start) + command.substr(command.find(' ')));
-        }
-        EXPECT_EQ(commands, row.commands);
-        EXPECT_EQ(bench.vell.calls, Texts({"close"}));
+        bench.control->PortOpen(false);
+        EXPECT_EQ(bench.bus.openDevices(), 0);
+        EXPECT_EQ(bench.sent(start), row.commands);
         EXPECT_EQ(bench.runtime.ms() - start, row.ms);
-        bench.control->PortOpen(false);
-        EXPECT_EQ(bench.vell.calls.size(), 1u);
     }
-}
-
-TEST_F(Port, ClosingAfterAFailedDirectionReadSends011) {
-    vell_.reply(kAck);
-    vell_.reply(kAck);
-    open();
-    vell_.commands.clear();
-    control_.PortOpen(false);
-    ASSERT_EQ(vell_.commands.size(), 1u);
-    EXPECT_EQ(vell_.commands[0].substr(vell_.commands[0].find(' ')), " 03 01 06");
 }
 
 TEST_F(Port, SettingsAreARateWhileClosed) {
     EXPECT_EQ(control_.Settings(), "19200,N,8,1");
     const std::pair<const char*, const char*> table[] = {
-        {"9600,N,8,1", "9600,N,8,1"},
-        {"N,8,1", "0,N,8,1"},
-        {"", "0,N,8,1"},
-        {"57600N,8,1", "57600,N,8,1"},
-        {"1.5,8,E,38400.9", "38400,N,8,1"},
-        {"300,1200", "1200,N,8,1"},
-        {"9600,0", "0,N,8,1"},
-        {"4,5,6,7,8,1,2", "0,N,8,1"},
-        {" 110 ", "110,N,8,1"},
+        {"9600,N,8,1", "9600,N,8,1"},  {"N,8,1", "0,N,8,1"},   {"", "0,N,8,1"},
+        {"57600N,8,1", "57600,N,8,1"}, {" 110 ", "110,N,8,1"}, {"1.5,8,E,38400.9", "38400,N,8,1"},
+        {"300,1200", "1200,N,8,1"},    {"9600,0", "0,N,8,1"},  {"4,5,6,7,8,1,2", "0,N,8,1"},
     };
     for (const auto& [text, shown] : table) {
         control_.Settings(text);
         EXPECT_EQ(control_.Settings(), shown) << text;
     }
     EXPECT_THROW(control_.Settings("3000000000,N,8,1"), RuntimeError);
-    EXPECT_EQ(vell_.commands, Texts());
+    EXPECT_EQ(bench_.sent(), "");
 }
 
 TEST_F(Port, SettingsReachAnOpenReaderThatMustAccept) {
     bench_.open();
-    vell_.reply(kAck);
+    reader_.reply("A");
     control_.Settings("57600N,8,1");
     EXPECT_EQ(control_.Settings(), "57600,N,8,1");
-    vell_.tellsControlData = false;
     const auto start = bench_.runtime.ms();
-    for (int i = 0; i < 3; ++i) vell_.reply(kNak);
-    vell_.commands.clear();
+    reader_.reply("NNNNNA");
+    bench_.sent();
     control_.Settings("9600,N,8,1");
     EXPECT_EQ(control_.Settings(), "57600,N,8,1");
-    Texts expected;
-    for (const int ms : {0, 50, 100}) expected.push_back(std::to_string(start + ms) + " 01 04 00 00 25 80");
-    EXPECT_EQ(vell_.commands, expected);
-    vell_.reply(kNak);
-    vell_.reply(kAck);
+    EXPECT_EQ(bench_.sent(start), "0 01 04 00 00 25 80, 50 01 04 00 00 25 80, 100 01 04 00 00 25 80");
     control_.Settings("9600,N,8,1");
     EXPECT_EQ(control_.Settings(), "9600,N,8,1");
 }
 
-TEST_F(Port, InputTakesWhatIsThere) {
-    bench_.open();
-    vell_.toRead = bytesOf(std::string("hello"));
-    EXPECT_EQ(control_.InBufferCount(), 5);
-    control_.InputLen(2);
-    EXPECT_EQ(control_.CommInput(), Variant(bytesOf(std::string("he"))));
-    control_.InputMode(0);
-    EXPECT_EQ(control_.CommInput(), Variant(std::string("ll")));
-    control_.InputLen(0);
-    EXPECT_EQ(control_.CommInput(), Variant(std::string("o")));
-    EXPECT_EQ(control_.CommInput(), Variant(std::string()));
-    control_.InputMode(1);
-    EXPECT_EQ(control_.CommInput(), Variant(Bytes()));
-    vell_.toRead = bytesOf(std::string("x"));
-    vell_.isOpen = false;
-    EXPECT_EQ(control_.CommInput(), Variant(Bytes()));
-    EXPECT_EQ(vell_.toRead.size(), 1u);
-}
-
-TEST_F(Port, OutputTakesBytesAndTexts) {
+TEST_F(Port, InputAndOutputTakeBytesAndTexts) {
     control_.CommOutput(std::string("lost"));
     bench_.open();
     control_.CommOutput(Bytes{1, 0, 255});
     control_.CommOutput(std::string("\xE9"));
     control_.CommOutput(std::int32_t{5});
     control_.CommOutput(Bytes());
-    EXPECT_EQ(vell_.written, Bytes({1, 0, 255, 0xE9}));
+    EXPECT_EQ(reader_.written, Bytes({1, 0, 255, 0xE9}));
+
+    reader_.say(HidReportId::data, bytesOf(std::string("hello")));
+    EXPECT_EQ(control_.InBufferCount(), 5);
+    const struct {
+        std::int32_t length, mode;
+        Variant input;
+    } table[] = {
+        {2, 1, Bytes{'h', 'e'}}, {2, 0, std::string("ll")}, {0, 0, std::string("o")},
+        {0, 0, std::string()},   {0, 1, Bytes()},
+    };
+    for (const auto& row : table) {
+        control_.InputLen(row.length);
+        control_.InputMode(row.mode);
+        EXPECT_EQ(control_.CommInput(), row.input);
+    }
+    vellClose(control_.CommID());
+    EXPECT_EQ(control_.CommInput(), Variant(Bytes()));
 }
 
 TEST_F(Port, PropertiesOfASerialPortHaveTheirMeaningHere) {
     auto& c = control_;
     c.InBufferSize(100);
     c.OutBufferSize(200);
-    vell_.readSize = vell_.writeSize = 1;
+    vellSetReadBufferSize(c.CommID(), 1);
+    vellSetWriteBufferSize(c.CommID(), 1);
     bench_.open();
-    EXPECT_EQ(c.InBufferSize(), 100) << "handed over at every opening";
-    EXPECT_EQ(c.OutBufferSize(), 200);
+    EXPECT_EQ(c.InBufferSize() * 1000 + c.OutBufferSize(), 100200) << "handed over at every opening";
+    reader_.say(HidReportId::data, {1, 2});
     c.InBufferCount(7);
+    EXPECT_EQ(c.InBufferCount(), 0);
     c.OutBufferCount(0);
     c.Break(true);
-    EXPECT_EQ(vell_.calls, Texts({"discard read", "discard write", "break -1"}));
-    EXPECT_TRUE(c.Break() && c.CTSHolding());
+    EXPECT_TRUE(c.Break() && !c.CTSHolding());
+    reader_.say(HidReportId::line, {1});
+    EXPECT_TRUE(c.CTSHolding());
     EXPECT_EQ(c.InputLen() + c.RThreshold() + c.SThreshold(), 0);
     EXPECT_EQ(c.InputMode(), 1);
     c.DTREnable(true);
@@ -261,13 +199,14 @@ TEST_F(Port, PropertiesOfASerialPortHaveTheirMeaningHere) {
     c.HandShaking(2);
     c.ParityReplace("?");
     EXPECT_FALSE(c.DTREnable() || c.EOFEnable() || c.NullDiscard() || c.CDHolding() || c.DSRHolding() || c.RTSEnable());
-    EXPECT_EQ(c.HandShaking(), 0);
-    EXPECT_EQ(c.ParityReplace(), "");
+    EXPECT_EQ(std::to_string(c.HandShaking()) + c.ParityReplace(), "0");
     c.RTSEnable(true);
     c.RThreshold(3);
     c.SThreshold(4);
-    EXPECT_TRUE(c.RTSEnable());
-    EXPECT_EQ(c.RThreshold() * 10 + c.SThreshold(), 34);
+    c.ScanTiming(70);
+    c.AsyncIO(false);
+    EXPECT_TRUE(c.RTSEnable() && !c.AsyncIO());
+    EXPECT_EQ(c.RThreshold() * 1000 + c.SThreshold() * 100 + c.ScanTiming(), 3470);
 }
 
 TEST_F(Port, TheAdapterHandsEverythingOnAndRaisesOneEventEach) {
@@ -277,28 +216,30 @@ TEST_F(Port, TheAdapterHandsEverythingOnAndRaisesOneEventEach) {
     int events = 0;
     event.OnComm = [&] { ++events; };
     port.Attach(&control_, &event);
-    EXPECT_EQ(port.Settings(), "19200,N,8,1");
     EXPECT_EQ(port.NumberOfCommPorts(), 1);
     EXPECT_EQ(port.EnumCommPort(0) + "/" + port.EnumCommPortEx(0), "HID1/HID1 Kestrel");
     EXPECT_TRUE(port.IsMyCommPort("HID1"));
+    reader_.reply("AA1");
     port.CommPort("HID1");
-    EXPECT_EQ(control_.CommPort(), "HID1");
+    port.Settings("57600N,8,1");
     port.PortOpen(true);
     EXPECT_TRUE(port.PortOpen());
-    EXPECT_EQ(port.CommID(), 77);
-    vell_.toRead = bytesOf(std::string("abc"));
+    EXPECT_EQ(port.Settings(), "57600,N,8,1");
+    EXPECT_EQ(port.CommID(), control_.CommID());
+    reader_.say(HidReportId::data, bytesOf(std::string("abc")));
     EXPECT_EQ(port.InBufferCount(), 3);
     EXPECT_EQ(port.CommInput(), Variant(bytesOf(std::string("abc"))));
     port.CommOutput(std::string("x"));
-    EXPECT_EQ(vell_.written, bytesOf(std::string("x")));
+    EXPECT_EQ(reader_.written, Bytes{'x'});
     port.RTSEnable(true);
     EXPECT_TRUE(control_.RTSEnable());
-    vell_.raise(0);
-    vell_.raise(35);
-    EXPECT_EQ(events, 2);
-    EXPECT_EQ(port.CommEvent(), 3);
+    bench_.runtime.DoEvents();
+    events = 0;
+    control_.VellIOProc(control_.CommID(), 0, 0);
+    control_.VellIOProc(control_.CommID(), 35, 0);
+    EXPECT_EQ(events * 10 + port.CommEvent(), 23);
     port.Attach(nullptr, nullptr);
-    vell_.raise(0);
+    control_.VellIOProc(control_.CommID(), 0, 0);
     EXPECT_EQ(events, 2);
 }
 

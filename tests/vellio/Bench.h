@@ -11,8 +11,7 @@
 namespace corvane {
 
 /// A device whose reports the test writes down and reads.
-class ScriptedPeer : public fakes::ReportPeer {
-public:
+struct ScriptedPeer : fakes::ReportPeer {
     bool isPlugged() const override { return plugged; }
     bool accepts() override { return room != 0; }
     void hear(const HidReport& report) override {
@@ -30,83 +29,53 @@ public:
         return report[0] != 0;
     }
     bool setFeature(const HidReport& report) override {
-        feature = report;
+        heard.push_back(report);
         return true;
     }
 
-    /// An input report that begins with these bytes.
-    void say(std::initializer_list<int> bytes) {
+    /// Input reports that begin with these bytes.
+    void say(const Bytes& bytes, int times = 1) {
         HidReport report{};
-        std::size_t at = 0;
-        for (const int byte : bytes) report[at++] = static_cast<std::uint8_t>(byte);
-        toSay.push_back(report);
-    }
-    void sayData(std::size_t count) {
-        HidReport report{1, static_cast<std::uint8_t>(count)};
-        for (std::size_t i = 0; i < count; ++i) report[2 + i] = static_cast<std::uint8_t>(i);
-        toSay.push_back(report);
+        std::copy(bytes.begin(), bytes.end(), report.begin());
+        toSay.insert(toSay.end(), static_cast<std::size_t>(times), report);
     }
 
     bool plugged = true;
     int room = -1;  // reports that are taken; -1 any number
     std::deque<HidReport> toSay;
     std::vector<HidReport> heard;
-    HidReport feature{};
 };
 
-/// Handles of the library over a bus of the test, with the events that were delivered as texts "code:parameter:text".
+/// A handle of the library over a bus of the test, with the events that were delivered as texts "code:parameter:text".
 class VellBench : public ::testing::Test {
 protected:
+    using Texts = std::vector<std::string>;
+
     ~VellBench() override {
         for (const auto handle : handles_) vellDestroy(handle);
     }
 
-    std::int32_t create(std::int32_t vendor, std::int32_t product) {
-        const auto handle = vellCreate(vendor, product);
-        handles_.push_back(handle);
-        vellSetCallBackProc(handle, &VellBench::record, reinterpret_cast<std::intptr_t>(this));
-        return handle;
+    std::int32_t create(std::int32_t vendor = 0x1209, std::int32_t product = 5) {
+        handles_.push_back(vellCreate(vendor, product));
+        vellSetCallBackProc(handles_.back(), &VellBench::record, reinterpret_cast<std::intptr_t>(this));
+        return handles_.back();
     }
 
-    static vellio::DeviceInfo info(int place, int product = 5, const std::string& name = "Kestrel") {
-        return {"/dev/hidraw" + std::to_string(place),
-                0x1209,
-                static_cast<std::uint16_t>(product),
-                "Corvane",
-                name,
-                "K" + std::to_string(place)};
+    static std::string path(int place) { return "/dev/hidraw" + std::to_string(place); }
+
+    void plug(int place, std::uint16_t product = 5, const std::string& name = "Kestrel") {
+        bus.plug({path(place), 0x1209, product, "Corvane", name, "K" + std::to_string(place)}, peer);
     }
 
-    /// A handle with this peer open as HID1.
-    std::int32_t opened(fakes::ReportPeer& peer) {
-        bus.plug(info(1), peer);
-        const auto handle = create(0x1209, 5);
-        EXPECT_TRUE(vellOpen(handle, "HID1"));
-        vellDispatch(handle);
-        events.clear();
-        return handle;
-    }
-
-    static std::int32_t write(std::int32_t handle, const std::string& text) {
-        return vellWritePtr(handle, text.data(), static_cast<std::int32_t>(text.size()));
-    }
-
-    static std::string read(std::int32_t handle, std::int32_t count) {
-        std::string text(static_cast<std::size_t>(count), '?');
-        text.resize(static_cast<std::size_t>(vellReadPtr(handle, text.data(), count)));
-        return text;
-    }
-
-    std::vector<std::string> dispatched(std::int32_t handle) {
+    Texts dispatched(std::int32_t handle) {
         events.clear();
         vellDispatch(handle);
         return events;
     }
 
-    using Texts = std::vector<std::string>;
-
     std::uint32_t now = 0;
     fakes::FakeHidBus bus{[this] { return now; }};
+    ScriptedPeer peer;
     Texts events;
 
 private:

@@ -78,11 +78,12 @@ class Updates:
         shutil.copy2(BIN / name, program)
         return program
 
-    def run_with_reader(self, *command, **options):
+    def run_with_reader(self, *command, reader="boot-baud=115200", verifies=True):
+        host = [*self.host, "--device", "hid=yes," + reader, *(["--image", self.image, "--verify"] if verifies else []), "--"]
         environment = dict(os.environ, HOME=str(self.folder), XDG_CONFIG_HOME=str(self.folder / "config"),
                            XDG_DATA_HOME=str(self.folder / "data"), CORVANE_FTP_PASSWORD="pw", CORVANE_VELLIO=self.library,
                            LC_ALL="C", QT_QPA_PLATFORM="offscreen")
-        return subprocess.run([str(word) for word in (*self.around(**options), *command)], env=environment,
+        return subprocess.run([str(word) for word in (*host, *command)], env=environment,
                               stdin=subprocess.DEVNULL, capture_output=True, encoding="utf-8", timeout=LIMIT, check=False)
 
     def site(self):
@@ -98,7 +99,8 @@ class Updates:
         return "127.0.0.1:" + server.stdout.readline().split()[1]
 
     def test_update_at_the_rate_that_the_site_announces(self):
-        done = self.run_with_reader(self.program, "update", "--yes", "--server", self.site(), "--user", "upd")
+        done = self.run_with_reader(self.program, "update", "--yes", "--server", self.site(), "--user", "upd",
+                                    reader="boot-baud=57600")
         self.assertEqual((done.returncode, done.stdout[:len(LOG)]), (0, LOG), done.stderr)
         self.assertIn("memory equals image", done.stdout)
         self.assertIn(self.seen_by_reader, done.stdout)
@@ -106,43 +108,32 @@ class Updates:
     def test_unplugged_while_programming_and_back(self):
         # No rate is announced, so it is found without one: at 115200 baud, the second that is tried.
         done = self.run_with_reader("sh", "-c", LOST_AND_BACK, "sh", self.program, "update", "--yes", "--file", self.image,
-                                    boot_baud=115200, fault="unplug@5", replug=300)
+                                    reader="boot-baud=115200,fault=unplug@5,replug=300")
         self.assertIn("Programming... < NG\n\niTry:3\nstatus 5\n", done.stdout, done.stderr)
         self.assertIn("HID1 (F/W:KESTREL V2.4) was lost: it was unplugged, or its cable came loose.\n", done.stderr)
         self.assertEqual(done.returncode, 0, done.stdout + done.stderr)
         self.assertTrue(done.stdout.count("Update Finish") == 1 and "memory equals image" in done.stdout, done.stdout)
 
     def test_update_through_the_window(self):
-        done = self.run_with_reader(self.own("corvane-windowrun"), "--file", self.image, boot_baud=115200)
+        done = self.run_with_reader(self.own("corvane-windowrun"), "--file", self.image)
         self.assertEqual(done.returncode, 0, done.stdout + done.stderr)
         self.assertIn("memory equals image", done.stdout)
 
     def test_ports_names_it_in_a_session_without_a_locale(self):
-        done = self.run_with_reader(self.program, "ports", product="Größer €", verifies=False)
+        done = self.run_with_reader(self.program, "ports", reader="reader=Größer €", verifies=False)
         self.assertEqual((done.returncode, done.stdout.split("\n")[0]), (0, "HID1\t\tHID1 Größer €"), done.stderr)
 
 
 class BenchLibrary(Updates, unittest.TestCase):
     library = ""
+    host = [BIN / "corvane-bench"]
     seen_by_reader = "its reader took 7 commands, rate 57600, direction 3"
-
-    def around(self, boot_baud=57600, fault=None, replug=None, product="Kestrel", verifies=True):
-        device = "hid=yes,boot-baud=%d,reader=%s" % (boot_baud, product)
-        device += ",fault=" + fault if fault else ""
-        device += ",replug=%d" % replug if replug else ""
-        return [BIN / "corvane-bench", "--device", device, *(["--image", self.image, "--verify"] if verifies else []), "--"]
 
 
 class RealLibrary(Updates, unittest.TestCase):
     library = str(BIN / "VellIO.so")
+    host = [WRAPPER, BIN / "mocked-reader"]
     seen_by_reader = ""
-
-    def around(self, boot_baud=57600, fault=None, replug=None, product="Kestrel", verifies=True):
-        options = ["--boot-baud", boot_baud, "--product", product]
-        options += ["--compare", self.image] if verifies else []
-        options += ["--fault", fault] if fault else []
-        options += ["--replug", replug] if replug else []
-        return [WRAPPER, BIN / "mocked-reader", *options]
 
 
 if __name__ == "__main__":

@@ -10,18 +10,28 @@
 
 namespace corvane::fakes {
 
-/// A device behind a simulated reader.
-struct SimulatedReader {
-    SimulatedReader(FakeRuntime& runtime, models::Peer& device, models::HidReaderOptions options = {})
-        : line(device), reader(line, std::move(options)), pipe(reader, [&runtime] { return runtime.micros(); }) {}
+/// A device, not owned, behind a simulated reader.
+struct SimulatedReader : ReportPeer {
+    SimulatedReader(FakeRuntime& theRuntime, models::Peer& device, models::HidReaderOptions options = {})
+        : runtime(theRuntime), line(device), reader(line, std::move(options)) {}
 
+    FakeRuntime& runtime;
     models::PacedLine line;
     models::HidReader reader;
-    ReaderPeer pipe;
+
+    void plug(FakeHidBus& bus, const std::string& path) {
+        const auto& is = reader.options();
+        bus.plug({path, is.vendor, is.product, is.manufacturer, is.name, is.serialNumber}, *this);
+    }
+
+    bool isPlugged() const override { return reader.isPlugged(); }
+    bool accepts() override { return reader.accepts(runtime.micros()); }
+    void hear(const HidReport& report) override { reader.hear(runtime.micros(), report); }
+    std::optional<HidReport> speak() override { return reader.speak(runtime.micros()); }
 };
 
-/// Virtual time and a HID port object on the real control and the real transport library, with simulated readers in
-/// place of the system's devices; the twin of SerialBench.
+/// Virtual time and a HID port object on the real control and the real transport library, over the readers of a test;
+/// the twin of SerialBench.
 struct HidBench {
     FakeRuntime runtime;
     FakeHidBus bus{[this] { return runtime.tick(); }};
@@ -29,7 +39,6 @@ struct HidBench {
     std::unique_ptr<VellIO> control;
     clsMSCommEvent event;
     clsVellComm port;
-    std::vector<std::unique_ptr<SimulatedReader>> readers;
 
     static constexpr char kLibrary[] = "/opt/corvane/VellIO.so";
 
@@ -42,38 +51,6 @@ struct HidBench {
     }
 
     ~HidBench() { port.Attach(nullptr, nullptr); }
-
-    /// A device, not owned, behind a reader of its own: HID1 for the first one.
-    SimulatedReader& plug(models::Peer& device, const models::HidReaderOptions& options = {}) {
-        readers.push_back(std::make_unique<SimulatedReader>(runtime, device, options));
-        plugAgain(readers.size());
-        return *readers.back();
-    }
-
-    static std::string path(std::size_t number) { return "/dev/hidraw" + std::to_string(number); }
-
-    void plugAgain(std::size_t number) {
-        auto& plugged = *readers[number - 1];
-        plugged.reader.restart();
-        const auto& options = plugged.reader.options();
-        bus.plug(
-            {path(number), options.vendor, options.product, options.manufacturer, options.name, options.serialNumber},
-            plugged.pipe);
-    }
-
-    void unplug(std::size_t number) { bus.unplug(path(number)); }
-
-    /// Plugs the device in at HID1, in place of whatever there was, and opens the port.
-    void open(models::Peer& device, const std::string& settings = "19200,N,8,1") {
-        for (std::size_t number = 1; number <= readers.size(); ++number) unplug(number);
-        port.NumberOfCommPorts();  // the library lets go of them
-        readers.clear();
-        plug(device);
-        port.NumberOfCommPorts();
-        port.CommPort("HID1");
-        port.Settings(settings);
-        port.PortOpen(true);
-    }
 };
 
 }  // namespace corvane::fakes

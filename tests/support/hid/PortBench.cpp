@@ -29,36 +29,27 @@ public:
     std::string name(std::int16_t number) const override { return "HID" + std::to_string(number); }
 
     void plug(std::int16_t number, models::Peer& device) override {
-        bus.unplug(HidBench::path(static_cast<std::size_t>(number)));
+        bus.unplug(name(number));
         HidBench::port.NumberOfCommPorts();  // the library lets go of it
-        plugged_[number] = std::make_unique<SimulatedReader>(HidBench::runtime, device);
-        show(number);
+        readers_[number] = std::make_unique<SimulatedReader>(HidBench::runtime, device);
+        readers_[number]->plug(bus, name(number));
+        HidBench::port.NumberOfCommPorts();
     }
 
     void unplugAll() override {
-        for (const auto& [number, reader] : plugged_) bus.unplug(HidBench::path(static_cast<std::size_t>(number)));
+        for (const auto& [number, reader] : readers_) bus.unplug(name(number));
         HidBench::port.NumberOfCommPorts();
-        plugged_.clear();
+        readers_.clear();
     }
 
     void refuse(std::int16_t number) override {
-        plugged_[number] = std::make_unique<SimulatedReader>(HidBench::runtime, nobody_);
-        show(number);
-        bus.forbid(HidBench::path(static_cast<std::size_t>(number)));
+        plug(number, nobody_);
+        bus.forbid(name(number));
     }
 
 private:
-    void show(std::int16_t number) {
-        auto& reader = *plugged_.at(number);
-        const auto& options = reader.reader.options();
-        bus.plug({HidBench::path(static_cast<std::size_t>(number)), options.vendor, options.product,
-                  options.manufacturer, options.name, options.serialNumber},
-                 reader.pipe);
-        HidBench::port.NumberOfCommPorts();
-    }
-
     models::Device nobody_{{}};
-    std::map<std::int16_t, std::unique_ptr<SimulatedReader>> plugged_;
+    std::map<std::int16_t, std::unique_ptr<SimulatedReader>> readers_;
 };
 
 }  // namespace

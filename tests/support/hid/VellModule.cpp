@@ -1,77 +1,36 @@
 #include "support/hid/VellModule.h"
 
+#include <dlfcn.h>
+#include <sstream>
+
 #include "vellio/vellio.h"
 
 namespace corvane::fakes {
+namespace {
+
+constexpr char kNames[] =
+    "vellAddNewUSBID vellBytesToRead vellBytesToReadCtrl vellBytesToWrite vellBytesToWriteCtrl "
+    "vellCheckDevicesIsChanged vellClose vellCreate vellDestroy vellDeviceIsUSBID vellDiscardReadBuffer "
+    "vellDiscardReadCtrlBuffer vellDiscardWriteBuffer vellDiscardWriteCtrlBuffer vellDispatch vellEnumDevice "
+    "vellEnumDeviceName vellFlushQueue vellGetAsyncIO vellGetBreak vellGetCTSHolding vellGetDeviceManufacturer "
+    "vellGetDevicePrefix vellGetDeviceProduct vellGetDeviceSerialNumber vellGetDeviceUSBID vellGetEvent "
+    "vellGetFeature vellGetFeaturePtr vellGetIndexedString vellGetInputReport vellGetInputReportPtr "
+    "vellGetNumberInputBuffers vellGetParamString vellGetReadBufferSize vellGetRequestTimeout "
+    "vellGetScanTiming vellGetWriteBufferSize vellIsHIDIOReady vellIsOpen vellNumberOfDevice vellOpen vellRead "
+    "vellReadCtrl vellReadCtrlPtr vellReadPtr vellService vellSetAsyncIO vellSetBreak vellSetCallBackProc "
+    "vellSetCallBackWnd vellSetDevicePrefix vellSetFeature vellSetFeaturePtr vellSetNumberInputBuffers "
+    "vellSetOutputReport vellSetOutputReportPtr vellSetReadBufferSize vellSetRequestTimeout vellSetScanTiming "
+    "vellSetWriteBufferSize vellWrite vellWriteCtrl vellWriteCtrlPtr vellWritePtr";
+
+}  // namespace
 
 FakeModuleLoader::Exports vellModule() {
-    return {
-        {"vellAddNewUSBID", reinterpret_cast<void*>(&vellAddNewUSBID)},
-        {"vellBytesToRead", reinterpret_cast<void*>(&vellBytesToRead)},
-        {"vellBytesToReadCtrl", reinterpret_cast<void*>(&vellBytesToReadCtrl)},
-        {"vellBytesToWrite", reinterpret_cast<void*>(&vellBytesToWrite)},
-        {"vellBytesToWriteCtrl", reinterpret_cast<void*>(&vellBytesToWriteCtrl)},
-        {"vellCheckDevicesIsChanged", reinterpret_cast<void*>(&vellCheckDevicesIsChanged)},
-        {"vellClose", reinterpret_cast<void*>(&vellClose)},
-        {"vellCreate", reinterpret_cast<void*>(&vellCreate)},
-        {"vellDestroy", reinterpret_cast<void*>(&vellDestroy)},
-        {"vellDeviceIsUSBID", reinterpret_cast<void*>(&vellDeviceIsUSBID)},
-        {"vellDiscardReadBuffer", reinterpret_cast<void*>(&vellDiscardReadBuffer)},
-        {"vellDiscardReadCtrlBuffer", reinterpret_cast<void*>(&vellDiscardReadCtrlBuffer)},
-        {"vellDiscardWriteBuffer", reinterpret_cast<void*>(&vellDiscardWriteBuffer)},
-        {"vellDiscardWriteCtrlBuffer", reinterpret_cast<void*>(&vellDiscardWriteCtrlBuffer)},
-        {"vellDispatch", reinterpret_cast<void*>(&vellDispatch)},
-        {"vellEnumDevice", reinterpret_cast<void*>(&vellEnumDevice)},
-        {"vellEnumDeviceName", reinterpret_cast<void*>(&vellEnumDeviceName)},
-        {"vellFlushQueue", reinterpret_cast<void*>(&vellFlushQueue)},
-        {"vellGetAsyncIO", reinterpret_cast<void*>(&vellGetAsyncIO)},
-        {"vellGetBreak", reinterpret_cast<void*>(&vellGetBreak)},
-        {"vellGetCTSHolding", reinterpret_cast<void*>(&vellGetCTSHolding)},
-        {"vellGetDeviceManufacturer", reinterpret_cast<void*>(&vellGetDeviceManufacturer)},
-        {"vellGetDevicePrefix", reinterpret_cast<void*>(&vellGetDevicePrefix)},
-        {"vellGetDeviceProduct", reinterpret_cast<void*>(&vellGetDeviceProduct)},
-        {"vellGetDeviceSerialNumber", reinterpret_cast<void*>(&vellGetDeviceSerialNumber)},
-        {"vellGetDeviceUSBID", reinterpret_cast<void*>(&vellGetDeviceUSBID)},
-        {"vellGetEvent", reinterpret_cast<void*>(&vellGetEvent)},
-        {"vellGetFeature", reinterpret_cast<void*>(&vellGetFeature)},
-        {"vellGetFeaturePtr", reinterpret_cast<void*>(&vellGetFeaturePtr)},
-        {"vellGetIndexedString", reinterpret_cast<void*>(&vellGetIndexedString)},
-        {"vellGetInputReport", reinterpret_cast<void*>(&vellGetInputReport)},
-        {"vellGetInputReportPtr", reinterpret_cast<void*>(&vellGetInputReportPtr)},
-        {"vellGetNumberInputBuffers", reinterpret_cast<void*>(&vellGetNumberInputBuffers)},
-        {"vellGetParamString", reinterpret_cast<void*>(&vellGetParamString)},
-        {"vellGetReadBufferSize", reinterpret_cast<void*>(&vellGetReadBufferSize)},
-        {"vellGetRequestTimeout", reinterpret_cast<void*>(&vellGetRequestTimeout)},
-        {"vellGetScanTiming", reinterpret_cast<void*>(&vellGetScanTiming)},
-        {"vellGetWriteBufferSize", reinterpret_cast<void*>(&vellGetWriteBufferSize)},
-        {"vellIsHIDIOReady", reinterpret_cast<void*>(&vellIsHIDIOReady)},
-        {"vellIsOpen", reinterpret_cast<void*>(&vellIsOpen)},
-        {"vellNumberOfDevice", reinterpret_cast<void*>(&vellNumberOfDevice)},
-        {"vellOpen", reinterpret_cast<void*>(&vellOpen)},
-        {"vellRead", reinterpret_cast<void*>(&vellRead)},
-        {"vellReadCtrl", reinterpret_cast<void*>(&vellReadCtrl)},
-        {"vellReadCtrlPtr", reinterpret_cast<void*>(&vellReadCtrlPtr)},
-        {"vellReadPtr", reinterpret_cast<void*>(&vellReadPtr)},
-        {"vellService", reinterpret_cast<void*>(&vellService)},
-        {"vellSetAsyncIO", reinterpret_cast<void*>(&vellSetAsyncIO)},
-        {"vellSetBreak", reinterpret_cast<void*>(&vellSetBreak)},
-        {"vellSetCallBackProc", reinterpret_cast<void*>(&vellSetCallBackProc)},
-        {"vellSetCallBackWnd", reinterpret_cast<void*>(&vellSetCallBackWnd)},
-        {"vellSetDevicePrefix", reinterpret_cast<void*>(&vellSetDevicePrefix)},
-        {"vellSetFeature", reinterpret_cast<void*>(&vellSetFeature)},
-        {"vellSetFeaturePtr", reinterpret_cast<void*>(&vellSetFeaturePtr)},
-        {"vellSetNumberInputBuffers", reinterpret_cast<void*>(&vellSetNumberInputBuffers)},
-        {"vellSetOutputReport", reinterpret_cast<void*>(&vellSetOutputReport)},
-        {"vellSetOutputReportPtr", reinterpret_cast<void*>(&vellSetOutputReportPtr)},
-        {"vellSetReadBufferSize", reinterpret_cast<void*>(&vellSetReadBufferSize)},
-        {"vellSetRequestTimeout", reinterpret_cast<void*>(&vellSetRequestTimeout)},
-        {"vellSetScanTiming", reinterpret_cast<void*>(&vellSetScanTiming)},
-        {"vellSetWriteBufferSize", reinterpret_cast<void*>(&vellSetWriteBufferSize)},
-        {"vellWrite", reinterpret_cast<void*>(&vellWrite)},
-        {"vellWriteCtrl", reinterpret_cast<void*>(&vellWriteCtrl)},
-        {"vellWriteCtrlPtr", reinterpret_cast<void*>(&vellWriteCtrlPtr)},
-        {"vellWritePtr", reinterpret_cast<void*>(&vellWritePtr)},
-    };
+    // One of each of the library's files, or they would not be linked.
+    FakeModuleLoader::Exports exports{{"vellCreate", reinterpret_cast<void*>(&vellCreate)},
+                                      {"vellRead", reinterpret_cast<void*>(&vellRead)}};
+    std::istringstream names(kNames);
+    for (std::string name; names >> name;) exports[name] = dlsym(RTLD_DEFAULT, name.c_str());
+    return exports;
 }
 
 }  // namespace corvane::fakes

@@ -5,6 +5,7 @@
 #include <vector>
 
 #include "models/HidReader.h"
+#include "support/ScratchFolder.h"
 
 struct _UMockdevTestbed;
 
@@ -34,16 +35,14 @@ public:
 private:
     std::string name() const { return "hidraw" + std::to_string(plugged_); }
     std::string node() const { return "/dev/" + name(); }
-    std::string hidPath() const;
-    std::string description() const;
 
     models::HidReaderOptions options_;
     _UMockdevTestbed* bed_;
-    std::string ioctls_;  // a file
+    ScratchFolder folder_;
     int plugged_ = 0;     // times
     int descriptor_ = -1;
     std::string pending_;
-    std::vector<int> kept_;  // terminals of nodes that have gone
+    std::vector<int> kept_;  // a terminal of each node
 };
 
 }  // namespace corvane::fakes
