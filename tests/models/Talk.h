@@ -29,8 +29,8 @@ struct Talk {
     std::uint32_t rate = 19200;
     Micros now = 0;
 
-    /// Says the bytes (in hexadecimal), then listens for a while: "MS:HEX", one
-    /// for each moment at which something came in, MS counted from the question.
+    /// Says the bytes (in hexadecimal), then listens for a while: "MS:HEX", one for each moment at which something came
+    /// in, MS counted from the question.
     std::string timeline(std::string_view hex, Micros listenMs) {
         std::string heard;
         const Micros asked = now;
