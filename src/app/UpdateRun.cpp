@@ -301,17 +301,24 @@ void UpdateRun::closePorts() {
     session.stop = session.cancel = false;
     setCancellable(false);
     p_.inhibitor.release();
-    try {
+    const auto keptApart = [this](const std::function<void()>& step) {
+        try {
+            step();
+        } catch (const std::exception& error) {
+            p_.view.advice(error.what());
+        }
+    };
+    keptApart([&] {
         session.comm = &p_.serialPort;
         if (session.comm->PortOpen()) session.comm->PortOpen(false);
-        session.comm = &p_.hidPort;
-        if (session.comm->PortOpen()) {
-            if (session.loggedIn) p_.query.Query(kEndOfSession, 3000);
-            session.comm->PortOpen(false);
-        }
-    } catch (const std::exception& error) {
-        p_.view.advice(error.what());
-    }
+    });
+    session.comm = &p_.hidPort;
+    keptApart([&] {
+        if (session.comm->PortOpen() && session.loggedIn) p_.query.Query(kEndOfSession, 3000);
+    });
+    keptApart([&] {
+        if (session.comm->PortOpen()) session.comm->PortOpen(false);
+    });
 }
 
 void UpdateRun::setCancellable(bool isCancellable) {

@@ -55,6 +55,8 @@ int portsCommand(Console& console, const Arguments& arguments) {
     }
     if (arguments.json) console.out.write(jsonList("ports", objects));
     if (rows.empty()) scope.face.say("There is no port.");
+    if (const auto& problem = scope.updater.vellIO().libraryProblem(); !problem.empty())
+        scope.face.say("There are no HID readers: " + problem);
     return scope.end(0);
 }
 
@@ -76,7 +78,7 @@ int scanCommand(Console& console, const Arguments& arguments) {
         console.out.write("{" + jsonPair("port", port) + "," + jsonPair("settings", settings) + "," +
                           jsonPair("version", version) + ",\"bootLoader\":" + (inIsp ? "true" : "false") + "}\n");
     } else {
-        writeHarmless(console.out, port + "\t" + toUtf8(version) + "\n");
+        writeHarmless(console.out, port + "\t" + onOneLine(toUtf8(version)) + "\n");
     }
     return scope.end(0);
 }

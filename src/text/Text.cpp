@@ -81,6 +81,12 @@ std::string replaceAll(std::string text, std::string_view old, std::string_view 
     return text;
 }
 
+std::string onOneLine(std::string text) {
+    const auto isControl = [](unsigned char character) { return character < 0x20 || character == 0x7F; };
+    std::replace_if(text.begin(), text.end(), isControl, ' ');
+    return text;
+}
+
 bool Lines::next(std::string_view& line) {
     if (rest_.empty()) return false;
     const auto end = rest_.find_first_of("\r\n");

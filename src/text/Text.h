@@ -29,6 +29,9 @@ std::vector<std::string> split(std::string_view text, char separator);
 std::string joined(const std::vector<std::string>& pieces, std::string_view separator);
 std::string replaceAll(std::string text, std::string_view old, std::string_view with);
 
+/// With a blank for every control character, so that somebody else's text stays where it is shown.
+std::string onOneLine(std::string text);
+
 /// The lines of a text one by one; LF, CR LF or CR ends a line, the last one needs no end.
 class Lines {
 public:

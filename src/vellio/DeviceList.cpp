@@ -5,16 +5,6 @@
 #include "text/Text.h"
 
 namespace corvane::vellio {
-namespace {
-
-/// Strings of a device are shown to people and written into logs line by line.
-std::string printable(std::string text) {
-    const auto isControl = [](unsigned char character) { return character < 0x20 || character == 0x7F; };
-    std::replace_if(text.begin(), text.end(), isControl, ' ');
-    return text;
-}
-
-}  // namespace
 
 bool hasIds(const DeviceInfo& info, std::int32_t vendor, std::int32_t product) {
     return (vendor == kAnyId || vendor == info.vendor) && (product == kAnyId || product == info.product);
@@ -51,7 +41,7 @@ DeviceList::Changes DeviceList::update(const std::vector<DeviceInfo>& plugged, c
         if (!isWanted(info) || std::any_of(devices_.begin(), devices_.end(), same)) continue;
         Device device{lowestFreeNumber(), info};
         for (auto* text : {&device.info.manufacturer, &device.info.name, &device.info.serialNumber}) {
-            *text = printable(std::move(*text));
+            *text = onOneLine(std::move(*text));  // people see it, in logs of one line each
         }
         devices_.insert(devices_.begin() + (device.number - 1), device);
         changes.come.push_back(device);

@@ -335,7 +335,9 @@ TEST_F(OnlineCommand, CancelsListsAndChecks) {
 }
 
 TEST_F(ConsoleTest, ScansAndListsPorts) {
-    plug({}, 2);
+    models::DeviceOptions options;
+    options.version = "TARN-R200\nV5.1R23";
+    plug(options, 2);
     bench.serial.list(17);
     EXPECT_EQ(run({"scan"}), 0);
     EXPECT_EQ(out.text, "COM2\tTARN-R200 V5.1R23\n");
@@ -344,7 +346,7 @@ TEST_F(ConsoleTest, ScansAndListsPorts) {
     EXPECT_EQ(run({"scan", "--json"}), 0);
     EXPECT_EQ(
         out.text,
-        "{\"port\":\"COM2\",\"settings\":\"19200,N,8,1\",\"version\":\"TARN-R200 V5.1R23\",\"bootLoader\":false}\n");
+        "{\"port\":\"COM2\",\"settings\":\"19200,N,8,1\",\"version\":\"TARN-R200\\nV5.1R23\",\"bootLoader\":false}\n");
     EXPECT_EQ(run({"ports"}), 0);
     EXPECT_EQ(out.text, "COM2\tttyS2\t\nCOM17\tttyS17\tnot scanned\n");
     EXPECT_EQ(run({"ports", "--json"}), 0);
@@ -355,7 +357,9 @@ TEST_F(ConsoleTest, ScansAndListsPorts) {
     bench.serial.map.faults = {"line 3: no port"};
     EXPECT_EQ(run({"scan"}), 3);
     EXPECT_EQ(run({"ports"}), 0);
-    EXPECT_EQ(err.text, "corvane-cli: line 3: no port\ncorvane-cli: There is no port.\n");
+    EXPECT_EQ(err.text,
+              "corvane-cli: line 3: no port\ncorvane-cli: There is no port.\ncorvane-cli: There are no HID readers: " +
+                  bench.platform().hidLibrary + ": cannot open shared object file\n");
 }
 
 TEST_F(ConsoleTest, ChecksImagesAndSites) {
