@@ -31,7 +31,7 @@ std::string headlineFor(Verdict::Kind kind, const RunReport& report) {
             break;
     }
     if (!report.bootLoaderPort.empty()) return "A device waits in its boot loader; nothing was changed.";
-    if (report.end == RunEnd::noDevice) return "No device was found; nothing was changed.";
+    if (report.end == RunEnd::noDevice && !report.cancelled) return "No device was found; nothing was changed.";
     return "The device was not changed.";
 }
 
@@ -97,6 +97,7 @@ Steps rescueSteps(const RunReport& report) {
     Steps steps = {report.portLost ? "Plug it in again, and leave the device connected and powered."
                                    : "Leave the device connected and powered."};
     if (report.end == RunEnd::noBootLoader) {
+        if (report.maySitInBootLoader && !report.portLost) steps.clear();  // it is safe to unplug
         steps.emplace_back("Switch the device off and on. If it starts, it runs its old firmware: update it again.");
         steps.emplace_back(
             "If it does not start, force an update: the scan then takes the boot loader at the rate at which it "
@@ -146,6 +147,13 @@ Steps stepsFor(Verdict::Kind kind, const RunReport& report) {
         case RunEnd::imageRefused:
             return {"Fetch the image again, or ask its maker for a sound one.",
                     "corvane-cli check says what is wrong with it."};
+        case RunEnd::notDefined:
+            return {"Choose another image.", "If it stays like this, tell whoever runs the site."};
+        case RunEnd::handOverFailed:
+            return {"Start again and answer the question about the newer program with Cancel: this one still updates.",
+                    "Tell whoever runs the site that the newer program does not start here."};
+        case RunEnd::failed:
+            return {"Start again.", "If it stays like this, save the log and ask the maker."};
         case RunEnd::nothingListed:
             return {"Go on line once, so that the list and the images are fetched, or choose a local file."};
         case RunEnd::noBootLoader:
@@ -199,7 +207,7 @@ Verdict verdictFor(const RunReport& report, const std::optional<Proof>& proof) {
     verdict.headline = headlineFor(verdict.kind, report);
     verdict.facts = factsFor(verdict.kind, report, proof);
     verdict.steps = stepsFor(verdict.kind, report);
-    verdict.isSafeToUnplug = verdict.kind != Verdict::Kind::waiting;
+    verdict.isSafeToUnplug = verdict.kind != Verdict::Kind::waiting && report.bootLoaderPort.empty();
     return verdict;
 }
 

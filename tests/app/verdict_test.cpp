@@ -70,6 +70,8 @@ TEST_F(VerdictOfARun, IsTheBootLoaderFromThereOn) {
     auto verdict = judge("drop@2");  // the answer to the switch
     EXPECT_EQ(verdict.kind, Verdict::Kind::uncertain);
     EXPECT_TRUE(says(verdict, "was asked to switch into its boot loader and did not confirm it"));
+    EXPECT_TRUE(says(verdict, "It is safe to unplug the device."));
+    EXPECT_TRUE(says(verdict, "1. Switch the device off and on."));
     verdict = judge("boot-deaf=9000");
     EXPECT_EQ(verdict.headline, "The device waits in its boot loader. Its firmware is still there.");
     EXPECT_TRUE(says(verdict, "1. Leave the device connected"));
@@ -97,6 +99,7 @@ TEST_F(VerdictOfARun, LeadsFromABootLoaderThatWasSeenToTheRescueAndItsProof) {
     EXPECT_EQ(verdict.headline, "A device waits in its boot loader; nothing was changed.");
     EXPECT_TRUE(says(verdict, "COM3 answers with the prompt of a boot loader."));
     EXPECT_TRUE(says(verdict, "2. Force an update (Force ISP, or --force on the console)"));
+    EXPECT_FALSE(verdict.isSafeToUnplug) << "its steps say to leave it connected";
     verdict = updater.conclude(start(true), true);
     EXPECT_EQ(verdict.headline, "The device is updated.");
     EXPECT_TRUE(says(verdict, "The device now answers with TARN-R200 V5.2R1."));

@@ -45,7 +45,7 @@ TEST_F(WindowVerdict, LeavesAnUntouchedDeviceInPeace) {
     pickImage();
     bench.runtime.at(500, [this] { press("cmdCancel"); });
     press("cmdStartCheck");
-    EXPECT_EQ(text("labNotice"), "No device was found; nothing was changed.");
+    EXPECT_EQ(text("labNotice"), "The device was not changed.");
     EXPECT_TRUE(says("The run was cancelled.")) << verdict();
     pickImage(replaceAll(kImage, "TARN-R200", "KESTREL-C10"));
     press("cmdStartCheck");
