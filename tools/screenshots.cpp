@@ -43,7 +43,7 @@ public:
     void take(const QString& name) { take(*window, name); }
 
     void take(QWidget& widget, const QString& name) {
-        QCoreApplication::processEvents();
+        for (int i = 0; i < 3; ++i) QCoreApplication::processEvents();  // one layout asks for the next
         const auto picture = widget.grab().toImage().convertToFormat(QImage::Format_RGB888);
         if (!picture.save(folder_ + "/" + name + ".png", "PNG", 0))
             throw std::runtime_error("cannot write " + name.toStdString());
@@ -171,6 +171,8 @@ void useDarkPalette() {
     palette.setColor(QPalette::Base, QColor(0x1e, 0x1e, 0x1e));
     palette.setColor(QPalette::Highlight, QColor(0x2a, 0x82, 0xda));
     palette.setColor(QPalette::Link, QColor(0x6c, 0xb4, 0xff));
+    for (const auto role : {QPalette::WindowText, QPalette::ButtonText, QPalette::Text})
+        palette.setColor(QPalette::Disabled, role, QColor(0x8a, 0x8a, 0x8a));
     QApplication::setPalette(palette);
 }
 

@@ -64,6 +64,13 @@ bool MainPresenter::loadFile(const std::string& path) {
     return loaded;
 }
 
+std::string MainPresenter::localStep(const std::string& deviceVersion) const {
+    const auto& image = updater_.choices.image;
+    if (!image.path.empty()) return versionStep(deviceVersion, image.version);
+    if (!image.program.empty()) return "No Intel HEX file: choose another one.";
+    return updater_.choices.useFile ? "Choose a file to install." : "";
+}
+
 RunReport MainPresenter::start(bool force) {
     auto report = updater_.run().run(force);
     changed();

@@ -62,6 +62,10 @@ public:
     /// The memory that the local image fills; nothing when none is loaded.
     const std::optional<MemoryMap>& localMap() const { return localMap_; }
 
+    /// The step from a device's version to the local image's, as far as both are known, or why there is no such image
+    /// yet. Windows-1252.
+    std::string localStep(const std::string& deviceVersion) const;
+
     /// The full address of a reference link, with the account in it; empty when the link leads nowhere. UTF-8.
     std::string linkAddress(int index) const;
 

@@ -20,11 +20,18 @@ namespace {
 QString tr(const char* text) { return QObject::tr(text); }
 
 /// A label for something that a device, a site or a file says.
-QLabel* textLabel(const char* objectName, const QString& accessibleName) {
-    auto* label = named(new QLabel, objectName, accessibleName);
+QLabel* textLabel(const char* objectName, const QString& about) {
+    auto* label = namedLabel(new QLabel, objectName, about);
     label->setTextFormat(Qt::PlainText);
     label->setWordWrap(true);
     label->setTextInteractionFlags(Qt::TextSelectableByMouse);
+    return label;
+}
+
+/// The same for one line, however long.
+ElidedLabel* lineLabel(const char* objectName, const QString& about, Qt::TextElideMode mode = Qt::ElideRight) {
+    auto* label = namedLabel(new ElidedLabel(mode), objectName, about);
+    label->setTextFormat(Qt::PlainText);
     return label;
 }
 
@@ -50,11 +57,14 @@ MainControls::MainControls(QMainWindow& window) {
     left->addWidget(makeSource());
     left->addWidget(makeDevice());
     left->addWidget(makeUpdate());
-    left->addStretch();
+    left->addStretch(1);  // else a high window stretches the steps
     auto* right = new QVBoxLayout;
     txtVerdict = new VerdictCard;
     right->addWidget(txtVerdict);
     right->addWidget(makeLog(), 1);
+    labStatus = textLabel("labStatus", tr("Advice"));
+    labStatus->hide();
+    right->addWidget(labStatus);  // the log makes room for it, the steps could not
     right->addWidget(makeReferences());
     auto* columns = new QHBoxLayout;
     columns->addLayout(left, 2);
@@ -147,8 +157,10 @@ QWidget* MainControls::makeLocalPage() {
     choice->addWidget(cmdRecent);
 
     picMemory = new MemoryView;
+    constexpr int kClose = 4;  // pixels
     auto* layout = new QVBoxLayout(page);
     layout->setContentsMargins(0, 0, 0, 0);
+    layout->setSpacing(kClose);
     layout->addWidget(optLast);
     layout->addLayout(choice);
     layout->addLayout(makeFileLabels());
@@ -159,17 +171,19 @@ QWidget* MainControls::makeLocalPage() {
 }
 
 QLayout* MainControls::makeFileLabels() {
-    labFileName = textLabel("labFileName", tr("Name of the local file"));
-    labFilePGM = textLabel("labFilePGM", tr("Program of the local file"));
-    labFileVersion = textLabel("labFileVersion", tr("Version of the local file"));
-    labFileDate = textLabel("labFileDate", tr("Date of the local file"));
-    labFileStep = textLabel("labFileStep", tr("Step from the device's version to the local file's"));
-    labFileStep->setMinimumHeight(labFileStep->fontMetrics().lineSpacing());  // so that nothing moves when it appears
+    labFileName = lineLabel("labFileName", tr("Name of the local file"), Qt::ElideMiddle);
+    labFilePGM = lineLabel("labFilePGM", tr("Program of the local file"));
+    labFileVersion = lineLabel("labFileVersion", tr("Version of the local file"));
+    labFileDate = lineLabel("labFileDate", tr("Date of the local file"));
+    labFileStep = lineLabel("labFileStep", tr("Step from the device's version to the local file's"));
+    constexpr int kApart = 8;  // pixels
     auto* version = new QHBoxLayout;
+    version->setSpacing(kApart);
     version->addWidget(labFileVersion, 1);
-    version->addWidget(new QLabel(tr("Date")), 0, Qt::AlignTop);
+    version->addWidget(new QLabel(tr("Date")));
     version->addWidget(labFileDate, 1);
     auto* form = new QFormLayout;
+    form->setHorizontalSpacing(kApart);
     form->addRow(tr("File"), labFileName);
     form->addRow(tr("Program"), labFilePGM);
     form->addRow(tr("Version"), version);
@@ -248,16 +262,15 @@ QWidget* MainControls::makeReferences() {
 
 QWidget* MainControls::makeStatus() {
     auto* bar = named(new QWidget, "statusBar");
-    labStatus = textLabel("labStatus", tr("Advice"));
     labVersion = textLabel("labVersion", tr("Program version"));
     labVersion->setWordWrap(false);
     labJobs = textLabel("labJobs", tr("Devices updated since the start"));
     labJobs->setWordWrap(false);
     auto* layout = new QHBoxLayout(bar);
     layout->setContentsMargins(0, 0, 0, 0);
-    layout->addWidget(labStatus, 1);
-    layout->addWidget(labJobs, 0, Qt::AlignBottom);
-    layout->addWidget(labVersion, 0, Qt::AlignBottom);
+    layout->addStretch();
+    layout->addWidget(labJobs);
+    layout->addWidget(labVersion);
     return bar;
 }
 

@@ -2,6 +2,7 @@
 
 #include <QMainWindow>
 
+#include "window/ElidedLabel.h"
 #include "window/LogPane.h"
 #include "window/MemoryView.h"
 #include "window/NoticeStrip.h"
@@ -41,11 +42,11 @@ struct MainControls {
     QPushButton* cmdLoadFile = nullptr;
     QPushButton* cmdRecent = nullptr;
     QMenu* mnuRecent = nullptr;
-    QLabel* labFileName = nullptr;
-    QLabel* labFilePGM = nullptr;
-    QLabel* labFileVersion = nullptr;
-    QLabel* labFileDate = nullptr;
-    QLabel* labFileStep = nullptr;
+    ElidedLabel* labFileName = nullptr;
+    ElidedLabel* labFilePGM = nullptr;
+    ElidedLabel* labFileVersion = nullptr;
+    ElidedLabel* labFileDate = nullptr;
+    ElidedLabel* labFileStep = nullptr;
     MemoryView* picMemory = nullptr;
 
     // Which device.

@@ -17,4 +17,11 @@ Control* named(Control* control, const char* objectName, const QString& accessib
     return control;
 }
 
+/// The same for a label: a screen reader says its text, and then what the text is about.
+template <typename Label>
+Label* namedLabel(Label* label, const char* objectName, const QString& about) {
+    label->setAccessibleDescription(about);
+    return named(label, objectName);
+}
+
 }  // namespace corvane

@@ -5,6 +5,7 @@
 #include <QPushButton>
 #include <QScrollArea>
 #include <QScrollBar>
+#include <algorithm>
 
 #include "window/Naming.h"
 #include "window/QtText.h"
@@ -86,10 +87,14 @@ void PortFrame::trying(const std::string& port, const std::string& settings) {
 
 void PortFrame::portRefused(const std::string& port) { onRefused(port); }
 
-/// To the next ports, and from the last ones back to the first.
+/// To the ports that are not wholly seen yet, and from the last ones back to the first.
 void PortFrame::movePanel() {
     auto* bar = area_->horizontalScrollBar();
-    bar->setValue(bar->value() >= bar->maximum() ? 0 : bar->value() + bar->pageStep());
+    const int end = bar->value() + bar->pageStep();
+    const auto cut =
+        std::find_if(buttons_.begin(), buttons_.end(), [&](const auto* one) { return one->geometry().right() >= end; });
+    const bool isNext = cut != buttons_.end() && (*cut)->x() > bar->value();  // else it is wider than the panel
+    bar->setValue(bar->value() >= bar->maximum() ? 0 : isNext ? (*cut)->x() : end);
 }
 
 }  // namespace corvane

@@ -19,6 +19,7 @@ frmConnection::frmConnection(SettingsStore& store, QWidget* owner) : QDialog(own
     cmbAccessType_ = named(new QComboBox, "cmbAccessType", tr("Link by"), tr("How the site is reached"));
     cmbAccessType_->addItems({tr("Default"), tr("Direct"), tr("Proxy")});
     txtProxy_ = named(new QLineEdit, "txtProxy", tr("Proxy"), tr("Host and port of the proxy, as host:port"));
+    txtProxy_->setPlaceholderText(tr("host:port"));
     chkAskVersion_ = named(new QCheckBox(tr("&Ask an updated device for its version")), "chkAskVersion",
                            tr("Ask an updated device for its version"),
                            tr("After an update the port is opened once more, to show what the device runs now"));

@@ -14,6 +14,7 @@
 #include <QProgressBar>
 #include <QPushButton>
 #include <QRadioButton>
+#include <QScreen>
 #include <QShortcut>
 #include <QStackedWidget>
 #include <algorithm>
@@ -62,7 +63,7 @@ frmCorvane::frmCorvane(const Platform& platform, const WindowOptions& options)
     presenter_.load();
     if (!options_.remark.isEmpty()) say(options_.remark);
     for (const auto& problem : platform_.ports.problems()) say(QString::fromStdString(problem));
-    resize(900, 640);
+    resize(QSize(900, 640).boundedTo(screen()->availableSize()));
     ui_.cmdStartCheck->setFocus();
 }
 
@@ -174,11 +175,7 @@ void frmCorvane::showDevice(const RunReport& report) {
                                : fromDevice(report.port + ": " + report.deviceVersion));
 }
 
-/// Known once both versions are.
-void frmCorvane::showStep() {
-    const auto& image = presenter_.choices().image;
-    ui_.labFileStep->setText(fromDevice(image.path.empty() ? "" : versionStep(deviceVersion_, image.version)));
-}
+void frmCorvane::showStep() { ui_.labFileStep->showText(fromDevice(presenter_.localStep(deviceVersion_))); }
 
 /// A newer program goes on; what was typed here is not kept.
 void frmCorvane::handOver() {
@@ -286,6 +283,7 @@ void frmCorvane::links(const std::vector<ReferenceLink>& links) {
     for (const auto& link : links) {
         auto* item = new QListWidgetItem(fromDevice(link.title), ui_.lstRefer);
         item->setData(Qt::UserRole, link.index);
+        item->setToolTip(item->text());
         item->setForeground(palette().link());
         auto font = item->font();
         font.setUnderline(true);
@@ -306,11 +304,13 @@ void frmCorvane::say(const QString& text) {
     hints_.append(text);
     if (hints_.size() > kKept) hints_.removeFirst();
     ui_.labStatus->setText(hints_.mid(std::max<qsizetype>(0, hints_.size() - kShown)).join('\n'));
+    ui_.labStatus->show();
 }
 
 void frmCorvane::clearHints() {
     hints_.clear();
     ui_.labStatus->clear();
+    ui_.labStatus->hide();  // its room is the log's
 }
 
 void frmCorvane::portRefused(const std::string& port) {
@@ -331,12 +331,11 @@ void frmCorvane::refresh() {
     fill(ui_.txtServer, choices.server);
     fill(ui_.txtAccount[0], choices.userName);
     fill(ui_.txtAccount[1], choices.password);
-    ui_.labFilePGM->setText(fromDevice(choices.image.program));
+    ui_.labFilePGM->showText(fromDevice(choices.image.program));
     const auto path = fromPath(choices.image.path);
-    ui_.labFileName->setText(shortened(QFileInfo(path).fileName()));
-    ui_.labFileName->setToolTip(path);
-    ui_.labFileVersion->setText(fromDevice(choices.image.version));
-    ui_.labFileDate->setText(fromDevice(choices.image.date));
+    ui_.labFileName->showText(QFileInfo(path).fileName(), path);
+    ui_.labFileVersion->showText(fromDevice(choices.image.version));
+    ui_.labFileDate->showText(fromDevice(choices.image.date));
     ui_.picMemory->showMap(presenter_.localMap());
     showStep();
 

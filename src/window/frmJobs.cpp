@@ -16,9 +16,9 @@ namespace {
 constexpr std::size_t kMostJobs = 200;
 
 QTableWidget* makeTable(const std::vector<std::string>& lines) {
-    const QStringList heads = {
-        QObject::tr("Time"),  QObject::tr("Port"),    QObject::tr("Device before"),    QObject::tr("Device after"),
-        QObject::tr("Image"), QObject::tr("SHA-256"), QObject::tr("Repeated records"), QObject::tr("Verdict")};
+    const QStringList heads = {QObject::tr("Time"),         QObject::tr("Port"),   QObject::tr("Device before"),
+                               QObject::tr("Device after"), QObject::tr("Image"),  QObject::tr("SHA-256"),
+                               QObject::tr("Repeated"),     QObject::tr("Verdict")};
     auto* table = named(new QTableWidget(static_cast<int>(lines.size()), static_cast<int>(heads.size())), "tabJobs",
                         QObject::tr("Last jobs"), QObject::tr("A line for each run, the newest first"));
     table->setHorizontalHeaderLabels(heads);
@@ -38,10 +38,10 @@ QTableWidget* makeTable(const std::vector<std::string>& lines) {
             table->setItem(row, column, item);
         }
     }
-    constexpr int kWidest = 180;
+    constexpr int kWidest = 180, kDigest = 5, kDigestWidth = 90;
     table->resizeColumnsToContents();
     for (int column = 0; column < table->columnCount(); ++column)
-        table->setColumnWidth(column, std::min(table->columnWidth(column), kWidest));
+        table->setColumnWidth(column, std::min(table->columnWidth(column), column == kDigest ? kDigestWidth : kWidest));
     return table;
 }
 

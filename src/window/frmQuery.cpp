@@ -32,7 +32,7 @@ frmQuery::frmQuery(FirmwareDialog& dialog, OperatorPrompts& prompts, LocalImage 
     arrange();
     fill();
     connect(cboROMs_, &QComboBox::currentIndexChanged, this, [this] { cboROMs_Click(); });
-    connect(txtFind_, &QLineEdit::textChanged, found_, &QSortFilterProxyModel::setFilterFixedString);
+    connect(txtFind_, &QLineEdit::textChanged, this, [this](const QString& text) { find(text); });
     connect(cmdOK_, &QPushButton::clicked, this, [this] { cmdOK_Click(); });
     showSelected();
     cboROMs_->setFocus();
@@ -40,7 +40,7 @@ frmQuery::frmQuery(FirmwareDialog& dialog, OperatorPrompts& prompts, LocalImage 
 
 void frmQuery::arrange() {
     const auto fixed = QFontDatabase::systemFont(QFontDatabase::FixedFont);
-    auto* labDevice = named(new QLabel(fromDevice(dialog_.header()).trimmed()), "labDevice", tr("Device"));
+    auto* labDevice = namedLabel(new QLabel(fromDevice(dialog_.header()).trimmed()), "labDevice", tr("Device"));
     labDevice->setTextFormat(Qt::PlainText);
     labDevice->setFont(fixed);
     labDevice->setWordWrap(true);
@@ -52,6 +52,7 @@ void frmQuery::arrange() {
         named(new QComboBox, "cboROMs", tr("Image"), tr("The images on offer; \"*\" marks those for another product"));
     cboROMs_->setSizeAdjustPolicy(QComboBox::AdjustToMinimumContentsLengthWithIcon);
     cboROMs_->setMinimumContentsLength(30);
+    cboROMs_->setPlaceholderText(tr("Choose the image"));
     txtCheckVersion_ =
         named(new QLineEdit, "txtCheckVersion", tr("Comparison"), tr("How the image compares with the device"));
     txtCheckVersion_->setReadOnly(true);
@@ -61,10 +62,11 @@ void frmQuery::arrange() {
     txtView_->setTabChangesFocus(true);
     txtView_->setFont(fixed);
 
-    labStep_ = named(new QLabel, "labStep", tr("Step from the device's version to the image's"));
+    labStep_ = namedLabel(new QLabel, "labStep", tr("Step from the device's version to the image's"));
     labStep_->setTextFormat(Qt::PlainText);
     labStep_->setWordWrap(true);
-    labMemory_ = named(new QLabel, "labMemory");
+    labStep_->setIndent(2);  // as the field above it
+    labMemory_ = named(new ElidedLabel(Qt::ElideMiddle), "labMemory");
     labMemory_->setTextFormat(Qt::PlainText);
     picMemory_ = new MemoryView;
 
@@ -112,6 +114,13 @@ void frmQuery::fill() {
     cboROMs_->setCurrentIndex(dialog_.selected());
 }
 
+/// What is found alone need not be picked from the list.
+void frmQuery::find(const QString& text) {
+    found_->setFilterFixedString(text);
+    if (found_->rowCount() == 1) cboROMs_->setCurrentIndex(0);
+    cboROMs_->setPlaceholderText(found_->rowCount() > 0 ? tr("Choose the image") : tr("No image is called like that"));
+}
+
 void frmQuery::cboROMs_Click() {
     dialog_.select(found_->mapToSource(found_->index(cboROMs_->currentIndex(), 0)).row());
     showSelected();
@@ -141,7 +150,7 @@ void frmQuery::showMemory() {
     const int at = dialog_.selected();
     const auto path = at < 0 ? std::string() : localImage_(dialog_.entries()[static_cast<std::size_t>(at)].record);
     const auto map = memoryMapOf(path);
-    labMemory_->setText(tr("Memory map of the copy on this computer, %1").arg(QFileInfo(fromPath(path)).fileName()));
+    labMemory_->showText(tr("Memory map of the copy on this computer, %1").arg(QFileInfo(fromPath(path)).fileName()));
     labMemory_->setVisible(map.has_value());
     picMemory_->showMap(map);
     picMemory_->setVisible(map.has_value());

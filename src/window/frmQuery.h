@@ -4,6 +4,7 @@
 #include <functional>
 
 #include "app/FirmwareDialog.h"
+#include "window/ElidedLabel.h"
 #include "window/MemoryView.h"
 
 class QComboBox;
@@ -26,6 +27,7 @@ public:
 private:
     void arrange();
     void fill();
+    void find(const QString& text);
     void cboROMs_Click();
     void cmdOK_Click();
     void showSelected();
@@ -40,7 +42,7 @@ private:
     QLineEdit* txtCheckVersion_ = nullptr;
     QLabel* labStep_ = nullptr;
     QPlainTextEdit* txtView_ = nullptr;
-    QLabel* labMemory_ = nullptr;
+    ElidedLabel* labMemory_ = nullptr;
     MemoryView* picMemory_ = nullptr;
     QPushButton* cmdOK_ = nullptr;
 };

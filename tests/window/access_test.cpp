@@ -2,6 +2,7 @@
 #include <QComboBox>
 #include <QMenuBar>
 #include <QRadioButton>
+#include <QRegularExpression>
 #include <set>
 
 #include "WindowTest.h"
@@ -65,6 +66,10 @@ protected:
                 }
                 isGroupReached = isGroupReached || reached.count(radio);
             }
+        }
+        for (auto* label : form.findChildren<QLabel*>(QRegularExpression("^lab"))) {
+            const auto name = QAccessible::queryAccessibleInterface(label)->text(QAccessible::Name);
+            EXPECT_TRUE(label->text().isEmpty() || name == label->text()) << name.toStdString();
         }
         EXPECT_TRUE(isGroupReached) << form.objectName().toStdString();
         EXPECT_GT(count, 0) << form.objectName().toStdString();

@@ -61,6 +61,7 @@ TEST_F(Window, TakesAGoodLocalFileAndRefusesABadOne) {
     });
     press("optFile");
     EXPECT_EQ(choice(), "off file|,,");
+    EXPECT_EQ(text("labFileStep"), "Choose a file to install.");
     EXPECT_FALSE(control<QWidget>("cmdStartCheck").isEnabled());
     pickImage();
     EXPECT_EQ(choice(), "off file|TARN-R200,V5.2R1,2024/01/31");
@@ -68,6 +69,7 @@ TEST_F(Window, TakesAGoodLocalFileAndRefusesABadOne) {
     answers.expect("QFileDialog", DialogAnswers::picking(bench.folder.folder.file("bad.hex", "no record\n")));
     press("cmdLoadFile");
     EXPECT_EQ(choice(), "off last|Invalid File Format!!,,");
+    EXPECT_EQ(text("labFileStep"), "No Intel HEX file: choose another one.");
     EXPECT_TRUE(control<QWidget>("cmdStartCheck").isEnabled());
     pickImage();
     press("optLine0");
