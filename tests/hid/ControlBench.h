@@ -4,10 +4,7 @@
 #include <deque>
 #include <gtest/gtest.h>
 
-#include "hid/VellIO.h"
-#include "support/FakeRuntime.h"
-#include "support/hid/FakeHidBus.h"
-#include "support/hid/VellModule.h"
+#include "support/hid/HidBench.h"
 #include "vellio/vellio.h"
 
 namespace corvane {
@@ -70,34 +67,17 @@ private:
     std::multimap<fakes::Micros, HidReport> coming_;
 };
 
-/// The control at run time on the real transport library, which finds the scripted reader as HID1.
-struct ControlBench {
-    static constexpr char kLibrary[] = "/opt/corvane/VellIO.so";
-
-    fakes::FakeRuntime runtime;
-    fakes::FakeHidBus bus{[this] { return runtime.tick(); }};
-    fakes::FakeModuleLoader loader;
+/// The control with the scripted reader as HID1.
+struct ControlBench : fakes::HidControlBench {
     ScriptedReader reader{runtime};
-    Texts boxes;  // message boxes that were shown
-    std::unique_ptr<VellIO> control;
 
-    /// The library lacks these operations. One that is not served (vellService) tells of nothing by itself.
-    explicit ControlBench(bool userMode = true, const Texts& without = {}) {
-        auto exports = fakes::vellModule();
-        for (const auto& name : without) exports.erase(name);
-        loader.provide(kLibrary, exports);
-        plug("Kestrel", 5);
+    explicit ControlBench(bool userMode = true, const Texts& without = {}) : HidControlBench(false, without) {
+        plug("Kestrel", 5);  // before the library looks, so that it is no news
         start(userMode);
     }
 
     void plug(const std::string& product, std::uint16_t productId) {
         bus.plug({"/dev/hidraw1", 0x1209, productId, "Corvane", product, "K1"}, reader);
-    }
-
-    void start(bool userMode, const VellIO::PropertyBag& properties = {}) {
-        control = std::make_unique<VellIO>(runtime, loader, kLibrary);
-        control->showCritical = [this](const std::string& message) { boxes.push_back(message); };
-        control->ReadProperties(userMode, properties);
     }
 
     /// Opens HID1 with a reader that replies so.

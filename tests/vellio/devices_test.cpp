@@ -108,7 +108,9 @@ TEST_F(Devices, TakeTheirHandleAwayInTheMiddleOfADelivery) {
     EXPECT_EQ(vellNumberOfDevice(handle), 2);
     vellDispatch(handle);
     EXPECT_EQ(calls, 1);
-    EXPECT_EQ(vellNumberOfDevice(handle), 0);
+    EXPECT_EQ(vellNumberOfDevice(handle) + vellService(handle) + vellGetReadBufferSize(handle), 0);
+    EXPECT_STREQ(vellGetParamString(handle), "");
+    EXPECT_EQ(vellGetEvent(handle), -1);
 }
 
 TEST_F(Devices, EventsThatNobodyTakesDoNotPileUp) {

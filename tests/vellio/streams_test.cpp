@@ -255,14 +255,5 @@ TEST_F(Streams, AnUnpluggedDeviceClosesByItselfAndOpensAgain) {
     EXPECT_FALSE(vellIsOpen(handle_));
 }
 
-TEST_F(Streams, AHandleThatIsNoneGivesNothing) {
-    std::uint8_t array[64] = {};
-    EXPECT_EQ(vellService(99) + vellWrite(99, array, 64, 0, 0) + vellGetReadBufferSize(99) + vellGetAsyncIO(99), 0);
-    EXPECT_STREQ(vellGetParamString(99), "");
-    EXPECT_EQ(vellGetEvent(99), -1);
-    vellDispatch(99);
-    vellDestroy(99);
-}
-
 }  // namespace
 }  // namespace corvane

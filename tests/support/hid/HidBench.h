@@ -30,26 +30,38 @@ struct SimulatedReader : ReportPeer {
     std::optional<HidReport> speak() override { return reader.speak(runtime.micros()); }
 };
 
-/// Virtual time and a HID port object on the real control and the real transport library, over the readers of a test;
-/// the twin of SerialBench.
-struct HidBench {
+/// Virtual time and the real control on the real transport library, over the readers of a test.
+struct HidControlBench {
+    static constexpr char kLibrary[] = "/opt/corvane/VellIO.so";
+
     FakeRuntime runtime;
     FakeHidBus bus{[this] { return runtime.tick(); }};
     FakeModuleLoader loader;
     std::unique_ptr<VellIO> control;
+
+    /// The library lacks these operations. One that is not served (vellService) tells of nothing by itself.
+    explicit HidControlBench(bool userMode = true, const std::vector<std::string>& without = {}) {
+        auto exports = vellModule();
+        for (const auto& name : without) exports.erase(name);
+        loader.provide(kLibrary, exports);
+        start(userMode);
+    }
+
+    void start(bool userMode, const VellIO::PropertyBag& properties = {}) {
+        control = std::make_unique<VellIO>(runtime, loader, kLibrary);
+        control->ReadProperties(userMode, properties);
+    }
+};
+
+/// With a HID port object, ready for the device dialogue; the twin of SerialBench.
+struct HidBench : HidControlBench {
     clsMSCommEvent event;
     clsVellComm port;
 
-    static constexpr char kLibrary[] = "/opt/corvane/VellIO.so";
-
     HidBench() {
-        loader.provide(kLibrary, vellModule());
-        control = std::make_unique<VellIO>(runtime, loader, kLibrary);
-        control->ReadProperties(true, {});
         port.Attach(control.get(), &event);
         port.InputMode(1);
     }
-
     ~HidBench() { port.Attach(nullptr, nullptr); }
 };
 
