@@ -39,23 +39,19 @@ TEST(ConfigFolder, ShowsTheBenchAlone) {
 }
 
 TEST(ConfigFolder, LeavesSomebodysOwnConfigurationAlone) {
+    std::string temporary;
+    {
+        const ConfigFolder folder("");
+        temporary = folder.path();
+        EXPECT_EQ(modeOf(temporary), 0700U);
+    }
+    EXPECT_EQ(modeOf(temporary), 0U);
     for (const auto* name : {"Corvane/serialcomm.conf", "Corvane/Corvane.conf"}) {
         ScratchFolder scratch;
         const auto file = scratch.file(name, "COM1=/dev/ttyUSB0\n");
         EXPECT_THROW(ConfigFolder folder(scratch.path()), std::runtime_error) << name;
         EXPECT_EQ(ScratchFolder::content(file), "COM1=/dev/ttyUSB0\n");
     }
-}
-
-TEST(ConfigFolder, TakesATemporaryOneAwayAgain) {
-    std::string path;
-    {
-        const ConfigFolder folder("");
-        path = folder.path();
-        folder.writePorts({});
-        EXPECT_EQ(modeOf(path), 0700U);
-    }
-    EXPECT_EQ(modeOf(path), 0U);
 }
 
 }  // namespace

@@ -4,7 +4,6 @@
 #include <gtest/gtest.h>
 
 #include "console/Console.h"
-#include "models/Flash.h"
 #include "support/AppBench.h"
 
 namespace corvane {
@@ -43,18 +42,9 @@ public:
 };
 
 /// corvane-cli in process: its commands over fakes, its streams kept.
-class ConsoleTest : public ::testing::Test {
+class ConsoleTest : public ::testing::Test, protected fakes::AppBench {
 protected:
-    static constexpr char kImage[] =
-        "[INFO]\nPGM=TARN-R200\nVER=V5.2R1\nBUD=2024/01/31\n:0400000001020304F2\n:0400100005060708D2\n:00000001FF\n";
-
-    models::Device& plug(models::DeviceOptions options = {}, std::int16_t number = 1) {
-        devices.push_back(std::make_unique<models::Device>(std::move(options)));
-        bench.serial.plug(number, *devices.back());
-        return *devices.back();
-    }
-
-    std::string image(const std::string& content = kImage) { return bench.folder.folder.file("local.hex", content); }
+    std::string image(const std::string& content = fakes::kImage) { return folder.folder.file("local.hex", content); }
 
     int run(const std::vector<std::string>& words) {
         out.text.clear();
@@ -62,23 +52,30 @@ protected:
         std::string problem;
         const auto arguments = parseArguments(words, problem);
         EXPECT_TRUE(arguments) << problem;
-        auto platform = bench.platform();
-        Console console{platform, out, err, terminal, ftpPassword, devicePassword, nullptr};
+        auto everything = platform();
+        Console console{everything, out, err, terminal, ftpPassword, devicePassword, nullptr};
         current = &console;
         const int code = console.run(*arguments);
         current = nullptr;
         return code;
     }
 
+    /// An update with the local image.
+    int update(std::vector<std::string> more = {"--yes"}) {
+        more.insert(more.begin(), {"update", "--file", image()});
+        return run(more);
+    }
+
+    bool says(const std::string& words) const { return err.text.find(words) != std::string::npos; }
+    bool prints(const std::string& words) const { return out.text.find(words) != std::string::npos; }
+
     void interrupt() {
         if (current && current->interrupt) current->interrupt();
     }
 
-    fakes::AppBench bench;
     KeptText out, err;
     ScriptedTerminal terminal;
     std::optional<std::string> ftpPassword, devicePassword;
-    std::vector<std::unique_ptr<models::Device>> devices;
     Console* current = nullptr;
 };
 

@@ -13,12 +13,15 @@ import select
 import signal
 import subprocess
 import sys
-import tempfile
 import termios
 import unittest
 
+sys.path.insert(0, str(pathlib.Path(__file__).resolve().parents[1] / "support"))
+
+from black_box import LIMIT, ProgramTest  # noqa: E402
+
 BIN = pathlib.Path(sys.argv.pop(1) if len(sys.argv) > 1 else "build/bin").resolve()
-LIMIT = 60      # seconds after which a test is lost, whatever it waits for
+BENCH = BIN / "corvane-bench", "baud=19200"
 
 LOG = """Open COM1 ... < OK
    Scan by 19200,N,8,1
@@ -42,41 +45,12 @@ Update Finish
 """
 
 
-def record(address, data=b"", kind=0):
-    body = bytes((len(data), address >> 8, address & 0xFF, kind)) + data
-    return ":" + (body + bytes((-sum(body) & 0xFF,))).hex().upper()
-
-
-def image(records):
-    lines = ["[INFO]", "PGM=TARN-R200", "VER=V5.2R1", "BUD=2024/01/31"]
-    lines += [record(16 * n, bytes((n * 7 + i) % 255 for i in range(16))) for n in range(records)]
-    return "\n".join(lines + [record(0, b"", 1)]) + "\n"
-
-
-class Program(unittest.TestCase):
-    def setUp(self):
-        folder = tempfile.TemporaryDirectory(prefix="corvane-test-")
-        self.addCleanup(folder.cleanup)
-        self.folder = pathlib.Path(folder.name)
-        self.image = self.folder / "image.hex"
-        self.image.write_text(image(30))
-        self.report = self.folder / "report"
-
-    def bench(self, *command, device="baud=19200"):
-        """The bench, with or without a command that it runs; it says at the end whether the memory equals the image."""
-        words = [BIN / "corvane-bench", "--config-dir", self.folder / "config", "--device", device, "--image", self.image,
-                 "--verify", "--report", self.report, "--ready-file", self.folder / "ready"]
-        return [str(word) for word in words + (["--", *command] if command else [])]
-
-    def environment(self):
-        return dict(os.environ, HOME=str(self.folder), XDG_CONFIG_HOME=str(self.folder / "config"),
-                    XDG_DATA_HOME=str(self.folder / "data"), LC_ALL="C.UTF-8")
-
+class Program(ProgramTest):
     def update(self):
         return [str(BIN / "corvane-cli"), "update", "--file", str(self.image), "--yes"]
 
     def run_bench(self, *command, **options):
-        return subprocess.run(self.bench(*command), env=self.environment(), stdin=subprocess.DEVNULL,
+        return subprocess.run(self.bench(*BENCH, *command), env=self.environment(), stdin=subprocess.DEVNULL,
                               capture_output=True, text=True, timeout=LIMIT, check=False, **options)
 
     def test_into_a_pipe(self):
@@ -96,7 +70,7 @@ class Program(unittest.TestCase):
 
     def terminal_run(self, on_text):
         """corvane-cli with a controlling terminal; on_text(all text so far) True hangs up. (exit status, text)"""
-        bench = subprocess.Popen(self.bench(), env=self.environment(), stdout=subprocess.PIPE, stderr=subprocess.PIPE)
+        bench = subprocess.Popen(self.bench(*BENCH), env=self.environment(), stdout=subprocess.PIPE, stderr=subprocess.PIPE)
         try:
             self.wait_for_bench(bench)
             return self.on_terminal(on_text)
@@ -106,12 +80,11 @@ class Program(unittest.TestCase):
             self.verdict = bench.returncode
 
     def wait_for_bench(self, bench):
-        ready = self.folder / "ready"
         for _ in range(LIMIT * 20):
-            if ready.exists() or bench.poll() is not None:
+            if self.ready.exists() or bench.poll() is not None:
                 break
             select.select([], [], [], 0.05)
-        self.assertTrue(ready.exists(), "the bench did not start")
+        self.assertTrue(self.ready.exists(), "the bench did not start")
 
     def on_terminal(self, on_text):
         master, slave = pty.openpty()

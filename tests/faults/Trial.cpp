@@ -40,9 +40,7 @@ public:
         old_ = device_.flash().contents();
         bench_.serial.plug(1, line_);
         image_ = bench_.folder.folder.file("local.hex", kImage);
-        serve("", "listing");
-        serve("/firmware/firmware.inf", kSection);
-        serve("/f/a.hex", kImage);
+        serve();
     }
 
     void add(const Trial& trial) {
@@ -61,9 +59,7 @@ public:
         bench_.runtime.Sleep(10000);
         device_.faults() = {};
         if (!device_.isPlugged()) device_.plugIn(bench_.runtime.micros());
-        serve("", "listing");
-        serve("/firmware/firmware.inf", kSection);
-        serve("/f/a.hex", kImage);
+        serve();
     }
 
     /// A run of a fresh program; nothing when it was killed.
@@ -110,17 +106,18 @@ public:
 
     /// What lies in the program's folder and is not whole.
     std::string partialFile() const {
-        const auto information = fakes::ScratchFolder::content(bench_.folder.folder.at("firmware.inf"));
-        if (information != "(none)" && information != kSection) return "firmware.inf";
-        const auto image = fakes::ScratchFolder::content(bench_.folder.folder.at("Download/a.hex"));
-        return image == "(none)" || image == kImage ? "" : "Download/a.hex";
+        for (const auto& [name, whole] : {std::pair("firmware.inf", kSection), {"Download/a.hex", kImage}}) {
+            const auto content = fakes::ScratchFolder::content(bench_.folder.folder.at(name));
+            if (content != "(none)" && content != whole) return name;
+        }
+        return {};
     }
 
 private:
-    void serve(const std::string& path, const std::string& content) {
-        auto& answer = bench_.reader.answers[kSite + path];
-        answer = {};
-        answer.content = content;
+    void serve() {
+        const std::string site = kSite;
+        bench_.reader.answers = {
+            {site, {"listing"}}, {site + "/firmware/firmware.inf", {kSection}}, {site + "/f/a.hex", {kImage}}};
     }
 
     /// Somebody presses Cancel when a transfer has stood still for a minute.
@@ -141,22 +138,20 @@ private:
 };
 
 std::string disagreement(const World& world, const RunReport& report) {
+    using Kind = Verdict::Kind;
     const auto& device = world.device();
     const auto kind = world.verdict().kind;
+    const bool isOld = world.isOldFirmware(), isUpdated = kind == Kind::updated;
     const int status = exitStatus(report);
-    if ((status == 0) != (kind == Verdict::Kind::updated))
-        return "exit status " + std::to_string(status) + " beside that verdict";
-    if (kind == Verdict::Kind::updated && !world.memoryFault().empty()) return "updated, but " + world.memoryFault();
-    if (kind == Verdict::Kind::untouched && (!world.isOldFirmware() || (device.isInBoot() && device.isPlugged()))) {
+    if ((status == 0) != isUpdated || (kind == Kind::waiting && status != 5))
+        return "exit status " + std::to_string(status) + " beside the verdict " + verdictName(kind);
+    if (isUpdated && !world.memoryFault().empty()) return "updated, but " + world.memoryFault();
+    if (kind == Kind::untouched && (!isOld || (device.isInBoot() && device.isPlugged())))
         return "untouched, but it is not";
-    }
-    if (kind == Verdict::Kind::uncertain && !world.isOldFirmware()) return "uncertain, but its firmware is gone";
-    if (kind == Verdict::Kind::waiting && !report.wasErased && !world.isOldFirmware())
-        return "its firmware is not there";
-    if (kind == Verdict::Kind::waiting && status != 5)
-        return "exit status " + std::to_string(status) + " for a waiting device";
-    if (kind != Verdict::Kind::updated && world.verdict().facts.empty()) return "no reason is given";
-    if (report.wasErased && kind != Verdict::Kind::updated && !world.isInJournal()) return "the journal does not know";
+    if (kind == Kind::uncertain && !isOld) return "uncertain, but its firmware is gone";
+    if (kind == Kind::waiting && !report.wasErased && !isOld) return "its firmware is not there";
+    if (!isUpdated && world.verdict().facts.empty()) return "no reason is given";
+    if (report.wasErased && !isUpdated && !world.isInJournal()) return "the journal does not know";
     return {};
 }
 

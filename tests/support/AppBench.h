@@ -2,6 +2,7 @@
 
 #include "app/Updater.h"
 #include "models/Device.h"
+#include "models/Flash.h"
 #include "support/FakeAsyncReader.h"
 #include "support/FakeDigest.h"
 #include "support/FakeInhibitor.h"
@@ -25,7 +26,6 @@ public:
     std::vector<std::string> offered;  ///< the entries of the last selection
     std::vector<ReferenceLink> shownLinks;
     std::vector<RunPhase> phases;
-    std::vector<std::string> hints;
     std::vector<std::string> events;                          ///< "running", "idle", "cancel on", "cancel off"
     std::function<bool(Question, const std::string&)> onBox;  ///< answers instead
     std::function<void()> onSelection;                        ///< while the selection is open
@@ -52,8 +52,13 @@ public:
     void cancellable(bool isCancellable) override { events.emplace_back(isCancellable ? "cancel on" : "cancel off"); }
     void phase(RunPhase phase) override { phases.push_back(phase); }
     void links(const std::vector<ReferenceLink>& links) override { shownLinks = links; }
-    void advice(const std::string& text) override { hints.push_back(text); }
+    void advice(const std::string&) override {}
 };
+
+/// An image for the simulated devices.
+inline constexpr char kImage[] =
+    "[INFO]\nPGM=TARN-R200\nVER=V5.2R1\nBUD=2024/01/31\n"
+    ":0400000001020304F2\n:0400100005060708D2\n:04002000090A0B0CB2\n:00000001FF\n";
 
 /// The whole workflow in virtual time, over fakes of everything that it stands on.
 struct AppBench {
@@ -69,6 +74,7 @@ struct AppBench {
     FakePortInspector inspector;
     FakeInhibitor inhibitor;
     RecordingOperator face;
+    std::vector<std::unique_ptr<models::Device>> devices;
 
     Platform platform() {
         return {runtime,
@@ -84,6 +90,18 @@ struct AppBench {
                 inspector,
                 inhibitor,
                 folder.path() + "/VellIO.so"};
+    }
+
+    models::Device& plug(models::DeviceOptions options = {}, std::int16_t number = 1) {
+        devices.push_back(std::make_unique<models::Device>(std::move(options)));
+        serial.plug(number, *devices.back());
+        return *devices.back();
+    }
+
+    /// Empty when the first device's memory is the image's.
+    std::string memoryFault(const std::string& image = kImage) const {
+        const auto fault = models::comparison(devices.front()->flash(), models::imageOf(image));
+        return fault == "memory equals image" ? "" : fault;
     }
 
     /// A file below the program's folder.

@@ -84,7 +84,6 @@ void FakeRuntime::WaitActivity(int ms) {
 }
 
 void FakeRuntime::DoEvents() {
-    ++doEventsCalls_;
     if (++callsWithoutWaiting_ > kMostCallsWithoutWaiting) throw std::runtime_error("the code under test spins");
     dispatch();
     if (pump_) pump_();

@@ -41,8 +41,6 @@ public:
     void attach(TimedSource& source) { timed_.push_back(&source); }
     void detach(TimedSource& source) { std::erase(timed_, &source); }
 
-    int doEventsCalls() const { return doEventsCalls_; }
-
     std::uint32_t tick() override { return static_cast<std::uint32_t>(now_ / 1000) + tickOffset_; }
     double secondsOfDay() override;
     std::string timestamp() override { return "2026-11-24 14:02:07"; }
@@ -77,7 +75,6 @@ private:
     Micros now_ = 0;
     std::uint32_t tickOffset_ = 1000;
     double dayOffset_ = 36000;
-    int doEventsCalls_ = 0;
     int callsWithoutWaiting_ = 0;
     int newsInOneMoment_ = 0;
     int lastTimer_ = 0;

@@ -19,11 +19,8 @@ FakeSerialControl::FakeSerialControl(FakeRuntime& runtime) : BufferedSerialContr
 FakeSerialControl::~FakeSerialControl() { clock_.detach(*this); }
 
 void FakeSerialControl::markBusy(std::int16_t number, bool busy) {
-    if (busy) {
-        busy_.insert(number);
-    } else {
-        busy_.erase(number);
-    }
+    busy_.erase(number);
+    if (busy) busy_.insert(number);
 }
 
 OpenFailure FakeSerialControl::openLine() {
@@ -79,11 +76,6 @@ void FakeSerialControl::addUnsent(int bytes) {
     while (bytes-- > 0) enqueue({0, false});
 }
 
-void FakeSerialControl::holdOutput(bool held) {
-    if (held_ && !held && !queue_.empty()) firstLeavesAt_ = clock_.micros() * 1000 + nanosPerByte();
-    held_ = held;
-}
-
 void FakeSerialControl::send(const Bytes& bytes) {
     if (!peer_->isPlugged()) return lineLost();
     for (const auto byte : bytes) enqueue({byte, true});
@@ -93,7 +85,7 @@ std::optional<Micros> FakeSerialControl::nextAt() const {
     if (!peer_) return std::nullopt;
     if (!peer_->isPlugged()) return clock_.micros();
     auto next = peer_->nextAt();
-    if (!queue_.empty() && !held_) {
+    if (!queue_.empty()) {
         const Micros leaves = (firstLeavesAt_ + 999) / 1000;
         next = next ? std::min(*next, leaves) : leaves;
     }
@@ -101,14 +93,12 @@ std::optional<Micros> FakeSerialControl::nextAt() const {
 }
 
 void FakeSerialControl::moveQueue(Micros now) {
-    while (peer_ && !queue_.empty() && !held_ && firstLeavesAt_ <= now * 1000) {
+    while (peer_ && !queue_.empty() && firstLeavesAt_ <= now * 1000) {
         const auto first = queue_.front();
         queue_.pop_front();
         sent(unsent() + 1, unsent());
         firstLeavesAt_ += nanosPerByte();
-        if (!first.heard) continue;
-        sentBytes_.push_back(first.byte);
-        peer_->hear(now, {first.byte}, line_.baudRate);
+        if (first.heard) peer_->hear(now, {first.byte}, line_.baudRate);
     }
 }
 

@@ -38,18 +38,14 @@ public:
     /// A byte has come in with a wrong stop bit.
     void raiseFramingError() { raise(kFramingError); }
 
-    /// Bytes that nobody hears go out behind what is queued; or nothing goes out at all, as when flow control stops it.
+    /// Bytes that nobody hears go out behind what is queued.
     void addUnsent(int bytes);
-    void holdOutput(bool held);
 
     void hold(bool carrier, bool clearToSend, bool dataSetReady) { inputs_ = {carrier, clearToSend, dataSetReady}; }
     void message(std::uint32_t code, std::string text) { messages_[code] = std::move(text); }
 
     /// Every setting of the line since the start, those at openings and refused ones too.
     const std::vector<LineChange>& lineChanges() const { return lineChanges_; }
-
-    /// Every byte that has left, at whatever port.
-    const Bytes& sentBytes() const { return sentBytes_; }
 
     CommState line() const { return line_; }
     std::int32_t CommID() override { return PortOpen() ? handle_ : -1; }
@@ -92,10 +88,8 @@ private:
     CommState line_;
     std::deque<Queued> queue_;
     std::int64_t firstLeavesAt_ = 0;  // in nanoseconds
-    bool held_ = false;
     bool news_ = false;
     std::vector<LineChange> lineChanges_;
-    Bytes sentBytes_;
 };
 
 }  // namespace corvane::fakes

@@ -2,20 +2,19 @@
 """The programs and a simulated HID reader: the same updates through the bench's transport library and its socket, and through
 the real library with hidapi and udev, on a mocked device of the system.
 
-    program_test.py BIN SUPPORT WRAPPER     the folder with the programs, the one with ftp_site.py, umockdev-wrapper
+    program_test.py BIN WRAPPER     the folder with the programs, umockdev-wrapper
 """
 
-import json
-import os
 import pathlib
-import shutil
 import subprocess
 import sys
-import tempfile
 import unittest
 
-BIN, SUPPORT, WRAPPER = (pathlib.Path(word).resolve() for word in sys.argv[1:4])
-LIMIT = 60      # seconds after which a test is lost, whatever it waits for
+sys.path.insert(0, str(pathlib.Path(__file__).resolve().parents[2] / "support"))
+
+from black_box import LIMIT, ProgramTest  # noqa: E402
+
+BIN, WRAPPER = (pathlib.Path(word).resolve() for word in sys.argv[1:3])
 
 LOG = """Login Server... < OK
 Downloading File... < OK
@@ -49,57 +48,22 @@ for i in $(seq 100); do "$1" ports 2>&1 | grep -q HID1 && break; sleep 0.1; done
 """
 
 
-def record(address, data=b"", kind=0):
-    body = bytes((len(data), address >> 8, address & 0xFF, kind)) + data
-    return ":" + (body + bytes((-sum(body) & 0xFF,))).hex().upper()
-
-
-def image(records):
-    lines = ["[INFO]", "PGM=TARN-R200", "VER=V5.2R1", "BUD=2024/01/31"]
-    lines += [record(16 * n, bytes((n * 7 + i) % 255 for i in range(16))) for n in range(records)]
-    return "\n".join(lines + [record(0, b"", 1)]) + "\n"
-
-
 class Updates:
     """What is the same on both ways. The device is at 19200 baud, its boot loader at 57600."""
 
     def setUp(self):
-        folder = tempfile.TemporaryDirectory(prefix="corvane-test-")
-        self.addCleanup(folder.cleanup)
-        self.folder = pathlib.Path(folder.name)
-        (self.folder / "bin").mkdir()
-        self.program = self.own("corvane-cli")
-        self.image = self.folder / "image.hex"
-        self.image.write_text(image(30))
-
-    def own(self, name):
-        """A program of the test's own: downloads lie beside it."""
-        program = self.folder / "bin" / name
-        shutil.copy2(BIN / name, program)
-        return program
+        super().setUp()
+        self.program = self.own(BIN / "corvane-cli")
 
     def run_with_reader(self, *command, reader="boot-baud=115200", verifies=True):
         host = [*self.host, "--device", "hid=yes," + reader, *(["--image", self.image, "--verify"] if verifies else []), "--"]
-        environment = dict(os.environ, HOME=str(self.folder), XDG_CONFIG_HOME=str(self.folder / "config"),
-                           XDG_DATA_HOME=str(self.folder / "data"), CORVANE_FTP_PASSWORD="pw", CORVANE_VELLIO=self.library,
-                           LC_ALL="C", QT_QPA_PLATFORM="offscreen")
+        environment = self.environment(CORVANE_VELLIO=self.library, QT_QPA_PLATFORM="offscreen")
+        environment["LC_ALL"] = "C"
         return subprocess.run([str(word) for word in (*host, *command)], env=environment,
                               stdin=subprocess.DEVNULL, capture_output=True, encoding="utf-8", timeout=LIMIT, check=False)
 
-    def site(self):
-        root = self.folder / "site"
-        (root / "firmware").mkdir(parents=True)
-        shutil.copy2(self.image, root / "firmware" / "a.hex")
-        (root / "firmware" / "firmware.inf").write_text(
-            "[PGM_A]\nPRODUCT=TARN-R200\nVERSION=V5.2R1\nDESC=d\nFILE=/firmware/a.hex\nISP_BAUDRATE=57600\n")
-        server = subprocess.Popen(
-            ["/usr/bin/python3", str(SUPPORT / "ftp_site.py"), json.dumps({"root": str(root), "accounts": {"upd": "pw"}})],
-            stdin=subprocess.PIPE, stdout=subprocess.PIPE, text=True)
-        self.addCleanup(server.communicate)
-        return "127.0.0.1:" + server.stdout.readline().split()[1]
-
     def test_update_at_the_rate_that_the_site_announces(self):
-        done = self.run_with_reader(self.program, "update", "--yes", "--server", self.site(), "--user", "upd",
+        done = self.run_with_reader(self.program, "update", "--yes", "--server", self.site(57600), "--user", "upd",
                                     reader="boot-baud=57600")
         self.assertEqual((done.returncode, done.stdout[:len(LOG)]), (0, LOG), done.stderr)
         self.assertIn("memory equals image", done.stdout)
@@ -115,7 +79,7 @@ class Updates:
         self.assertTrue(done.stdout.count("Update Finish") == 1 and "memory equals image" in done.stdout, done.stdout)
 
     def test_update_through_the_window(self):
-        done = self.run_with_reader(self.own("corvane-windowrun"), "--file", self.image)
+        done = self.run_with_reader(self.own(BIN / "corvane-windowrun"), "--file", self.image)
         self.assertEqual(done.returncode, 0, done.stdout + done.stderr)
         self.assertIn("memory equals image", done.stdout)
 
@@ -124,17 +88,17 @@ class Updates:
         self.assertEqual((done.returncode, done.stdout.split("\n")[0]), (0, "HID1\t\tHID1 Größer €"), done.stderr)
 
 
-class BenchLibrary(Updates, unittest.TestCase):
+class BenchLibrary(Updates, ProgramTest):
     library = ""
     host = [BIN / "corvane-bench"]
     seen_by_reader = "its reader took 7 commands, rate 57600, direction 3"
 
 
-class RealLibrary(Updates, unittest.TestCase):
+class RealLibrary(Updates, ProgramTest):
     library = str(BIN / "VellIO.so")
     host = [WRAPPER, BIN / "mocked-reader"]
     seen_by_reader = ""
 
 
 if __name__ == "__main__":
-    unittest.main(argv=sys.argv[:1] + sys.argv[4:])
+    unittest.main(argv=sys.argv[:1] + sys.argv[3:])

@@ -1,0 +1,64 @@
+"""What the tests of the programs themselves share: a folder with a home and an image in it, a bench, a site."""
+
+import json
+import os
+import pathlib
+import shutil
+import subprocess
+import tempfile
+import unittest
+
+LIMIT = 60      # seconds after which a test is lost, whatever it waits for
+
+
+def record(address, data=b"", kind=0):
+    body = bytes((len(data), address >> 8, address & 0xFF, kind)) + data
+    return ":" + (body + bytes((-sum(body) & 0xFF,))).hex().upper()
+
+
+def image(records):
+    lines = ["[INFO]", "PGM=TARN-R200", "VER=V5.2R1", "BUD=2024/01/31"]
+    lines += [record(16 * n, bytes((n * 7 + i) % 255 for i in range(16))) for n in range(records)]
+    return "\n".join(lines + [record(0, b"", 1)]) + "\n"
+
+
+class ProgramTest(unittest.TestCase):
+    """Every test has a folder of its own; the image has so many records."""
+    records = 30
+
+    def setUp(self):
+        folder = tempfile.TemporaryDirectory(prefix="corvane-test-")
+        self.addCleanup(folder.cleanup)
+        self.folder = pathlib.Path(folder.name)
+        self.image = self.folder / "image.hex"
+        self.image.write_text(image(self.records))
+        self.report = self.folder / "report"
+        self.ready = self.folder / "ready"
+
+    def own(self, program):
+        """A copy of a program, so that downloads lie beside it and in no one else's way."""
+        (self.folder / "bin").mkdir(exist_ok=True)
+        return pathlib.Path(shutil.copy2(program, self.folder / "bin"))
+
+    def environment(self, **more):
+        return dict(os.environ, HOME=str(self.folder), XDG_CONFIG_HOME=str(self.folder / "config"),
+                    XDG_DATA_HOME=str(self.folder / "data"), CORVANE_FTP_PASSWORD="pw", LC_ALL="C.UTF-8", **more)
+
+    def bench(self, program, device, *command):
+        """The bench, with or without a command that it runs; it says at the end whether the memory equals the image."""
+        words = [program, "--config-dir", self.folder / "config", "--device", device, "--image", self.image, "--verify",
+                 "--report", self.report, "--ready-file", self.ready]
+        return [str(word) for word in words + (["--", *command] if command else [])]
+
+    def site(self, baud, **faults):
+        """A server with the image, for which it names this rate of the boot loader; its address."""
+        root = self.folder / "site"
+        (root / "firmware").mkdir(parents=True, exist_ok=True)
+        shutil.copy2(self.image, root / "firmware" / "a.hex")
+        (root / "firmware" / "firmware.inf").write_text(
+            "[PGM_A]\nPRODUCT=TARN-R200\nVERSION=V5.2R1\nDESC=d\nFILE=/firmware/a.hex\nISP_BAUDRATE=%d\n" % baud)
+        options = json.dumps({"root": str(root), "accounts": {"upd": "pw"}, **faults})
+        server = subprocess.Popen(["/usr/bin/python3", str(pathlib.Path(__file__).with_name("ftp_site.py")), options],
+                                  stdin=subprocess.PIPE, stdout=subprocess.PIPE, text=True)
+        self.addCleanup(server.communicate)
+        return "127.0.0.1:" + server.stdout.readline().split()[1]
