@@ -26,7 +26,7 @@ struct LinuxSide {
     std::string report = folder.at("report");
     std::string program = folder.file("with blanks/the program", "#!/bin/sh\nexec >'" + report + R"sh('
 [ "$(sed 's/.*) //' /proc/$$/stat | cut -d' ' -f4)" = $$ ] && echo own session
-sed -nE 's/^(Sig(Blk|Ign)).*(.{7})$/\1 \3/p' /proc/$$/status
+sed -nE 's/^(Sig(Blk|Ign)).*(.{7})$/\1 \3/p' /proc/self/status
 readlink /proc/$$/fd/0
 )sh");
     std::string path = std::getenv("PATH");

@@ -125,8 +125,12 @@ TEST_F(Streams, AReadBufferNeverExceedsItsSize) {
     vellSetReadBufferSize(handle_, 7);
     EXPECT_EQ(dispatched(), Texts({"1:93:"}));
     EXPECT_EQ(read(100), std::string("\0\1\2\3\4\5\6", 7));
-    for (const std::int32_t size : {0, -1, 1048577}) vellSetReadBufferSize(handle_, size);
+    for (const std::int32_t size : {0, -1, 1048577}) {
+        vellSetReadBufferSize(handle_, size);
+        vellSetWriteBufferSize(handle_, size);
+    }
     EXPECT_EQ(vellGetReadBufferSize(handle_), 7);
+    EXPECT_EQ(vellGetWriteBufferSize(handle_), 2048);
     peer.say({2, 62}, 20);
     vellService(handle_);
     EXPECT_EQ(vellBytesToReadCtrl(handle_), 1024);

@@ -39,7 +39,7 @@ private:
     models::HidReaderOptions options_;
     _UMockdevTestbed* bed_;
     ScratchFolder folder_;
-    int plugged_ = 0;     // times
+    int plugged_ = 0;  // times
     int descriptor_ = -1;
     std::string pending_;
     std::vector<int> kept_;  // a terminal of each node
