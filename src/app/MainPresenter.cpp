@@ -4,6 +4,7 @@
 #include "app/LocalImageLoader.h"
 #include "app/OperatorSettings.h"
 #include "text/Cp1252.h"
+#include "text/Text.h"
 
 namespace corvane {
 
@@ -66,7 +67,10 @@ bool MainPresenter::loadFile(const std::string& path) {
 
 std::string MainPresenter::localStep(const std::string& deviceVersion) const {
     const auto& image = updater_.choices.image;
-    if (!image.path.empty()) return versionStep(deviceVersion, image.version);
+    if (!image.path.empty()) {
+        const auto step = versionStep(deviceVersion, image.version);
+        return step.empty() || containsNoCase(deviceVersion, image.program) ? step : "made for another product";
+    }
     if (!image.program.empty()) return "No Intel HEX file: choose another one.";
     return updater_.choices.useFile ? "Choose a file to install." : "";
 }

@@ -93,11 +93,20 @@ std::string reasonFor(const RunReport& report) {
     return {};
 }
 
+/// Without power a boot loader whose firmware is whole starts that again; any other stays one.
+bool isSafeToUnplug(const RunReport& report) {
+    return report.end == RunEnd::updated ||
+           !(report.wasErased || report.foundInBootLoader || !report.bootLoaderPort.empty());
+}
+
 Steps rescueSteps(const RunReport& report) {
-    Steps steps = {report.portLost ? "Plug it in again, and leave the device connected and powered."
-                                   : "Leave the device connected and powered."};
+    Steps steps;
+    if (report.portLost) {
+        steps.emplace_back("Plug it in again, and leave the device connected and powered.");
+    } else if (!isSafeToUnplug(report)) {
+        steps.emplace_back("Leave the device connected and powered.");
+    }
     if (report.end == RunEnd::noBootLoader) {
-        if (report.maySitInBootLoader && !report.portLost) steps.clear();  // it is safe to unplug
         steps.emplace_back("Switch the device off and on. If it starts, it runs its old firmware: update it again.");
         steps.emplace_back(
             "If it does not start, force an update: the scan then takes the boot loader at the rate at which it "
@@ -207,11 +216,14 @@ Verdict verdictFor(const RunReport& report, const std::optional<Proof>& proof) {
     verdict.headline = headlineFor(verdict.kind, report);
     verdict.facts = factsFor(verdict.kind, report, proof);
     verdict.steps = stepsFor(verdict.kind, report);
-    verdict.isSafeToUnplug = verdict.kind != Verdict::Kind::waiting && report.bootLoaderPort.empty();
+    verdict.isSafeToUnplug = isSafeToUnplug(report);
+    verdict.isUnplugged = report.portLost;
+    verdict.callsForForce = !verdict.isSafeToUnplug;
     return verdict;
 }
 
 std::string Verdict::unplugText() const {
+    if (kind == Kind::handedOver || isUnplugged) return {};
     return isSafeToUnplug ? "It is safe to unplug the device."
                           : "Better leave the device plugged in; without power it stays in its boot loader and can "
                             "still be rescued.";
@@ -220,7 +232,7 @@ std::string Verdict::unplugText() const {
 std::vector<std::string> verdictLines(const Verdict& verdict) {
     std::vector<std::string> lines = {verdict.headline};
     lines.insert(lines.end(), verdict.facts.begin(), verdict.facts.end());
-    if (verdict.kind != Verdict::Kind::handedOver) lines.push_back(verdict.unplugText());
+    if (const auto text = verdict.unplugText(); !text.empty()) lines.push_back(text);
     for (std::size_t i = 0; i < verdict.steps.size(); ++i)
         lines.push_back(std::to_string(i + 1) + ". " + verdict.steps[i]);
     return lines;

@@ -29,8 +29,10 @@ struct Verdict {
     std::vector<std::string> facts;
     std::vector<std::string> steps;  ///< what mends it, to be numbered
     bool isSafeToUnplug = true;
+    bool isUnplugged = false;
+    bool callsForForce = false;  ///< the next run has to be a forced one
 
-    /// "It is safe to unplug the device." or what to do instead.
+    /// "It is safe to unplug the device." or what to do instead; empty where there is nothing to unplug.
     std::string unplugText() const;
 };
 

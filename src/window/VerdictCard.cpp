@@ -16,8 +16,8 @@ QString cardText(const Verdict& verdict, const QStringList& advice) {
     QString text;
     for (const auto& line : advice) text += paragraph(line);
     for (const auto& fact : verdict.facts) text += paragraph(QString::fromStdString(fact));
-    if (verdict.kind != Verdict::Kind::handedOver)
-        text += "<b>" + paragraph(QString::fromStdString(verdict.unplugText())) + "</b>";
+    if (const auto unplug = QString::fromStdString(verdict.unplugText()); !unplug.isEmpty())
+        text += "<b>" + paragraph(unplug) + "</b>";
     if (verdict.steps.empty()) return text;
     text += "<ol style='margin: 4px 0 0 0'>";
     for (const auto& step : verdict.steps) text += "<li>" + QString::fromStdString(step).toHtmlEscaped() + "</li>";

@@ -159,12 +159,12 @@ void frmCorvane::conclude(const RunReport& report) {
     ui_.notice->say(noticeFor(verdict));
     const bool isUpdated = verdict.kind == Verdict::Kind::updated;
     ui_.txtVerdict->showVerdict(verdict, isUpdated ? QStringList() : hints_);
-    if (!isUpdated) clearHints();                  // the card says them
+    clearHints();                                  // the card says what still matters
     showDevice(isUpdated ? RunReport() : report);  // ready for the next one
     const int devices = updater_.jobs().updatedDevices();
     if (devices > 0)
         ui_.labJobs->setText(devices == 1 ? tr("1 device updated") : tr("%1 devices updated").arg(devices));
-    ui_.cmdStartCheck->setFocus();
+    (verdict.callsForForce ? ui_.cmdForceISP : ui_.cmdStartCheck)->setFocus();
 }
 
 void frmCorvane::showDevice(const RunReport& report) {

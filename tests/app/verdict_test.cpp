@@ -49,6 +49,8 @@ TEST_F(VerdictOfARun, IsUpdatedWithItsProof) {
     report.version = "V5.2R1";
     EXPECT_TRUE(says(updater.conclude(report, true), "did not answer when it was asked"));
     EXPECT_TRUE(says(verdictFor(report, Proof{true, "TARN V5.1"}), "TARN V5.1; the image's version is V5.2R1."));
+    report.portLost = true;
+    EXPECT_TRUE(says(verdictFor(report, std::nullopt), "was lost when the device was to restart"));
 }
 
 TEST_F(VerdictOfARun, IsUntouchedAsLongAsTheDeviceIs) {
@@ -74,8 +76,8 @@ TEST_F(VerdictOfARun, IsTheBootLoaderFromThereOn) {
     EXPECT_TRUE(says(verdict, "1. Switch the device off and on."));
     verdict = judge("boot-deaf=9000");
     EXPECT_EQ(verdict.headline, "The device waits in its boot loader. Its firmware is still there.");
-    EXPECT_TRUE(says(verdict, "1. Leave the device connected"));
-    EXPECT_FALSE(verdict.isSafeToUnplug);
+    EXPECT_TRUE(says(verdict, "1. Switch the device off and on."));
+    EXPECT_TRUE(verdict.isSafeToUnplug && !verdict.callsForForce);
     for (const char* fault : {"nak@:0400100005060708D2x*", "erase-nakx*", "unplug@1", "unplug-erase"}) {
         verdict = judge(fault);
         EXPECT_EQ(verdict.kind, Verdict::Kind::waiting) << fault;
@@ -83,7 +85,11 @@ TEST_F(VerdictOfARun, IsTheBootLoaderFromThereOn) {
         EXPECT_EQ(verdict.headline, isErased ? "The device waits in its boot loader. It has no working firmware yet."
                                              : "The device waits in its boot loader. Its firmware may be gone.")
             << fault;
+        const bool isLost = std::string(fault).find("unplug") == 0;
+        EXPECT_EQ(says(verdict, "Better leave the device plugged in"), !isLost) << fault;
+        EXPECT_TRUE(says(verdict, isLost ? "1. Plug it in again" : "1. Leave the device connected")) << fault;
         EXPECT_TRUE(says(verdict, "2. Force an update")) << fault;
+        EXPECT_TRUE(verdict.callsForForce) << fault;
     }
 }
 
