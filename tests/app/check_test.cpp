@@ -31,32 +31,20 @@ TEST(ImageCheck, FindsNothingInASoundImage) {
     EXPECT_EQ(segmentText(report.segments[2]), "0x10000 to 0x10003, 4 bytes");
 }
 
-TEST(MemoryMap, SaysWhichMemoryAnImageFills) {
+TEST(MemoryMap, OfAScatteredImageIsCutShort) {
     const fakes::ScratchFolder folder;
-    const auto map = memoryMapOf(folder.file("a.hex", kSound));
-    ASSERT_TRUE(map);
-    EXPECT_EQ(map->first, 0U);
-    EXPECT_EQ(map->end, 0x10004U);
-    EXPECT_EQ(map->words(),
-              "12 bytes in 3 segments: 0x00000 to 0x00003, 4 bytes; a gap of 12 bytes; 0x00010 to 0x00013, 4 bytes; a "
-              "gap of 65516 bytes; 0x10000 to 0x10003, 4 bytes.");
     std::string scattered;
-    for (int i = 1; i < 50; ++i)
-        scattered += replaceAll(":01@0000AA00\n", "@", i < 10 ? "0" + std::to_string(i) : std::to_string(i));
+    for (int i = 10; i < 50; ++i) scattered += ":01" + std::to_string(i) + "0000AA00\n";
     const auto words = memoryMapOf(folder.file("b.hex", scattered))->words();
-    EXPECT_EQ(words.substr(0, 44), "49 bytes in 49 segments: 0x00100 to 0x00100,");
-    EXPECT_EQ(words.substr(words.size() - 25), "; and more up to 0x04900.");
+    EXPECT_TRUE(words.starts_with("40 bytes in 40 segments: 0x01000 to 0x01000, 1 byte; a gap")) << words;
+    EXPECT_TRUE(words.ends_with("; and more up to 0x04900.")) << words;
     EXPECT_FALSE(memoryMapOf(folder.file("c.hex", ":00000001FF\n")));
     EXPECT_FALSE(memoryMapOf(folder.at("none.hex")));
 }
 
 TEST(ImageCheck, FindsEachMistake) {
     const std::string data = ":0400000001020304F2\n", end = ":00000001FF\n";
-    struct Case {
-        std::string content;
-        std::string findings;
-    };
-    const Case cases[] = {
+    const std::pair<std::string, std::string> cases[] = {
         {"", "the file holds no data; the file has no end record"},
         {end, "the file holds no data"},
         {data, "the file has no end record"},
@@ -65,15 +53,8 @@ TEST(ImageCheck, FindsEachMistake) {
         {data + ":0400100005060708D200\n" + end, "line 2 has more bytes than its length says"},
         {data + ":04001000050607zzD2\n:\n" + end,
          "line 2 holds a character that is no hexadecimal digit; line 3 is cut off: fewer bytes than its length says"},
-        {data +
-             ":04000400010203"
-             "04EE\n:020002000506F1\n" +
-             end,
-         "line 3 writes to 0x00002 again, as line 1 did"},
-        {":0400100005060708D2\n:04000E00010203"
-         "04E4\n" +
-             end,
-         "line 2 writes to 0x00010 again, as line 1 did"},
+        {data + ":0400040001020304EE\n:020002000506F1\n" + end, "line 3 writes to 0x00002 again, as line 1 did"},
+        {":0400100005060708D2\n:04000E0001020304E4\n" + end, "line 2 writes to 0x00010 again, as line 1 did"},
         {data + data + end,
          "line 2 is a second record at address 0: the one in line 1 is never sent; line 2 writes to 0x00000 again, as "
          "line 1 did"},
@@ -88,7 +69,7 @@ TEST(ImageCheck, FindsEachMistake) {
          "line 2 holds a record that does not begin the line, so it is never sent"},
         {":04FFFE0001020304F5\n" + end, "line 1 runs past the end of its 64 KiB segment"},
     };
-    for (const auto& one : cases) EXPECT_EQ(found(one.content), one.findings) << one.content;
+    for (const auto& [content, wanted] : cases) EXPECT_EQ(found(content), wanted) << content;
     EXPECT_EQ(found(data + ":\n:\n:\n" + end, 2),
               "line 2 is cut off: fewer bytes than its length says; line 3 is cut off: fewer bytes than its length "
               "says; and 1 more");
@@ -128,11 +109,7 @@ TEST_F(Site, FindsEachPlantedMistake) {
     folder.file("site/f/bad.hex", ":0400000001020304F3\n");
     folder.file("site/f/empty.hex", "");
     const std::string ok = "PRODUCT=P\nVERSION=V1.1\nDESC=d\nFILE=/f/a.hex\n";
-    struct Case {
-        std::string inf;
-        std::string findings;
-    };
-    const Case cases[] = {
+    const std::pair<std::string, std::string> cases[] = {
         {"", "[] offers no image at all\n"},
         {"[PGM_A]\nPRODUCT=P\nVERSION=V1.1\n[PGM_B]\nDESC=d\nFILE=/f/a.hex\n[End]\n",
          "[PGM_A] is not offered: DESC, FILE missing\n"
@@ -174,7 +151,7 @@ TEST_F(Site, FindsEachPlantedMistake) {
          "[Corvane] File \"firmware/utility/corvane.exe\" is not on the site\n"},
         {std::string("[PGM_A]\n") + ok + std::string(1, '\0'), "[] holds NUL bytes: it is no text file\n"},
     };
-    for (const auto& one : cases) EXPECT_EQ(findings(one.inf), one.findings) << one.inf;
+    for (const auto& [inf, wanted] : cases) EXPECT_EQ(findings(inf), wanted) << inf;
 }
 
 }  // namespace

@@ -6,7 +6,6 @@
 #include <stdexcept>
 
 #include "DialogAnswers.h"
-#include "models/Flash.h"
 #include "support/AppBench.h"
 #include "window/frmCorvane.h"
 
@@ -14,9 +13,7 @@ namespace corvane {
 
 /// The real window over fakes of everything that it stands on, in virtual time.
 struct WindowBench {
-    static constexpr char kImage[] =
-        "[INFO]\nPGM=TARN-R200\nVER=V5.2R1\nBUD=2024/01/31\n"
-        ":0400000001020304F2\n:0400100005060708D2\n:04002000090A0B0CB2\n:00000001FF\n";
+    static constexpr auto& kImage = fakes::kImage;
 
     /// An image of so many records of 16 bytes, and the end record.
     static std::string imageOf(int records) {
@@ -54,9 +51,7 @@ struct WindowBench {
     }
 
     models::Device& plug(models::DeviceOptions options = {}, std::int16_t number = 1) {
-        devices.push_back(std::make_unique<models::Device>(std::move(options)));
-        bench.serial.plug(number, *devices.back());
-        return *devices.back();
+        return bench.plug(std::move(options), number);
     }
 
     template <typename Control>
@@ -84,15 +79,8 @@ struct WindowBench {
         answers.expect("frmMessage", DialogAnswers::pressing("cmdOK"));
     }
 
-    /// Empty when the first device's memory is the image's.
-    std::string memoryFault(const std::string& image = kImage) const {
-        const auto fault = models::comparison(devices.front()->flash(), models::imageOf(image));
-        return fault == "memory equals image" ? "" : fault;
-    }
-
     fakes::AppBench bench;
     DialogAnswers answers;
-    std::vector<std::unique_ptr<models::Device>> devices;
     std::unique_ptr<frmCorvane> window;
 };
 
