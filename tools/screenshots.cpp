@@ -128,16 +128,18 @@ void takeFailure(const QString& folder, const QString& name) {
     scene.take(name);
 }
 
-void takeRefused(const QString& folder) {
+void takeRefused(const QString& folder, const QString& name, bool isBusy) {
     Scene scene(folder, {900, 640});
     scene.bench.serial.list(3);
-    scene.bench.serial.control.markBusy(3);
-    scene.bench.serial.list(4);
-    scene.bench.serial.control.markForbidden(4);
+    if (isBusy) {
+        scene.bench.serial.control.markBusy(3);
+    } else {
+        scene.bench.serial.control.markForbidden(3);
+    }
     scene.bench.inspector.holders["/dev/fake3"] = {4711, "minicom"};
     scene.pickImage(WindowBench::imageOf(300));
     scene.press("cmdStartCheck");
-    scene.take("refused");
+    scene.take(name);
 }
 
 void takeConnection(const QString& folder) {
@@ -195,7 +197,8 @@ int main(int argc, char** argv) try {
     takeScan(folder);
     takeOnline(folder);
     takeFailure(folder, "failed");
-    takeRefused(folder);
+    takeRefused(folder, "forbidden", false);
+    takeRefused(folder, "busy", true);
     takeConnection(folder);
     takeLong(folder);
     useDarkPalette();

@@ -164,6 +164,9 @@ void frmCorvane::conclude(const RunReport& report) {
     const int devices = updater_.jobs().updatedDevices();
     if (devices > 0)
         ui_.labJobs->setText(devices == 1 ? tr("1 device updated") : tr("%1 devices updated").arg(devices));
+    // What to press next.
+    ui_.cmdStartCheck->setDefault(!verdict.callsForForce);
+    ui_.cmdForceISP->setDefault(verdict.callsForForce);
     (verdict.callsForForce ? ui_.cmdForceISP : ui_.cmdStartCheck)->setFocus();
 }
 
