@@ -28,26 +28,31 @@ bool HexProgrammer::ProgramHex(const std::string& code, bool bShowCode) {
         if (i == 1) ++repeated_;
         session_.comm->CommOutput(code + "\r");
         const auto answer = awaitAnswer();
-        if (bShowCode) session_.log.ShowInfo(answer == kAck ? " < OK\r\n" : " < NG\r\n");
-        if (answer == kAck) return true;
-        if (answer == kNak && isAnotherAnswerComing()) return false;
-        if (answer != kNak) wasSilent_ = true;
+        const bool isAccepted = answer == Answer::accepted;
+        if (bShowCode) session_.log.ShowInfo(isAccepted ? " < OK\r\n" : " < NG\r\n");
+        if (isAccepted || answer == Answer::unclear) return isAccepted;
+        if (answer == Answer::none) wasSilent_ = true;
     }
     return false;
 }
 
-/// What comes while the record is still being sent belongs to something before it.
-std::uint8_t HexProgrammer::awaitAnswer() {
+/// What comes while the record is still being sent belongs to something before it: an ACK says nothing then, a NAK that
+/// a record which counts as accepted was not.
+HexProgrammer::Answer HexProgrammer::awaitAnswer() {
     constexpr int kMostStrays = 10;
-    std::uint8_t answer = 0;
     for (int i = 0; i < kMostStrays; ++i) {
-        answer = lines_.wait_comm(kAnswerTime);
-        if ((answer != kAck && answer != kNak) || session_.comm->OutBufferCount() == 0) break;
+        const auto answer = lines_.wait_comm(kAnswerTime);
+        if (answer != kAck && answer != kNak) return Answer::none;
+        const bool isWhollySent = session_.comm->OutBufferCount() == 0;
+        if (answer == kNak && isWhollySent) return isAnotherAnswerComing() ? Answer::unclear : Answer::refused;
+        if (answer == kNak || lines_.cameAlong(kNak)) return Answer::unclear;
+        if (isWhollySent) return Answer::accepted;
     }
-    return answer;
+    return Answer::none;
 }
 
 bool HexProgrammer::isAnotherAnswerComing() {
+    if (lines_.cameAlong(kAck) || lines_.cameAlong(kNak)) return true;
     const auto next = lines_.wait_comm(kAnswerTime);
     return next == kAck || next == kNak;
 }

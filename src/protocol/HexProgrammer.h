@@ -14,7 +14,8 @@ namespace corvane {
 ///
 /// Answers carry no number. A late or doubled one puts answers and records out of step, which does no harm until a
 /// record is refused: the refusal would then be taken for another record's, and the image would lack one. So a refusal
-/// counts only when silence follows it; anything else fails the whole try, which is repeated from the first record.
+/// counts only when it comes alone, after its record was sent, and silence follows it; any other fails the whole try,
+/// which is repeated from the first record.
 class HexProgrammer {
 public:
     HexProgrammer(DeviceSession& session, Progress& progress)
@@ -40,6 +41,8 @@ public:
     }
 
 private:
+    enum class Answer { none, accepted, refused, unclear };
+
     struct Held {
         std::string first;  ///< the record at address 0; empty when none is held
         std::string end;
@@ -49,7 +52,7 @@ private:
     bool takeRecord(const std::string& line, std::uint32_t& upper, Held& held);
     bool sendHeld(std::string& record);
     bool send(const std::string& line, std::uint32_t type);
-    std::uint8_t awaitAnswer();
+    Answer awaitAnswer();
     bool isAnotherAnswerComing();
 
     DeviceSession& session_;

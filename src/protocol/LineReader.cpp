@@ -1,5 +1,7 @@
 #include "protocol/LineReader.h"
 
+#include <algorithm>
+
 namespace corvane {
 namespace {
 
@@ -26,6 +28,7 @@ void LineReader::wait_comm_empty() {
 std::uint8_t LineReader::wait_comm(double dTimeout, const std::string& strEcho) {
     constexpr double kDay = 86400;
     session_.receivedLine.clear();
+    rest_.clear();
     int taken = 0;
     double noted = session_.runtime.secondsOfDay();
     while (taken < kLongestLine && !session_.isAbandoned()) {
@@ -37,13 +40,20 @@ std::uint8_t LineReader::wait_comm(double dTimeout, const std::string& strEcho) 
             if (!session_.comm->PortOpen()) return 0;
             continue;
         }
-        for (const auto byte : bytesOf(session_.comm->CommInput())) {
-            ++taken;
-            if (const auto end = take(byte, strEcho)) return end;
+        const auto bytes = bytesOf(session_.comm->CommInput());
+        for (std::size_t i = 0; i < bytes.size(); ++i, ++taken) {
+            const auto end = take(bytes[i], strEcho);
+            if (!end) continue;
+            rest_.assign(bytes.begin() + static_cast<std::ptrdiff_t>(i) + 1, bytes.end());
+            return end;
         }
         noted = session_.runtime.secondsOfDay();
     }
     return 0;
+}
+
+bool LineReader::cameAlong(std::uint8_t byte) const {
+    return std::find(rest_.begin(), rest_.end(), byte) != rest_.end();
 }
 
 /// The byte itself when it ends the reply, else 0.

@@ -20,10 +20,14 @@ public:
     /// dTimeout seconds pass in silence.
     std::uint8_t wait_comm(double dTimeout, const std::string& strEcho = {});
 
+    /// Whether this byte stood behind the end of the last reply in what was read with it. All of that is dropped.
+    bool cameAlong(std::uint8_t byte) const;
+
 private:
     std::uint8_t take(std::uint8_t byte, const std::string& echo);
 
     DeviceSession& session_;
+    Bytes rest_;
 };
 
 }  // namespace corvane

@@ -136,6 +136,13 @@ TEST_P(Programmer, TakesARefusalOnlyWhenSilenceFollows) {
     EXPECT_FALSE(program({kAt16, kAt32, kEnd}));
     EXPECT_EQ(peer->heardText(), kAt16 + "\r" + kAt32 + "\r" + kEnd + "\r");
 
+    for (const Bytes& both : {Bytes{6, 21}, Bytes{21, 6}, Bytes{21, 21}}) {  // read in one go
+        connectPeer();
+        peer->answer(bytesOf(kAt16 + "\r"), {{5, both}});
+        for (const auto& record : {kAt32, kEnd}) peer->answer(bytesOf(record + "\r"), {{5, {6}}});
+        EXPECT_FALSE(program({kAt16, kAt32, kEnd}));
+    }
+
     connectPeer();  // a late refusal of the last record, after a silence
     peer->answer(bytesOf(kAt16 + "\r" + kAt16 + "\r"), {{1, {6}}, {15, {6}}});
     peer->answer(bytesOf(kEnd + "\r"), {{40, {21}}});
@@ -162,6 +169,14 @@ TEST_P(Programmer, TakesNoAnswerThatComesBeforeTheRecordIsSent) {
     EXPECT_TRUE(program({kAt16, kAt32, kEnd}));
     EXPECT_EQ(device->log().records, (Records{kAt16, kAt32, kEnd}));
     EXPECT_EQ(programmer.repeatedRecords(), 1);
+    bench.port.PortOpen(false);
+
+    fakes::ScriptedPeer late;  // the first record's ACK is another one's, and its own NAK comes 20 ms into the second
+    late.answer(bytesOf(kAt16 + "\r"), {{1, {6}}, {21, {21}}});
+    for (const auto& record : {kAt32, kEnd}) late.answer(bytesOf(record + "\r"), {{1, {6}}});
+    models::PacedLine slow(late, 2400);
+    reopen(slow, "2400,N,8,1");
+    EXPECT_FALSE(program({kAt16, kAt32, kEnd}));
     bench.port.PortOpen(false);
 }
 
