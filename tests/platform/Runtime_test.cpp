@@ -17,7 +17,7 @@ constexpr int kForEver = 3600 * 1000;  // ms; the test's own limit ends it other
 template <typename Side>
 class RuntimeContract : public testing::Test {
 protected:
-    Side runtime;
+    Side side;
     Log log;
 
     std::function<void()> note(const std::string& text) {
@@ -26,7 +26,7 @@ protected:
 
     Log events() {
         log.clear();
-        runtime.DoEvents();
+        side.DoEvents();
         return log;
     }
 };
@@ -35,7 +35,7 @@ using Sides = testing::Types<fakes::FakeRuntime, LinuxRuntime>;
 TYPED_TEST_SUITE(RuntimeContract, Sides);
 
 TYPED_TEST(RuntimeContract, WaitsTakeTheirTime) {
-    auto& runtime = this->runtime;
+    auto& runtime = this->side;
     const auto before = runtime.tick();
     const auto seconds = runtime.secondsOfDay();
     runtime.Sleep(20);
@@ -47,7 +47,7 @@ TYPED_TEST(RuntimeContract, WaitsTakeTheirTime) {
 }
 
 TYPED_TEST(RuntimeContract, TimersEndWaitsAndRunInDoEventsUntilStopped) {
-    auto& runtime = this->runtime;
+    auto& runtime = this->side;
     const int timer = runtime.startTimer(3, this->note("timer"));
     runtime.WaitActivity(kForEver);
     EXPECT_EQ(this->log, Log());
@@ -60,7 +60,7 @@ TYPED_TEST(RuntimeContract, TimersEndWaitsAndRunInDoEventsUntilStopped) {
 }
 
 TYPED_TEST(RuntimeContract, PostedHandlersRunInOrderAndCanBeForgotten) {
-    auto& runtime = this->runtime;
+    auto& runtime = this->side;
     const int mine = 0, yours = 0;
     runtime.post(&mine, [&] {
         this->log.push_back("first");
@@ -74,7 +74,7 @@ TYPED_TEST(RuntimeContract, PostedHandlersRunInOrderAndCanBeForgotten) {
 }
 
 TYPED_TEST(RuntimeContract, HandlersNeitherNestNorStopOthersNorHoldItUp) {
-    auto& runtime = this->runtime;
+    auto& runtime = this->side;
     runtime.setPump(this->note("pump"));
     runtime.post(this, [&] {
         this->log.push_back("in");
@@ -106,7 +106,7 @@ struct Source : PolledSource {
 };
 
 TYPED_TEST(RuntimeContract, PolledSourceIsServedInWaitsWhileBusy) {
-    auto& runtime = this->runtime;
+    auto& runtime = this->side;
     Source source;
     runtime.add(source);
     runtime.Sleep(3);

@@ -10,7 +10,7 @@ using Rigs = testing::Types<FakeSerialRig, PseudoTerminalRig>;
 TYPED_TEST_SUITE(SerialControlContract, Rigs);
 
 TYPED_TEST(SerialControlContract, ReadsAndSendsEveryByteOfTextAndBytes) {
-    auto& rig = this->rig;
+    auto& rig = this->side;
     auto& control = rig.control;
     rig.say("before");
     control.PortOpen(true);
@@ -33,7 +33,7 @@ TYPED_TEST(SerialControlContract, ReadsAndSendsEveryByteOfTextAndBytes) {
 }
 
 TYPED_TEST(SerialControlContract, ClosedPortHoldsNothing) {
-    auto& control = this->rig.control;
+    auto& control = this->side.control;
     control.RThreshold(1);
     control.RTSEnable(true);
     control.HandShaking(3);
@@ -55,7 +55,7 @@ TYPED_TEST(SerialControlContract, ClosedPortHoldsNothing) {
 
 TYPED_TEST(SerialControlContract, PortInUseOrMissingDoesNotOpen) {
     using Kind = OpenFailure::Kind;
-    auto& control = this->rig.control;
+    auto& control = this->side.control;
     control.CommPort(2);
     EXPECT_EQ(this->errorOf([&] { control.PortOpen(true); }), 8002);
     EXPECT_EQ(control.openFailure().kind, Kind::notThere);
@@ -67,14 +67,14 @@ TYPED_TEST(SerialControlContract, PortInUseOrMissingDoesNotOpen) {
     EXPECT_EQ(this->errorOf([&] { control.InBufferSize(10); }), 8000);
     EXPECT_TRUE(control.PortOpen());
     control.PortOpen(false);
-    this->rig.occupy();
+    this->side.occupy();
     EXPECT_EQ(this->errorOf([&] { control.PortOpen(true); }), 8005);
     EXPECT_EQ(control.openFailure().kind, Kind::inUse);
     EXPECT_FALSE(control.PortOpen());
 }
 
 TYPED_TEST(SerialControlContract, RefusesValuesThatNoPortHas) {
-    auto& control = this->rig.control;
+    auto& control = this->side.control;
     const std::function<void()> calls[] = {
         [&] { control.InputMode(2); },     [&] { control.InputLen(-1); },      [&] { control.HandShaking(4); },
         [&] { control.RThreshold(-1); },   [&] { control.SThreshold(-1); },    [&] { control.InBufferSize(0); },
@@ -90,7 +90,7 @@ TYPED_TEST(SerialControlContract, RefusesValuesThatNoPortHas) {
 }
 
 TYPED_TEST(SerialControlContract, SettingsAndCommStateSetTheLineOrChangeNothing) {
-    auto& control = this->rig.control;
+    auto& control = this->side.control;
     control.Settings("57600N,e,8,2");
     control.PortOpen(true);
     EXPECT_EQ(this->line().baudRate, 57600u);
@@ -119,7 +119,7 @@ TYPED_TEST(SerialControlContract, SettingsAndCommStateSetTheLineOrChangeNothing)
 }
 
 TYPED_TEST(SerialControlContract, EventsComeOnceEachAndOnlyInDoEvents) {
-    auto& control = this->rig.control;
+    auto& control = this->side.control;
     int calls = 0;
     control.OnComm = [&] { ++calls; };
     control.RThreshold(3);
@@ -136,12 +136,12 @@ TYPED_TEST(SerialControlContract, EventsComeOnceEachAndOnlyInDoEvents) {
     EXPECT_EQ(this->events(), (Codes{7, 2}));
     control.RThreshold(0);
     control.Output(std::string("abc"));
-    ASSERT_TRUE(waitUntil(this->rig.runtime, [&] { return control.OutBufferCount() == 0; }));
+    ASSERT_TRUE(waitUntil(this->side.runtime, [&] { return control.OutBufferCount() == 0; }));
     EXPECT_EQ(this->events(), Codes{1});
 }
 
 TYPED_TEST(SerialControlContract, DiscardingAndClosingReachWhatTheSystemHolds) {
-    auto& rig = this->rig;
+    auto& rig = this->side;
     rig.control.PortOpen(true);
     this->received("a");
     rig.say("b");
@@ -158,7 +158,7 @@ TYPED_TEST(SerialControlContract, DiscardingAndClosingReachWhatTheSystemHolds) {
 }
 
 TYPED_TEST(SerialControlContract, FullReceiveBufferDropsTheRestAndSaysSo) {
-    auto& control = this->rig.control;
+    auto& control = this->side.control;
     control.InBufferSize(4);
     control.NullDiscard(true);
     control.PortOpen(true);
@@ -169,19 +169,19 @@ TYPED_TEST(SerialControlContract, FullReceiveBufferDropsTheRestAndSaysSo) {
 }
 
 TYPED_TEST(SerialControlContract, LostPortIsClosedAtOnce) {
-    auto& control = this->rig.control;
+    auto& control = this->side.control;
     control.RThreshold(1);
     control.PortOpen(true);
     this->received("abc");
-    this->rig.unplug();
-    ASSERT_TRUE(waitUntil(this->rig.runtime, [&] { return !control.PortOpen(); }));
+    this->side.unplug();
+    ASSERT_TRUE(waitUntil(this->side.runtime, [&] { return !control.PortOpen(); }));
     EXPECT_EQ((Codes{control.InBufferCount(), control.OutBufferCount(), control.CommID()}), (Codes{0, 0, -1}));
     EXPECT_EQ(control.Input(), Variant(std::string()));
     control.InBufferCount(0);
     control.RTSEnable(false);
-    const auto before = this->rig.runtime.tick();
-    this->rig.runtime.WaitActivity(10);
-    EXPECT_GE(this->rig.runtime.tick() - before, 9u) << "waits still wait";
+    const auto before = this->side.runtime.tick();
+    this->side.runtime.WaitActivity(10);
+    EXPECT_GE(this->side.runtime.tick() - before, 9u) << "waits still wait";
     EXPECT_EQ(this->errorOf([&] { control.Output(std::string("x")); }), 8020);
     EXPECT_EQ(this->events(), Codes());
     control.PortOpen(false);

@@ -59,7 +59,7 @@ struct PseudoTerminalRig {
 template <typename Rig>
 class SerialControlContract : public testing::Test {
 protected:
-    Rig rig;
+    Rig side;
 
     /// The number of the error that a call throws; 0 when it throws none.
     static int errorOf(const std::function<void()>& call) {
@@ -73,31 +73,31 @@ protected:
 
     /// Says it and waits until so many bytes are in the buffer.
     void received(const std::string& bytes, std::size_t count) {
-        rig.say(bytes);
-        const auto isThere = [&] { return rig.control.InBufferCount() == static_cast<std::int32_t>(count); };
-        ASSERT_TRUE(waitUntil(rig.runtime, isThere));
+        side.say(bytes);
+        const auto isThere = [&] { return side.control.InBufferCount() == static_cast<std::int32_t>(count); };
+        ASSERT_TRUE(waitUntil(side.runtime, isThere));
     }
     void received(const std::string& bytes) { received(bytes, bytes.size()); }
 
     /// All that the far side hears within the time in which this text should come.
     std::string heard(std::size_t size) {
         std::string text;
-        EXPECT_TRUE(waitUntil(rig.runtime, [&] { return (text += rig.heard()).size() >= size; }));
+        EXPECT_TRUE(waitUntil(side.runtime, [&] { return (text += side.heard()).size() >= size; }));
         return text;
     }
 
     /// The codes of the events that are due now.
     std::vector<std::int32_t> events() {
         std::vector<std::int32_t> codes;
-        rig.control.OnComm = [&] { codes.push_back(rig.control.CommEvent()); };
-        rig.runtime.DoEvents();
-        rig.control.OnComm = nullptr;
+        side.control.OnComm = [&] { codes.push_back(side.control.CommEvent()); };
+        side.runtime.DoEvents();
+        side.control.OnComm = nullptr;
         return codes;
     }
 
     CommState line() {
         CommState state;
-        EXPECT_TRUE(rig.control.GetCommState(rig.control.CommID(), state));
+        EXPECT_TRUE(side.control.GetCommState(side.control.CommID(), state));
         return state;
     }
 };

@@ -10,7 +10,7 @@ namespace {
 
 class Termios : public SerialControlContract<PseudoTerminalRig> {
 protected:
-    TermiosSerialControl& control = rig.control;
+    TermiosSerialControl& control = side.control;
 };
 
 TEST_F(Termios, EveryRateReachesTheLine) {
@@ -18,25 +18,25 @@ TEST_F(Termios, EveryRateReachesTheLine) {
     for (const std::uint32_t rate :
          {110u, 1500u, 14400u, 56000u, 57600u, 115200u, 128000u, 150000u, 256000u, 921600u, 1000050u, 3000000u}) {
         control.Settings(std::to_string(rate) + ",N,8,1");
-        EXPECT_EQ(rig.line.rate(), rate);
+        EXPECT_EQ(side.line.rate(), rate);
         EXPECT_EQ(line(), (CommState{rate, 0, 8, 0}));
     }
     control.Settings("115200,N,8,1");
-    rig.line.setRate(115385);  // as near as a divider may come
+    side.line.setRate(115385);  // as near as a divider may come
     EXPECT_EQ(line().baudRate, 115200u);
-    rig.line.setRate(100000);
+    side.line.setRate(100000);
     EXPECT_EQ(line().baudRate, 100000u);
 }
 
 TEST_F(Termios, NothingIsSentOrEchoedByOpeningAndReceiving) {
     const fakes::PseudoTerminal cooked;  // with echo and signals, as a terminal starts
-    rig.map.entries = {{cooked.path().substr(5), "COM1"}};
-    rig.map.list();
+    side.map.entries = {{cooked.path().substr(5), "COM1"}};
+    side.map.list();
     control.RTSEnable(true);
     control.PortOpen(true);
     control.Settings("57600,E,7,2");
     cooked.say("hello\r\n\x03\x04");
-    ASSERT_TRUE(waitUntil(rig.runtime, [&] { return control.InBufferCount() == 9; }));
+    ASSERT_TRUE(waitUntil(side.runtime, [&] { return control.InBufferCount() == 9; }));
     EXPECT_EQ(control.Input(), Variant(std::string("hello\r\n\x03\x04")));
     EXPECT_EQ(cooked.heard(), "");
 }
@@ -52,10 +52,10 @@ TEST_F(Termios, OutputNeverBlocksAndLosesNothing) {
     control.Output(image);
     control.OutBufferCount(0);
     EXPECT_EQ(control.OutBufferCount(), 0);
-    rig.heard();  // what had arrived by then
+    side.heard();  // what had arrived by then
     control.Output(std::string("end"));
-    EXPECT_EQ(rig.heard(), "end");
-    rig.unplug();
+    EXPECT_EQ(side.heard(), "end");
+    side.unplug();
     EXPECT_EQ(errorOf([&] { control.Output(image); }), 8020);
     EXPECT_FALSE(control.PortOpen()) << "it notices the loss itself";
 }
@@ -66,7 +66,7 @@ TEST_F(Termios, FlowControlStopsTheOutput) {
     received("\x13.", 1);
     control.Output(std::string("held"));
     EXPECT_EQ(control.OutBufferCount(), 4);
-    rig.say("\x11");
+    side.say("\x11");
     EXPECT_EQ(heard(4), "held");
     EXPECT_EQ(control.OutBufferCount(), 0);
     EXPECT_EQ(control.Input(), Variant(std::string(".")));
@@ -75,7 +75,7 @@ TEST_F(Termios, FlowControlStopsTheOutput) {
 TEST_F(Termios, MarksOfParityErrorsDoNotTouchTheData) {
     control.Settings("9600,E,8,1");
     control.PortOpen(true);
-    rig.say("\xff");
+    side.say("\xff");
     received(std::string("\xff\xff\0A\xff", 5), 6);
     EXPECT_EQ(control.Input(), Variant(std::string("\xff\xff\xff\0A\xff", 6)));
 
@@ -92,11 +92,11 @@ TEST_F(Termios, MarksOfParityErrorsDoNotTouchTheData) {
 TEST_F(Termios, SaysWhyAPortDoesNotOpen) {
     using Kind = OpenFailure::Kind;
     const fakes::ScratchFolder folder;
-    rig.map.entries.push_back({"../" + folder.file("file", "").substr(1), "COM2"});
-    rig.map.entries.push_back({"null", "COM3"});
-    rig.map.entries.push_back({"nothing-there", "COM4"});
-    rig.map.list();
-    rig.occupy();
+    side.map.entries.push_back({"../" + folder.file("file", "").substr(1), "COM2"});
+    side.map.entries.push_back({"null", "COM3"});
+    side.map.entries.push_back({"nothing-there", "COM4"});
+    side.map.list();
+    side.occupy();
     const struct {
         std::int16_t number;
         Kind kind;
@@ -111,9 +111,9 @@ TEST_F(Termios, SaysWhyAPortDoesNotOpen) {
         EXPECT_THROW(control.PortOpen(true), PortError);
         EXPECT_EQ(control.openFailure().kind, c.kind) << c.number;
         EXPECT_EQ(control.openFailure().systemError, c.error) << c.number;
-        EXPECT_EQ(control.openFailure().path, rig.map.devicePath(c.number).value_or("")) << c.number;
+        EXPECT_EQ(control.openFailure().path, side.map.devicePath(c.number).value_or("")) << c.number;
     }
-    rig.other.PortOpen(false);
+    side.other.PortOpen(false);
     control.CommPort(1);
     control.PortOpen(true);
     EXPECT_EQ(control.openFailure().kind, Kind::none);

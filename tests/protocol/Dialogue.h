@@ -56,7 +56,7 @@ protected:
     fakes::RecordingFace face;
     DeviceSession session{bench.runtime, face, bench.port};
     DeviceQuery query{session};
-    LineReader lines{session};
+    LineReader reader{session};
     DeviceLogin login{session, face};
     IspSession isp{session, face};
     std::int64_t begin = 0;

@@ -28,9 +28,9 @@ TEST_P(Line, EndsAReplyAsTheByteSays) {
     };
     for (const auto& one : cases) {
         peer->say(bench.runtime.ms() + 10, one.bytes);
-        EXPECT_EQ(lines.wait_comm(0.5, one.echo), one.result) << one.bytes;
+        EXPECT_EQ(reader.wait_comm(0.5, one.echo), one.result) << one.bytes;
         EXPECT_EQ(session.receivedLine, one.line) << one.bytes;
-        lines.wait_comm_empty();
+        reader.wait_comm_empty();
     }
 }
 
@@ -41,7 +41,7 @@ TEST_P(Line, WaitsForSilenceNotForTheWholeReplyAlsoPastMidnight) {
             const auto start = bench.runtime.ms();
             peer->say(start + 300, "\002A");
             peer->say(start + 300 + gap, "B\r");
-            EXPECT_EQ(lines.wait_comm(0.5), gap < 500 ? 13 : 0) << gap;
+            EXPECT_EQ(reader.wait_comm(0.5), gap < 500 ? 13 : 0) << gap;
             bench.runtime.Sleep(1000);
             bench.port.InBufferCount(0);
         }
@@ -51,7 +51,7 @@ TEST_P(Line, WaitsForSilenceNotForTheWholeReplyAlsoPastMidnight) {
 TEST_P(Line, IsEmptyAfterHalfASecondOfSilence) {
     peer->say(begin + 450, "late");
     peer->say(begin + 940, "later");
-    lines.wait_comm_empty();
+    reader.wait_comm_empty();
     expectMs(1440, 1460);
     EXPECT_EQ(bench.port.InBufferCount(), 0);
 }
@@ -59,7 +59,7 @@ TEST_P(Line, IsEmptyAfterHalfASecondOfSilence) {
 TEST_P(Line, EndsUnderEndlessBeginningsOfLines) {
     bench.port.Settings("921600,N,8,1");  // so that each beginning comes in one piece
     for (int ms = 0; ms < 30000; ms += 20) peer->say(begin + ms, "\002ttttttttt");
-    EXPECT_EQ(lines.wait_comm(0.5), 0);
+    EXPECT_EQ(reader.wait_comm(0.5), 0);
     EXPECT_EQ(session.receivedLine, "ttttttttt");
     expectMs(8100, 8300);  // 4096 bytes at half a byte a ms
 }
@@ -78,8 +78,8 @@ TEST_P(Line, KeepsNothingWaitingForLong) {
         int silent, talking;  // ms; 0 where bytes are counted instead
     } limits[] = {
         {"Query", [&] { return query.Query(1, reply, {}, 0, 3000); }, 3000, 8000},
-        {"wait_comm", [&] { return lines.wait_comm(10) != 0; }, 10000, 0},
-        {"wait_comm_empty", [&] { return lines.wait_comm_empty(), false; }, 500, 3000},
+        {"wait_comm", [&] { return reader.wait_comm(10) != 0; }, 10000, 0},
+        {"wait_comm_empty", [&] { return reader.wait_comm_empty(), false; }, 500, 3000},
         {"DetectPrompt", [&] { return login.DetectPrompt(); }, 300, 3000},
         {"Login", [&] { return login.Login(password); }, 5000, 10000},
         {"GoToISP, TarnPlus", [&] { return goTo("TarnPlus"); }, 5000, 10000},
