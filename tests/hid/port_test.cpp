@@ -176,7 +176,10 @@ TEST_F(Port, InputAndOutputTakeBytesAndTexts) {
 }
 
 TEST_F(Port, PropertiesOfASerialPortHaveTheirMeaningHere) {
-    auto& c = control_;
+    clsVellComm adapter;
+    clsMSCommEvent event;
+    adapter.Attach(&control_, &event);
+    clsIMScomm& c = adapter;
     c.InBufferSize(100);
     c.OutBufferSize(200);
     vellSetReadBufferSize(c.CommID(), 1);
@@ -203,10 +206,13 @@ TEST_F(Port, PropertiesOfASerialPortHaveTheirMeaningHere) {
     c.RTSEnable(true);
     c.RThreshold(3);
     c.SThreshold(4);
-    c.ScanTiming(70);
-    c.AsyncIO(false);
-    EXPECT_TRUE(c.RTSEnable() && !c.AsyncIO());
-    EXPECT_EQ(c.RThreshold() * 1000 + c.SThreshold() * 100 + c.ScanTiming(), 3470);
+    c.InputLen(1);
+    c.InputMode(0);
+    control_.ScanTiming(70);
+    control_.AsyncIO(false);
+    EXPECT_TRUE(c.RTSEnable() && !control_.AsyncIO());
+    EXPECT_EQ(c.RThreshold() * 1000 + c.SThreshold() * 100 + control_.ScanTiming(), 3470);
+    EXPECT_EQ(control_.InputLen() * 10 + control_.InputMode(), 10);
 }
 
 /// The dialogue with devices is tested through the adapter.

@@ -12,13 +12,20 @@ using TextPairs = std::vector<std::pair<const char*, const char*>>;
 
 TEST(BareInterface, DoesNothing) {
     clsIMScomm bare;
-    bare.CommPort("COM3");
+    bare.InBufferCount(7), bare.InBufferSize(7), bare.OutBufferCount(7), bare.OutBufferSize(7);
+    bare.InputLen(7), bare.InputMode(7), bare.RThreshold(7), bare.SThreshold(7), bare.HandShaking(7);
+    EXPECT_EQ(bare.InBufferCount() + bare.InBufferSize() + bare.OutBufferCount() + bare.OutBufferSize(), 0);
+    EXPECT_EQ(bare.InputLen() + bare.InputMode() + bare.RThreshold() + bare.SThreshold() + bare.HandShaking(), 0);
+    EXPECT_EQ(bare.CommID() + bare.CommEvent() + bare.NumberOfCommPorts(), 0);
+    bare.Break(true), bare.DTREnable(true), bare.EOFEnable(true), bare.NullDiscard(true), bare.RTSEnable(true);
     bare.PortOpen(true);
-    bare.InputMode(1);
-    bare.CommOutput(std::string("lost"));
-    EXPECT_FALSE(bare.PortOpen() || bare.InputMode() || bare.IsMyCommPort("COM1") || bare.NumberOfCommPorts());
+    EXPECT_FALSE(bare.Break() || bare.DTREnable() || bare.EOFEnable() || bare.NullDiscard() || bare.RTSEnable());
+    EXPECT_FALSE(bare.PortOpen() || bare.CDHolding() || bare.CTSHolding() || bare.DSRHolding());
+    bare.CommPort("COM3"), bare.ParityReplace("?"), bare.Settings("300,E,7,2"), bare.CommOutput(std::string("lost"));
+    EXPECT_EQ(bare.CommPort() + bare.ParityReplace() + bare.Settings() + bare.EnumCommPort(0) + bare.EnumCommPortEx(0),
+              "");
+    EXPECT_FALSE(bare.IsMyCommPort("COM3"));
     EXPECT_EQ(bare.CommInput(), Variant());
-    EXPECT_EQ(bare.CommPort() + bare.EnumCommPort(0) + bare.EnumCommPortEx(0) + bare.Settings(), "");
 }
 
 class Serial : public ::testing::Test {
