@@ -135,7 +135,7 @@ void frmCorvane::connectLog() {
 /// The window's share of the runtime's DoEvents. A device that talks fast calls it thousands of times a second, more
 /// often than anybody sees. Without a run the call comes out of a handler, in which no run may be started.
 void frmCorvane::pump() {
-    constexpr std::uint32_t kPause = 10, kCalm = 200;  // ms
+    constexpr std::uint32_t kPause = 30, kCalm = 500;  // ms
     if (platform_.runtime.tick() - lastPump_ < kPause) return;
     if (platform_.runtime.tick() - lastProgress_ >= kCalm) showProgress();
     QCoreApplication::processEvents(presenter_.isBusy() ? QEventLoop::AllEvents : QEventLoop::ExcludeUserInputEvents);
