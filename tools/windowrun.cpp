@@ -84,6 +84,7 @@ public:
     void WaitActivity(int ms) override { runtime_.WaitActivity(ms); }
     void DoEvents() override { runtime_.DoEvents(); }
     void setPump(std::function<void()> pump) override { runtime_.setPump(std::move(pump)); }
+    void setIdle(std::function<void()> idle) override { runtime_.setIdle(std::move(idle)); }
     int startTimer(int ms, std::function<void()> due) override { return runtime_.startTimer(ms, std::move(due)); }
     void stopTimer(int timer) override { runtime_.stopTimer(timer); }
     void post(const void* owner, std::function<void()> handler) override { runtime_.post(owner, std::move(handler)); }

@@ -49,6 +49,10 @@ public:
     /// What a face does with its own events: Qt's, or signals. Called at the end of each DoEvents.
     virtual void setPump(std::function<void()> pump) = 0;
 
+    /// What a face rather does while the program waits for the other side, which then takes no time from the dialogue.
+    /// Called at the start of each WaitActivity that finds nothing new; it may dispatch and so end that wait.
+    virtual void setIdle(std::function<void()> idle) = 0;
+
     /// A handler called every so many milliseconds, from DoEvents. The number stops it again.
     virtual int startTimer(int ms, std::function<void()> due) = 0;
     virtual void stopTimer(int timer) = 0;

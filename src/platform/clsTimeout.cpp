@@ -49,7 +49,7 @@ bool clsTimeout::IsTimeout() {
 }
 
 bool clsTimeout::WaitTimeout(bool bIsNonDoEvents) {
-    runtime_.WaitActivity(1);
+    runtime_.Sleep(1);
     const bool expired = IsTimeout();
     if (!expired && m_lSinceEvents >= kEventPeriod) {
         runtime_.DoEvents();

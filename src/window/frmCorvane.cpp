@@ -57,7 +57,9 @@ frmCorvane::frmCorvane(const Platform& platform, const WindowOptions& options)
     connectChoices();
     connectRun();
     connectLog();
-    platform_.runtime.setPump([this] { pump(); });
+    constexpr std::uint32_t kPause = 30, kLongestPause = 40;  // ms
+    platform_.runtime.setIdle([this] { pump(kPause); });
+    platform_.runtime.setPump([this] { pump(kLongestPause); });
     ui_.notice->say(noticeAtStart(updater_.journal().read()));
     phase(RunPhase::idle);
     presenter_.load();
@@ -67,7 +69,10 @@ frmCorvane::frmCorvane(const Platform& platform, const WindowOptions& options)
     ui_.cmdStartCheck->setFocus();
 }
 
-frmCorvane::~frmCorvane() { platform_.runtime.setPump(nullptr); }
+frmCorvane::~frmCorvane() {
+    platform_.runtime.setIdle(nullptr);
+    platform_.runtime.setPump(nullptr);
+}
 
 Face frmCorvane::face() {
     const Face face{*ui_.txtInfo, *this, *ui_.frameComport, questions_, questions_, *this};
@@ -132,11 +137,12 @@ void frmCorvane::connectLog() {
     connect(ui_.mnuQuit, &QAction::triggered, this, [this] { close(); });
 }
 
-/// The window's share of the runtime's DoEvents. A device that talks fast calls it thousands of times a second, more
-/// often than anybody sees. Without a run the call comes out of a handler, in which no run may be started.
-void frmCorvane::pump() {
-    constexpr std::uint32_t kPause = 30, kCalm = 500;  // ms
-    if (platform_.runtime.tick() - lastPump_ < kPause) return;
+/// The window's own events, when the last look at them is so long ago: a device that talks fast asks thousands of times
+/// a second, more often than anybody sees. Without a run the call comes out of a handler, in which no run may be
+/// started.
+void frmCorvane::pump(std::uint32_t pause) {
+    constexpr std::uint32_t kCalm = 500;  // ms
+    if (platform_.runtime.tick() - lastPump_ < pause) return;
     if (platform_.runtime.tick() - lastProgress_ >= kCalm) showProgress();
     QCoreApplication::processEvents(presenter_.isBusy() ? QEventLoop::AllEvents : QEventLoop::ExcludeUserInputEvents);
     lastPump_ = platform_.runtime.tick();

@@ -52,7 +52,7 @@ private:
     void connectChoices();
     void connectRun();
     void connectLog();
-    void pump();
+    void pump(std::uint32_t pause);
     void showProgress();
     void startRun(bool force);
     void conclude(const RunReport& report);

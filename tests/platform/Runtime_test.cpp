@@ -93,6 +93,22 @@ TYPED_TEST(RuntimeContract, HandlersNeitherNestNorStopOthersNorHoldItUp) {
     runtime.forget(this);
 }
 
+TYPED_TEST(RuntimeContract, FaceIsIdleInWaitsForActivityAndWhatItTakesInEndsThem) {
+    auto& runtime = this->side;
+    runtime.setIdle(this->note("idle"));
+    runtime.WaitActivity(2);
+    runtime.Sleep(2);
+    runtime.DoEvents();
+    EXPECT_EQ(this->log, Log{"idle"});
+    int timer = 0;
+    timer = runtime.startTimer(2, [&] { runtime.stopTimer(timer); });
+    runtime.setIdle([&] {
+        runtime.Sleep(4);
+        runtime.DoEvents();
+    });
+    runtime.WaitActivity(kForEver);
+}
+
 struct Source : PolledSource {
     bool busy = false;
     bool news = false;

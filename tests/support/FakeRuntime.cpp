@@ -51,6 +51,7 @@ bool FakeRuntime::moveIo() {
         planned_.erase(planned_.begin());
         news = true;
     }
+    if (news) ++movements_;
     return news;
 }
 
@@ -80,6 +81,11 @@ void FakeRuntime::Sleep(int ms) {
 
 void FakeRuntime::WaitActivity(int ms) {
     const Micros end = now_ + ms * 1000LL;
+    if (idle_) {
+        const int before = movements_;
+        if (!moveIo()) idle_();
+        if (movements_ != before) return;
+    }
     while (now_ < end && !advance(end)) continue;
 }
 

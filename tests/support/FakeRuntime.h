@@ -48,6 +48,7 @@ public:
     void WaitActivity(int ms) override;
     void DoEvents() override;
     void setPump(std::function<void()> pump) override { pump_ = std::move(pump); }
+    void setIdle(std::function<void()> idle) override { idle_ = std::move(idle); }
     int startTimer(int ms, std::function<void()> due) override;
     void stopTimer(int timer) override;
     void post(const void* owner, std::function<void()> handler) override {
@@ -77,6 +78,7 @@ private:
     double dayOffset_ = 36000;
     int callsWithoutWaiting_ = 0;
     int newsInOneMoment_ = 0;
+    int movements_ = 0;  // how often something came in
     int lastTimer_ = 0;
     bool dispatching_ = false;
     std::multimap<Micros, std::function<void()>> planned_;
@@ -84,7 +86,7 @@ private:
     std::deque<Posted> posted_;
     std::vector<TimedSource*> timed_;
     std::vector<PolledSource*> polled_;
-    std::function<void()> pump_;
+    std::function<void()> pump_, idle_;
 };
 
 }  // namespace corvane::fakes

@@ -100,6 +100,7 @@ bool LinuxRuntime::moveIo(std::int64_t untilMicros) {
         const auto keep = found->second;  // the handler may stop its own watch
         keep->io(events[static_cast<std::size_t>(i)].events);
     }
+    if (count > 0) ++movements_;
     return count > 0;
 }
 
@@ -121,6 +122,11 @@ void LinuxRuntime::Sleep(int ms) {
 
 void LinuxRuntime::WaitActivity(int ms) {
     const std::int64_t end = monotonicMicros() + std::max(ms, kLongestQuietWait) * kMicrosPerMs;
+    if (idle_) {
+        const auto before = movements_;
+        if (!moveIo(0)) idle_();
+        if (movements_ != before) return;
+    }
     while (monotonicMicros() < end && !step(end)) continue;
 }
 
@@ -202,6 +208,7 @@ bool LinuxRuntime::isAnySourceBusy() const {
 bool LinuxRuntime::serviceSources() {
     bool news = false;
     for (auto* source : sources_) news = source->service() || news;
+    if (news) ++movements_;
     return news;
 }
 

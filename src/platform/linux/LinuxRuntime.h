@@ -39,6 +39,7 @@ public:
     void WaitActivity(int ms) override;
     void DoEvents() override;
     void setPump(std::function<void()> pump) override { pump_ = std::move(pump); }
+    void setIdle(std::function<void()> idle) override { idle_ = std::move(idle); }
     int startTimer(int ms, std::function<void()> due) override;
     void stopTimer(int timer) override;
     void post(const void* owner, std::function<void()> handler) override;
@@ -70,8 +71,9 @@ private:
     int sourceTimer_ = -1;
     std::int64_t nextService_ = 0;  // of busy sources during waits
     bool dispatching_ = false;
-    std::function<void()> pump_;
-    double dayOffset_ = 0;  // seconds from the monotonic clock to the time of day
+    std::function<void()> pump_, idle_;
+    std::uint32_t movements_ = 0;  // how often something came in
+    double dayOffset_ = 0;         // seconds from the monotonic clock to the time of day
 };
 
 }  // namespace corvane
