@@ -91,7 +91,7 @@ bool LinuxRuntime::moveIo(std::int64_t untilMicros) {
     const std::int64_t left = std::max<std::int64_t>(0, untilMicros - monotonicMicros());
     const timespec timeout{left / 1000000, left % 1000000 * 1000};
     pollfd epoll{epoll_, POLLIN, 0};  // epoll_pwait2 would do, but kernels before 5.11 do not have it
-    if (left > 0) ppoll(&epoll, 1, &timeout, nullptr);
+    if (left > 0 && ppoll(&epoll, 1, &timeout, nullptr) == 0) return false;
     const int count = epoll_wait(epoll_, events.data(), static_cast<int>(events.size()), 0);
     for (int i = 0; i < count; ++i) {
         const std::uint64_t data = events[static_cast<std::size_t>(i)].data.u64;
