@@ -11,7 +11,8 @@ class PolledSource {
 public:
     virtual ~PolledSource() = default;
 
-    /// True while it wants to be served every millisecond of a wait; otherwise twice a second is enough.
+    /// True while it wants to be served every millisecond of a wait, or every second one when it has been silent for a
+    /// while; otherwise twice a second is enough.
     virtual bool isBusy() = 0;
 
     /// Moves data and queues events, never calls back. True when something new has come in.

@@ -142,6 +142,16 @@ TYPED_TEST(RuntimeContract, PolledSourceIsServedInWaitsWhileBusy) {
     EXPECT_EQ(source.serviced, before);
 }
 
+TEST(LinuxRuntime, BusySourceThatIsSilentIsServedLessOften) {
+    LinuxRuntime runtime;
+    Source source;
+    source.busy = true;
+    runtime.add(source);
+    runtime.Sleep(400);
+    EXPECT_LE(source.serviced, 300);
+    runtime.remove(source);
+}
+
 struct Pipe {
     Pipe() { EXPECT_EQ(pipe(ends), 0); }
     ~Pipe() {

@@ -18,6 +18,7 @@ constexpr std::int64_t kMicrosPerMs = 1000;
 constexpr int kLongestQuietWait = 10;    // ms that a wait for activity may stretch to
 constexpr int kMostHandlers = 1000;      // of one dispatch, so that it ends even if they keep posting
 constexpr int kIdleServicePeriod = 500;  // ms between two looks at a source that is not busy
+constexpr int kQuietServices = 100;      // looks without news after which a busy one is asked half as often
 
 std::int64_t monotonicMicros() {
     timespec now{};
@@ -111,8 +112,11 @@ bool LinuxRuntime::step(std::int64_t untilMicros) {
     const bool moved = moveIo(std::min(untilMicros, nextService_));
     const std::int64_t now = monotonicMicros();
     // Counted from when it was due: what the program does between two waits must not slow the reports down.
-    if (now >= nextService_) nextService_ = std::max(nextService_ + kMicrosPerMs, now);
-    return serviceSources() || moved;
+    const std::int64_t period = quietServices_ < kQuietServices ? kMicrosPerMs : 2 * kMicrosPerMs;
+    if (now >= nextService_) nextService_ = std::max(nextService_ + period, now);
+    const bool served = serviceSources();
+    quietServices_ = served ? 0 : std::min(quietServices_ + 1, kQuietServices);
+    return served || moved;
 }
 
 void LinuxRuntime::Sleep(int ms) {

@@ -70,6 +70,7 @@ private:
     std::vector<PolledSource*> sources_;
     int sourceTimer_ = -1;
     std::int64_t nextService_ = 0;  // of busy sources during waits
+    int quietServices_ = 0;         // of those in a row
     bool dispatching_ = false;
     std::function<void()> pump_, idle_;
     std::uint32_t movements_ = 0;  // how often something came in
