@@ -53,7 +53,8 @@ public:
     void takeWhen(const std::string& logged, int percent, const QString& name, std::int64_t everyMs = 50) {
         bench.runtime.at(bench.runtime.ms() + everyMs, [=, this] {
             auto& bar = control<QProgressBar>("pbProgram");
-            const bool isReached = percent == 0 || bar.value() * 100LL >= percent * static_cast<qint64>(bar.maximum());
+            const qint64 whole = bar.maximum();
+            const bool isReached = percent == 0 || (whole > 0 && bar.value() * 100LL >= percent * whole);
             if (log().find(logged) == std::string::npos || !isReached) return takeWhen(logged, percent, name, everyMs);
             bench.runtime.at(bench.runtime.ms() + 250, [=, this] { take(name); });
         });

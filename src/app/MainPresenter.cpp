@@ -92,7 +92,7 @@ Verdict MainPresenter::conclude(const RunReport& report) {
 
 void MainPresenter::cmdCancel_Click() {
     updater_.run().cancel();
-    if (isConcluding_) updater_.session().stop = updater_.session().cancel = true;
+    if (isConcluding_) updater_.cancelDialogue();
 }
 
 std::string MainPresenter::linkAddress(int index) const {

@@ -80,6 +80,21 @@ int ProgressMeter::percent() const {
     return maximum_ > 0 ? static_cast<int>(value_ * 100 / maximum_) : 0;
 }
 
+bool ProgressMeter::isUnmeasured() const {
+    switch (phase_) {
+        case RunPhase::login:
+        case RunPhase::bootLoader:
+        case RunPhase::erase:
+        case RunPhase::reset:
+            return true;
+        case RunPhase::information:
+        case RunPhase::image:
+            return bytes_ > 0 && bytesTotal_ <= 0;
+        default:
+            return false;
+    }
+}
+
 std::string ProgressMeter::phaseText() const {
     switch (phase_) {
         case RunPhase::idle:

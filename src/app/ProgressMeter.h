@@ -24,6 +24,10 @@ public:
     void transfer(std::int64_t bytes, std::int64_t total, std::uint32_t tick);
 
     int percent() const;
+
+    /// Something goes on of which nobody knows how long it takes.
+    bool isUnmeasured() const;
+
     std::int64_t recordsDone() const { return done_; }
 
     /// Seconds until the image is programmed; nothing as long as that is a guess.

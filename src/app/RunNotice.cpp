@@ -1,14 +1,35 @@
 #include "app/RunNotice.h"
 
+#include <algorithm>
+#include <filesystem>
+
 #include "text/Text.h"
 
 namespace corvane {
+namespace {
+
+/// A line for each of several devices, as many as leave room for the rest of a small window.
+std::string listOf(const std::vector<InterruptedRun>& left) {
+    constexpr std::size_t kShown = 2;
+    std::vector<std::string> lines{std::to_string(left.size()) +
+                                   " devices were left in their boot loaders. To go on, force an update of each."};
+    for (std::size_t i = 0; i < std::min(kShown, left.size()); ++i) {
+        const auto& run = left[i];
+        lines.push_back(run.time.substr(0, 16) + ": " + run.port + ", " + run.device + ", " +
+                        std::filesystem::path(run.image).filename().string());
+    }
+    if (left.size() > kShown) lines.back() += ", and " + std::to_string(left.size() - kShown) + " more";
+    return joined(lines, "\n");
+}
+
+}  // namespace
 
 RunNotice noticeAtStart(const std::vector<InterruptedRun>& left) {
     if (left.empty()) return noticeFor(RunPhase::idle);
-    std::vector<std::string> lines;
-    for (const auto& run : left) lines.push_back(run.text());
-    return {joined(lines, "\n"), RunNotice::Level::danger};
+    std::vector<std::string> whole;
+    for (const auto& run : left) whole.push_back(run.text());
+    if (left.size() == 1) return {whole.front(), RunNotice::Level::danger};
+    return {listOf(left), RunNotice::Level::danger, joined(whole, "\n")};
 }
 
 RunNotice noticeFor(RunPhase phase) {

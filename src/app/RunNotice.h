@@ -14,6 +14,7 @@ struct RunNotice {
     enum class Level { plain, safe, danger };
     std::string text;
     Level level = Level::plain;
+    std::string details{};  ///< more than there is room for, when asked
 };
 
 /// When the program has started: what to do, or which devices earlier runs have left in their boot loaders.

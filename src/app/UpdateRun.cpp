@@ -330,6 +330,7 @@ void UpdateRun::cancel() {
     if (!isCancellable_) return;
     cancelRequested_ = true;
     p_.session.stop = p_.session.cancel = true;
+    p_.reader.cancelCommand();
     p_.site.cancel();
 }
 

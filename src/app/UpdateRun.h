@@ -18,12 +18,14 @@
 
 namespace corvane {
 
-/// The text and firmware version of the HID reader that is open; empty for a serial port.
-class ReaderIdentity {
+/// The HID reader that is open: its text and firmware version, both empty for a serial port.
+class OpenReader {
 public:
-    virtual ~ReaderIdentity() = default;
+    virtual ~OpenReader() = default;
     virtual std::string deviceText() = 0;
     virtual std::string firmwareText() = 0;
+    /// Ends the command that it is being asked, if any.
+    virtual void cancelCommand() = 0;
 };
 
 /// What a run works with; all of it lives longer than the run.
@@ -42,7 +44,7 @@ struct RunParts {
     InfReader& inf;
     const ProgramFolder& folder;
     Launcher& launcher;
-    ReaderIdentity& reader;
+    OpenReader& reader;
     Digest& digest;
     RunJournal& journal;
     SleepInhibitor& inhibitor;

@@ -54,6 +54,11 @@ Verdict Updater::conclude(const RunReport& report, bool prove) {
     return verdict;
 }
 
+void Updater::cancelDialogue() {
+    session_.stop = session_.cancel = true;
+    vellIO_.CancelHIDCommand();
+}
+
 void Updater::shutDown() {
     if (serialPort_.PortOpen()) serialPort_.PortOpen(false);
     vellIO_.Terminate();

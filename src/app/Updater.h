@@ -58,16 +58,20 @@ public:
     /// record of jobs, and says what the operator has to know.
     Verdict conclude(const RunReport& report, bool prove);
 
+    /// Ends the dialogue with the device that no run holds: a scan, or the asking for the new version.
+    void cancelDialogue();
+
     /// Closes both ports, gives the HID library back and leaves the site. A reader is told that it is closed, so events
     /// may run meanwhile; that is why no destructor does it.
     void shutDown();
 
 private:
-    class HidReader : public ReaderIdentity {
+    class HidReader : public OpenReader {
     public:
         explicit HidReader(VellIO& vellIO) : vellIO_(vellIO) {}
         std::string deviceText() override;
         std::string firmwareText() override { return vellIO_.GetHIDVersion(); }
+        void cancelCommand() override { vellIO_.CancelHIDCommand(); }
 
     private:
         VellIO& vellIO_;

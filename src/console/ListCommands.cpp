@@ -64,7 +64,7 @@ int scanCommand(Console& console, const Arguments& arguments) {
     constexpr int kNoDevice = 3, kCancelled = 1;
     CommandScope scope(console, arguments, console.err, false);
     auto& session = scope.updater.session();
-    console.interrupt = [&session] { session.stop = session.cancel = true; };
+    console.interrupt = [&scope] { scope.updater.cancelDialogue(); };
     bool inIsp = false;
     const auto version = scope.updater.scanner().DeviceScan(inIsp, arguments.force);
     if (version.empty()) {

@@ -17,8 +17,7 @@ void interruptRun(CommandScope& scope) {
     }
     scope.face.abandonQuestions();
     run.cancel();
-    auto& session = scope.updater.session();
-    if (!run.isRunning()) session.stop = session.cancel = true;
+    if (!run.isRunning()) scope.updater.cancelDialogue();
 }
 
 bool loadImage(CommandScope& scope, const std::string& path) {

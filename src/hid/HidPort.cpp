@@ -128,7 +128,9 @@ void HidPort::Settings(const std::string& szSettings) {
         commands_.baudRate(rate);
         return;
     }
-    for (int i = 0; i < kTries && !commands_.SetHIDBaudrate(rate); ++i) runtime_.Sleep(kRetryPause);
+    for (int i = 0; i < kTries && !commands_.SetHIDBaudrate(rate) && !channel_.isCancelled(); ++i) {
+        runtime_.Sleep(kRetryPause);
+    }
 }
 
 std::int32_t HidPort::InBufferCount() { return session_.handle ? session_.library.bytesToRead(session_.handle) : 0; }

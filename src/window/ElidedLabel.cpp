@@ -3,11 +3,13 @@
 #include <QPainter>
 #include <QStyle>
 
+#include "window/QtText.h"
+
 namespace corvane {
 
 void ElidedLabel::showText(const QString& text, const QString& toolTip) {
     setText(text);
-    setToolTip(toolTip.isEmpty() ? text : toolTip);
+    setToolTip(plainToolTip(toolTip.isEmpty() ? text : toolTip));
 }
 
 void ElidedLabel::paintEvent(QPaintEvent* /*event*/) {

@@ -3,6 +3,7 @@
 #include <QAccessible>
 
 #include "window/Naming.h"
+#include "window/QtText.h"
 
 namespace corvane {
 namespace {
@@ -23,6 +24,7 @@ QString coloursFor(RunNotice::Level level) {
 
 NoticeStrip::NoticeStrip() {
     named(this, "labNotice");
+    setTextFormat(Qt::PlainText);
     setWordWrap(true);
     setMargin(8);
 }
@@ -32,6 +34,7 @@ void NoticeStrip::say(const RunNotice& notice) {
     if (text == this->text()) return;
     setStyleSheet("QLabel {" + coloursFor(notice.level) + " border-radius: 4px; }");
     setText(text);
+    setToolTip(plainToolTip(QString::fromStdString(notice.details)));
     QAccessibleEvent spoken(this, QAccessible::Alert);
     QAccessible::updateAccessibility(&spoken);
 }

@@ -1,6 +1,7 @@
 #include "window/QtText.h"
 
 #include <QFile>
+#include <QTextDocument>
 
 #include "text/Cp1252.h"
 
@@ -12,6 +13,11 @@ QString fromDevice(std::string_view text1252) {
     text.replace('\r', '\n');
     text.remove(QChar::Null);  // would cut the text short in some controls
     return text;
+}
+
+QString plainToolTip(const QString& text) {
+    if (!Qt::mightBeRichText(text)) return text;
+    return "<qt>" + text.toHtmlEscaped().replace('\n', "<br>") + "</qt>";
 }
 
 std::string toDevice(const QString& text) { return fromUtf8(text.toStdString()); }

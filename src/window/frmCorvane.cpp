@@ -256,7 +256,6 @@ void frmCorvane::phase(RunPhase phase) {
     if (phase == RunPhase::selection) showDevice(updater_.run().report());
     meter_.phase(phase, platform_.runtime.tick());
     if (phase == RunPhase::program) meter_.records(updater_.run().report().imageRecords);
-    isLogin_ = phase == RunPhase::login;
     progress(0, 0);
 }
 
@@ -275,8 +274,9 @@ void frmCorvane::showProgress() {
     constexpr std::int64_t kMost = 2000000000;  // no image comes near that
     lastProgress_ = platform_.runtime.tick();
     const auto [value, maximum] = progress_;
-    // Nobody knows how long a server takes, which is what Qt shows for a maximum of 0.
-    ui_.pbProgram->setRange(0, static_cast<int>(isLogin_ ? 0 : std::clamp<std::int64_t>(maximum, 1, kMost)));
+    // A maximum of 0 is how Qt says that something goes on.
+    const auto shown = meter_.isUnmeasured() ? 0 : std::clamp<std::int64_t>(maximum, 1, kMost);
+    ui_.pbProgram->setRange(0, static_cast<int>(shown));
     ui_.pbProgram->setTextVisible(value > 0);
     ui_.pbProgram->setFormat(QString::number(meter_.percent()) + " %");  // of records, as the line below says
     ui_.pbProgram->setValue(static_cast<int>(std::clamp<std::int64_t>(value, 0, kMost)));
@@ -292,7 +292,7 @@ void frmCorvane::links(const std::vector<ReferenceLink>& links) {
     for (const auto& link : links) {
         auto* item = new QListWidgetItem(fromDevice(link.title), ui_.lstRefer);
         item->setData(Qt::UserRole, link.index);
-        item->setToolTip(item->text());
+        item->setToolTip(plainToolTip(item->text()));
         item->setForeground(palette().link());
         auto font = item->font();
         font.setUnderline(true);
@@ -369,7 +369,7 @@ void frmCorvane::fillRecent() {
         auto* action =
             ui_.mnuRecent->addAction(QString("&%1 ").arg(number) + tr("%1 in %2").arg(name, folder).replace('&', "&&"),
                                      this, [this, file] { presenter_.loadFile(file); });
-        action->setToolTip(path);
+        action->setToolTip(plainToolTip(path));
     }
     if (ui_.mnuRecent->isEmpty()) ui_.mnuRecent->addAction(tr("No file has been chosen yet"))->setEnabled(false);
 }

@@ -78,11 +78,10 @@ private:
     MainPresenter presenter_;
     ProgressMeter meter_;
     std::pair<std::int64_t, std::int64_t> progress_;  // value and maximum
-    bool isLogin_ = false;
-    std::string deviceVersion_;   // of the device that labDevice names
-    QStringList hints_;           // what was advised since the run began, the oldest first
-    QString folder_;              // of the last file dialog
-    std::uint32_t lastPump_ = 0;  // ticks
+    std::string deviceVersion_;                       // of the device that labDevice names
+    QStringList hints_;                               // what was advised since the run began, the oldest first
+    QString folder_;                                  // of the last file dialog
+    std::uint32_t lastPump_ = 0;                      // ticks
     std::uint32_t lastProgress_ = 0;
     bool closesWhenFinished_ = false;
     bool hasEnded_ = false;

@@ -34,7 +34,7 @@ QTableWidget* makeTable(const std::vector<std::string>& lines) {
         for (int column = 0; column < table->columnCount() && column < static_cast<int>(fields.size()); ++column) {
             const auto text = QString::fromStdString(fields[static_cast<std::size_t>(column)]);
             auto* item = new QTableWidgetItem(text);
-            item->setToolTip(text);
+            item->setToolTip(plainToolTip(text));
             table->setItem(row, column, item);
         }
     }

@@ -141,7 +141,7 @@ void frmQuery::showSelected() {
     txtView_->setPlainText(fromDevice(dialog_.details()));
     labStep_->setText(fromDevice(dialog_.step()));
     showMemory();
-    cboROMs_->setToolTip(cboROMs_->currentText());
+    cboROMs_->setToolTip(plainToolTip(cboROMs_->currentText()));
     cmdOK_->setEnabled(dialog_.selected() >= 0);
 }
 

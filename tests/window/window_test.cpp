@@ -147,8 +147,22 @@ TEST_F(Window, AsksHowTheSiteIsReached) {
     EXPECT_EQ(bench.settings.values["Corvane/FTP/OffLine"], "False");
 }
 
-TEST_F(Window, SaysAtItsStartWhichDeviceAnEarlierRunLeftBehind) {
-    RunJournal(bench.folder).add({"2026-11-24 14:02:07", "COM3", "TARN-R200 V5.1R23", "/tmp/a.hex"});
+TEST_F(Window, SaysAtItsStartWhichDevicesEarlierRunsLeftBehind) {
+    const RunJournal journal(bench.folder);
+    for (const auto* port : {"COM3", "COM4", "COM5", "COM6"})
+        journal.add({"2026-11-24 14:02:07", port, "TARN-<b>R200</b> V5.1R23", "/tmp/a.hex"});
+    window->close();
+    open();
+    EXPECT_EQ(text("labNotice"),
+              "4 devices were left in their boot loaders. To go on, force an update of each.\n"
+              "2026-11-24 14:02: COM3, TARN-<b>R200</b> V5.1R23, a.hex\n"
+              "2026-11-24 14:02: COM4, TARN-<b>R200</b> V5.1R23, a.hex, and 2 more");
+    auto& notice = control<QLabel>("labNotice");
+    EXPECT_EQ(notice.textFormat(), Qt::PlainText);
+    EXPECT_TRUE(
+        notice.toolTip().contains("COM6, TARN-&lt;b&gt;R200&lt;/b&gt; V5.1R23. To go on, force an update with"));
+    journal.clear();
+    journal.add({"2026-11-24 14:02:07", "COM3", "TARN-R200 V5.1R23", "/tmp/a.hex"});
     window->close();
     open();
     EXPECT_EQ(text("labNotice"),

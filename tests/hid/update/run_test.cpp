@@ -1,3 +1,4 @@
+#include <algorithm>
 #include <gtest/gtest.h>
 
 #include "app/MainPresenter.h"
@@ -108,6 +109,24 @@ TEST(HidUpdate, SaysWhyAReaderDoesNotOpenAndWhatHelps) {
     EXPECT_EQ(run.updater->refusal("HID1"),
               "HID1 does not open: /dev/hidraw0: Permission denied. Plug the reader in again; when this user may not "
               "use it, install the udev rules of this program.");
+}
+
+/// A reader that answers no command is asked three times for a setting, and once more at closing.
+TEST(HidUpdate, CancelDoesNotWaitForAReaderThatAnswersNoCommand) {
+    models::HidReaderOptions reader;
+    reader.mutes = {1, 3, 5};
+    HidRun run({}, reader);
+    std::optional<std::int64_t> cancelledAt;
+    run.bench.runtime.setPump([&] {
+        const auto& commands = run.behind.reader.commands();
+        if (cancelledAt ||
+            std::count_if(commands.begin(), commands.end(), [](const Bytes& sent) { return sent[0] == 1; }) < 2)
+            return;
+        cancelledAt = run.bench.runtime.ms();
+        run.presenter->cmdCancel_Click();
+    });
+    EXPECT_EQ(run.start(), 1);
+    EXPECT_LT(run.bench.runtime.ms() - cancelledAt.value(), 1300);
 }
 
 TEST(HidUpdate, WithAReaderUnpluggedEndsSoonAndWorksAgainWhenItIsBack) {
