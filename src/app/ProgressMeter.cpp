@@ -90,9 +90,13 @@ bool ProgressMeter::isUnmeasured() const {
         case RunPhase::information:
         case RunPhase::image:
             return bytes_ > 0 && bytesTotal_ <= 0;
-        default:
-            return false;
+        case RunPhase::idle:
+        case RunPhase::scan:
+        case RunPhase::selection:
+        case RunPhase::program:
+            break;
     }
+    return false;
 }
 
 std::string ProgressMeter::phaseText() const {

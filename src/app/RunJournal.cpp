@@ -27,9 +27,14 @@ bool readRun(Lines& lines, InterruptedRun& run) {
 
 }  // namespace
 
+std::string InterruptedRun::brief() const {
+    constexpr std::size_t kToTheMinute = 16;
+    return time.substr(0, kToTheMinute) + ": " + port + ", " + device;
+}
+
 std::string InterruptedRun::text() const {
-    return "A device was left in its boot loader at " + time.substr(0, 16) + ": " + port + ", " + device +
-           ". To go on, force an update with the image " + image + ".";
+    return "A device was left in its boot loader at " + brief() + ". To go on, force an update with the image " +
+           image + ".";
 }
 
 std::vector<InterruptedRun> RunJournal::read() const {

@@ -14,6 +14,9 @@ struct InterruptedRun {
     std::string device;
     std::string image;
 
+    /// When, where and which: "2026-11-24 14:02: COM3, TARN-R200 V5.1R23".
+    std::string brief() const;
+
     /// What the next start says about it, with the way to go on.
     std::string text() const;
 };

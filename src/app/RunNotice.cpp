@@ -14,9 +14,7 @@ std::string listOf(const std::vector<InterruptedRun>& left) {
     std::vector<std::string> lines{std::to_string(left.size()) +
                                    " devices were left in their boot loaders. To go on, force an update of each."};
     for (std::size_t i = 0; i < std::min(kShown, left.size()); ++i) {
-        const auto& run = left[i];
-        lines.push_back(run.time.substr(0, 16) + ": " + run.port + ", " + run.device + ", " +
-                        std::filesystem::path(run.image).filename().string());
+        lines.push_back(left[i].brief() + ", " + std::filesystem::path(left[i].image).filename().string());
     }
     if (left.size() > kShown) lines.back() += ", and " + std::to_string(left.size() - kShown) + " more";
     return joined(lines, "\n");

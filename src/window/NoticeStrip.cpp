@@ -31,10 +31,10 @@ NoticeStrip::NoticeStrip() {
 
 void NoticeStrip::say(const RunNotice& notice) {
     const auto text = QString::fromStdString(notice.text);
+    setToolTip(plainToolTip(QString::fromStdString(notice.details)));
     if (text == this->text()) return;
     setStyleSheet("QLabel {" + coloursFor(notice.level) + " border-radius: 4px; }");
     setText(text);
-    setToolTip(plainToolTip(QString::fromStdString(notice.details)));
     QAccessibleEvent spoken(this, QAccessible::Alert);
     QAccessible::updateAccessibility(&spoken);
 }

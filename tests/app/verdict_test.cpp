@@ -159,6 +159,13 @@ TEST(Meter, CountsTheBytesOfATransfer) {
     meter.progress(50, 100, 1000);
     EXPECT_EQ(meter.text(), "Fetching the image: 2000 kB of 4000 kB, 2000 kB a second");
     EXPECT_EQ(meter.title(), "50 % Fetching the image");
+    EXPECT_FALSE(meter.isUnmeasured());
+    meter.transfer(2100000, 0, 1050);
+    EXPECT_TRUE(meter.isUnmeasured()) << "the server does not tell the size";
+    meter.phase(RunPhase::erase, 1100);
+    EXPECT_TRUE(meter.isUnmeasured());
+    meter.phase(RunPhase::program, 1200);
+    EXPECT_FALSE(meter.isUnmeasured());
 }
 
 TEST(Advice, NamesTheCure) {

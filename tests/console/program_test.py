@@ -10,7 +10,6 @@ import os
 import pathlib
 import pty
 import select
-import signal
 import subprocess
 import sys
 import termios
@@ -70,23 +69,7 @@ class Program(ProgramTest):
 
     def terminal_run(self, on_text):
         """corvane-cli with a controlling terminal; on_text(all text so far) True hangs up. (exit status, text)"""
-        bench = subprocess.Popen(self.bench(*BENCH), env=self.environment(), stdout=subprocess.PIPE, stderr=subprocess.PIPE)
-        try:
-            self.wait_for_bench(bench)
-            return self.on_terminal(on_text)
-        finally:
-            bench.send_signal(signal.SIGTERM)
-            bench.communicate(timeout=LIMIT)
-            self.verdict = bench.returncode
-
-    def wait_for_bench(self, bench):
-        for _ in range(LIMIT * 20):
-            if self.ready.exists() or bench.poll() is not None:
-                break
-            select.select([], [], [], 0.05)
-        self.assertTrue(self.ready.exists(), "the bench did not start")
-
-    def on_terminal(self, on_text):
+        self.plug(*BENCH)
         master, slave = pty.openpty()
 
         def own_terminal():
@@ -105,7 +88,9 @@ class Program(ProgramTest):
             if not data or on_text(text):
                 break
         os.close(master)
-        return process.wait(LIMIT), text.decode()
+        status = process.wait(LIMIT)
+        self.verdict, _ = self.unplug()
+        return status, text.decode()
 
     def test_on_a_terminal(self):
         status, text = self.terminal_run(lambda text: False)

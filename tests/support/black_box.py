@@ -33,7 +33,6 @@ class ProgramTest(unittest.TestCase):
         self.image = self.folder / "image.hex"
         self.image.write_text(image(self.records))
         self.report = self.folder / "report"
-        self.ready = self.folder / "ready"
 
     def own(self, program):
         """A copy of a program, so that downloads lie beside it and in no one else's way."""
@@ -47,8 +46,20 @@ class ProgramTest(unittest.TestCase):
     def bench(self, program, device, *command):
         """The bench, with or without a command that it runs; it says at the end whether the memory equals the image."""
         words = [program, "--config-dir", self.folder / "config", "--device", device, "--image", self.image, "--verify",
-                 "--report", self.report, "--ready-file", self.ready]
+                 "--report", self.report]
         return [str(word) for word in words + (["--", *command] if command else [])]
+
+    def plug(self, program, device):
+        """The bench, with its ports there, until unplug: its command does nothing but tell that."""
+        words = self.bench(program, device, "sh", "-c", "echo; exec cat")
+        self.process = subprocess.Popen(words, env=self.environment(), stdin=subprocess.PIPE, stdout=subprocess.PIPE)
+        self.addCleanup(self.process.kill)
+        self.assertEqual(self.process.stdout.readline(), b"\n", "the bench did not start")
+
+    def unplug(self):
+        """Ends the bench; its exit status and what it reports of the device."""
+        self.process.communicate(timeout=LIMIT)
+        return self.process.returncode, self.report.read_text()
 
     def site(self, baud, **faults):
         """A server with the image, for which it names this rate of the boot loader; its address."""
