@@ -29,8 +29,8 @@
 #include <optional>
 
 #include "platform/linux/LinuxPlatform.h"
-#include "window/Rehearsal.h"
 #include "window/frmCorvane.h"
+#include "window/rehearsal/Rehearsal.h"
 
 namespace {
 

@@ -1,28 +1,16 @@
 #pragma once
 
-#include "app/JobRecord.h"
 #include "app/PortAdvisor.h"
-#include "app/UpdateRun.h"
-#include "app/VersionProof.h"
+#include "face/Face.h"
 #include "platform/Platform.h"
 #include "ports/clsMSComm.h"
 #include "ports/clsVellComm.h"
+#include "run/JobRecord.h"
+#include "run/UpdateRun.h"
+#include "run/VersionProof.h"
 #include "text/Cp1252.h"
 
 namespace corvane {
-
-/// What a face lends to the workflow: where it shows things and how it asks. The window has one, the console another.
-struct Face {
-    Log& log;
-    Progress& progress;
-    PortPanel& panel;
-    PasswordPrompt& password;
-    OperatorPrompts& prompts;
-    RunView& view;
-};
-
-/// Puts something between the workflow and a face that sees what goes from one to the other. It outlives the workflow.
-using FaceWitness = std::function<Face(const Face&)>;
 
 /// Everything between a face and the platform, put together: ports, device dialogue, site, selection, run. Owns all of
 /// that and nothing that it is given. Call shutDown before it ends.

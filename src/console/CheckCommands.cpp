@@ -2,13 +2,13 @@
 #include <fstream>
 #include <random>
 
-#include "app/Files.h"
-#include "app/ImageCheck.h"
-#include "app/SiteCheck.h"
-#include "app/SiteDigests.h"
 #include "console/Console.h"
 #include "console/SiteAddress.h"
 #include "console/TerminalText.h"
+#include "image/ImageCheck.h"
+#include "platform/Files.h"
+#include "site/SiteCheck.h"
+#include "site/SiteDigests.h"
 #include "text/Cp1252.h"
 #include "text/Json.h"
 #include "text/RuntimeError.h"

@@ -1,7 +1,7 @@
 #include "console/Console.h"
 
-#include "app/OperatorSettings.h"
-#include "app/ProgramInfo.h"
+#include "platform/ProgramInfo.h"
+#include "settings/OperatorSettings.h"
 
 namespace corvane {
 

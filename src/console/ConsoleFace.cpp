@@ -2,8 +2,8 @@
 
 #include <utility>
 
-#include "app/FirmwareDialog.h"
 #include "console/TerminalText.h"
+#include "face/FirmwareDialog.h"
 #include "text/Cp1252.h"
 #include "text/Text.h"
 

@@ -5,8 +5,8 @@
 #include <string>
 #include <string_view>
 
-#include "app/Verdict.h"
 #include "platform/TextSink.h"
+#include "run/Verdict.h"
 
 namespace corvane {
 

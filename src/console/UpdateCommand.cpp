@@ -1,7 +1,7 @@
 #include <filesystem>
 
-#include "app/LocalImageLoader.h"
 #include "console/Console.h"
+#include "site/LocalImageLoader.h"
 #include "text/Text.h"
 
 namespace corvane {

@@ -1,7 +1,7 @@
 #pragma once
 
+#include "face/PasswordPrompt.h"
 #include "protocol/DeviceQuery.h"
-#include "protocol/PasswordPrompt.h"
 
 namespace corvane {
 

@@ -4,9 +4,9 @@
 #include <string>
 #include <vector>
 
+#include "face/PortPanel.h"
 #include "protocol/DeviceLogin.h"
 #include "protocol/LineReader.h"
-#include "protocol/PortPanel.h"
 
 namespace corvane {
 

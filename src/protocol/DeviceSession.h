@@ -4,10 +4,10 @@
 #include <limits>
 #include <string>
 
+#include "face/Log.h"
 #include "platform/Runtime.h"
 #include "platform/clsTimeout.h"
 #include "ports/clsIMScomm.h"
-#include "protocol/Log.h"
 #include "text/RuntimeError.h"
 
 namespace corvane {

@@ -3,8 +3,8 @@
 #include <string>
 #include <string_view>
 
+#include "face/Progress.h"
 #include "protocol/LineReader.h"
-#include "protocol/Progress.h"
 
 namespace corvane {
 

@@ -12,7 +12,7 @@
 #include <QRadioButton>
 #include <QStackedWidget>
 
-#include "window/Naming.h"
+#include "window/widgets/Naming.h"
 
 namespace corvane {
 namespace {

@@ -2,13 +2,13 @@
 
 #include <QMainWindow>
 
-#include "window/ElidedLabel.h"
-#include "window/LogPane.h"
-#include "window/MemoryView.h"
-#include "window/NoticeStrip.h"
-#include "window/PortFrame.h"
-#include "window/StepBox.h"
-#include "window/VerdictCard.h"
+#include "window/widgets/ElidedLabel.h"
+#include "window/widgets/LogPane.h"
+#include "window/widgets/MemoryView.h"
+#include "window/widgets/NoticeStrip.h"
+#include "window/widgets/PortFrame.h"
+#include "window/widgets/StepBox.h"
+#include "window/widgets/VerdictCard.h"
 
 class QAction;
 class QLabel;

@@ -19,12 +19,12 @@
 #include <QStackedWidget>
 #include <algorithm>
 
-#include "app/ProgramInfo.h"
-#include "app/RunNotice.h"
-#include "window/Naming.h"
-#include "window/QtText.h"
-#include "window/frmConnection.h"
-#include "window/frmJobs.h"
+#include "platform/ProgramInfo.h"
+#include "window/dialogs/frmConnection.h"
+#include "window/dialogs/frmJobs.h"
+#include "window/presenter/RunNotice.h"
+#include "window/widgets/Naming.h"
+#include "window/widgets/QtText.h"
 
 namespace corvane {
 namespace {

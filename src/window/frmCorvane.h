@@ -3,10 +3,10 @@
 #include <QMainWindow>
 #include <functional>
 
-#include "app/MainPresenter.h"
-#include "app/ProgressMeter.h"
 #include "window/MainControls.h"
-#include "window/Questions.h"
+#include "window/dialogs/Questions.h"
+#include "window/presenter/MainPresenter.h"
+#include "window/presenter/ProgressMeter.h"
 
 namespace corvane {
 

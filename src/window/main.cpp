@@ -10,13 +10,13 @@
 #include <iostream>
 #include <optional>
 
-#include "app/ProgramInfo.h"
+#include "platform/ProgramInfo.h"
 #include "platform/linux/LinuxConsole.h"
 #include "platform/linux/LinuxPlatform.h"
 #include "platform/linux/desktop/LogindInhibitor.h"
-#include "window/Rehearsal.h"
 #include "window/frmCorvane.h"
-#include "window/frmRehearsal.h"
+#include "window/rehearsal/Rehearsal.h"
+#include "window/rehearsal/frmRehearsal.h"
 
 namespace {
 

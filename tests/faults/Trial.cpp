@@ -1,12 +1,12 @@
 #include "faults/Trial.h"
 
-#include "app/MainPresenter.h"
 #include "console/Console.h"
 #include "models/Device.h"
 #include "models/Flash.h"
 #include "models/PacedLine.h"
 #include "support/AppBench.h"
 #include "text/Text.h"
+#include "window/presenter/MainPresenter.h"
 
 namespace corvane::faults {
 namespace {

@@ -5,7 +5,7 @@
 #include <memory>
 
 #include "ftp/ReadLog.h"
-#include "platform/linux/CurlAsyncReader.h"
+#include "platform/linux/transfer/CurlAsyncReader.h"
 #include "support/FakeAsyncReader.h"
 #include "support/SiteProcess.h"
 

@@ -1,6 +1,6 @@
 // The reader against a real FTP server on loopback: what the server sees, and what its faults lead to.
 
-#include "platform/linux/CurlAsyncReader.h"
+#include "platform/linux/transfer/CurlAsyncReader.h"
 
 #include <csignal>
 #include <cstdlib>

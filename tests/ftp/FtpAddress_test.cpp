@@ -1,4 +1,4 @@
-#include "platform/linux/FtpAddress.h"
+#include "platform/linux/transfer/FtpAddress.h"
 
 #include <gtest/gtest.h>
 

@@ -12,7 +12,7 @@
 #include <vector>
 
 #include "ftp/FTPDownload.h"
-#include "platform/linux/CurlAsyncReader.h"
+#include "platform/linux/transfer/CurlAsyncReader.h"
 #include "support/ScratchFolder.h"
 #include "support/SiteProcess.h"
 

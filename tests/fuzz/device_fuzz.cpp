@@ -1,11 +1,11 @@
 // What a device says: reply frames, lines, prompts, and all of them in the course of a whole update.
 
-#include "app/MainPresenter.h"
 #include "fuzz/Talker.h"
 #include "fuzz/Targets.h"
 #include "protocol/DeviceLogin.h"
 #include "protocol/LineReader.h"
 #include "support/AppBench.h"
+#include "window/presenter/MainPresenter.h"
 
 namespace corvane::fuzz {
 namespace {

@@ -10,7 +10,7 @@
 #include "ftp/FTPDownload.h"
 #include "fuzz/Input.h"
 #include "fuzz/Targets.h"
-#include "platform/linux/CurlAsyncReader.h"
+#include "platform/linux/transfer/CurlAsyncReader.h"
 #include "support/ScratchFolder.h"
 
 namespace corvane::fuzz {

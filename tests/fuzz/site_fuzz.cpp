@@ -2,19 +2,19 @@
 
 #include <curl/curl.h>
 
-#include "app/FirmwareDialog.h"
-#include "app/FirmwareListParser.h"
-#include "app/ImageCheck.h"
-#include "app/MainPresenter.h"
-#include "app/SiteCheck.h"
 #include "console/SiteAddress.h"
+#include "face/FirmwareDialog.h"
 #include "fuzz/Input.h"
 #include "fuzz/Targets.h"
+#include "image/ImageCheck.h"
 #include "models/Flash.h"
-#include "platform/linux/FtpAddress.h"
+#include "platform/linux/transfer/FtpAddress.h"
+#include "site/FirmwareListParser.h"
+#include "site/SiteCheck.h"
 #include "support/AppBench.h"
 #include "text/Cp1252.h"
 #include "text/Text.h"
+#include "window/presenter/MainPresenter.h"
 
 namespace corvane::fuzz {
 namespace {

@@ -2,7 +2,7 @@
 #include <sys/stat.h>
 #include <sys/sysmacros.h>
 
-#include "platform/linux/ProcPortInspector.h"
+#include "platform/linux/serial/ProcPortInspector.h"
 #include "support/ScratchFolder.h"
 
 namespace corvane {

@@ -3,7 +3,7 @@
 #include <stdexcept>
 #include <unistd.h>
 
-#include "platform/linux/LinuxRuntime.h"
+#include "platform/linux/events/LinuxRuntime.h"
 #include "support/FakeRuntime.h"
 
 namespace corvane {

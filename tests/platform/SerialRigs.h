@@ -3,7 +3,7 @@
 #include <functional>
 #include <string>
 
-#include "platform/linux/TermiosSerialControl.h"
+#include "platform/linux/serial/TermiosSerialControl.h"
 #include "support/FakePortMap.h"
 #include "support/FakeSerialControl.h"
 #include "support/PseudoTerminal.h"

@@ -2,7 +2,7 @@
 #include <gtest/gtest.h>
 
 #include "SerialRigs.h"
-#include "platform/linux/LineSettings.h"
+#include "platform/linux/serial/LineSettings.h"
 #include "support/ScratchFolder.h"
 
 namespace corvane {

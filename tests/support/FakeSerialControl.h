@@ -4,7 +4,7 @@
 #include <set>
 
 #include "models/Peer.h"
-#include "platform/BufferedSerialControl.h"
+#include "platform/serial/BufferedSerialControl.h"
 #include "support/FakeRuntime.h"
 
 namespace corvane::fakes {

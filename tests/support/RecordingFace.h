@@ -5,10 +5,10 @@
 #include <string>
 #include <vector>
 
-#include "protocol/Log.h"
-#include "protocol/PasswordPrompt.h"
-#include "protocol/PortPanel.h"
-#include "protocol/Progress.h"
+#include "face/Log.h"
+#include "face/PasswordPrompt.h"
+#include "face/PortPanel.h"
+#include "face/Progress.h"
 
 namespace corvane::fakes {
 

@@ -21,15 +21,15 @@ def body(lines):
 
 class Includes(unittest.TestCase):
     def test_down_and_across(self):
-        for relative, include in (("app/a.cpp", "protocol/Log.h"), ("hid/a.h", "vellio/vellio.h"), ("app/a.h", "app/b.h"),
-                                  ("window/a.cpp", "platform/linux/LinuxRuntime.h"), ("text/a.h", "text/b.h")):
+        for relative, include in (("run/a.cpp", "face/Log.h"), ("hid/a.h", "vellio/vellio.h"), ("app/a.h", "app/b.h"),
+                                  ("window/a.cpp", "platform/linux/events/LinuxRuntime.h"), ("text/a.h", "text/b.h")):
             self.assertEqual(words(relative, '#include "%s"\n' % include), [], relative)
 
     def test_up_and_sideways(self):
-        for relative, include in (("protocol/a.cpp", "app/UpdateRun.h"), ("hid/a.h", "vellio/Transport.h"),
-                                  ("hid/a.h", "ports/clsMSComm.h"), ("app/a.h", "platform/linux/LinuxRuntime.h"),
+        for relative, include in (("protocol/a.cpp", "run/UpdateRun.h"), ("hid/a.h", "vellio/Transport.h"),
+                                  ("hid/a.h", "ports/clsMSComm.h"), ("app/a.h", "platform/linux/events/LinuxRuntime.h"),
                                   ("models/a.h", "platform/Runtime.h"), ("console/a.h", "window/a.h"),
-                                  ("text/a.h", "b.h"), ("ftp/a.h", "protocol/Log.h")):
+                                  ("text/a.h", "b.h"), ("ftp/a.h", "face/Log.h")):
             self.assertEqual(len(words(relative, '#include "%s"\n' % include)), 1, relative + " " + include)
 
     def test_standard_library_alone(self):

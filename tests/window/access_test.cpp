@@ -7,7 +7,7 @@
 
 #include "WindowTest.h"
 #include "text/Text.h"
-#include "window/frmRehearsal.h"
+#include "window/rehearsal/frmRehearsal.h"
 
 namespace corvane {
 namespace {

@@ -3,7 +3,7 @@
 
 #include "../console/ConsoleBench.h"
 #include "WindowBench.h"
-#include "app/FirmwareDialog.h"
+#include "face/FirmwareDialog.h"
 
 namespace corvane {
 namespace {

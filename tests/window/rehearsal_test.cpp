@@ -1,7 +1,7 @@
 #include <QRadioButton>
 
 #include "WindowTest.h"
-#include "window/frmRehearsal.h"
+#include "window/rehearsal/frmRehearsal.h"
 
 namespace corvane {
 namespace {

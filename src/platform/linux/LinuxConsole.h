@@ -5,7 +5,7 @@
 
 #include "platform/Terminal.h"
 #include "platform/TextSink.h"
-#include "platform/linux/LinuxRuntime.h"
+#include "platform/linux/events/LinuxRuntime.h"
 
 namespace corvane {
 

@@ -3,7 +3,7 @@
 #include <set>
 
 #include "platform/Launcher.h"
-#include "platform/linux/LinuxRuntime.h"
+#include "platform/linux/events/LinuxRuntime.h"
 
 namespace corvane {
 

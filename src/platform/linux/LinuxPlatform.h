@@ -1,16 +1,16 @@
 #pragma once
 
 #include "platform/Platform.h"
-#include "platform/linux/CurlAsyncReader.h"
 #include "platform/linux/DlModuleLoader.h"
 #include "platform/linux/LinuxLauncher.h"
 #include "platform/linux/LinuxPortMap.h"
 #include "platform/linux/LinuxProgramFolder.h"
-#include "platform/linux/LinuxRuntime.h"
-#include "platform/linux/ProcPortInspector.h"
 #include "platform/linux/QtDigest.h"
 #include "platform/linux/QtSettingsStore.h"
-#include "platform/linux/TermiosSerialControl.h"
+#include "platform/linux/events/LinuxRuntime.h"
+#include "platform/linux/serial/ProcPortInspector.h"
+#include "platform/linux/serial/TermiosSerialControl.h"
+#include "platform/linux/transfer/CurlAsyncReader.h"
 
 namespace corvane {
 

@@ -6,8 +6,8 @@
 #include <set>
 #include <tuple>
 
-#include "platform/linux/PortMapFile.h"
 #include "platform/linux/UserFolders.h"
+#include "platform/serial/PortMapFile.h"
 #include "text/Number.h"
 #include "text/RuntimeError.h"
 #include "text/Text.h"

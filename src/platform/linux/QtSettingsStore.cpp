@@ -7,7 +7,7 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
-#include "platform/linux/RawIni.h"
+#include "platform/RawIni.h"
 #include "platform/linux/UserFolders.h"
 
 namespace corvane {

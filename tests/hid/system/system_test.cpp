@@ -4,7 +4,7 @@
 
 #include "hid/VellIO.h"
 #include "platform/linux/DlModuleLoader.h"
-#include "platform/linux/LinuxRuntime.h"
+#include "platform/linux/events/LinuxRuntime.h"
 
 namespace corvane {
 namespace {

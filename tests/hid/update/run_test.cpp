@@ -1,11 +1,11 @@
 #include <algorithm>
 #include <gtest/gtest.h>
 
-#include "app/MainPresenter.h"
 #include "console/Console.h"
 #include "models/Flash.h"
 #include "support/AppBench.h"
 #include "support/hid/HidBench.h"
+#include "window/presenter/MainPresenter.h"
 
 namespace corvane {
 namespace {

@@ -1,9 +1,0 @@
-#include "app/ProgramInfo.h"
-
-namespace corvane {
-
-std::string programVersion() { return CORVANE_VERSION_TEXT; }
-
-std::string defaultServer() { return CORVANE_DEFAULT_SERVER; }
-
-}  // namespace corvane

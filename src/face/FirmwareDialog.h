@@ -1,0 +1,68 @@
+#pragma once
+
+#include <string>
+#include <vector>
+
+#include "face/FirmwareRecord.h"
+#include "face/OperatorPrompts.h"
+
+namespace corvane {
+
+/// A version text as one number that sorts as versions do: V5.10R1 is 5.10001, above V5.9R1 at 5.09001.
+double versionValue(std::string_view text);
+
+/// The step from a device's version to an image's in words: "from V5.1R23 to V5.2R1, a newer version"; empty when one
+/// of the texts holds no version.
+std::string versionStep(std::string_view deviceVersion, std::string_view imageVersion);
+
+/// The selection of an image: what it shows, which entry is preselected, and what a choice leads to. A face shows it
+/// and calls select and ok; texts in Windows-1252. Owns nothing but its texts.
+class FirmwareDialog {
+public:
+    struct Entry {
+        std::string text;  ///< as the list shows it: "*" for another product, section, " - ", product
+        FirmwareRecord record;
+        bool isMarked() const { return !text.empty() && text.front() == '*'; }
+    };
+
+    struct Verdict {
+        std::string text;
+        bool isWarning = false;  ///< shown in red
+    };
+
+    FirmwareDialog(std::string port, std::string deviceVersion, const std::string& szROMList, bool isForced,
+                   bool isFirmwareNotFound, const std::string& lastSection);
+
+    /// The lines about the device that stand above the list.
+    std::string header() const;
+    const std::vector<Entry>& entries() const { return entries_; }
+    int selected() const { return selected_; }  ///< -1 when nothing is
+    void select(int index);
+
+    std::string details() const;
+    Verdict verdict() const;
+
+    /// The step from the device's version to the selected entry's, in words.
+    std::string step() const;
+
+    /// Asks the question and, when the answer is OK, closes the dialog with the selected entry chosen.
+    void ok(OperatorPrompts& prompts);
+
+    bool isChosen() const { return chosen_; }
+
+    /// Section name, blank, version of the chosen entry.
+    std::string result() const;
+
+private:
+    int preselected(const std::string& lastSection) const;
+    const FirmwareRecord& current() const { return entries_[static_cast<std::size_t>(selected_)].record; }
+
+    std::string port_;
+    std::string deviceVersion_;
+    bool isFirmwareNotFound_;
+    std::vector<Entry> entries_;
+    int selected_ = -1;
+    bool chosen_ = false;
+};
+
+}  // namespace corvane

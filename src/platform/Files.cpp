@@ -1,0 +1,48 @@
+#include "platform/Files.h"
+
+#include <algorithm>
+#include <filesystem>
+
+namespace corvane {
+
+bool FileExists(const std::string& path) {
+    std::error_code error;
+    return !path.empty() && std::filesystem::is_regular_file(path, error);
+}
+
+bool FolderExists(const std::string& path) {
+    std::error_code error;
+    return std::filesystem::is_directory(path, error);
+}
+
+std::vector<std::string> filesIn(const std::string& folder) {
+    std::vector<std::string> names;
+    std::error_code error;
+    for (std::filesystem::directory_iterator at(folder, error), end; !error && at != end; at.increment(error)) {
+        std::error_code isGone;
+        if (at->is_regular_file(isGone)) names.push_back(at->path().filename().string());
+    }
+    return names;
+}
+
+bool makeFolder(const std::string& path) {
+    std::error_code error;
+    std::filesystem::create_directories(path, error);
+    return FolderExists(path);
+}
+
+bool deleteFile(const std::string& path) {
+    std::error_code error;
+    std::filesystem::remove(path, error);
+    return !FileExists(path);
+}
+
+bool isSafeFileName(const std::string& name) {
+    const auto isBad = [](char c) {
+        const auto code = static_cast<unsigned char>(c);
+        return code < 0x20 || code == 0x7F || c == '/' || c == '\\';
+    };
+    return !name.empty() && name != "." && name != ".." && std::none_of(name.begin(), name.end(), isBad);
+}
+
+}  // namespace corvane

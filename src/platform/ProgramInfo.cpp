@@ -1,0 +1,9 @@
+#include "platform/ProgramInfo.h"
+
+namespace corvane {
+
+std::string programVersion() { return CORVANE_VERSION_TEXT; }
+
+std::string defaultServer() { return CORVANE_DEFAULT_SERVER; }
+
+}  // namespace corvane

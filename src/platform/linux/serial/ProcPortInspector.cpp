@@ -1,0 +1,93 @@
+#include "platform/linux/serial/ProcPortInspector.h"
+
+#include <filesystem>
+#include <grp.h>
+#include <pwd.h>
+#include <sys/stat.h>
+#include <sys/sysmacros.h>
+#include <unistd.h>
+
+#include "text/Number.h"
+#include "text/RuntimeError.h"
+#include "text/Text.h"
+
+namespace corvane {
+namespace {
+
+namespace fs = std::filesystem;
+
+std::string contentOf(const fs::path& path) {
+    try {
+        return readFile(path.string());
+    } catch (const RuntimeError&) {
+        return {};
+    }
+}
+
+std::string programOf(const fs::path& process) {
+    const auto name = contentOf(process / "comm");
+    return name.substr(0, name.find('\n'));
+}
+
+bool isProcess(const fs::path& path) { return isNumeric(path.filename().string()); }
+
+/// Whether one of a process's descriptors is the device of that number.
+bool holdsDevice(const fs::path& process, dev_t device) {
+    std::error_code error;
+    for (fs::directory_iterator at(process / "fd", error), end; !error && at != end; at.increment(error)) {
+        struct stat status {};
+        if (stat(at->path().c_str(), &status) == 0 && S_ISCHR(status.st_mode) && status.st_rdev == device) return true;
+    }
+    return false;
+}
+
+/// Calls the function with each process's folder until it is true.
+template <typename Function>
+bool anyProcess(const std::string& proc, Function function) {
+    std::error_code error;
+    for (fs::directory_iterator at(proc, error), end; !error && at != end; at.increment(error)) {
+        if (isProcess(at->path()) && function(at->path())) return true;
+    }
+    return false;
+}
+
+}  // namespace
+
+std::string ProcPortInspector::userName() {
+    const auto* user = getpwuid(geteuid());
+    return user ? user->pw_name : std::to_string(geteuid());
+}
+
+std::string ProcPortInspector::groupOf(const std::string& node) {
+    struct stat status {};
+    if (stat(node.c_str(), &status) != 0) return {};
+    const auto* group = getgrgid(status.st_gid);
+    return group ? group->gr_name : std::to_string(status.st_gid);
+}
+
+std::optional<PortHolder> ProcPortInspector::holderOf(const std::string& node) {
+    struct stat status {};
+    if (stat(node.c_str(), &status) != 0 || !S_ISCHR(status.st_mode)) return std::nullopt;
+    std::optional<PortHolder> holder;
+    anyProcess(places_.proc, [&](const fs::path& process) {
+        const int number = static_cast<int>(leadingNumber(process.filename().string()));
+        if (number == getpid() || !holdsDevice(process, status.st_rdev)) return false;
+        holder = PortHolder{number, programOf(process)};
+        return true;
+    });
+    return holder;
+}
+
+bool ProcPortInspector::isProbedForModems(const std::string& node) {
+    std::error_code error;
+    const auto name = fs::canonical(node, error).filename().string();
+    struct stat status {};
+    if (error || (name.rfind("ttyUSB", 0) != 0 && name.rfind("ttyACM", 0) != 0)) return false;
+    if (stat(node.c_str(), &status) != 0) return false;
+    if (!anyProcess(places_.proc, [](const fs::path& process) { return programOf(process) == "ModemManager"; }))
+        return false;
+    const auto number = "c" + std::to_string(major(status.st_rdev)) + ":" + std::to_string(minor(status.st_rdev));
+    return contentOf(fs::path(places_.udev) / number).find("E:ID_MM_DEVICE_IGNORE=1") == std::string::npos;
+}
+
+}  // namespace corvane

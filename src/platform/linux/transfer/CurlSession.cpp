@@ -1,0 +1,332 @@
+#include "platform/linux/transfer/CurlSession.h"
+
+#include <algorithm>
+#include <cstddef>
+#include <exception>
+#include <linux/tcp.h>
+#include <netinet/in.h>
+#include <poll.h>
+#include <stdexcept>
+#include <sys/epoll.h>
+#include <sys/socket.h>
+#include <sys/timerfd.h>
+#include <unistd.h>
+#include <utility>
+
+namespace corvane {
+namespace {
+
+constexpr long kReceiveBuffer = 256 * 1024L;
+constexpr std::size_t kMostPerTurn = 512 * 1024UL;  // bytes; then other events have theirs
+constexpr long kLongestIdle = 24 * 3600L;           // seconds; when a session ends is decided elsewhere
+constexpr std::uint32_t kLongestBlock = 500;        // ms that the library may wait by itself
+constexpr int kMostUnread = 16;                     // pieces of a talkative server's words
+constexpr char kGoodbye[] = "QUIT\r\n";
+
+bool isReadable(int socket) {
+    pollfd entry{socket, POLLIN, 0};
+    return ::poll(&entry, 1, 0) > 0;
+}
+
+bool isAtEnd(int socket) {
+    char next = 0;
+    return ::recv(socket, &next, 1, MSG_PEEK | MSG_DONTWAIT) == 0;
+}
+
+CurlSession& session(void* self) { return *static_cast<CurlSession*>(self); }
+
+}  // namespace
+
+CurlSession::CurlSession(LinuxRuntime& runtime, const FtpAddress& address)
+    : runtime_(runtime),
+      address_(address),
+      multi_(curl_multi_init()),
+      easy_(curl_easy_init()),
+      timer_(::timerfd_create(CLOCK_MONOTONIC, TFD_NONBLOCK | TFD_CLOEXEC)) {}
+
+// What the first constructor has made is cleaned up when this one throws.
+CurlSession::CurlSession(LinuxRuntime& runtime, const FtpAddress& address, const SiteRoute& route, int connectLimitMs)
+    : CurlSession(runtime, address) {
+    if (timer_ < 0 || !multi_ || !easy_) throw std::runtime_error("The transfer library cannot be started");
+    runtime_.watch(timer_, EPOLLIN, [this](std::uint32_t) { onTimer(); });
+    curl_multi_setopt(multi_, CURLMOPT_SOCKETFUNCTION, &onSocketChange);
+    curl_multi_setopt(multi_, CURLMOPT_SOCKETDATA, this);
+    curl_multi_setopt(multi_, CURLMOPT_TIMERFUNCTION, &onTimeChange);
+    curl_multi_setopt(multi_, CURLMOPT_TIMERDATA, this);
+    set(CURLOPT_WRITEFUNCTION, &onBody);
+    set(CURLOPT_WRITEDATA, this);
+    set(CURLOPT_HEADERFUNCTION, &onHeader);
+    set(CURLOPT_HEADERDATA, this);
+    set(CURLOPT_OPENSOCKETFUNCTION, &onOpen);
+    set(CURLOPT_OPENSOCKETDATA, this);
+    set(CURLOPT_CLOSESOCKETFUNCTION, &onClose);
+    set(CURLOPT_CLOSESOCKETDATA, this);
+    set(CURLOPT_XFERINFOFUNCTION, &onProgress);
+    set(CURLOPT_XFERINFODATA, this);
+    set(CURLOPT_NOPROGRESS, 0L);
+    set(CURLOPT_ERRORBUFFER, error_.data());
+    set(CURLOPT_PROTOCOLS_STR, "ftp");
+    set(CURLOPT_PATH_AS_IS, 1L);
+    set(CURLOPT_FTP_FILEMETHOD, long{CURLFTPMETHOD_NOCWD});  // the path goes out as it is, in one command
+    set(CURLOPT_FAILONERROR, 1L);
+    set(CURLOPT_BUFFERSIZE, kReceiveBuffer);
+    set(CURLOPT_CONNECTTIMEOUT_MS, long{connectLimitMs});
+    set(CURLOPT_MAXAGE_CONN, kLongestIdle);
+    set(CURLOPT_QUICK_EXIT, 1L);  // a name that is still being looked up holds nobody up
+    set(CURLOPT_NOSIGNAL, 1L);
+    if (!address.user.empty()) {
+        set(CURLOPT_USERNAME, address.user.c_str());
+        set(CURLOPT_PASSWORD, address.password.c_str());
+    }
+    applyRoute(route);
+}
+
+CurlSession::~CurlSession() {
+    sayGoodbye();
+    if (multi_ && easy_) curl_multi_remove_handle(multi_, easy_);
+    curl_easy_cleanup(easy_);
+    if (multi_) curl_multi_cleanup(multi_);
+    if (timer_ >= 0) {
+        runtime_.unwatch(timer_);
+        ::close(timer_);
+    }
+}
+
+template <class Value>
+void CurlSession::set(CURLoption option, Value value) {
+    const CURLcode code = curl_easy_setopt(easy_, option, value);
+    if (code != CURLE_OK) throw std::runtime_error(curl_easy_strerror(code));
+}
+
+void CurlSession::applyRoute(const SiteRoute& route) {
+    if (route.access == SiteRoute::Access::byDefault) return;
+    const bool isDirect = route.access == SiteRoute::Access::direct;
+    set(CURLOPT_PROXY, isDirect ? "" : route.proxy.c_str());
+    set(CURLOPT_NOPROXY, "");  // the operator's choice counts whatever the environment excepts
+}
+
+void CurlSession::begin(const FtpAddress& address) {
+    curl_multi_remove_handle(multi_, easy_);
+    received_ = 0;
+    isReplyAwaited_ = isTurnOver_ = hasReplied_ = isDataOver_ = false;
+    ownProblem_.clear();
+    error_.fill(0);
+    set(CURLOPT_URL, address.url().c_str());
+    const CURLMcode code = curl_multi_add_handle(multi_, easy_);
+    if (code != CURLM_OK) throw std::runtime_error(curl_multi_strerror(code));
+}
+
+bool CurlSession::isFor(const FtpAddress& address) const {
+    return address.host == address_.host && address.user == address_.user && address.password == address_.password;
+}
+
+bool CurlSession::isOpen() const {
+    const int socket = controlSocket();
+    return socket >= 0 && !isReadable(socket);  // an idle server that speaks takes its leave
+}
+
+std::int64_t CurlSession::size() const {
+    curl_off_t size = -1;
+    curl_easy_getinfo(easy_, CURLINFO_CONTENT_LENGTH_DOWNLOAD_T, &size);
+    return std::max<curl_off_t>(size, 0);
+}
+
+int CurlSession::onSocketChange(CURL*, curl_socket_t socket, int what, void* self, void*) {
+    auto& that = session(self);
+    try {
+        if (what == CURL_POLL_REMOVE) {
+            that.runtime_.unwatch(socket);
+            return 0;
+        }
+        const std::uint32_t events = (what & CURL_POLL_IN ? EPOLLIN : 0U) | (what & CURL_POLL_OUT ? EPOLLOUT : 0U);
+        that.runtime_.watch(socket, events,
+                            [&that, socket](std::uint32_t happened) { that.onSocket(socket, happened); });
+        return 0;
+    } catch (const std::exception& error) {
+        that.ownProblem_ = error.what();
+        return -1;
+    }
+}
+
+int CurlSession::onTimeChange(CURLM*, long ms, void* self) {
+    session(self).setTimer(ms);
+    return 0;
+}
+
+std::size_t CurlSession::onBody(char* bytes, std::size_t size, std::size_t count, void* self) {
+    auto& that = session(self);
+    const std::string_view body(bytes, size * count);
+    try {
+        if (that.isReplyMissing(body.size())) {
+            that.isReplyAwaited_ = true;
+            return CURL_WRITEFUNC_PAUSE;
+        }
+        if (that.turn_ >= kMostPerTurn) {
+            that.isTurnOver_ = true;
+            return CURL_WRITEFUNC_PAUSE;
+        }
+        that.onData(body);
+        that.turn_ += body.size();
+        that.received_ += static_cast<std::int64_t>(body.size());
+        return body.size();
+    } catch (const std::exception& error) {
+        that.ownProblem_ = error.what();
+        return 0;
+    }
+}
+
+std::size_t CurlSession::onHeader(char*, std::size_t size, std::size_t count, void* self) {
+    auto& that = session(self);
+    that.hasReplied_ = true;
+    that.lastCall_ = that.runtime_.tick();
+    that.replied_ += size * count;
+    that.onReply();
+    return size * count;
+}
+
+curl_socket_t CurlSession::onOpen(void* self, curlsocktype, curl_sockaddr* address) {
+    const int socket = ::socket(address->family, address->socktype | SOCK_CLOEXEC, address->protocol);
+    if (socket < 0) return CURL_SOCKET_BAD;
+    auto& that = session(self);
+    if (that.sockets_.empty()) that.replied_ = 0;
+    that.sockets_.push_back(socket);
+    return socket;
+}
+
+int CurlSession::onClose(void* self, curl_socket_t socket) {
+    auto& that = session(self);
+    that.isDataOver_ = socket == that.dataSocket();
+    that.lastCall_ = that.runtime_.tick();
+    std::erase(that.sockets_, socket);
+    that.runtime_.unwatch(socket);
+    return ::close(socket);
+}
+
+/// When a server has said something that is no last word, the library waits for that word all the same, up to a minute,
+/// in which nothing else happens. Once a second it asks here.
+int CurlSession::onProgress(void* self, curl_off_t, curl_off_t, curl_off_t, curl_off_t) {
+    auto& that = session(self);
+    if (!that.isDataOver_ || that.runtime_.tick() - that.lastCall_ < kLongestBlock) return 0;
+    that.ownProblem_ = "The server did not confirm the transfer";
+    return 1;
+}
+
+void CurlSession::onSocket(int socket, std::uint32_t events) {
+    if ((events & EPOLLIN) && socket == dataSocket() && isReplyMissing(0)) {
+        runtime_.unwatch(socket);
+        isReplyAwaited_ = true;
+        awaitReply();
+        return;
+    }
+    int happened = 0;
+    if (events & EPOLLIN) happened |= CURL_CSELECT_IN;
+    if (events & EPOLLOUT) happened |= CURL_CSELECT_OUT;
+    if (events & (EPOLLERR | EPOLLHUP)) happened |= CURL_CSELECT_ERR;
+    act(socket, happened);
+}
+
+/// In ms from now; below 0 for never.
+void CurlSession::setTimer(long ms) {
+    itimerspec setting{};
+    if (ms == 0) setting.it_value.tv_nsec = 1;  // zero would mean never
+    if (ms > 0) setting.it_value = {ms / 1000, ms % 1000 * 1000000};
+    ::timerfd_settime(timer_, 0, &setting, nullptr);
+}
+
+void CurlSession::onTimer() {
+    std::uint64_t expirations = 0;
+    if (::read(timer_, &expirations, sizeof expirations) < 0 || isReplyAwaited_) return;
+    if (std::exchange(isTurnOver_, false)) goOn();
+    act(CURL_SOCKET_TIMEOUT, 0);
+}
+
+void CurlSession::goOn() {
+    turn_ = 0;
+    curl_easy_pause(easy_, CURLPAUSE_CONT);
+}
+
+void CurlSession::act(int socket, int events) {
+    int running = 0;
+    turn_ = 0;
+    lastCall_ = runtime_.tick();
+    curl_multi_socket_action(multi_, socket, events, &running);
+    if (std::exchange(hasReplied_, false) && dataSocket() < 0 && !isOverHttp()) nudge();
+    if (isReplyAwaited_) awaitReply();
+    if (isTurnOver_) setTimer(0);
+    int left = 0;
+    while (const CURLMsg* message = curl_multi_info_read(multi_, &left)) {
+        if (message->msg == CURLMSG_DONE) onDone(problemOf(message->data.result));
+    }
+}
+
+/// A reply that tells where the data is to be had may leave the library with nothing to wait for, and it would never
+/// connect there. A pause that ends at once has it look again.
+void CurlSession::nudge() {
+    curl_easy_pause(easy_, CURLPAUSE_RECV);
+    curl_easy_pause(easy_, CURLPAUSE_CONT);
+}
+
+/// At the end of the data the library waits for the server's last word, up to a minute, and lets nothing else happen
+/// meanwhile. So it is not shown the end before that word is there.
+bool CurlSession::isReplyMissing(std::size_t coming) const {
+    if (dataSocket() < 0) return false;
+    const auto whole = size();
+    const bool isWhole = whole > 0 && received_ + static_cast<std::int64_t>(coming) >= whole;
+    return (isWhole || isAtEnd(dataSocket())) && !hasReply();
+}
+
+/// Whether the server has said more than the library has shown: it may have read a reply already and kept it.
+bool CurlSession::hasReply() const {
+    tcp_info info{};
+    socklen_t length = sizeof info;
+    constexpr std::size_t kNeeded = offsetof(tcp_info, tcpi_bytes_received) + sizeof info.tcpi_bytes_received;
+    if (::getsockopt(controlSocket(), IPPROTO_TCP, TCP_INFO, &info, &length) < 0 || length < kNeeded) return true;
+    return info.tcpi_bytes_received > replied_ || isReadable(controlSocket());
+}
+
+/// Goes on with a read that was held back as soon as the server has spoken.
+void CurlSession::awaitReply() {
+    const int control = controlSocket();
+    runtime_.watch(control, EPOLLIN, [this, control](std::uint32_t) {
+        isReplyAwaited_ = false;
+        runtime_.unwatch(control);
+        goOn();
+        act(dataSocket(), CURL_CSELECT_IN);
+    });
+}
+
+std::string CurlSession::problemOf(CURLcode code) const {
+    if (!ownProblem_.empty()) return ownProblem_;
+    if (code != CURLE_OK) return error_[0] ? error_.data() : curl_easy_strerror(code);
+    long answer = 0;
+    curl_easy_getinfo(easy_, CURLINFO_RESPONSE_CODE, &answer);
+    // A proxy that sends its user elsewhere has not sent the file.
+    if (isOverHttp() && answer != 200) return "The proxy's answer was " + std::to_string(answer);
+    return {};
+}
+
+bool CurlSession::isOverHttp() const {
+    const char* scheme = nullptr;
+    curl_easy_getinfo(easy_, CURLINFO_SCHEME, &scheme);
+    return scheme && std::string_view(scheme).substr(0, 4) == "HTTP";
+}
+
+/// The socket of the FTP dialogue, or the one to the proxy; -1 when there is none.
+int CurlSession::controlSocket() const { return sockets_.empty() ? -1 : sockets_.front(); }
+
+int CurlSession::dataSocket() const { return sockets_.size() < 2 ? -1 : sockets_.back(); }
+
+/// The library's own farewell waits for the answer of a server that may have fallen silent; on a socket that is shut
+/// down it gives up at once.
+void CurlSession::sayGoodbye() {
+    const int control = controlSocket();
+    if (control < 0) return;
+    std::array<char, 4096> unread{};  // left lying it would turn the farewell into a reset
+    for (int i = 0; i < kMostUnread; ++i) {
+        if (::recv(control, unread.data(), unread.size(), MSG_DONTWAIT) <= 0) break;
+    }
+    if (!isOverHttp()) ::send(control, kGoodbye, sizeof kGoodbye - 1, MSG_DONTWAIT | MSG_NOSIGNAL);
+    ::shutdown(control, SHUT_RDWR);
+}
+
+}  // namespace corvane

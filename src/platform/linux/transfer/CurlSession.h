@@ -1,0 +1,92 @@
+#pragma once
+
+#include <array>
+#include <cstdint>
+#include <curl/curl.h>
+#include <functional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "platform/AsyncReader.h"
+#include "platform/linux/events/LinuxRuntime.h"
+#include "platform/linux/transfer/FtpAddress.h"
+
+namespace corvane {
+
+/// One login at one server, kept open between the reads that it serves one after the other. The transfer library is
+/// driven by the runtime's descriptors and never waits by itself. Constructor and begin throw std::runtime_error.
+class CurlSession {
+public:
+    /// All three are called inside waits too, and must not end the session. onData may throw, which ends the read.
+    std::function<void(std::string_view bytes)> onData;
+    std::function<void()> onReply;                           ///< the server has said something
+    std::function<void(const std::string& problem)> onDone;  ///< empty when everything has come
+
+    CurlSession(LinuxRuntime& runtime, const FtpAddress& address, const SiteRoute& route, int connectLimitMs);
+
+    /// Says QUIT and leaves at once, in the middle of a read too.
+    ~CurlSession();
+    CurlSession(const CurlSession&) = delete;
+    CurlSession& operator=(const CurlSession&) = delete;
+
+    /// Starts a read; the last one must be done.
+    void begin(const FtpAddress& address);
+
+    /// Whether the same server and account are meant.
+    bool isFor(const FtpAddress& address) const;
+
+    /// False when there is no connection, or the server has ended it.
+    bool isOpen() const;
+
+    /// Bytes that the running read will bring; 0 when the server does not say.
+    std::int64_t size() const;
+
+private:
+    CurlSession(LinuxRuntime& runtime, const FtpAddress& address);
+
+    static int onSocketChange(CURL*, curl_socket_t socket, int what, void* self, void*);
+    static int onTimeChange(CURLM*, long ms, void* self);
+    static std::size_t onBody(char* bytes, std::size_t size, std::size_t count, void* self);
+    static std::size_t onHeader(char* bytes, std::size_t size, std::size_t count, void* self);
+    static curl_socket_t onOpen(void* self, curlsocktype, curl_sockaddr* address);
+    static int onClose(void* self, curl_socket_t socket);
+    static int onProgress(void* self, curl_off_t, curl_off_t, curl_off_t, curl_off_t);
+
+    template <class Value>
+    void set(CURLoption option, Value value);
+    void applyRoute(const SiteRoute& route);
+    void onSocket(int socket, std::uint32_t events);
+    void setTimer(long ms);
+    void onTimer();
+    void goOn();
+    void act(int socket, int events);
+    void nudge();
+    bool isReplyMissing(std::size_t coming) const;
+    bool hasReply() const;
+    void awaitReply();
+    bool isOverHttp() const;
+    std::string problemOf(CURLcode code) const;
+    int controlSocket() const;
+    int dataSocket() const;
+    void sayGoodbye();
+
+    LinuxRuntime& runtime_;
+    FtpAddress address_;
+    CURLM* multi_;
+    CURL* easy_;
+    int timer_;
+    std::vector<int> sockets_;   // open ones, oldest first: the dialogue's, then the data's
+    std::int64_t received_ = 0;  // bytes of the running read
+    std::uint64_t replied_ = 0;  // bytes of the dialogue that the library has shown
+    bool hasReplied_ = false;
+    bool isReplyAwaited_ = false;  // a held read goes on with the server's next words
+    bool isTurnOver_ = false;      // ... or after the other events that are due
+    std::size_t turn_ = 0;         // bytes of this turn
+    bool isDataOver_ = false;      // of the running read: only the server's last word is missing
+    std::uint32_t lastCall_ = 0;   // tick of the last sign that the library goes on
+    std::string ownProblem_;       // what went wrong in a callback, where the library only learns that something did
+    std::array<char, CURL_ERROR_SIZE> error_{};
+};
+
+}  // namespace corvane

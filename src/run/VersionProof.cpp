@@ -1,0 +1,26 @@
+#include "run/VersionProof.h"
+
+namespace corvane {
+
+Proof VersionProof::ask(const RunReport& report) {
+    constexpr int kTries = 3;  // a restart takes a moment, and a silent device 3 s a question
+    Proof proof;
+    session_.stop = session_.cancel = false;
+    if (!scanner_.openAgain(report.portName, report.settings)) return proof;
+    // A boot loader says nothing of the rate and the protocol of the firmware that it starts.
+    if (report.foundInBootLoader) {
+        proof.answered = scanner_.askVersionAtAnySetting(proof.version);
+    } else {
+        for (int i = 0; i < kTries && !proof.answered && !session_.cancel; ++i) {
+            proof.answered = scanner_.askVersion(report.protocolName, proof.version);
+        }
+    }
+    try {
+        session_.comm->PortOpen(false);
+    } catch (const RuntimeError&) {
+        // It was lost meanwhile; the proof stands or not.
+    }
+    return proof;
+}
+
+}  // namespace corvane

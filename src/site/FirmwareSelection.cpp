@@ -1,0 +1,90 @@
+#include "site/FirmwareSelection.h"
+
+#include <set>
+
+#include "platform/Files.h"
+#include "platform/ProgramInfo.h"
+#include "site/FirmwareListParser.h"
+#include "text/Cp1252.h"
+#include "text/RuntimeError.h"
+#include "text/Text.h"
+
+namespace corvane {
+namespace {
+
+/// The name that a record's file has in the Download folder.
+std::string localName(const FirmwareRecord& record) {
+    const auto& file = record.file;
+    const auto slash = file.rfind('/');
+    const auto end = slash != std::string::npos ? slash : file.rfind('\\');
+    return toUtf8(end == std::string::npos ? file : file.substr(end + 1));
+}
+
+}  // namespace
+
+std::vector<FirmwareRecord> FirmwareSelection::list() const {
+    if (choices_.isLocalFile()) {
+        const auto& image = choices_.image;
+        return {{image.program, image.program, image.version, image.description(), " "}};
+    }
+    std::vector<FirmwareRecord> records;
+    try {
+        records = FirmwareListParser().parse(readFile(folder_.resolve("\\firmware.inf")));
+    } catch (const RuntimeError&) {
+        return {};  // no file lists nothing
+    }
+    if (choices_.offLine) {
+        // The folder is looked through once, not for each of thousands of records.
+        std::set<std::string> downloaded;
+        for (const auto& name : filesIn(folder_.resolve("\\Download"))) {
+            if (isSafeFileName(name)) downloaded.insert(upperCase(name));
+        }
+        std::erase_if(records, [&](const auto& record) { return !downloaded.count(upperCase(localName(record))); });
+    }
+    return records;
+}
+
+std::string FirmwareSelection::localImage(const FirmwareRecord& record) const {
+    if (choices_.isLocalFile()) return choices_.image.path;
+    const auto name = localName(record);
+    if (!isSafeFileName(name)) return {};
+    const auto path = folder_.resolve("\\Download\\" + name);
+    return FileExists(path) ? path : std::string();
+}
+
+SelectionEnd FirmwareSelection::SelectFirmware(std::string& szFileVersion, const std::string& szPort,
+                                               const std::string& szDeviceVersion, bool force, bool inIsp) {
+    const auto records = list();
+    if (records.empty()) {
+        log_.ShowInfo("Firmware file(s) not found !!!\r\n");
+        return SelectionEnd::nothingListed;
+    }
+    switch (ShowQuery(szFileVersion, szPort, szDeviceVersion, encodeRecords(records), force, inIsp)) {
+        case 0:
+            return SelectionEnd::chosen;
+        case 1:
+            log_.ShowInfo("Cancel Update!!!\r\n");
+            return SelectionEnd::cancelled;
+        default:
+            log_.ShowInfo("Firmware not found!!!\r\n");
+            return SelectionEnd::nothingSuitable;
+    }
+}
+
+std::int32_t FirmwareSelection::ShowQuery(std::string& szFileVersion, const std::string& szPort,
+                                          const std::string& szDeviceVersion, const std::string& szROMList,
+                                          bool bIsForceISPMode, bool bIsFirmwareNotFound) {
+    const auto last = fromUtf8(settings_.GetSetting(kProgramTitle, "Query", "LastROM", ""));
+    FirmwareDialog dialog(szPort, szDeviceVersion, szROMList, bIsForceISPMode, bIsFirmwareNotFound, last);
+    if (dialog.entries().empty()) return 2;
+    prompts_.chooseFirmware(dialog);
+    if (remembers_ && dialog.selected() >= 0) {
+        const auto& entry = dialog.entries()[static_cast<std::size_t>(dialog.selected())];
+        settings_.SaveSetting(kProgramTitle, "Query", "LastROM", toUtf8(entry.record.section));
+    }
+    if (!dialog.isChosen()) return 1;
+    szFileVersion = dialog.result();
+    return 0;
+}
+
+}  // namespace corvane

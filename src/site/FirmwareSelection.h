@@ -1,0 +1,51 @@
+#pragma once
+
+#include <functional>
+
+#include "face/FirmwareDialog.h"
+#include "face/Log.h"
+#include "platform/ProgramFolder.h"
+#include "platform/SettingsStore.h"
+#include "settings/Choices.h"
+
+namespace corvane {
+
+/// How a selection ended.
+enum class SelectionEnd { chosen, cancelled, nothingSuitable, nothingListed };
+
+/// Builds the firmware list and lets the operator choose from it. Owns nothing.
+class FirmwareSelection {
+public:
+    FirmwareSelection(const Choices& choices, const ProgramFolder& folder, SettingsStore& settings,
+                      OperatorPrompts& prompts, Log& log)
+        : choices_(choices), folder_(folder), settings_(settings), prompts_(prompts), log_(log) {}
+
+    /// The records on offer: the local image alone, or the complete sections of firmware.inf; off line those whose file
+    /// lies in the Download folder.
+    std::vector<FirmwareRecord> list() const;
+
+    /// Where the image of such a record lies on this computer: the local file, or its copy in the Download folder.
+    /// Empty when it lies nowhere yet. In the system's bytes.
+    std::string localImage(const FirmwareRecord& record) const;
+
+    /// Logs why nothing was chosen. When something was, szFileVersion receives its section name, a blank, its version.
+    SelectionEnd SelectFirmware(std::string& szFileVersion, const std::string& szPort,
+                                const std::string& szDeviceVersion, bool force, bool inIsp);
+
+    /// The dialog and its result code: 0 chosen, 1 cancelled, 2 nothing suitable.
+    std::int32_t ShowQuery(std::string& szFileVersion, const std::string& szPort, const std::string& szDeviceVersion,
+                           const std::string& szROMList, bool bIsForceISPMode, bool bIsFirmwareNotFound);
+
+    /// The console leaves the entry that the window remembers alone.
+    void remembersEntry(bool remembers) { remembers_ = remembers; }
+
+private:
+    const Choices& choices_;
+    const ProgramFolder& folder_;
+    SettingsStore& settings_;
+    OperatorPrompts& prompts_;
+    Log& log_;
+    bool remembers_ = true;
+};
+
+}  // namespace corvane

@@ -1,0 +1,68 @@
+#pragma once
+
+#include <functional>
+#include <string>
+
+#include "face/Log.h"
+#include "face/Progress.h"
+#include "ftp/FTPDownload.h"
+#include "platform/ProgramFolder.h"
+#include "settings/Choices.h"
+#include "settings/ConnectionSettings.h"
+
+namespace corvane {
+
+/// The maker's FTP site as a run uses it: login, downloads, and the idle watch that closes the session 180 seconds
+/// after the login. Owns nothing it is given.
+class SiteAccess {
+public:
+    SiteAccess(FTPDownload& ftp, AsyncReader& reader, Runtime& runtime, const Choices& choices, SettingsStore& settings,
+               const ProgramFolder& folder, Log& log, Progress& progress);
+    ~SiteAccess();
+    SiteAccess(const SiteAccess&) = delete;
+    SiteAccess& operator=(const SiteAccess&) = delete;
+
+    bool isConnected() { return ftp_.IsConnected(); }
+
+    /// Logs in with the chosen account and starts the idle watch; logs how it went.
+    bool login();
+    void disconnect();
+
+    /// Aborts a login or a transfer in progress; the session stays.
+    void cancel();
+
+    /// Says why a fetched file is not the one that was meant; empty when it is.
+    using Check = std::function<std::string(const std::string& path)>;
+
+    /// Fetches one file to a local path (system's bytes), which must not be one of the site's making. Off line it does
+    /// nothing and is True. False without a session, with nothing logged. A file that does not pass the check is a
+    /// failed download, and is not kept.
+    bool FTP_Download(const std::string& strRemoteFile, const std::string& strLocalFile, const Check& check = nullptr);
+
+    /// Fetches an image into the Download folder under its own name; its path, or an empty text. Off line it is the one
+    /// that lies there, if it passes the check.
+    std::string FTP_DownloadFirmware(const std::string& UrlFile, const Check& check = nullptr);
+
+    /// Why the last transfer failed, in the transfer library's words or the check's; empty when it did not.
+    std::string problem() const { return rejection_.empty() ? ftp_.problem() : rejection_; }
+
+private:
+    void FtpTimer_Timer();
+    void stopTimer();
+
+    FTPDownload& ftp_;
+    AsyncReader& reader_;
+    Runtime& runtime_;
+    const Choices& choices_;
+    SettingsStore& settings_;
+    const ProgramFolder& folder_;
+    Log& log_;
+    Progress& progress_;
+    int timer_ = 0;
+    std::int16_t ftpIdleSeconds_ = 0;
+    bool connecting_ = false;
+    bool transferActive_ = false;
+    std::string rejection_;  // why the last file did not pass its check
+};
+
+}  // namespace corvane

@@ -1,0 +1,40 @@
+#pragma once
+
+#include <QList>
+#include <QWidget>
+#include <functional>
+
+#include "face/FirmwareRecord.h"
+#include "face/OperatorPrompts.h"
+#include "face/PasswordPrompt.h"
+
+class QDialog;
+
+namespace corvane {
+
+/// The questions of a run as modal dialogs over a window, which is not owned.
+class Questions : public PasswordPrompt, public OperatorPrompts {
+public:
+    explicit Questions(QWidget& window) : window_(window) {}
+
+    /// Where the image of an entry lies on this computer; empty when it lies nowhere.
+    std::function<std::string(const FirmwareRecord& record)> localImage;
+
+    /// Answers what is open, and what is still asked until the next renew, with Cancel.
+    void abandon();
+    void renew() { isAbandoned_ = false; }
+
+    std::string inputBox(const std::string& prompt, const std::string& title, const std::string& byDefault) override;
+    bool messageBox(Question question, const std::string& text) override;
+    void chooseFirmware(FirmwareDialog& dialog) override;
+
+private:
+    bool show(QDialog& dialog);
+    QWidget* owner() const;
+
+    QWidget& window_;
+    QList<QDialog*> open_;  // each asks for the one below it
+    bool isAbandoned_ = false;
+};
+
+}  // namespace corvane

@@ -1,0 +1,50 @@
+#pragma once
+
+#include <QDialog>
+#include <functional>
+
+#include "face/FirmwareDialog.h"
+#include "window/widgets/ElidedLabel.h"
+#include "window/widgets/MemoryView.h"
+
+class QComboBox;
+class QLabel;
+class QLineEdit;
+class QPlainTextEdit;
+class QPushButton;
+class QSortFilterProxyModel;
+
+namespace corvane {
+
+/// Shows the selection of an image and hands clicks to it. Neither the selection nor the prompts are owned.
+class frmQuery : public QDialog {
+public:
+    /// Gives the path of an entry's image on this computer, or an empty text.
+    using LocalImage = std::function<std::string(const FirmwareRecord& record)>;
+
+    frmQuery(FirmwareDialog& dialog, OperatorPrompts& prompts, LocalImage localImage, QWidget* owner);
+
+private:
+    void arrange();
+    void fill();
+    void find(const QString& text);
+    void cboROMs_Click();
+    void cmdOK_Click();
+    void showSelected();
+    void showMemory();
+
+    FirmwareDialog& dialog_;
+    OperatorPrompts& prompts_;
+    LocalImage localImage_;
+    QLineEdit* txtFind_ = nullptr;
+    QComboBox* cboROMs_ = nullptr;
+    QSortFilterProxyModel* found_ = nullptr;  // the entries that the combo box lists
+    QLineEdit* txtCheckVersion_ = nullptr;
+    QLabel* labStep_ = nullptr;
+    QPlainTextEdit* txtView_ = nullptr;
+    ElidedLabel* labMemory_ = nullptr;
+    MemoryView* picMemory_ = nullptr;
+    QPushButton* cmdOK_ = nullptr;
+};
+
+}  // namespace corvane

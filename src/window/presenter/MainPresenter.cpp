@@ -1,0 +1,122 @@
+#include "window/presenter/MainPresenter.h"
+
+#include "settings/ConnectionSettings.h"
+#include "settings/OperatorSettings.h"
+#include "site/LocalImageLoader.h"
+#include "text/Cp1252.h"
+#include "text/Text.h"
+
+namespace corvane {
+
+void MainPresenter::load() {
+    loading_ = true;
+    loadSettings(updater_.platform().settings, updater_.choices);
+    optLine_Click(updater_.choices.offLine);
+    loading_ = false;
+    changed();
+}
+
+bool MainPresenter::unload() {
+    const bool saved = saveSettings(updater_.platform().settings, updater_.choices);
+    updater_.shutDown();
+    return saved;
+}
+
+void MainPresenter::optLine_Click(bool offLine) {
+    if (isBusy()) return;
+    updater_.choices.offLine = offLine;
+    if (!offLine) selectLast();
+    changed();
+}
+
+void MainPresenter::optFile_Click() {
+    if (isBusy()) return;
+    updater_.choices.useFile = true;
+    if (!loading_) cmdLoadFile_Click();
+    changed();
+}
+
+void MainPresenter::optLast_Click() {
+    if (isBusy()) return;
+    selectLast();
+    changed();
+}
+
+void MainPresenter::selectLast() { updater_.choices.useFile = false; }
+
+void MainPresenter::cmdLoadFile_Click() {
+    if (isBusy()) return;
+    const auto path = pickFile ? pickFile() : std::nullopt;
+    if (path) loadFile(*path);
+}
+
+bool MainPresenter::loadFile(const std::string& path) {
+    const bool loaded = LoadHexInfo(updater_.inf(), path, updater_.choices.image);
+    localMap_ = loaded ? memoryMapOf(path) : std::nullopt;
+    if (loaded) {
+        // Whether settings can be written at all is said at the end of the session.
+        RecentFiles(updater_.platform().settings).add(path);
+        loading_ = true;  // selecting optFile must not ask for a file again
+        optFile_Click();
+        loading_ = false;
+    } else {
+        optLast_Click();
+    }
+    return loaded;
+}
+
+std::string MainPresenter::localStep(const std::string& deviceVersion) const {
+    const auto& image = updater_.choices.image;
+    if (!image.path.empty()) {
+        const auto step = versionStep(deviceVersion, image.version);
+        return step.empty() || containsNoCase(deviceVersion, image.program) ? step : "made for another product";
+    }
+    if (!image.program.empty()) return "No Intel HEX file: choose another one.";
+    return updater_.choices.useFile ? "Choose a file to install." : "";
+}
+
+RunReport MainPresenter::start(bool force) {
+    auto report = updater_.run().run(force);
+    changed();
+    return report;
+}
+
+Verdict MainPresenter::conclude(const RunReport& report) {
+    isConcluding_ = true;
+    changed();
+    auto verdict = updater_.conclude(report, ConnectionSettings::load(updater_.platform().settings).asksVersion);
+    isConcluding_ = false;
+    changed();
+    return verdict;
+}
+
+void MainPresenter::cmdCancel_Click() {
+    updater_.run().cancel();
+    if (isConcluding_) updater_.cancelDialogue();
+}
+
+std::string MainPresenter::linkAddress(int index) const {
+    const auto target = updater_.run().linkTarget(index);
+    if (target.empty()) return {};
+    const auto& choices = updater_.choices;
+    return "FTP://" + choices.userName + ":" + choices.password + "@" + choices.server + toUtf8(target);
+}
+
+void MainPresenter::account(const std::string& server, const std::string& userName, const std::string& password) {
+    updater_.choices.server = server;
+    updater_.choices.userName = userName;
+    updater_.choices.password = password;
+}
+
+/// Start needs an image: without a local one the Download folder's (or the site's) must be selected.
+Controls MainPresenter::controls() const {
+    const auto& choices = updater_.choices;
+    Controls controls;
+    controls.choices = !isBusy();
+    controls.start = !isBusy() && !(choices.useFile && choices.image.path.empty());
+    controls.cancel = updater_.run().isCancellable() || isConcluding_;
+    controls.localFile = !isBusy() && choices.offLine;
+    return controls;
+}
+
+}  // namespace corvane

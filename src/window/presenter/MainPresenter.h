@@ -1,0 +1,88 @@
+#pragma once
+
+#include <functional>
+#include <optional>
+
+#include "app/Updater.h"
+#include "image/MemoryMap.h"
+#include "settings/RecentFiles.h"
+
+namespace corvane {
+
+/// Which controls of the main window can be used.
+struct Controls {
+    bool start = true;       ///< cmdStartCheck and cmdForceISP
+    bool cancel = false;     ///< cmdCancel
+    bool choices = true;     ///< account, server, mode, options
+    bool localFile = false;  ///< the group with optLast, optFile and cmdLoadFile
+};
+
+/// What a click on the main window does, without the window: the choices, what is enabled when, loading and saving.
+/// It does not own the updater.
+class MainPresenter {
+public:
+    explicit MainPresenter(Updater& updater) : updater_(updater) {}
+
+    /// Called whenever something that the window shows may have changed.
+    std::function<void()> onChange;
+
+    /// Asks for a local image: its path, or nothing when the operator gave up.
+    std::function<std::optional<std::string>()> pickFile;
+
+    /// Reads the stored settings.
+    void load();
+
+    /// Ends the program's session: saves the settings, closes the ports, leaves the site. False when the settings could
+    /// not be written.
+    bool unload();
+
+    void optLine_Click(bool offLine);
+    void optFile_Click();
+    void optLast_Click();
+    void cmdLoadFile_Click();
+    void cmdCancel_Click();
+    void cmdComport_Click(int index) { updater_.run().jumpToPort(index); }
+
+    /// Runs an update; the report says how it ended.
+    RunReport start(bool force);
+
+    /// What follows a run: an updated device is asked which version it runs now, unless the operator does not want
+    /// that, and the verdict is given. Nothing but Cancel, which gives the asking up, can be used meanwhile.
+    Verdict conclude(const RunReport& report);
+
+    /// A run is on, or what follows it.
+    bool isBusy() const { return updater_.run().isRunning() || isConcluding_; }
+
+    /// Takes an image as if it had been picked, and remembers it as a recent one; False when it is none.
+    bool loadFile(const std::string& path);
+
+    /// The local images that were taken last.
+    std::vector<std::string> recentFiles() const { return RecentFiles(updater_.platform().settings).list(); }
+
+    /// The memory that the local image fills; nothing when none is loaded.
+    const std::optional<MemoryMap>& localMap() const { return localMap_; }
+
+    /// The step from a device's version to the local image's, as far as both are known, or why there is no such image
+    /// yet. Windows-1252.
+    std::string localStep(const std::string& deviceVersion) const;
+
+    /// The full address of a reference link, with the account in it; empty when the link leads nowhere. UTF-8.
+    std::string linkAddress(int index) const;
+
+    const Choices& choices() const { return updater_.choices; }
+    void account(const std::string& server, const std::string& userName, const std::string& password);
+    Controls controls() const;
+
+private:
+    void selectLast();
+    void changed() const {
+        if (onChange) onChange();
+    }
+
+    Updater& updater_;
+    std::optional<MemoryMap> localMap_;
+    bool loading_ = false;
+    bool isConcluding_ = false;
+};
+
+}  // namespace corvane

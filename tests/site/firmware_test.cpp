@@ -1,0 +1,180 @@
+#include <gtest/gtest.h>
+#include <sys/stat.h>
+
+#include "face/FirmwareDialog.h"
+#include "platform/ProgramInfo.h"
+#include "site/FirmwareListParser.h"
+#include "site/LocalImageLoader.h"
+#include "support/AppBench.h"
+#include "window/presenter/LogText.h"
+
+namespace corvane {
+namespace {
+
+TEST(FirmwareList, KeepsTheFormatsAsymmetries) {
+    const std::string complete = "PRODUCT=P\nVERSION=V\nDESC=D\nFILE=F\n";
+    const struct {
+        const char* name;
+        std::string content;
+        std::string list;  // "section|product|version|description|file;" each
+    } cases[] = {
+        {"plain", "[PGM_A]\n" + complete, "PGM_A|P|V|D|F;"},
+        {"any case, blanks, any line end", "[pgmA]\r\n  product = P  \rVersion=V\r\ndesc=D\nfile\t=\tF",
+         "pgmA|P|V|D|F;"},
+        {"other sections", "[Corvane]\n" + complete + "[xPGM]\n" + complete, ""},
+        {"comments", "[PGM_A]\n;PRODUCT=X\nPRODUCT=P;1\nVERSION;x=V0\nVERSION=V ; new\nDESC==D=\nFILE=F\n; end",
+         "PGM_A|P;1|V ; new|=D=|F;"},
+        {"the last key wins", "[PGM_A]\n" + complete + "VERSION=V2\n", "PGM_A|P|V2|D|F;"},
+        {"quotes stay", "[PGM_A]\nPRODUCT=\"P\"\nVERSION='V'\nDESC=\nFILE=F", "PGM_A|\"P\"|'V'||F;"},
+        {"left-overs count for the next", "[PGM_A]\nPRODUCT=P\nVERSION=V\nDESC=D\n[PGM_B]\nFILE=F\n", "PGM_B|P|V|D|F;"},
+        {"but not between", "[PGM_A]\nPRODUCT=P\n[X]\nVERSION=V\nDESC=D\nFILE=F\n[PGM_B]\nFILE=F\n", ""},
+        {"a head without an end closes", "[PGM_A]\n" + complete + "[PGM_B\n" + complete + "[PGM_C]\n" + complete,
+         "PGM_A|P|V|D|F;PGM_C|P|V|D|F;"},
+        {"a head with a remark opens nothing", "[PGM_A] ; first\n" + complete, ""},
+        {"an end line", "[PGM_A]\n" + complete + "[End]\nPRODUCT=X\n", "PGM_A|P|V|D|F;"},
+        {"lines without =", "[PGM_A]\nPRODUCT;\nnothing\n" + complete, "PGM_A|P|V|D|F;"},
+        {"what parts fields is dropped", "[PGM_A]\n" + complete + "PRODUCT=P\x01\x05Q" + std::string(1, '\0') + "\n",
+         "PGM_A|PQ|V|D|F;"},
+        {"nothing", "", ""},
+    };
+    for (const auto& one : cases) {
+        std::string list;
+        for (const auto& r : decodeRecords(encodeRecords(FirmwareListParser().parse(one.content)))) {
+            list += r.section + "|" + r.product + "|" + r.version + "|" + r.description + "|" + r.file + ";";
+        }
+        EXPECT_EQ(list, one.list) << one.name;
+    }
+    const FirmwareRecord record{"S", "P", "V", "D", "F"};
+    EXPECT_EQ(record.encoded(), "S\001P\002V\003D\004F\005");
+    EXPECT_EQ(encodeRecords({record, record}), record.encoded() + std::string(1, '\0') + record.encoded());
+    EXPECT_EQ(GetField(record.encoded(), 0) + GetField(record.encoded(), 4), "SF");
+    EXPECT_EQ(GetField(record.encoded(), 5) + GetField("S", 1) + GetField(record.encoded(), -1), "");
+}
+
+TEST(Version, IsOneNumberAndTakesAStep) {
+    const std::pair<const char*, double> cases[] = {{"V5.1R23", 5.01023},
+                                                    {"V5.10R1", 5.10001},
+                                                    {"TARN-R200 v5.1r2 (beta V9)", 5.01002},
+                                                    {"V7", 7},
+                                                    {"V7R3", 7.00003},
+                                                    {"V2.5", 2.05},
+                                                    {"V3.1(x)", 3.01},
+                                                    {"none", 0},
+                                                    {"", 0},
+                                                    {"V", 0},
+                                                    {"DEVICE V1.0", 0}};
+    for (const auto& [text, value] : cases) EXPECT_NEAR(versionValue(text), value, 1e-9) << text;
+    EXPECT_EQ(versionStep("TARN-R200 V5.1R23 (a)", "V5.10R1"), "from V5.1R23 to V5.10R1, a newer version");
+    EXPECT_EQ(versionStep("TARN V5.10", "v5.9R1"), "from V5.10 to v5.9R1, an OLDER version");
+    EXPECT_EQ(versionStep("TARN V5.1", "V5.1R0"), "V5.1R0 once more, the version that the device has");
+    EXPECT_EQ(versionStep("Unknown Device", "V5.1") + versionStep("TARN V5.1", ""), "");
+}
+
+TEST(Selection, OffersWhatFitsOrEverythingAndJudgesIt) {
+    const FirmwareRecord zeta = {"PGM_Z", "ZETA", "V1.0", "z", "z.hex"}, yota = {"PGM_Y", "YOTA", "V1.0", "y", "y.hex"},
+                         tarn = {"PGM_A", "TARN-R200", "V5.2R1", "one\\ntwo", "a.hex"},
+                         any = {"PGM_B", "", "V5.1R23", "", "b.hex"};
+    const std::vector<FirmwareRecord> all = {zeta, tarn, any};
+    const struct {
+        std::vector<FirmwareRecord> records;
+        bool forced, notFound;
+        const char *last, *offered;
+        int selected;
+        const char* verdict;
+    } cases[] = {
+        {all, false, false, "", "PGM_A - TARN-R200;PGM_B - ;", 0, "Firmware version is out of date"},
+        {all, false, false, "PGM_B", "PGM_A - TARN-R200;PGM_B - ;", 1, "Firmware version is latest version"},
+        {all, false, false, "PGM_Z", "PGM_A - TARN-R200;PGM_B - ;", 0, "Firmware version is out of date"},
+        {all, true, false, "", "*PGM_Z - ZETA;PGM_A - TARN-R200;PGM_B - ;", 1, "Firmware version is out of date"},
+        {all, true, false, "PGM_Z", "*PGM_Z - ZETA;PGM_A - TARN-R200;PGM_B - ;", 0, "Different Firmware!"},
+        {all, false, true, "", "*PGM_Z - ZETA;PGM_A - TARN-R200;PGM_B - ;", 1, "Firmware Not Found!"},
+        {{zeta}, true, false, "", "*PGM_Z - ZETA;", 0, "Different Firmware!"},
+        {{zeta, yota}, true, false, "", "*PGM_Z - ZETA;*PGM_Y - YOTA;", -1, ""},
+    };
+    for (const auto& one : cases) {
+        const FirmwareDialog dialog("COM3", "Tarn-R200 V5.1R23", encodeRecords(one.records), one.forced, one.notFound,
+                                    one.last);
+        std::string offered;
+        for (const auto& entry : dialog.entries()) offered += entry.text + ";";
+        EXPECT_EQ(offered, one.offered);
+        EXPECT_EQ(dialog.selected(), one.selected);
+        EXPECT_EQ(dialog.verdict().text + (dialog.verdict().isWarning ? "!" : ""), one.verdict);
+        EXPECT_EQ(dialog.details().empty(), one.selected < 0);
+    }
+}
+
+class Information : public ::testing::Test, protected fakes::AppBench {
+protected:
+    bool check(const std::string& chosen) { return FTP_CheckFirmware(inf, folder, face, chosen, information); }
+
+    InfReader inf{profile, folder};
+    FirmwareInformation information;
+};
+
+TEST_F(Information, IsReadFromTheChosenSection) {
+    write("firmware.inf/readme", "a folder is no file");
+    EXPECT_FALSE(check("PGM_A V1"));
+    EXPECT_EQ(face.log, "Not found firmware informat file!!\r\n");
+    std::filesystem::remove_all(folder.folder.at("firmware.inf"));
+    write("Firmware.INF",
+          "[PGM_A]\nProduct='TARN-R200'\nVersion=V5.2R1\nDesc=one\\ntwo\nFile=/f/a.hex\nISP_BAUDRATE= 57600\n"
+          "LinkDOC1=Notes\nLinkURL1=/n.txt\nLinkDOC10=Ten\nLinkURL10=/ten\nLinkDOC11=no\nProduct=later\n"
+          "[PGM_B]\nProduct=B\nISP_BAUDRATE=fast\n[PGM_C]\nVersion=V1\n[PGM_A]\nDesc=second\n");
+    EXPECT_TRUE(check("pgm_a V5.2R1 x"));
+    EXPECT_EQ(
+        information.product + "|" + information.version + "|" + information.updateInfo + "|" + information.firmwareFile,
+        "TARN-R200|V5.2R1|one\r\ntwo|/f/a.hex");
+    EXPECT_EQ(information.ispBaudRate, 57600);
+    EXPECT_EQ(information.linkTitle[0] + information.linkUrl[0] + information.linkTitle[9] + information.linkUrl[9],
+              "Notes/n.txtTen/ten");
+    EXPECT_TRUE(check("PGM_B"));
+    EXPECT_EQ(information.ispBaudRate, -1);
+    EXPECT_EQ(information.linkTitle[0], "");
+    face.log.clear();
+    EXPECT_FALSE(check("PGM_C V1"));
+    EXPECT_FALSE(check("PGM_NONE V1"));
+    EXPECT_EQ(face.log, "No new version in server!!\r\nNo new version in server!!\r\n");
+
+    write("CORVANE.inf",
+          "[S]\nKey=a\\nb\\0c\nEmpty=\n");  // the program's own profile
+    EXPECT_EQ(inf.ReadInfValue("s", "KEY", "none"), std::string("a\r\nb\0c", 6));
+    EXPECT_EQ(inf.ReadInfValue("s", "Empty", "none") + inf.ReadInfValue("t", "Key", "none"), "nonenone");
+}
+
+TEST_F(Information, OfALocalImageStandsInItsHead) {
+    LocalImage image;
+    const auto load = [&](const std::string& content) {
+        return LoadHexInfo(inf, folder.folder.file("x.hex", content), image);
+    };
+    EXPECT_TRUE(load("[INFO]\r\nPGM=R\xE9\r\nVER=V1\r\nBUD=2024/01/31\r\n:00000001FF\r\n\r\n:junk"));
+    EXPECT_EQ(image.description(), "R\xE9 V1(2024/01/31)");
+    EXPECT_EQ(image.records, (std::vector<std::string>{":00000001FF", ":junk"}));
+    EXPECT_TRUE(load("[INFO]\nVER=V2\n:00000001FF"));
+    EXPECT_EQ(image.program + image.version + image.date, "");
+    std::string many = "[INFO]\nPGM=P\n";
+    for (int i = 0; i < 32770; ++i) many += ":00000001FF\n";
+    EXPECT_TRUE(load(many));
+    EXPECT_EQ(image.records.size(), 32768U);
+    for (const char* bad : {"", "[INFO]\nPGM=P\n", " :00000001FF\n"}) {
+        EXPECT_FALSE(load(bad));
+        EXPECT_EQ(image.program + image.version + image.path, "Invalid File Format!!");
+    }
+    EXPECT_FALSE(LoadHexInfo(inf, folder.path(), image));
+    const auto pipe = folder.folder.at("pipe");  // what it gives it gives once, and an image is
+                                                 // read several times
+    ASSERT_EQ(mkfifo(pipe.c_str(), 0600), 0);
+    EXPECT_FALSE(LoadHexInfo(inf, pipe, image));
+}
+
+TEST(LogText, DropsItsFirst255CharactersOnceItIsLongerThan16384) {
+    LogText log;
+    EXPECT_FALSE(log.append(std::string(255, 'a') + std::string(16129, 'b')));  // 16384 in all
+    EXPECT_FALSE(log.append("c\r\n"));
+    EXPECT_TRUE(log.append("Erase"));
+    EXPECT_EQ(log.text(), std::string(16129, 'b') + "c\r\nErase");
+    EXPECT_FALSE(log.append(std::string(20000, 'd')));  // how much is added does not matter
+    EXPECT_EQ(log.text().size(), 36137u);
+}
+
+}  // namespace
+}  // namespace corvane
