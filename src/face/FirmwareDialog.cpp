@@ -1,11 +1,25 @@
 #include "face/FirmwareDialog.h"
 
+#include <algorithm>
 #include <utility>
 
 #include "text/Number.h"
 #include "text/Text.h"
 
 namespace corvane {
+namespace {
+
+/// A Windows-1252 text without the difference between small and capital letters.
+std::string folded(std::string_view text) {
+    auto result = upperCase(text);
+    for (char& c : result) {
+        const auto byte = static_cast<unsigned char>(c);
+        if (byte >= 0xE0 && byte != 0xF7 && byte != 0xFF) c = static_cast<char>(byte - 0x20);
+    }
+    return result;
+}
+
+}  // namespace
 
 double versionValue(std::string_view text) {
     const auto start = findNoCase(text, "V");
@@ -43,6 +57,7 @@ FirmwareDialog::FirmwareDialog(std::string port, std::string deviceVersion, cons
         auto text = (isForDevice ? "" : "*") + record.section + " - " + record.product;
         entries_.push_back({std::move(text), std::move(record)});
     }
+    find({});
     selected_ = preselected(lastSection);
 }
 
@@ -58,6 +73,23 @@ int FirmwareDialog::preselected(const std::string& lastSection) const {
 
 void FirmwareDialog::select(int index) {
     selected_ = index >= 0 && index < static_cast<int>(entries_.size()) ? index : -1;
+}
+
+void FirmwareDialog::find(std::string_view text) {
+    const auto wanted = folded(text);
+    found_.clear();
+    for (std::size_t i = 0; i < entries_.size(); ++i) {
+        if (folded(entries_[i].text).find(wanted) != std::string::npos) found_.push_back(static_cast<int>(i));
+    }
+    if (found_.size() == 1)
+        selected_ = found_.front();
+    else if (selectedPlace() < 0)
+        selected_ = -1;
+}
+
+int FirmwareDialog::selectedPlace() const {
+    const auto at = std::lower_bound(found_.begin(), found_.end(), selected_);
+    return at != found_.end() && *at == selected_ ? static_cast<int>(at - found_.begin()) : -1;
 }
 
 std::string FirmwareDialog::header() const {

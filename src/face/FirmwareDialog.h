@@ -39,6 +39,16 @@ public:
     int selected() const { return selected_; }  ///< -1 when nothing is
     void select(int index);
 
+    /// Lists only the entries whose text holds this one, in any case. An entry that is listed alone is selected; one
+    /// that is listed no more is not selected any longer, and none takes its place.
+    void find(std::string_view text);
+
+    /// The entries that are listed, by their index; all of them before the first search.
+    const std::vector<int>& found() const { return found_; }
+
+    /// The selected entry's place among those that are listed, -1 when nothing is selected.
+    int selectedPlace() const;
+
     std::string details() const;
     Verdict verdict() const;
 
@@ -61,6 +71,7 @@ private:
     std::string deviceVersion_;
     bool isFirmwareNotFound_;
     std::vector<Entry> entries_;
+    std::vector<int> found_;
     int selected_ = -1;
     bool chosen_ = false;
 };

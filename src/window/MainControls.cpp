@@ -249,6 +249,8 @@ QWidget* MainControls::makeLog() {
 QWidget* MainControls::makeReferences() {
     references = new QWidget;
     lstRefer = named(new QListWidget, "lstRefer", tr("Reference links"), tr("Documents about the installed firmware"));
+    // Else some styles activate a link at a click and others at a second one.
+    lstRefer->setStyleSheet("QListWidget { activate-on-singleclick: 1; }");
     lstRefer->setVerticalScrollMode(QAbstractItemView::ScrollPerPixel);
     lstRefer->setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
     lstRefer->setTextElideMode(Qt::ElideRight);

@@ -114,11 +114,8 @@ void frmCorvane::connectRun() {
         for (const auto& advice : updater_.advisor().beforeScan(ports)) say(QString::fromStdString(advice));
     };
     ui_.frameComport->onEnd = [this] { ui_.device->setCurrentIndex(kDeviceText); };
-    connect(ui_.lstRefer, &QListWidget::itemClicked, this,
+    connect(ui_.lstRefer, &QListWidget::itemActivated, this,
             [this](QListWidgetItem* item) { lstRefer_Click(item->data(Qt::UserRole).toInt()); });
-    connect(ui_.lstRefer, &QListWidget::itemActivated, this, [this](QListWidgetItem* item) {
-        if (!QApplication::mouseButtons()) lstRefer_Click(item->data(Qt::UserRole).toInt());
-    });
     updater_.onReader = [this](const std::string& text) {
         if (presenter_.isBusy()) return;
         hints_.clear();
@@ -389,9 +386,11 @@ void frmCorvane::lstRefer_Click(int index) {
 }
 
 std::optional<std::string> frmCorvane::pickFile() {
-    const auto options = options_.usesQtDialogs ? QFileDialog::DontUseNativeDialog : QFileDialog::Options();
-    const auto path = QFileDialog::getOpenFileName(this, tr("Open Firmware File"), folder_,
-                                                   tr("Intel HEX (*.Hex *.hex *.HEX)"), nullptr, options);
+    // The operator reads the text before the patterns; some desktops tell "hex" from "HEX", so each case is listed.
+    QFileDialog::Options options = QFileDialog::HideNameFilterDetails;
+    options.setFlag(QFileDialog::DontUseNativeDialog, options_.usesQtDialogs);
+    const auto filter = tr("Intel HEX (*.Hex)") + " (*.Hex *.hex *.HEX *.hEx *.heX *.HEx *.HeX *.hEX)";
+    const auto path = QFileDialog::getOpenFileName(this, tr("Open Firmware File"), folder_, filter, nullptr, options);
     if (path.isEmpty()) return std::nullopt;
     folder_ = QFileInfo(path).path();
     return toPath(path);

@@ -1,11 +1,15 @@
 #!/usr/bin/python3
 """corvane-cli as a person meets it: on a terminal, into a pipe, with a reader that goes away, and a terminal that hangs up
-in the middle. The device is corvane-bench on a real pseudo-terminal.
+in the middle; and what it says of ports that others hold or that its user may not use. The device is corvane-bench on a real
+pseudo-terminal.
 
     program_test.py BIN     the folder with corvane-cli and corvane-bench
 """
 
+import ctypes
 import fcntl
+import getpass
+import grp
 import os
 import pathlib
 import pty
@@ -42,6 +46,12 @@ Erase Firmware... < OK
 Programming... < OK
 Update Finish
 """
+
+
+def obey_modes():
+    """Even root then needs a file's mode."""
+    drop_from_bounding_set, dac_override = 24, 1
+    ctypes.CDLL(None).prctl(drop_from_bounding_set, dac_override, 0, 0, 0)
 
 
 class Program(ProgramTest):
@@ -101,6 +111,22 @@ class Program(ProgramTest):
         self.assertIn(" %\033[K\0338\033[K < OK\r\n", text)
         for line in LOG.splitlines():
             self.assertIn(line.split("...")[0], seen)
+
+    def test_a_port_that_does_not_open(self):
+        far, near = pty.openpty()
+        self.addCleanup(os.close, far)
+        self.addCleanup(os.close, near)
+        node = os.ttyname(near)
+        (self.folder / "config" / "Corvane").mkdir(parents=True)
+        (self.folder / "config" / "Corvane" / "serialcomm.conf").write_text("auto=off\nCOM7=%s\n" % node)
+        run = {"env": self.environment(), "stdin": subprocess.DEVNULL, "capture_output": True, "text": True, "timeout": LIMIT}
+        fcntl.flock(near, fcntl.LOCK_EX)
+        self.assertIn("COM7 (%s) is in use by %s (process %d). Close that and start again." % (
+            node, pathlib.Path("/proc/self/comm").read_text().strip(), os.getpid()), subprocess.run(self.update(), **run).stderr)
+        group = grp.getgrgid(os.stat(node).st_gid).gr_name
+        os.chmod(node, 0)
+        self.assertIn('You may not use COM7 (%s), which belongs to the group %s. Run "sudo chown %s %s" and start again;' % (
+            node, group, getpass.getuser(), node), subprocess.run(self.update(), preexec_fn=obey_modes, **run).stderr)
 
     def test_a_terminal_that_hangs_up(self):
         status, text = self.terminal_run(lambda text: b"Programming..." in text)

@@ -111,6 +111,27 @@ protected:
     FirmwareInformation information;
 };
 
+TEST(Selection, ForgetsAChoiceThatASearchLeavesOut) {
+    const auto record = [](const char* section) { return FirmwareRecord{section, "TARN", "V1", "", ""}; };
+    FirmwareDialog dialog("COM3", "TARN V1", encodeRecords({record("A1"), record("A2"), record("B\xC4")}), false, false,
+                          "A2");
+    const auto state = [&dialog](std::string_view text) {
+        dialog.find(text);
+        std::string listed;
+        for (const int entry : dialog.found()) listed += std::to_string(entry);
+        return listed + " " + std::to_string(dialog.selected()) + " " + std::to_string(dialog.selectedPlace());
+    };
+    EXPECT_EQ(state(""), "012 1 1");
+    EXPECT_EQ(state("a"), "012 1 1");  // TARN holds it as well
+    EXPECT_EQ(state("2 - t"), "1 1 0");
+    EXPECT_EQ(state("nothing"), " -1 -1");
+    EXPECT_EQ(state(""), "012 -1 -1");
+    EXPECT_EQ(state("b\xE4"), "2 2 0");
+    EXPECT_EQ(state("a"), "012 2 2");
+    dialog.select(0);
+    EXPECT_EQ(state(" - tarn"), "012 0 0");
+}
+
 TEST_F(Information, IsReadFromTheChosenSection) {
     write("firmware.inf/readme", "a folder is no file");
     EXPECT_FALSE(check("PGM_A V1"));

@@ -2,7 +2,6 @@
 
 #include <QLabel>
 #include <QPlainTextEdit>
-#include <numeric>
 #include <stdexcept>
 
 #include "DialogAnswers.h"
@@ -15,19 +14,13 @@ namespace corvane {
 struct WindowBench {
     static constexpr auto& kImage = fakes::kImage;
 
-    /// An image of so many records of 16 bytes, and the end record.
+    /// A sound image of so many records, a byte in each, and the end record.
     static std::string imageOf(int records) {
         std::string image = "[INFO]\nPGM=TARN-R200\nVER=V5.2R1\nBUD=2024/01/31\n";
         for (int i = 0; i < records; ++i) {
-            Bytes bytes = {16, static_cast<std::uint8_t>(i * 16 >> 8), static_cast<std::uint8_t>(i * 16), 0};
-            for (int k = 0; k < 16; ++k) bytes.push_back(static_cast<std::uint8_t>(i * 7 + k * 13));
-            bytes.push_back(static_cast<std::uint8_t>(-std::accumulate(bytes.begin(), bytes.end(), 0)));
-            image += ':' +
-                     QByteArray(reinterpret_cast<const char*>(bytes.data()), static_cast<qsizetype>(bytes.size()))
-                         .toHex()
-                         .toUpper()
-                         .toStdString() +
-                     '\n';
+            const int checksum = -(1 + (i >> 8) + i) & 0xFF;
+            image += QString::asprintf(":01%04X0000%02X\n", static_cast<unsigned>(i), static_cast<unsigned>(checksum))
+                         .toStdString();
         }
         return image + ":00000001FF\n";
     }

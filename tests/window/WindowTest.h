@@ -34,10 +34,7 @@ protected:
         }
         return names;
     }
-};
 
-class WindowRun : public WindowTest {
-protected:
     /// Calls a handler once the log ends with a text, from within the run.
     void when(const std::string& logged, std::function<void()> handler) {
         bench.runtime.at(bench.runtime.ms() + 1, [=, this] {
@@ -57,7 +54,9 @@ protected:
     }
 };
 
-class WindowOnline : public WindowRun {
+using WindowRun = WindowTest;
+
+class WindowOnline : public WindowTest {
 protected:
     const std::string site = "ftp://upd:se cret@ftp.example";
     const std::string section =

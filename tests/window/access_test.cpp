@@ -12,7 +12,7 @@
 namespace corvane {
 namespace {
 
-class Access : public WindowRun {
+class Access : public WindowTest {
 protected:
     /// What an operator can do something with.
     static bool isInteractive(const QWidget& widget) {

@@ -74,32 +74,24 @@ class Rehearsal(unittest.TestCase):
         for run in cls.runs.values():
             cls.addClassCleanup(run.folder.cleanup)
 
-    def check(self, kind, *expected):
-        """The strip after each run, and that the memory is right in the end."""
-        run = self.runs[kind]
-        status, text = run.end()
-        strips = [line[7:] for line in text.splitlines() if line.startswith("strip: ")]
-        self.assertEqual(strips, list(expected), text)
-        self.assertEqual(status, 0, text)
-        self.assertIn("memory equals image", text)
-        self.assertEqual(run.traces(), [])
-        return text
-
-    def test_an_update(self):
-        text = self.check("healthy", "The device is updated.")
-        self.assertIn("The device now answers with TARN-R200 V5.2R1.", text)
-
-    def test_a_rescue(self):
-        text = self.check("boot-loader", "A device waits in its boot loader; nothing was changed.", "The device is updated.")
-        self.assertIn("Force an update (Force ISP, or --force on the console)", text)
-
-    def test_a_bad_cable(self):
-        text = self.check("bad-cable", "The device waits in its boot loader. It has no working firmware yet.",
-                          "The device is updated.")
-        self.assertIn("The device now answers with TARN-R200 V5.2R1.", text)
-
-    def test_a_reader(self):
-        self.check("reader", "The device is updated.")
+    def test_each_kind(self):
+        """The strip after each run, what the program says of it, and that the memory is right in the end."""
+        updated = "The device is updated."
+        for kind, strips, said in (
+                ("healthy", [updated], "The device now answers with TARN-R200 V5.2R1."),
+                ("boot-loader", ["A device waits in its boot loader; nothing was changed.", updated],
+                 "Force an update (Force ISP, or --force on the console)"),
+                ("bad-cable", ["The device waits in its boot loader. It has no working firmware yet.", updated],
+                 "The device now answers with TARN-R200 V5.2R1."),
+                ("reader", [updated], "")):
+            with self.subTest(kind):
+                run = self.runs[kind]
+                status, text = run.end()
+                self.assertEqual([line[7:] for line in text.splitlines() if line.startswith("strip: ")], strips, text)
+                self.assertEqual(status, 0, text)
+                self.assertIn("memory equals image", text)
+                self.assertIn(said, text)
+                self.assertEqual(run.traces(), [])
 
     def test_the_window_answers(self):
         """A busy machine makes an event wait in one run, a fault of the program in all of them."""

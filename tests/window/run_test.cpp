@@ -1,5 +1,6 @@
 #include <QListWidget>
 #include <QProgressBar>
+#include <QProxyStyle>
 
 #include "WindowTest.h"
 
@@ -14,7 +15,7 @@ TEST_F(WindowRun, CarriesADeviceThroughAWholeUpdate) {
     models::DeviceOptions options;
     options.nextVersion = "TARN-R200 V5.2R1";
     plug(options);
-    const auto image = imageOf(400);
+    const auto image = imageOf(480);
     pickImage(image);
     agree();
     std::vector<std::string> seen;
@@ -25,9 +26,9 @@ TEST_F(WindowRun, CarriesADeviceThroughAWholeUpdate) {
         EXPECT_EQ(pointer(), Qt::WaitCursor);
         EXPECT_EQ(text("labDevice"), "COM1: TARN-R200 V5.1R23");
         EXPECT_EQ(window->windowTitle().toStdString(), "0 % Programming - Corvane");
-        bench.runtime.at(bench.runtime.ms() + 5000, [&] {
+        bench.runtime.at(bench.runtime.ms() + 2000, [&] {
             look();
-            EXPECT_EQ(window->windowTitle().toStdString(), "50 % Programming - Corvane");
+            EXPECT_EQ(window->windowTitle().toStdString(), "43 % Programming - Corvane");
             EXPECT_EQ(control<QProgressBar>("pbProgram").maximum(), static_cast<int>(image.size()));
         });
     });
@@ -37,7 +38,7 @@ TEST_F(WindowRun, CarriesADeviceThroughAWholeUpdate) {
     const std::string warning = "|Do not unplug the device, and do not switch it or this computer off.|Programming";
     EXPECT_EQ(seen,
               (std::vector<std::string>{"cmdCancel |Nothing on the device has changed yet.|Looking for the device",
-                                        warning, warning + ": 50 %, 201 of 401 records, 44 a second, 5 s left"}));
+                                        warning, warning + ": 43 %, 210 of 481 records, 138 a second, 2 s left"}));
     EXPECT_EQ(enabled(), kIdle);
     EXPECT_EQ(pointer(), Qt::ArrowCursor);
     EXPECT_EQ(window->windowTitle().toStdString(), "Corvane");
@@ -83,7 +84,7 @@ TEST_F(WindowRun, EndsWhenOneOfItsQuestionsIsAnsweredWithCancel) {
             EXPECT_EQ(dynamic_cast<QMessageBox&>(box).text().toStdString(),
                       "Do you want to UPDATE firmware to \"TARN-R200\"?\n"
                       "Warning: firmware update incorrectly will damage the unit!");
-            EXPECT_EQ(box.focusWidget()->objectName(), "cmdOK");
+            EXPECT_EQ(box.windowTitle() + box.focusWidget()->objectName(), "CorvanecmdOK");
             DialogAnswers::press(*box.findChild<QWidget*>("cmdCancel"));
         });
         DialogAnswers::press(*dialog.findChild<QWidget*>("cmdOK"));
@@ -106,6 +107,7 @@ TEST_F(WindowRun, ShowsThePortsDuringAScanAndJumpsToTheOneThatIsClicked) {
     bench.serial.list(17);
     bench.serial.list(4);
     bench.serial.control.markBusy(4);
+    bench.inspector.probed.insert("/dev/ttyS5");
     pickImage();
     EXPECT_FALSE(control<QWidget>("frameComport").isVisible());
     bench.runtime.at(1000, [this] {
@@ -118,14 +120,18 @@ TEST_F(WindowRun, ShowsThePortsDuringAScanAndJumpsToTheOneThatIsClicked) {
         }
         EXPECT_EQ(buttons, "COM2- COM3+ COM4+ COM5+ COM17 (not scanned)- ");
         EXPECT_EQ(text("labTrying"), "Trying COM2 at 19200,N,8,1");
-        press("cmdComport4");
+        press("cmdComport3");
     });
     answers.expect("frmQuery", DialogAnswers::pressing("cmdCancel"));
     std::string scanned;
-    when("Open COM5 ... < OK\n   Scan by 19200,N,8,1", [&] { scanned = log(); });
+    when("Open COM5 ... < OK\n   Scan by 19200,N,8,1", [&] { scanned = log() + "\n" + text("labStatus"); });
     press("cmdStartCheck");
     EXPECT_EQ(scanned,
-              "Open COM2 ... < OK\n   Scan by 19200,N,8,1, No Device!!\nOpen COM5 ... < OK\n   Scan by 19200,N,8,1");
+              "Open COM2 ... < OK\n   Scan by 19200,N,8,1, No Device!!\nOpen COM4 ... < NG\nOpen COM5 ... < OK\n"
+              "   Scan by 19200,N,8,1\n"
+              "ModemManager may be talking to COM5 (/dev/ttyS5). If the device is not found, stop it: \"sudo systemctl "
+              "stop ModemManager\".\n"
+              "COM4 (/dev/fake4) is in use by another program. Close that and start again.");
     EXPECT_FALSE(control<QWidget>("frameComport").isVisible());
 }
 
@@ -177,6 +183,13 @@ TEST_F(WindowRun, ClosingAfterItWaitsForTheEnd) {
     EXPECT_EQ(bench.settings.values["Corvane/FTP/OffLine"], "True");
 }
 
+struct ActivatesAtAClick : QProxyStyle {
+    int styleHint(StyleHint hint, const QStyleOption* option, const QWidget* widget,
+                  QStyleHintReturn* result) const override {
+        return hint == SH_ItemView_ActivateItemOnSingleClick ? 1 : QProxyStyle::styleHint(hint, option, widget, result);
+    }
+};
+
 TEST_F(WindowOnline, LogsInFetchesAndOffersTheLinks) {
     plug();
     offer(section);
@@ -190,6 +203,11 @@ TEST_F(WindowOnline, LogsInFetchesAndOffersTheLinks) {
     EXPECT_TRUE(bench.launcher.shown.empty());  // it leads nowhere
     QTest::mouseClick(links.viewport(), Qt::LeftButton, {}, links.visualItemRect(links.item(0)).center());
     EXPECT_EQ(bench.launcher.shown, std::vector<std::string>{"FTP://upd:se cret@ftp.example/n.txt"});
+    auto* style = new ActivatesAtAClick;  // as some desktops have it
+    style->setParent(&links);
+    links.setStyle(style);
+    QTest::mouseClick(links.viewport(), Qt::LeftButton, {}, links.visualItemRect(links.item(0)).center());
+    EXPECT_EQ(bench.launcher.shown.size(), 2U);
     bench.launcher.failure = "xdg-open: not there";
     links.setFocus();
     links.setCurrentRow(0);
@@ -200,12 +218,7 @@ TEST_F(WindowOnline, LogsInFetchesAndOffersTheLinks) {
 TEST_F(WindowOnline, HandsOverToANewerProgramWithoutSaving) {
     offer("[Corvane]\nVersion=V9\nFile=/p/corvane.exe\n" + section);
     bench.reader.answers[site + "/p/corvane.exe"].content = "program";
-    answers.expect("frmMessage", [](QDialog& box) {
-        EXPECT_EQ(dynamic_cast<QMessageBox&>(box).text().toStdString(),
-                  "The Corvane is out of date.\nDo you want to download and update it?");
-        EXPECT_EQ(box.windowTitle(), "Corvane");
-        DialogAnswers::press(*box.findChild<QWidget*>("cmdOK"));
-    });
+    answers.expect("frmMessage", DialogAnswers::pressing("cmdOK"));
     press("cmdStartCheck");
     EXPECT_EQ(bench.launcher.started.size(), 1u);
     EXPECT_FALSE(window->isVisible());

@@ -1,4 +1,5 @@
 #include <QComboBox>
+#include <QFileDialog>
 #include <QMenuBar>
 #include <QMimeData>
 #include <QPushButton>
@@ -50,6 +51,8 @@ TEST_F(Window, TakesAGoodLocalFileAndRefusesABadOne) {
     press("optLine1");
     answers.expect("QFileDialog", [](QDialog& dialog) {
         EXPECT_EQ(dialog.windowTitle(), "Open Firmware File");
+        EXPECT_EQ(dialog.findChild<QComboBox*>("fileTypeCombo")->currentText(), "Intel HEX (*.Hex)");
+        EXPECT_TRUE(dynamic_cast<QFileDialog&>(dialog).nameFilters().front().contains(" *.hex *.HEX "));
         dialog.reject();
     });
     press("optFile");
@@ -101,7 +104,6 @@ TEST_F(Window, LogsAtTheEndDropsTheOldestAndSavesTheRest) {
     for (int i = 0; i < 1700; ++i) log->ShowInfo("12345678\r\n");
     EXPECT_EQ(pane.textCursor().position(), pane.document()->characterCount() - 1);
     EXPECT_TRUE(pane.toPlainText().startsWith("678\n12345678\n"));  // 765 bytes went at the front
-    EXPECT_LT(pane.toPlainText().size(), 16384);
     press("cmdCopyLog");
     EXPECT_EQ(QGuiApplication::clipboard()->text(), pane.toPlainText());
     log->clear();
@@ -182,21 +184,23 @@ TEST_F(Window, FindsOneOfTenThousandImages) {
     bench.write("Download/a.hex", kImage);
     answers.expect("frmQuery", [this](QDialog& dialog) {
         auto* list = dialog.findChild<QComboBox*>("cboROMs");
-        EXPECT_EQ(list->count(), 10000);
-        QTest::keyClicks(dialog.findChild<QLineEdit*>("txtFind"), "pgm_9876");
-        EXPECT_EQ(list->count(), 1);
-        EXPECT_EQ(list->currentText(), "PGM_9876 - TARN-R200");
-        QTest::keyClicks(dialog.findChild<QLineEdit*>("txtFind"), "nothing");
-        EXPECT_EQ(list->count(), 0);
-        EXPECT_FALSE(dialog.findChild<QWidget*>("cmdOK")->isEnabled());
-        dialog.findChild<QLineEdit*>("txtFind")->clear();
-        QTest::keyClicks(dialog.findChild<QLineEdit*>("txtFind"), "pgm_9876");
+        const auto* button = dialog.findChild<QWidget*>("cmdOK");
+        auto* field = dialog.findChild<QLineEdit*>("txtFind");
+        EXPECT_EQ(list->currentText(), "PGM_0 - TARN-R200");
+        QTest::keyClicks(field, "pgm_12");
+        EXPECT_EQ(list->count(), 111);
+        EXPECT_EQ(list->currentText() + dialog.findChild<QPlainTextEdit*>("txtView")->toPlainText(), "");
+        EXPECT_FALSE(button->isEnabled());
+        list->setCurrentIndex(1);
+        EXPECT_EQ(list->currentText(), "PGM_120 - TARN-R200");
+        field->clear();
+        EXPECT_EQ(list->currentText() + QString::number(list->count()), "PGM_120 - TARN-R20010000");
+        EXPECT_TRUE(button->isEnabled());
         answers.expect("frmMessage", DialogAnswers::pressing("cmdOK"));
         DialogAnswers::press(*dialog.findChild<QWidget*>("cmdOK"));
     });
     press("cmdStartCheck");
-    EXPECT_NE(log().find("Version   : V5.1R9876\n"), std::string::npos);
-    EXPECT_EQ(bench.settings.values["Corvane/Query/LastROM"], "PGM_9876");
+    EXPECT_EQ(bench.settings.values["Corvane/Query/LastROM"], "PGM_120");
 }
 
 }  // namespace

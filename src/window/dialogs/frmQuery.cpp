@@ -11,7 +11,6 @@
 #include <QPlainTextEdit>
 #include <QPushButton>
 #include <QSignalBlocker>
-#include <QSortFilterProxyModel>
 #include <QStringListModel>
 
 #include "window/widgets/Naming.h"
@@ -30,7 +29,7 @@ frmQuery::frmQuery(FirmwareDialog& dialog, OperatorPrompts& prompts, LocalImage 
     named(this, "frmQuery");
     setWindowTitle(tr("Select Firmware"));
     arrange();
-    fill();
+    makeList();
     connect(cboROMs_, &QComboBox::currentIndexChanged, this, [this] { cboROMs_Click(); });
     connect(txtFind_, &QLineEdit::textChanged, this, [this](const QString& text) { find(text); });
     connect(cmdOK_, &QPushButton::clicked, this, [this] { cmdOK_Click(); });
@@ -52,7 +51,6 @@ void frmQuery::arrange() {
         named(new QComboBox, "cboROMs", tr("Image"), tr("The images on offer; \"*\" marks those for another product"));
     cboROMs_->setSizeAdjustPolicy(QComboBox::AdjustToMinimumContentsLengthWithIcon);
     cboROMs_->setMinimumContentsLength(30);
-    cboROMs_->setPlaceholderText(tr("Choose the image"));
     txtCheckVersion_ =
         named(new QLineEdit, "txtCheckVersion", tr("Comparison"), tr("How the image compares with the device"));
     txtCheckVersion_->setReadOnly(true);
@@ -101,28 +99,34 @@ void frmQuery::arrange() {
     resize(560, 440);
 }
 
-void frmQuery::fill() {
-    QStringList texts;
-    for (const auto& entry : dialog_.entries()) texts.append(fromDevice(entry.text));
-    found_ = new QSortFilterProxyModel(this);
-    found_->setSourceModel(new QStringListModel(texts, this));
-    found_->setFilterCaseSensitivity(Qt::CaseInsensitive);
+void frmQuery::makeList() {
+    listed_ = new QStringListModel(this);
     auto* view = new QListView;
     view->setUniformItemSizes(true);  // else thousands of entries are measured one by one
     cboROMs_->setView(view);
-    cboROMs_->setModel(found_);
-    cboROMs_->setCurrentIndex(dialog_.selected());
+    cboROMs_->setModel(listed_);
+    list();
 }
 
-/// What is found alone need not be picked from the list.
+void frmQuery::list() {
+    const QSignalBlocker blocker(cboROMs_);  // new entries under an old choice are no click
+    QStringList texts;
+    for (const int entry : dialog_.found())
+        texts.append(fromDevice(dialog_.entries()[static_cast<std::size_t>(entry)].text));
+    listed_->setStringList(texts);
+    cboROMs_->setPlaceholderText(texts.isEmpty() ? tr("No image is called like that") : tr("Choose the image"));
+    cboROMs_->setCurrentIndex(dialog_.selectedPlace());
+}
+
 void frmQuery::find(const QString& text) {
-    found_->setFilterFixedString(text);
-    if (found_->rowCount() == 1) cboROMs_->setCurrentIndex(0);
-    cboROMs_->setPlaceholderText(found_->rowCount() > 0 ? tr("Choose the image") : tr("No image is called like that"));
+    dialog_.find(toDevice(text));
+    list();
+    showSelected();
 }
 
 void frmQuery::cboROMs_Click() {
-    dialog_.select(found_->mapToSource(found_->index(cboROMs_->currentIndex(), 0)).row());
+    const int place = cboROMs_->currentIndex();
+    dialog_.select(place < 0 ? -1 : dialog_.found()[static_cast<std::size_t>(place)]);
     showSelected();
 }
 

@@ -12,7 +12,7 @@ class QLabel;
 class QLineEdit;
 class QPlainTextEdit;
 class QPushButton;
-class QSortFilterProxyModel;
+class QStringListModel;
 
 namespace corvane {
 
@@ -26,7 +26,8 @@ public:
 
 private:
     void arrange();
-    void fill();
+    void makeList();
+    void list();
     void find(const QString& text);
     void cboROMs_Click();
     void cmdOK_Click();
@@ -38,7 +39,7 @@ private:
     LocalImage localImage_;
     QLineEdit* txtFind_ = nullptr;
     QComboBox* cboROMs_ = nullptr;
-    QSortFilterProxyModel* found_ = nullptr;  // the entries that the combo box lists
+    QStringListModel* listed_ = nullptr;  // the entries that were found
     QLineEdit* txtCheckVersion_ = nullptr;
     QLabel* labStep_ = nullptr;
     QPlainTextEdit* txtView_ = nullptr;
