@@ -118,7 +118,7 @@ bool writeDigests(Console& console, const std::string& file, const SiteCheck::Fe
     return !error;
 }
 
-/// A site as a folder. What a path like "/../x" names is not on the site.
+/// A site that lies in a folder. A path like "/../x" leads out of it, so what it names is not on the site.
 int checkFolder(Console& console, const Arguments& arguments) {
     const std::filesystem::path root = arguments.subject;
     const auto place = [&root](const std::string& path) {

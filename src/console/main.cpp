@@ -22,7 +22,8 @@ int runProgram(const corvane::Arguments& arguments, corvane::StandardStream& out
     corvane::Console console{
         platform, out, err, terminal, environment("CORVANE_FTP_PASSWORD"), environment("CORVANE_DEVICE_PASSWORD"),
         nullptr};
-    // Reading an image that is a pipe may never end; there signals do what they do by themselves.
+    // Reading an image may never end when it is a pipe; so for "check" a signal ends the program, as it does by
+    // default.
     std::optional<corvane::SignalSource> signals;
     if (arguments.command != corvane::Arguments::Command::check) {
         signals.emplace(system.runtime(), [&console] {

@@ -40,7 +40,8 @@ const char* faultText(HexFault fault) {
     return "is no record";
 }
 
-/// Blanks or a text editor's mark before the colon make another line of it.
+/// Whether a record stands behind something else, say blanks or the mark that some text editors put at a file's start.
+/// A line counts as a record only when the colon is its first character, so this one would not be sent.
 bool hidesRecord(std::string_view line) {
     const auto colon = line.find(':');
     return colon != std::string_view::npos && parseHexRecord(line.substr(colon));

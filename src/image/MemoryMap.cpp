@@ -9,7 +9,7 @@
 namespace corvane {
 namespace {
 
-constexpr std::size_t kMostSegments = 16;  // that anybody listens to
+constexpr std::size_t kMostSegments = 16;  // read aloud; nobody listens to more
 
 std::string counted(std::uint64_t count, const std::string& what) {
     return std::to_string(count) + " " + what + (count == 1 ? "" : "s");

@@ -18,7 +18,7 @@ Proof VersionProof::ask(const RunReport& report) {
     try {
         session_.comm->PortOpen(false);
     } catch (const RuntimeError&) {
-        // It was lost meanwhile; the proof stands or not.
+        // The port was lost meanwhile; that changes nothing about the answer.
     }
     return proof;
 }

@@ -34,9 +34,10 @@ public:
     /// Says why a fetched file is not the one that was meant; empty when it is.
     using Check = std::function<std::string(const std::string& path)>;
 
-    /// Fetches one file to a local path (system's bytes), which must not be one of the site's making. Off line it does
-    /// nothing and is True. False without a session, with nothing logged. A file that does not pass the check is a
-    /// failed download, and is not kept.
+    /// Fetches one file to a local path (system's bytes). The caller chooses that path and takes no part of it
+    /// unchecked from the site, which could otherwise write anywhere. Off line it does nothing and is True. False
+    /// without a session, with nothing logged. A file that does not pass the check is a failed download, and is not
+    /// kept.
     bool FTP_Download(const std::string& strRemoteFile, const std::string& strLocalFile, const Check& check = nullptr);
 
     /// Fetches an image into the Download folder under its own name; its path, or an empty text. Off line it is the one

@@ -32,7 +32,7 @@ namespace {
 constexpr int kSitePage = 0, kLocalPage = 1;
 constexpr int kDeviceText = 0, kDevicePorts = 1;
 
-/// Without its middle when it is long.
+/// A long name with its middle left out.
 QString shortened(const QString& name) {
     constexpr qsizetype kEnd = 18;
     return name.size() <= 2 * kEnd + 1 ? name : name.left(kEnd) + "\u2026" + name.right(kEnd);
@@ -134,9 +134,9 @@ void frmCorvane::connectLog() {
     connect(ui_.mnuQuit, &QAction::triggered, this, [this] { close(); });
 }
 
-/// The window's own events, when the last look at them is so long ago: a device that talks fast asks thousands of times
-/// a second, more often than anybody sees. Without a run the call comes out of a handler, in which no run may be
-/// started.
+/// Handles Qt's events, unless that was done less than pause (ms) ago: with a fast device the runtime calls this
+/// thousands of times a second. Without a run the call comes out of another handler, in which no run may be started;
+/// so clicks wait.
 void frmCorvane::pump(std::uint32_t pause) {
     constexpr std::uint32_t kCalm = 500;  // ms
     if (platform_.runtime.tick() - lastPump_ < pause) return;
@@ -183,7 +183,7 @@ void frmCorvane::showDevice(const RunReport& report) {
 
 void frmCorvane::showStep() { ui_.labFileStep->showText(fromDevice(presenter_.localStep(deviceVersion_))); }
 
-/// A newer program goes on; what was typed here is not kept.
+/// The newer program has been started and takes over; what was typed here is not saved over its settings.
 void frmCorvane::handOver() {
     hasEnded_ = true;
     updater_.shutDown();

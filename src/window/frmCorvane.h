@@ -23,9 +23,9 @@ struct WindowOptions {
     std::function<QString()> rehearse = {};
 };
 
-/// The main window: shows what the workflow says and hands clicks to it. It owns the workflow, not the platform, whose
-/// runtime it lends its events: while a run is on they are dispatched from the runtime's waits. Closed, it has left the
-/// ports and the site.
+/// The main window: shows what the workflow says and hands clicks to it. It owns the workflow, not the platform. While
+/// a run is on, Qt's events are handled inside the runtime's waits, for the run does not return before its end. Once
+/// the window is closed, the ports are closed and the session with the site has ended.
 class frmCorvane final : public QMainWindow, private RunView, private Progress {
 public:
     explicit frmCorvane(const Platform& platform, const WindowOptions& options = {});

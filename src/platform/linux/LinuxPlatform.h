@@ -25,7 +25,7 @@ public:
     LinuxRuntime& runtime() { return runtime_; }
     const LinuxProgramFolder& folder() const { return folder_; }
 
-    /// With an inhibitor of the caller's; none that works is part of it, since that takes a desktop.
+    /// The inhibitor keeps the computer awake, which takes a desktop; without one given, nothing does.
     Platform seams() { return seams(noInhibitor_); }
     Platform seams(SleepInhibitor& inhibitor) {
         return {runtime_,

@@ -35,7 +35,7 @@ QWidget* Questions::owner() const {
     return open_.back();
 }
 
-/// False when the answer does not count.
+/// Shows the dialog until it is answered. False when the answer does not count, because the window was asked to close.
 bool Questions::show(QDialog& dialog) {
     if (isAbandoned_) return false;
     open_.append(&dialog);
@@ -52,7 +52,7 @@ std::string Questions::inputBox(const std::string& prompt, const std::string& ti
     box.setWindowTitle(fromDevice(title));
     box.setLabelText(fromDevice(prompt));
     box.setTextValue(fromDevice(byDefault));
-    box.setOkButtonText(QObject::tr("&OK"));  // which makes the controls that are named here
+    box.setOkButtonText(QObject::tr("&OK"));  // also makes Qt create the controls that are named below
     named(box.findChild<QLineEdit*>(), "txtPassword", box.labelText());
     nameButtons(box);
     return show(box) && box.result() == QDialog::Accepted ? toDevice(box.textValue()) : std::string();

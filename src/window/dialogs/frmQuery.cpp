@@ -109,7 +109,7 @@ void frmQuery::makeList() {
 }
 
 void frmQuery::list() {
-    const QSignalBlocker blocker(cboROMs_);  // new entries under an old choice are no click
+    const QSignalBlocker blocker(cboROMs_);  // the list changes here, the operator chooses nothing
     QStringList texts;
     for (const int entry : dialog_.found())
         texts.append(fromDevice(dialog_.entries()[static_cast<std::size_t>(entry)].text));
@@ -149,7 +149,8 @@ void frmQuery::showSelected() {
     cmdOK_->setEnabled(dialog_.selected() >= 0);
 }
 
-/// What an image that has still to be fetched will fill is not known, and an older copy is said to be one.
+/// Only an image that lies on this computer can be drawn. It may be older than the one on the site, so the heading says
+/// that it is the copy.
 void frmQuery::showMemory() {
     const int at = dialog_.selected();
     const auto path = at < 0 ? std::string() : localImage_(dialog_.entries()[static_cast<std::size_t>(at)].record);

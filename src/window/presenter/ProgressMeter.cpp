@@ -67,7 +67,7 @@ void ProgressMeter::countRate(std::int64_t units, std::uint32_t tick) {
     windowUnits_ = 0;
 }
 
-/// The shown time only falls, unless it is off by half.
+/// The shown time only falls, so that it does not jump up and down; it is set anew when it is off by half.
 void ProgressMeter::showRemaining() {
     if (rate_ <= 0 || total_ <= 0) return;
     const double seconds = static_cast<double>(std::max<std::int64_t>(0, total_ - done_)) / rate_;

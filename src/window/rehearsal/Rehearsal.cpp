@@ -94,7 +94,7 @@ void Rehearsal::startServer() {
     }
 }
 
-/// Off line the images have been fetched before.
+/// Without a server the images lie in the Download folder, as if they had been fetched before.
 void Rehearsal::stockProgramFolder() const {
     QFile::copy(site_ + "/firmware/firmware.inf", path("program/firmware.inf"));
     for (const auto& image : QDir(imageFolder()).entryInfoList(QDir::Files)) {
@@ -124,7 +124,8 @@ void Rehearsal::startBench(const QString& device) {
     takeEnvironment(ready);
 }
 
-/// The bench names its transport library when it simulates readers. Else there are none: a real one is no part of this.
+/// The bench names its transport library when it simulates readers. Otherwise none is loaded: a real reader must not be
+/// touched by a rehearsal.
 void Rehearsal::takeEnvironment(const QString& readyFile) const {
     qputenv("XDG_CONFIG_HOME", path("config").toUtf8());
     qputenv("XDG_DATA_HOME", path("data").toUtf8());

@@ -21,7 +21,7 @@ struct RehearsalKind {
 /// All of them, the plain update first.
 const std::vector<RehearsalKind>& rehearsalKinds();
 
-/// A process that ends with this one, whatever becomes of this one.
+/// A child process that never outlives this program, not even when this program is killed.
 class CompanionProcess : public QProcess {
 public:
     CompanionProcess();
@@ -32,9 +32,10 @@ public:
 };
 
 /// An update without hardware: a simulated device, which is a corvane-bench of its own, and a site where this system
-/// has an FTP server for Python. Settings, program folder, journal and job record lie in a folder of its own. As long
-/// as it lives, whatever this program makes of its environment sees nothing else; with it everything is gone that it
-/// has started and written. The constructor throws std::runtime_error when the bench or the images are not to be had.
+/// has an FTP server for Python. Settings, program folder, journal and job record lie in a folder of its own, to which
+/// it points this program's environment variables: only what is made after it sees the rehearsal and nothing else. Its
+/// destructor ends what it has started and removes what was written. The constructor throws std::runtime_error when the
+/// bench or the images are not to be had.
 class Rehearsal {
 public:
     explicit Rehearsal(const RehearsalKind& kind);
@@ -42,13 +43,13 @@ public:
     /// What the window says all the time.
     static QString watermark();
 
-    /// Instead of the program's own.
+    /// Where downloads go during the rehearsal, instead of the program's own folder.
     LinuxProgramFolder programFolder() const;
 
     /// Where images lie that can be chosen as local files.
     QString imageFolder() const { return site_ + "/firmware/images"; }
 
-    /// What there is to say at its start; empty when all is there.
+    /// What the operator should know at its start, say that there is no server; empty when nothing is missing.
     QString remark() const;
 
     /// Ends the simulated device and writes what it says about itself. 0 only when its memory is that of the newest
