@@ -4,10 +4,9 @@
 #include <QDir>
 #include <QFileInfo>
 #include <QRegularExpression>
-#include <csignal>
 #include <stdexcept>
-#include <sys/prctl.h>
-#include <unistd.h>
+
+#include "platform/linux/Signals.h"
 
 namespace corvane {
 namespace {
@@ -48,15 +47,7 @@ const std::vector<RehearsalKind>& rehearsalKinds() {
     return kinds;
 }
 
-CompanionProcess::CompanionProcess() {
-    setChildProcessModifier([parent = ::getpid()] {
-        sigset_t none;
-        sigemptyset(&none);
-        sigprocmask(SIG_SETMASK, &none, nullptr);
-        prctl(PR_SET_PDEATHSIG, SIGTERM);
-        if (::getppid() != parent) ::_exit(1);
-    });
-}
+CompanionProcess::CompanionProcess() { setChildProcessModifier(companionSetup()); }
 
 CompanionProcess::~CompanionProcess() { end(); }
 
@@ -128,7 +119,7 @@ void Rehearsal::startBench(const QString& device) {
 void Rehearsal::takeEnvironment(const QString& readyFile) const {
     qputenv("XDG_CONFIG_HOME", path("config").toUtf8());
     qputenv("XDG_DATA_HOME", path("data").toUtf8());
-    qputenv("CORVANE_VELLIO", path("no-readers").toUtf8());
+    qputenv(kHidLibraryVariable, path("no-readers").toUtf8());
     QFile file(readyFile);
     if (!file.open(QIODevice::ReadOnly)) fail(file.errorString());
     for (const auto& line : file.readAll().split('\n')) {
