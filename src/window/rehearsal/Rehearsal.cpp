@@ -22,7 +22,7 @@ constexpr char kDevice[] = "kind=TarnPlus,version=TARN-R200 V5.1R23,next-version
 QString exampleSite() {
     const auto programs = QCoreApplication::applicationDirPath();
     for (const auto* place : {"/example-site", "/" CORVANE_EXAMPLE_SITE_RELATIVE}) {
-        const auto folder = QDir::cleanPath(programs + place);
+        auto folder = QDir::cleanPath(programs + place);
         if (QFileInfo::exists(folder + kNewestImage)) return folder;
     }
     fail(QObject::tr("the images of the example site are not beside the program"));
