@@ -25,8 +25,9 @@ case ${1:-} in
 --tidy)
     need clang-tidy
     cmake --preset test >/dev/null
-    # shellcheck disable=SC2046
-    clang-tidy -p build/test --quiet $(git ls-files 'src/*.cpp')
+    # The window's files, which take the longest, come first, so that no processor waits at the end.
+    find src -name '*.cpp' | sort -r | xargs -P "$(nproc)" -n 1 clang-tidy -p build/test --quiet 2> >(
+        grep -v ' warnings\? generated\.$' >&2)
     ;;
 *)
     cmake --preset test >/dev/null

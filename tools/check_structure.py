@@ -17,7 +17,6 @@ LARGEST_FOLDER = 30         # files
 # These folders are C++ and its standard library, so that they run on any system.
 PURE = ["text", "platform", "platform/serial", "image", "face", "settings", "hid", "ports", "protocol", "ftp", "site", "run",
         "app", "console", "window/presenter", "models"]
-SYSTEM_HEADERS_IN = {"console/main.cpp"}
 CLOCKS_IN = ["platform/linux", "bench", "vellio"]     # and the folders in them
 # One header is included across: what the transport library exports, for whoever loads it by path.
 ACROSS = {"hid": ["vellio/vellio.h"]}
@@ -26,6 +25,7 @@ CLOCKS = re.compile(
     r"|std::chrono|QElapsedTimer|QDeadlineTimer|currentDateTime|currentMSecsSinceEpoch|currentTime"
     r"|QThread::m?sleep|QTest::qWait|QTest::qSleep)\b|(?<![\w.:>])(sleep|time|clock)\s*\(")
 THREADS = re.compile(r"\bstd::(thread|jthread|mutex|atomic|async)\b|\bpthread_create\b|\bQThread\b|\bthread_local\b")
+WINDOW_HEADER = re.compile(r"^(Q[A-Za-z]+|[a-z_0-9]+)$")
 STANDARD_HEADER = re.compile(r"^[a-z_0-9]+$")      # <vector>, <cstdint>; <unistd.h>, <QString> are none
 
 
@@ -123,8 +123,10 @@ def check_includes(relative, text):
             target = folder_of(name)
             if target is None or not (target == folder or target in BELOW[folder] or name in ACROSS.get(folder, [])):
                 yield number, "includes %s, which does not stand below %s/" % (name, folder)
-        elif folder in PURE and relative not in SYSTEM_HEADERS_IN and not STANDARD_HEADER.match(name):
+        elif kind == "<" and folder in PURE and not STANDARD_HEADER.match(name):
             yield number, "includes <%s>: %s/ is the standard library alone" % (name, folder)
+        elif kind == "<" and folder.startswith("window") and (name == "csignal" or not WINDOW_HEADER.match(name)):
+            yield number, "includes <%s>: %s/ is Qt and the standard library alone" % (name, folder)
 
 
 def check_lengths(text, code):

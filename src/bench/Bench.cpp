@@ -72,7 +72,7 @@ void Bench::writePorts() const {
 }
 
 Variables Bench::variables() const {
-    Variables all{{"XDG_CONFIG_HOME", config_.path()}};
+    Variables all{{"XDG_CONFIG_HOME", config_.path()}, {"XDG_DATA_HOME", config_.data()}};
     const auto library = transportLibrary();
     if (library.empty()) return all;
     all[kLibraryVariable] = library;

@@ -63,6 +63,7 @@ ConfigFolder::ConfigFolder(std::string path)
     }
     makeFolder(path_);
     makeFolder(path_ + "/Corvane");
+    makeFolder(data());
 }
 
 ConfigFolder::~ConfigFolder() {

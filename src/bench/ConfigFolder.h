@@ -12,6 +12,7 @@ struct Setting {
 };
 
 /// A private configuration folder, usable as XDG_CONFIG_HOME, in which a program sees the bench's ports and no others.
+/// In it lies one for data, usable as XDG_DATA_HOME, so that practice gets into nobody's record of jobs.
 class ConfigFolder {
 public:
     /// Makes the folder (0700) where it does not exist; an empty path is a temporary one that is removed at the end.
@@ -22,6 +23,7 @@ public:
     ConfigFolder& operator=(const ConfigFolder&) = delete;
 
     const std::string& path() const { return path_; }
+    std::string data() const { return path_ + "/data"; }
 
     /// Which port of the bench is where, replacing what was written before.
     void writePorts(const std::map<int, std::string>& paths) const;

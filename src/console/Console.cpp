@@ -1,7 +1,7 @@
 #include "console/Console.h"
 
 #include "platform/ProgramInfo.h"
-#include "settings/OperatorSettings.h"
+#include "settings/StoredSettings.h"
 
 namespace corvane {
 
@@ -12,7 +12,7 @@ CommandScope::CommandScope(Console& console, const Arguments& arguments, TextSin
       console_(console) {
     face.refusalReason = [this](const std::string& port) { return updater.refusal(port); };
     face.beforeScan = [this](const std::vector<std::string>& ports) { return updater.advisor().beforeScan(ports); };
-    loadSettings(console.platform.settings, updater.choices);
+    StoredSettings(console.platform.settings).load(updater.choices);
     auto& choices = updater.choices;
     if (arguments.offLine) choices.offLine = *arguments.offLine;
     if (arguments.server) choices.server = *arguments.server;

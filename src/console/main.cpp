@@ -1,12 +1,11 @@
-#include <csignal>
 #include <cstdlib>
 #include <exception>
 #include <optional>
-#include <unistd.h>
 
 #include "console/Console.h"
 #include "platform/linux/LinuxConsole.h"
 #include "platform/linux/LinuxPlatform.h"
+#include "platform/linux/Signals.h"
 
 namespace {
 
@@ -41,9 +40,8 @@ int runProgram(const corvane::Arguments& arguments, corvane::StandardStream& out
 
 int main(int argc, char** argv) {
     constexpr int kWrongUsage = 2, kFailed = 4;
-    std::signal(SIGPIPE, SIG_IGN);
-    corvane::StandardStream out(STDOUT_FILENO);
-    corvane::StandardStream err(STDERR_FILENO);
+    corvane::ignoreBrokenPipes();
+    auto out = corvane::StandardStream::output(), err = corvane::StandardStream::error();
     std::string problem;
     const auto arguments = corvane::parseArguments({argv + 1, argv + argc}, problem);
     int code = kWrongUsage;

@@ -38,7 +38,7 @@ struct Board {
     Board(const Board&) = delete;
     Board& operator=(const Board&) = delete;
 
-    /// Answers the host; a fault may be ordered that unplugs the device instead of an answer.
+    /// An answer to the host, or, under a fault that unplugs the device here, the line's end.
     void reply(Micros now, const Bytes& bytes) {
         if (!voice.reply(now, bytes)) isPlugged = false;
     }

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <string>
+#include <vector>
 
 namespace corvane {
 
@@ -9,8 +10,13 @@ class Launcher {
 public:
     virtual ~Launcher() = default;
 
+    /// A variable of the started program's environment, beyond what it inherits.
+    struct Variable {
+        std::string name, value;
+    };
+
     /// Runs a program file; the owner's execute bit is set first.
-    virtual std::string start(const std::string& path) = 0;
+    virtual std::string start(const std::string& path, const std::vector<Variable>& variables) = 0;
 
     /// Shows an address with the desktop's program for it.
     virtual std::string open(const std::string& address) = 0;

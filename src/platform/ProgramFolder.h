@@ -5,6 +5,9 @@
 
 namespace corvane {
 
+/// The variable of the environment that names another HID transport library than the program's own.
+inline constexpr char kHidLibraryVariable[] = "CORVANE_VELLIO";
+
 /// The folder that holds the program's files: firmware.inf, the Download folder, the profile file.
 class ProgramFolder {
 public:

@@ -90,7 +90,8 @@ RunEnd UpdateRun::handOver() {
     p_.site.disconnect();
     log(" Disconnected...\r\n");
     log(" Install New Corvane...\r\n");
-    report_.failure = p_.launcher.start(p_.selfUpdate.newProgram());
+    // In the download folder the newer program would look in vain for what lies beside this one.
+    report_.failure = p_.launcher.start(p_.selfUpdate.newProgram(), {{kHidLibraryVariable, p_.hidLibrary}});
     return report_.failure.empty() ? RunEnd::handedOver : RunEnd::handOverFailed;
 }
 

@@ -50,6 +50,7 @@ struct RunParts {
     SleepInhibitor& inhibitor;
     OperatorPrompts& prompts;
     RunView& view;
+    std::string hidLibrary;  ///< path of the HID transport library
 };
 
 /// One update, from a device that is merely attached to one that is programmed and reset. Reports everything through

@@ -3,7 +3,6 @@
 #include <string>
 
 #include "platform/AsyncReader.h"
-#include "platform/SettingsStore.h"
 
 namespace corvane {
 
@@ -12,11 +11,6 @@ struct ConnectionSettings {
     int accessType = 0;  ///< 0 Default, 1 Direct, 2 Proxy; an index into the dialog's list
     std::string proxy;
     bool asksVersion = true;  ///< an updated device is asked which version it runs now
-
-    static ConnectionSettings load(SettingsStore& store);
-
-    /// False when it could not be written.
-    bool save(SettingsStore& store) const;
 
     /// The proxy field counts, and can be edited, for the third entry alone.
     bool usesProxy() const { return accessType == 2; }

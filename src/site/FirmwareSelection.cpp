@@ -3,7 +3,7 @@
 #include <set>
 
 #include "platform/Files.h"
-#include "platform/ProgramInfo.h"
+#include "settings/StoredSettings.h"
 #include "site/FirmwareListParser.h"
 #include "text/Cp1252.h"
 #include "text/RuntimeError.h"
@@ -74,13 +74,13 @@ SelectionEnd FirmwareSelection::SelectFirmware(std::string& szFileVersion, const
 std::int32_t FirmwareSelection::ShowQuery(std::string& szFileVersion, const std::string& szPort,
                                           const std::string& szDeviceVersion, const std::string& szROMList,
                                           bool bIsForceISPMode, bool bIsFirmwareNotFound) {
-    const auto last = fromUtf8(settings_.GetSetting(kProgramTitle, "Query", "LastROM", ""));
+    const auto last = StoredSettings(settings_).lastSection();
     FirmwareDialog dialog(szPort, szDeviceVersion, szROMList, bIsForceISPMode, bIsFirmwareNotFound, last);
     if (dialog.entries().empty()) return 2;
     prompts_.chooseFirmware(dialog);
     if (remembers_ && dialog.selected() >= 0) {
         const auto& entry = dialog.entries()[static_cast<std::size_t>(dialog.selected())];
-        settings_.SaveSetting(kProgramTitle, "Query", "LastROM", toUtf8(entry.record.section));
+        StoredSettings(settings_).saveLastSection(entry.record.section);
     }
     if (!dialog.isChosen()) return 1;
     szFileVersion = dialog.result();

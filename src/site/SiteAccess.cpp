@@ -48,7 +48,7 @@ bool SiteAccess::login() {
     ftp_.HostName(choices_.server);
     ftp_.Username(choices_.userName);
     ftp_.Password(choices_.password);
-    reader_.route(ConnectionSettings::load(settings_).route());
+    reader_.route(StoredSettings(settings_).connection().route());
     log_.ShowInfo("Login Server...");
     bool connected = false;
     {

@@ -8,7 +8,7 @@
 #include "ftp/FTPDownload.h"
 #include "platform/ProgramFolder.h"
 #include "settings/Choices.h"
-#include "settings/ConnectionSettings.h"
+#include "settings/StoredSettings.h"
 
 namespace corvane {
 

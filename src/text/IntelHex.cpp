@@ -15,7 +15,7 @@ HexFault decode(std::string_view line, Bytes& raw) {
     }
     if (digits.size() % 2 && !hexNumber(digits.substr(digits.size() - 1))) return HexFault::notHexadecimal;
     if (raw.size() < 5 || raw.size() < raw[0] + 5U) return HexFault::truncated;
-    return digits.size() > 2 * (raw[0] + 5U) ? HexFault::tooLong : HexFault::none;
+    return digits.size() > 2 * (raw[0] + std::size_t{5}) ? HexFault::tooLong : HexFault::none;
 }
 
 }  // namespace

@@ -4,15 +4,14 @@
 #include <QProcess>
 #include <QSocketNotifier>
 #include <clocale>
-#include <csignal>
 #include <cstdio>
 #include <exception>
 #include <iostream>
 #include <optional>
 
 #include "platform/ProgramInfo.h"
-#include "platform/linux/LinuxConsole.h"
 #include "platform/linux/LinuxPlatform.h"
+#include "platform/linux/Signals.h"
 #include "platform/linux/desktop/LogindInhibitor.h"
 #include "window/frmCorvane.h"
 #include "window/rehearsal/Rehearsal.h"
@@ -82,10 +81,7 @@ WindowOptions options() {
 
 /// Its exit status is the simulated device's, which tells whether it was updated.
 int rehearse(const RehearsalKind* kind) {
-    // A window that is no rehearsal has started this one with the signals that it keeps for itself.
-    sigset_t none;
-    sigemptyset(&none);
-    sigprocmask(SIG_SETMASK, &none, nullptr);
+    releaseSignals();  // the window that has started this one holds them back
     if (!kind) {
         frmRehearsal question;
         if (question.exec() != QDialog::Accepted) return kCancelled;
@@ -93,10 +89,7 @@ int rehearse(const RehearsalKind* kind) {
     }
     // From here there are files to put away, so who wants the program to end waits for the window that takes the
     // signals.
-    sigset_t ends;
-    sigemptyset(&ends);
-    for (const int one : {SIGINT, SIGTERM, SIGHUP}) sigaddset(&ends, one);
-    sigprocmask(SIG_BLOCK, &ends, nullptr);
+    holdEndingSignals();
     QApplication::setOverrideCursor(Qt::WaitCursor);
     Rehearsal rehearsal(*kind);
     QApplication::restoreOverrideCursor();

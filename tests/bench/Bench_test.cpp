@@ -79,10 +79,11 @@ TEST(Bench, HearsWhatACommandWroteLast) {
               "COM4: 0 requests, 0 erases, 0 records, 1 restart; heard 43 bytes, gave 0 replies; in its boot loader\n");
 }
 
-TEST(Bench, ShowsACommandItsReadersAndNoOthers) {
+TEST(Bench, GivesACommandADataFolderAndShowsItItsReadersAndNoOthers) {
     ScratchFolder scratch;
     const char* const print =
-        "exec >$0; echo \"$CORVANE_VELLIO $CORVANE_BENCH_SOCKET\"; test -z \"$CORVANE_BENCH_SOCKET\" || "
+        "exec >$0; echo \"${XDG_DATA_HOME#$XDG_CONFIG_HOME} $CORVANE_VELLIO $CORVANE_BENCH_SOCKET\"; test -z "
+        "\"$CORVANE_BENCH_SOCKET\" || "
         "test -S \"$CORVANE_BENCH_SOCKET\"";
     const auto library = scratch.at("library");
     const auto run = [&](std::vector<std::string> arguments) {
@@ -94,12 +95,12 @@ TEST(Bench, ShowsACommandItsReadersAndNoOthers) {
     const auto socket = scratch.at("c") + "/Corvane/readers";
     const auto with = run({"--device", "hid=yes", "--device", "", "--device", "hid=yes"});
     const std::string folder = CORVANE_BIN_DIR;
-    EXPECT_EQ(with, folder + "/bench/VellIO.so " + socket + "\n");
+    EXPECT_EQ(with, "/data " + folder + "/bench/VellIO.so " + socket + "\n");
     const auto ready = ScratchFolder::content(scratch.at("ready"));
     EXPECT_EQ(ready.substr(0, 24), "HID1=bench:1\nCOM1=/dev/p");
     EXPECT_EQ(ready.substr(ready.find("HID2")),
               "HID2=bench:2\nCORVANE_VELLIO=" + folder + "/bench/VellIO.so\nCORVANE_BENCH_SOCKET=" + socket + "\n");
-    EXPECT_EQ(run({"--device", ""}), folder + "/bench/VellIO.so \n");
+    EXPECT_EQ(run({"--device", ""}), "/data " + folder + "/bench/VellIO.so \n");
     EXPECT_EQ(ScratchFolder::content(scratch.at("ready")).find("CORVANE"), std::string::npos);
 }
 

@@ -31,8 +31,7 @@ TEST(ConfigFolder, ShowsTheBenchAlone) {
               "auto=off\n"
               "COM12=/dev/pts/9\n");
     EXPECT_EQ(ScratchFolder::content(settings), "[FTP]\nOffLine=True\nProxy=\n[Query]\nLastROM=a;b\n");
-    EXPECT_EQ(modeOf(scratch.at("config")), 0700U);
-    EXPECT_EQ(modeOf(scratch.at("config/Corvane")), 0700U);
+    for (const auto* name : {"config", "config/Corvane", "config/data"}) EXPECT_EQ(modeOf(scratch.at(name)), 0700U);
     EXPECT_EQ(modeOf(map), 0600U);
     EXPECT_EQ(modeOf(settings), 0600U);
     EXPECT_NO_THROW(ConfigFolder again(scratch.at("config")));

@@ -9,7 +9,6 @@ namespace corvane::fuzz {
 struct Target {
     const char* name;
     void (*run)(std::string_view input);
-    int changes;  ///< of each seed in the short run that belongs to the tests
 };
 
 // What a device says.

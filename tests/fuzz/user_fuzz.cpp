@@ -30,26 +30,6 @@ public:
     bool isTerminal() const override { return true; }
 };
 
-/// The fields of one line of a CSV file.
-std::vector<std::string> csvFields(std::string_view line) {
-    std::vector<std::string> fields(1);
-    bool isQuoted = false;
-    for (std::size_t at = 0; at < line.size(); ++at) {
-        if (isQuoted ? line[at] == '"' : line[at] == '"' && fields.back().empty()) {
-            if (isQuoted && line.substr(at + 1, 1) == "\"") {
-                fields.back() += line[++at];
-            } else {
-                isQuoted = !isQuoted;
-            }
-        } else if (line[at] == ',' && !isQuoted) {
-            fields.emplace_back();
-        } else {
-            fields.back() += line[at];
-        }
-    }
-    return fields;
-}
-
 /// "key" or "group/key".
 bool isPlainName(const std::string& name) {
     const auto words = split(name, '/');
@@ -127,7 +107,7 @@ void journal(std::string_view bytes) {
     JobRecord record(folder);
     require(record.last(5).size() <= 5, "as many as were asked for");
     const Job job{next(), next(), next(), next(), next(), next(), 7, "updated"};
-    const auto fields = csvFields(csvLine(job));
+    const auto fields = jobFields(csvLine(job));
     require(fields.size() == 8 && fields[6] == "7" && fields[7] == "updated", "a line has its eight fields");
     require(fields[0] == job.time || fields[0] == "'" + job.time, "a field is what it was");
     require(fields[5].find_first_of("=+-@") != 0, "no field is a formula");

@@ -69,12 +69,14 @@ class Package(unittest.TestCase):
     def test_an_update_from_a_site_by_an_ordinary_user(self):
         before = sorted(self.root.rglob("*"))
         self.assertEqual(self.run_as_user("test", "-w", self.root / "usr/bin").returncode, 1)
-        done = self.run_as_user("corvane-bench", "--device", DEVICE, "--image", self.root / IMAGE, "--verify", "--",
+        done = self.run_as_user("corvane-bench", "--config-dir", self.home / "bench", "--device", DEVICE, "--image",
+                                self.root / IMAGE, "--verify", "--",
                                 "corvane-cli", "update", "--server", self.start_site(), "--user", "customer",
                                 "--select", "PGM_C10", "--yes", CORVANE_FTP_PASSWORD="practice")
         self.assertEqual(done.returncode, 0, done.stdout + done.stderr)
         self.assertIn("COM1: memory equals image", done.stdout)
-        data = self.home / ".local/share/Corvane"
+        self.assertFalse((self.home / ".local").exists(), "practice is no work of the operator's")
+        data = self.home / "bench/data/Corvane"
         self.assertEqual(sorted(str(path.relative_to(data)) for path in data.rglob("*")),
                          ["Download", "Download/c10_v30r2.hex", "firmware.inf", "jobs.csv"])
         self.assertEqual(sorted(self.root.rglob("*")), before)

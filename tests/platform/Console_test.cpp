@@ -4,6 +4,7 @@
 #include <unistd.h>
 
 #include "platform/linux/LinuxConsole.h"
+#include "platform/linux/Signals.h"
 
 namespace corvane {
 namespace {

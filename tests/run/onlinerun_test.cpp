@@ -224,7 +224,8 @@ TEST_F(OnlineRun, StartsANewerProgramOrGoesOn) {
     EXPECT_EQ(start().end, RunEnd::handedOver);
     EXPECT_EQ(log(), kListed + "Downloading File... < OK\r\n Disconnected...\r\n Install New Corvane...\r\n");
     EXPECT_EQ(stored("download/Corvane.exe"), "#!program");
-    EXPECT_EQ(launcher.started, std::vector<std::string>{folder.folder.at("download/Corvane.exe")});
+    EXPECT_EQ(launcher.started, std::vector<std::string>{folder.folder.at("download/Corvane.exe") +
+                                                         " CORVANE_VELLIO=" + folder.path() + "/VellIO.so"});
     EXPECT_FALSE(isSessionOpen());
     EXPECT_EQ(device().log().bytesHeard, 0U);
 

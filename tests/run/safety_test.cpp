@@ -1,5 +1,5 @@
 #include "RunBench.h"
-#include "settings/RecentFiles.h"
+#include "settings/StoredSettings.h"
 #include "site/SiteDigests.h"
 #include "text/Text.h"
 
@@ -93,11 +93,12 @@ TEST_F(Safety, KeepsAJournalOfSeveralPortsAndTheLastFilesThatExist) {
     std::vector<std::string> paths;
     for (const char* name : {"0", "1", "2", "3", "4", "5"}) {
         paths.push_back(folder.folder.file(name, "x"));
-        EXPECT_TRUE(RecentFiles(settings).add(paths.back()));
+        EXPECT_TRUE(StoredSettings(settings).addRecentFile(paths.back()));
     }
-    EXPECT_TRUE(RecentFiles(settings).add(paths[2]));
+    EXPECT_TRUE(StoredSettings(settings).addRecentFile(paths[2]));
     std::filesystem::remove(paths[4]);
-    EXPECT_EQ(RecentFiles(settings).list(), (std::vector<std::string>{paths[2], paths[5], paths[3], paths[1]}));
+    EXPECT_EQ(StoredSettings(settings).recentFiles(),
+              (std::vector<std::string>{paths[2], paths[5], paths[3], paths[1]}));
 }
 
 TEST_F(Safety, RecordsEveryJob) {

@@ -51,7 +51,7 @@ bool FakeRuntime::moveIo() {
         planned_.erase(planned_.begin());
         news = true;
     }
-    if (news) ++movements_;
+    if (news) countNews();
     return news;
 }
 
@@ -61,17 +61,14 @@ bool FakeRuntime::advance(Micros until) {
     // A source that is due for ever must not make time stand still.
     if (moveIo() && ++newsInOneMoment_ < kMostNewsInOneMoment) return true;
     newsInOneMoment_ = 0;
-    const bool busy = std::any_of(polled_.begin(), polled_.end(), [](auto* source) { return source->isBusy(); });
+    const bool busy = isAnySourceBusy();
     const auto next = nextNews();
     const Micros step = std::min(until, now_ + 1000);
     const Micros to = std::min(next && *next > now_ ? *next : next ? step : until, busy ? step : until);
     now_ = to;
     if (now_ > kLongestRun) throw std::runtime_error("the code under test waited for more than a day");
-    bool news = moveIo();
-    if (busy) {
-        for (auto* source : polled_) news = source->service() || news;
-    }
-    return news;
+    const bool moved = moveIo();
+    return (busy && serviceSources()) || moved;
 }
 
 void FakeRuntime::Sleep(int ms) {
@@ -81,35 +78,13 @@ void FakeRuntime::Sleep(int ms) {
 
 void FakeRuntime::WaitActivity(int ms) {
     const Micros end = now_ + ms * 1000LL;
-    if (idle_) {
-        const int before = movements_;
-        if (!moveIo()) idle_();
-        if (movements_ != before) return;
-    }
+    if (bringsNewsAtOnce()) return;
     while (now_ < end && !advance(end)) continue;
 }
 
 void FakeRuntime::DoEvents() {
     if (++callsWithoutWaiting_ > kMostCallsWithoutWaiting) throw std::runtime_error("the code under test spins");
-    dispatch();
-    if (pump_) pump_();
-}
-
-void FakeRuntime::dispatch() {
-    if (dispatching_) return;
-    struct Guard {
-        bool& flag;
-        explicit Guard(bool& f) : flag(f) { flag = true; }
-        ~Guard() { flag = false; }
-    } guard(dispatching_);
-    moveIo();
-    for (int round = 0; round < 1000 && !posted_.empty(); ++round) {
-        const auto next = std::move(posted_.front());
-        posted_.pop_front();
-        next.handler();
-    }
-    for (auto* source : polled_) source->service();
-    for (std::size_t i = 0; i < polled_.size(); ++i) polled_[i]->dispatch();
+    EventRuntime::DoEvents();
 }
 
 int FakeRuntime::startTimer(int ms, std::function<void()> due) {
@@ -123,10 +98,6 @@ void FakeRuntime::stopTimer(int timer) {
     if (found == timers_.end()) return;
     forget(&found->second);
     timers_.erase(found);
-}
-
-void FakeRuntime::forget(const void* owner) {
-    std::erase_if(posted_, [owner](const Posted& posted) { return posted.owner == owner; });
 }
 
 }  // namespace corvane::fakes

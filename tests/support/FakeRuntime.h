@@ -1,12 +1,11 @@
 #pragma once
 
-#include <deque>
 #include <functional>
 #include <map>
 #include <optional>
 #include <vector>
 
-#include "platform/Runtime.h"
+#include "platform/EventRuntime.h"
 
 namespace corvane::fakes {
 
@@ -26,7 +25,7 @@ public:
 /// Virtual time: it stands still while code runs and moves only when the code waits; a wait for activity is never
 /// stretched, so that both sides of each time-out show. Throws when code spins without waiting, or waits longer than
 /// any run may take.
-class FakeRuntime : public Runtime {
+class FakeRuntime : public EventRuntime {
 public:
     Micros micros() const { return now_; }
     std::int64_t ms() const { return now_ / 1000; }
@@ -47,46 +46,28 @@ public:
     void Sleep(int ms) override;
     void WaitActivity(int ms) override;
     void DoEvents() override;
-    void setPump(std::function<void()> pump) override { pump_ = std::move(pump); }
-    void setIdle(std::function<void()> idle) override { idle_ = std::move(idle); }
     int startTimer(int ms, std::function<void()> due) override;
     void stopTimer(int timer) override;
-    void post(const void* owner, std::function<void()> handler) override {
-        posted_.push_back({owner, std::move(handler)});
-    }
-    void forget(const void* owner) override;
-    void add(PolledSource& source) override { polled_.push_back(&source); }
-    void remove(PolledSource& source) override { std::erase(polled_, &source); }
 
 private:
     struct Timer {
         Micros period, due;
         std::function<void()> handler;
     };
-    struct Posted {
-        const void* owner;
-        std::function<void()> handler;
-    };
 
     std::optional<Micros> nextNews() const;
-    bool moveIo();
+    bool moveIo() override;
     bool advance(Micros until);
-    void dispatch();
 
     Micros now_ = 0;
     std::uint32_t tickOffset_ = 1000;
     double dayOffset_ = 36000;
     int callsWithoutWaiting_ = 0;
     int newsInOneMoment_ = 0;
-    int movements_ = 0;  // how often something came in
     int lastTimer_ = 0;
-    bool dispatching_ = false;
     std::multimap<Micros, std::function<void()>> planned_;
     std::map<int, Timer> timers_;
-    std::deque<Posted> posted_;
     std::vector<TimedSource*> timed_;
-    std::vector<PolledSource*> polled_;
-    std::function<void()> pump_, idle_;
 };
 
 }  // namespace corvane::fakes

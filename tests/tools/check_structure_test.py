@@ -37,6 +37,8 @@ class Includes(unittest.TestCase):
         for header in ("unistd.h", "QString", "sys/epoll.h", "curl/curl.h", "stdint.h"):
             self.assertEqual(len(words("app/a.cpp", "#include <%s>\n" % header)), 1, header)
         self.assertEqual(words("window/a.cpp", "#include <QString>\n"), [])
+        for header in ("unistd.h", "csignal", "sys/prctl.h"):
+            self.assertEqual(len(words("window/a.cpp", "#include <%s>\n" % header)), 1, header)
         self.assertEqual(words("platform/linux/a.cpp", "#include <unistd.h>\n"), [])
 
     def test_unknown_folder(self):

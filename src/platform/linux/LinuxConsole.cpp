@@ -2,12 +2,9 @@
 
 #include <algorithm>
 #include <cerrno>
-#include <csignal>
 #include <cstdint>
 #include <poll.h>
 #include <sys/epoll.h>
-#include <sys/signalfd.h>
-#include <system_error>
 #include <termios.h>
 #include <unistd.h>
 
@@ -70,19 +67,10 @@ private:
     bool watching_ = false;
 };
 
-/// Without those that whoever started the program wants ignored, as nohup does.
-sigset_t cancelSignals() {
-    sigset_t signals;
-    sigemptyset(&signals);
-    for (const int one : {SIGINT, SIGTERM, SIGHUP}) {
-        struct sigaction present {};
-        sigaction(one, nullptr, &present);
-        if (present.sa_handler != SIG_IGN) sigaddset(&signals, one);
-    }
-    return signals;
-}
-
 }  // namespace
+
+StandardStream StandardStream::output() { return StandardStream(STDOUT_FILENO); }
+StandardStream StandardStream::error() { return StandardStream(STDERR_FILENO); }
 
 StandardStream::StandardStream(int descriptor) : descriptor_(descriptor), isTerminal_(isatty(descriptor) == 1) {}
 
@@ -125,34 +113,6 @@ std::optional<std::string> LinuxTerminal::readLine(bool echo, const std::functio
         runtime_.WaitActivity(10);
         runtime_.DoEvents();
     }
-}
-
-SignalSource::SignalSource(LinuxRuntime& runtime, std::function<void()> handler)
-    : runtime_(runtime), handler_(std::move(handler)) {
-    const sigset_t signals = cancelSignals();
-    sigprocmask(SIG_BLOCK, &signals, nullptr);
-    std::signal(SIGPIPE, SIG_IGN);
-    descriptor_ = signalfd(-1, &signals, SFD_NONBLOCK | SFD_CLOEXEC);
-    if (descriptor_ < 0) throw std::system_error(errno, std::generic_category(), "signalfd");
-    runtime_.watch(descriptor_, EPOLLIN, [this](std::uint32_t) {
-        while (take()) runtime_.post(this, handler_);
-    });
-}
-
-bool SignalSource::take() {
-    signalfd_siginfo info{};
-    return ::read(descriptor_, &info, sizeof info) == sizeof info;
-}
-
-SignalSource::~SignalSource() {
-    runtime_.forget(this);
-    runtime_.unwatch(descriptor_);
-    while (take()) {
-        // One that came too late to change anything must not kill a program that has done its work.
-    }
-    ::close(descriptor_);
-    const sigset_t signals = cancelSignals();
-    sigprocmask(SIG_UNBLOCK, &signals, nullptr);
 }
 
 }  // namespace corvane

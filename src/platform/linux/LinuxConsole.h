@@ -14,6 +14,9 @@ namespace corvane {
 class StandardStream : public TextSink {
 public:
     explicit StandardStream(int descriptor);
+    static StandardStream output();
+    static StandardStream error();
+
     void write(std::string_view utf8) override;
     bool isTerminal() const override { return isTerminal_; }
 
@@ -42,23 +45,6 @@ public:
 private:
     LinuxRuntime& runtime_;
     std::string typed_;  // beyond the line that was asked for
-};
-
-/// Turns SIGINT, SIGTERM and SIGHUP, as far as they are not ignored, into calls of a handler from DoEvents, and ignores
-/// SIGPIPE, while it lives.
-class SignalSource {
-public:
-    SignalSource(LinuxRuntime& runtime, std::function<void()> handler);
-    ~SignalSource();
-    SignalSource(const SignalSource&) = delete;
-    SignalSource& operator=(const SignalSource&) = delete;
-
-private:
-    bool take();
-
-    LinuxRuntime& runtime_;
-    std::function<void()> handler_;
-    int descriptor_;
 };
 
 }  // namespace corvane

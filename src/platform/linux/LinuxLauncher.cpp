@@ -1,5 +1,6 @@
 #include "platform/linux/LinuxLauncher.h"
 
+#include <algorithm>
 #include <cerrno>
 #include <csignal>
 #include <cstring>
@@ -15,6 +16,20 @@ namespace corvane {
 namespace {
 
 std::string reason(const std::string& what, int error) { return what + ": " + std::strerror(error); }
+
+/// This program's own environment with some variables set anew.
+std::vector<std::string> environmentWith(const std::vector<Launcher::Variable>& variables) {
+    std::vector<std::string> texts;
+    for (const auto& [name, value] : variables) texts.push_back(name + "=" + value);
+    for (char** own = environ; *own; ++own) {
+        const std::string text = *own;
+        const bool isReplaced = std::any_of(variables.begin(), variables.end(), [&text](const auto& variable) {
+            return text.compare(0, variable.name.size() + 1, variable.name + "=") == 0;
+        });
+        if (!isReplaced) texts.push_back(text);
+    }
+    return texts;
+}
 
 /// Signals as a fresh program expects them, a session of its own, nothing on standard input.
 class Detached {
@@ -51,26 +66,32 @@ LinuxLauncher::~LinuxLauncher() {
     }
 }
 
-std::string LinuxLauncher::start(const std::string& path) {
+std::string LinuxLauncher::start(const std::string& path, const std::vector<Variable>& variables) {
     struct stat file {};
     if (stat(path.c_str(), &file) < 0) return reason(path, errno);
     const bool executable = file.st_mode & S_IXUSR;
     if (!executable && chmod(path.c_str(), (file.st_mode & 07777) | S_IXUSR) < 0) return reason(path, errno);
-    return spawn(path.find('/') == std::string::npos ? "./" + path : path, nullptr);
+    return spawn(path.find('/') == std::string::npos ? "./" + path : path, nullptr, variables);
 }
 
 std::string LinuxLauncher::open(const std::string& address) {
     if (address.empty() || address.front() == '-') return "\"" + address + "\" is no address";
-    return spawn("xdg-open", &address);
+    return spawn("xdg-open", &address, {});
 }
 
-std::string LinuxLauncher::spawn(const std::string& program, const std::string* argument) {
+std::string LinuxLauncher::spawn(const std::string& program, const std::string* argument,
+                                 const std::vector<Variable>& variables) {
     const Detached how;
     std::string name = program;
     std::string first = argument ? *argument : std::string();
     char* arguments[] = {name.data(), argument ? first.data() : nullptr, nullptr};
+    auto texts = environmentWith(variables);
+    std::vector<char*> environment;
+    for (auto& text : texts) environment.push_back(text.data());
+    environment.push_back(nullptr);
     pid_t process = 0;
-    const int error = posix_spawnp(&process, name.c_str(), &how.actions, &how.attributes, arguments, environ);
+    const int error =
+        posix_spawnp(&process, name.c_str(), &how.actions, &how.attributes, arguments, environment.data());
     if (error) return reason(program, error);
     awaitEnd(process);
     return {};

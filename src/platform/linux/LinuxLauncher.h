@@ -16,13 +16,13 @@ public:
     LinuxLauncher(const LinuxLauncher&) = delete;
     LinuxLauncher& operator=(const LinuxLauncher&) = delete;
 
-    std::string start(const std::string& path) override;
+    std::string start(const std::string& path, const std::vector<Variable>& variables) override;
 
     /// Through xdg-open; an address that it would take for an option is refused.
     std::string open(const std::string& address) override;
 
 private:
-    std::string spawn(const std::string& program, const std::string* argument);
+    std::string spawn(const std::string& program, const std::string* argument, const std::vector<Variable>& variables);
     void awaitEnd(int process);
 
     LinuxRuntime& runtime_;

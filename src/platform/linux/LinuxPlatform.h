@@ -25,7 +25,8 @@ public:
     LinuxRuntime& runtime() { return runtime_; }
     const LinuxProgramFolder& folder() const { return folder_; }
 
-    /// The inhibitor keeps the computer awake, which takes a desktop; without one given, nothing does.
+    /// Without an inhibitor the computer may fall asleep during a run: the real one talks to the desktop's session over
+    /// D-Bus, which the console does without. The window hands over its own.
     Platform seams() { return seams(noInhibitor_); }
     Platform seams(SleepInhibitor& inhibitor) {
         return {runtime_,

@@ -40,7 +40,8 @@ LinuxProgramFolder::LinuxProgramFolder(const Places& places) : data_(places.data
 
 std::string LinuxProgramFolder::transportLibrary() const {
     std::error_code error;
-    if (const char* named = std::getenv("CORVANE_VELLIO"); named && *named) return fs::absolute(named, error).string();
+    if (const char* named = std::getenv(kHidLibraryVariable); named && *named)
+        return fs::absolute(named, error).string();
     return fs::exists(beside_, error) ? beside_ : private_;
 }
 

@@ -8,7 +8,7 @@
 #include <QLineEdit>
 #include <QPushButton>
 
-#include "settings/ConnectionSettings.h"
+#include "settings/StoredSettings.h"
 #include "window/widgets/Naming.h"
 
 namespace corvane {
@@ -42,7 +42,7 @@ frmConnection::frmConnection(SettingsStore& store, QWidget* owner) : QDialog(own
     layout->addWidget(buttons);
     setMinimumWidth(380);
 
-    const auto settings = ConnectionSettings::load(store_);
+    const auto settings = StoredSettings(store_).connection();
     txtProxy_->setText(QString::fromStdString(settings.proxy));
     cmbAccessType_->setCurrentIndex(settings.accessType);
     chkAskVersion_->setChecked(settings.asksVersion);
@@ -63,7 +63,7 @@ void frmConnection::cmdOK_Click() {
     settings.accessType = cmbAccessType_->currentIndex();
     settings.proxy = txtProxy_->text().toStdString();
     settings.asksVersion = chkAskVersion_->isChecked();
-    if (settings.save(store_)) return accept();
+    if (StoredSettings(store_).save(settings)) return accept();
     labProblem_->setText(tr("The settings could not be saved. Is there room on the disk, and may you write them?"));
     labProblem_->show();
 }

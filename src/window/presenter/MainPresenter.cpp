@@ -1,7 +1,5 @@
 #include "window/presenter/MainPresenter.h"
 
-#include "settings/ConnectionSettings.h"
-#include "settings/OperatorSettings.h"
 #include "site/LocalImageLoader.h"
 #include "text/Cp1252.h"
 #include "text/Text.h"
@@ -10,14 +8,14 @@ namespace corvane {
 
 void MainPresenter::load() {
     loading_ = true;
-    loadSettings(updater_.platform().settings, updater_.choices);
+    stored().load(updater_.choices);
     optLine_Click(updater_.choices.offLine);
     loading_ = false;
     changed();
 }
 
 bool MainPresenter::unload() {
-    const bool saved = saveSettings(updater_.platform().settings, updater_.choices);
+    const bool saved = stored().save(updater_.choices);
     updater_.shutDown();
     return saved;
 }
@@ -55,7 +53,7 @@ bool MainPresenter::loadFile(const std::string& path) {
     localMap_ = loaded ? memoryMapOf(path) : std::nullopt;
     if (loaded) {
         // Whether settings can be written at all is said at the end of the session.
-        RecentFiles(updater_.platform().settings).add(path);
+        stored().addRecentFile(path);
         loading_ = true;  // selecting optFile must not ask for a file again
         optFile_Click();
         loading_ = false;
@@ -84,7 +82,7 @@ RunReport MainPresenter::start(bool force) {
 Verdict MainPresenter::conclude(const RunReport& report) {
     isConcluding_ = true;
     changed();
-    auto verdict = updater_.conclude(report, ConnectionSettings::load(updater_.platform().settings).asksVersion);
+    auto verdict = updater_.conclude(report, stored().connection().asksVersion);
     isConcluding_ = false;
     changed();
     return verdict;

@@ -5,7 +5,7 @@
 
 #include "app/Updater.h"
 #include "image/MemoryMap.h"
-#include "settings/RecentFiles.h"
+#include "settings/StoredSettings.h"
 
 namespace corvane {
 
@@ -57,7 +57,7 @@ public:
     bool loadFile(const std::string& path);
 
     /// The local images that were taken last.
-    std::vector<std::string> recentFiles() const { return RecentFiles(updater_.platform().settings).list(); }
+    std::vector<std::string> recentFiles() const { return stored().recentFiles(); }
 
     /// The memory that the local image fills; nothing when none is loaded.
     const std::optional<MemoryMap>& localMap() const { return localMap_; }
@@ -74,6 +74,7 @@ public:
     Controls controls() const;
 
 private:
+    StoredSettings stored() const { return StoredSettings(updater_.platform().settings); }
     void selectLast();
     void changed() const {
         if (onChange) onChange();

@@ -4,10 +4,9 @@
 #include <QDir>
 #include <QFileInfo>
 #include <QRegularExpression>
-#include <csignal>
 #include <stdexcept>
-#include <sys/prctl.h>
-#include <unistd.h>
+
+#include "platform/linux/Signals.h"
 
 namespace corvane {
 namespace {
@@ -23,7 +22,7 @@ constexpr char kDevice[] = "kind=TarnPlus,version=TARN-R200 V5.1R23,next-version
 QString exampleSite() {
     const auto programs = QCoreApplication::applicationDirPath();
     for (const auto* place : {"/example-site", "/" CORVANE_EXAMPLE_SITE_RELATIVE}) {
-        const auto folder = QDir::cleanPath(programs + place);
+        auto folder = QDir::cleanPath(programs + place);
         if (QFileInfo::exists(folder + kNewestImage)) return folder;
     }
     fail(QObject::tr("the images of the example site are not beside the program"));
@@ -48,15 +47,7 @@ const std::vector<RehearsalKind>& rehearsalKinds() {
     return kinds;
 }
 
-CompanionProcess::CompanionProcess() {
-    setChildProcessModifier([parent = ::getpid()] {
-        sigset_t none;
-        sigemptyset(&none);
-        sigprocmask(SIG_SETMASK, &none, nullptr);
-        prctl(PR_SET_PDEATHSIG, SIGTERM);
-        if (::getppid() != parent) ::_exit(1);
-    });
-}
+CompanionProcess::CompanionProcess() { setChildProcessModifier(companionSetup()); }
 
 CompanionProcess::~CompanionProcess() { end(); }
 
@@ -129,7 +120,7 @@ void Rehearsal::startBench(const QString& device) {
 void Rehearsal::takeEnvironment(const QString& readyFile) const {
     qputenv("XDG_CONFIG_HOME", path("config").toUtf8());
     qputenv("XDG_DATA_HOME", path("data").toUtf8());
-    qputenv("CORVANE_VELLIO", path("no-readers").toUtf8());
+    qputenv(kHidLibraryVariable, path("no-readers").toUtf8());
     QFile file(readyFile);
     if (!file.open(QIODevice::ReadOnly)) fail(file.errorString());
     for (const auto& line : file.readAll().split('\n')) {

@@ -16,7 +16,6 @@ namespace {
 
 constexpr std::int64_t kMicrosPerMs = 1000;
 constexpr int kLongestQuietWait = 10;    // ms that a wait for activity may stretch to
-constexpr int kMostHandlers = 1000;      // of one dispatch, so that it ends even if they keep posting
 constexpr int kIdleServicePeriod = 500;  // ms between two looks at a source that is not busy
 constexpr int kQuietServices = 100;      // looks without news after which a busy one is asked half as often
 
@@ -101,7 +100,7 @@ bool LinuxRuntime::moveIo(std::int64_t untilMicros) {
         const auto keep = found->second;  // the handler may stop its own watch
         keep->io(events[static_cast<std::size_t>(i)].events);
     }
-    if (count > 0) ++movements_;
+    if (count > 0) countNews();
     return count > 0;
 }
 
@@ -126,36 +125,8 @@ void LinuxRuntime::Sleep(int ms) {
 
 void LinuxRuntime::WaitActivity(int ms) {
     const std::int64_t end = monotonicMicros() + std::max(ms, kLongestQuietWait) * kMicrosPerMs;
-    if (idle_) {
-        const auto before = movements_;
-        if (!moveIo(0)) idle_();
-        if (movements_ != before) return;
-    }
+    if (bringsNewsAtOnce()) return;
     while (monotonicMicros() < end && !step(end)) continue;
-}
-
-void LinuxRuntime::DoEvents() {
-    dispatch();
-    if (pump_) pump_();
-}
-
-void LinuxRuntime::dispatch() {
-    if (dispatching_) return;
-    struct Guard {
-        bool& flag;
-        explicit Guard(bool& f) : flag(f) { flag = true; }
-        ~Guard() { flag = false; }
-    } guard(dispatching_);
-    moveIo(0);
-    // An idle window is woken by descriptors alone, so what handlers post in turn must not be left lying here.
-    for (int round = 0; round < kMostHandlers && !posted_.empty(); ++round) {
-        const Posted next = std::move(posted_.front());
-        posted_.pop_front();
-        next.handler();
-    }
-    if (sources_.empty()) return;
-    serviceSources();
-    for (std::size_t i = 0; i < sources_.size(); ++i) sources_[i]->dispatch();
 }
 
 int LinuxRuntime::startTimer(int ms, std::function<void()> due) {
@@ -184,36 +155,17 @@ void LinuxRuntime::stopTimer(int timer) {
     ::close(timer);
 }
 
-void LinuxRuntime::post(const void* owner, std::function<void()> handler) {
-    posted_.push_back({owner, std::move(handler)});
-}
-
-void LinuxRuntime::forget(const void* owner) {
-    std::erase_if(posted_, [owner](const Posted& posted) { return posted.owner == owner; });
-}
-
 void LinuxRuntime::add(PolledSource& source) {
-    if (sources_.empty()) sourceTimer_ = startTimer(kIdleServicePeriod, [] {});  // dispatch itself serves the sources
-    sources_.push_back(&source);
+    if (!hasSources()) sourceTimer_ = startTimer(kIdleServicePeriod, [] {});  // dispatch itself serves the sources
+    EventRuntime::add(source);
 }
 
 void LinuxRuntime::remove(PolledSource& source) {
-    std::erase(sources_, &source);
-    if (sources_.empty() && sourceTimer_ >= 0) {
+    EventRuntime::remove(source);
+    if (!hasSources() && sourceTimer_ >= 0) {
         stopTimer(sourceTimer_);
         sourceTimer_ = -1;
     }
-}
-
-bool LinuxRuntime::isAnySourceBusy() const {
-    return std::any_of(sources_.begin(), sources_.end(), [](PolledSource* source) { return source->isBusy(); });
-}
-
-bool LinuxRuntime::serviceSources() {
-    bool news = false;
-    for (auto* source : sources_) news = source->service() || news;
-    if (news) ++movements_;
-    return news;
 }
 
 }  // namespace corvane

@@ -1,17 +1,15 @@
 #pragma once
 
-#include <deque>
 #include <functional>
 #include <memory>
 #include <unordered_map>
-#include <vector>
 
-#include "platform/Runtime.h"
+#include "platform/EventRuntime.h"
 
 namespace corvane {
 
 /// The runtime over one epoll set. A foreign event loop (the window's) watches descriptor() and calls dispatch().
-class LinuxRuntime : public Runtime {
+class LinuxRuntime : public EventRuntime {
 public:
     /// Called with the epoll events of a descriptor, inside waits too: it only moves data and posts handlers. It must
     /// read what is there or stop watching, or waits would no longer wait.
@@ -29,21 +27,13 @@ public:
     /// Readable while something is due.
     int descriptor() const { return epoll_; }
 
-    /// Runs what is due, without the pump; does nothing when a handler calls it.
-    void dispatch();
-
     std::uint32_t tick() override;
     double secondsOfDay() override;
     std::string timestamp() override;
     void Sleep(int ms) override;
     void WaitActivity(int ms) override;
-    void DoEvents() override;
-    void setPump(std::function<void()> pump) override { pump_ = std::move(pump); }
-    void setIdle(std::function<void()> idle) override { idle_ = std::move(idle); }
     int startTimer(int ms, std::function<void()> due) override;
     void stopTimer(int timer) override;
-    void post(const void* owner, std::function<void()> handler) override;
-    void forget(const void* owner) override;
     void add(PolledSource& source) override;
     void remove(PolledSource& source) override;
 
@@ -52,13 +42,8 @@ private:
         std::uint32_t generation = 0;
         Io io;
     };
-    struct Posted {
-        const void* owner;
-        std::function<void()> handler;
-    };
 
-    bool isAnySourceBusy() const;
-    bool serviceSources();
+    bool moveIo() override { return moveIo(0); }
     bool moveIo(std::int64_t untilMicros);
     bool step(std::int64_t untilMicros);
 
@@ -66,15 +51,10 @@ private:
     std::uint32_t generation_ = 0;
     std::unordered_map<int, std::shared_ptr<Watch>> watches_;
     std::unordered_map<int, std::shared_ptr<std::function<void()>>> timers_;  // by their descriptor
-    std::deque<Posted> posted_;
-    std::vector<PolledSource*> sources_;
     int sourceTimer_ = -1;
     std::int64_t nextService_ = 0;  // of busy sources during waits
     int quietServices_ = 0;         // of those in a row
-    bool dispatching_ = false;
-    std::function<void()> pump_, idle_;
-    std::uint32_t movements_ = 0;  // how often something came in
-    double dayOffset_ = 0;         // seconds from the monotonic clock to the time of day
+    double dayOffset_ = 0;          // seconds from the monotonic clock to the time of day
 };
 
 }  // namespace corvane

@@ -17,7 +17,7 @@ constexpr int kMostReadsAtOnce = 16;
 OpenFailure TermiosSerialControl::openLine() {
     const auto path = map_.devicePath(CommPort());
     if (!path) return {OpenFailure::Kind::notThere, "", ENOENT};
-    const auto failure = line_.open(*path);
+    auto failure = line_.open(*path);
     if (failure.kind != OpenFailure::Kind::none) return failure;
     marks_.reset();
     watchesOutput_ = false;

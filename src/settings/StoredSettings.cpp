@@ -1,0 +1,98 @@
+#include "settings/StoredSettings.h"
+
+#include "platform/Files.h"
+#include "platform/ProgramInfo.h"
+#include "text/Cp1252.h"
+#include "text/Number.h"
+#include "text/Text.h"
+
+namespace corvane {
+
+struct StoredSettings::Key {
+    const char* section;
+    std::string name;
+};
+
+struct StoredSettings::Keys {
+    static inline const Key userName{"FTP", "UserName"}, password{"FTP", "Password"}, server{"FTP", "Server"},
+        offLine{"FTP", "OffLine"}, accessType{"FTP", "AccessType"}, proxy{"FTP", "Proxy"},
+        askVersion{"Update", "AskVersion"}, lastSection{"Query", "LastROM"};
+    static Key recentFile(std::size_t place) { return {"Recent", "File" + std::to_string(place + 1)}; }
+};
+
+namespace {
+
+/// "True" in any case, or a number other than 0.
+bool isTrue(const std::string& text) { return equalsNoCase(trimmed(text), "True") || leadingNumber(text) != 0; }
+
+const char* textOf(bool value) { return value ? "True" : "False"; }
+
+}  // namespace
+
+std::string StoredSettings::read(const Key& key, const std::string& byDefault) const {
+    return store_.GetSetting(kProgramTitle, key.section, key.name, byDefault);
+}
+
+bool StoredSettings::write(const Key& key, const std::string& value) {
+    return store_.SaveSetting(kProgramTitle, key.section, key.name, value);
+}
+
+void StoredSettings::load(Choices& choices) const {
+    choices.userName = read(Keys::userName);
+    choices.password = read(Keys::password);
+    choices.offLine = isTrue(read(Keys::offLine, "False"));
+    choices.server = read(Keys::server, defaultServer());
+}
+
+bool StoredSettings::save(const Choices& choices) {
+    bool saved = write(Keys::userName, choices.userName);
+    saved = write(Keys::password, choices.password) && saved;
+    saved = write(Keys::offLine, textOf(choices.offLine)) && saved;
+    return write(Keys::server, choices.server) && saved;
+}
+
+ConnectionSettings StoredSettings::connection() const {
+    ConnectionSettings connection;
+    const double type = leadingNumber(read(Keys::accessType, "0"));
+    connection.accessType = type == 1 ? 1 : type == 2 ? 2 : 0;
+    connection.proxy = read(Keys::proxy);
+    connection.asksVersion = !equalsNoCase(read(Keys::askVersion, "True"), "False");
+    return connection;
+}
+
+bool StoredSettings::save(const ConnectionSettings& connection) {
+    bool saved = write(Keys::accessType, std::to_string(connection.accessType));
+    saved = write(Keys::proxy, connection.proxy) && saved;
+    return write(Keys::askVersion, textOf(connection.asksVersion)) && saved;
+}
+
+std::string StoredSettings::lastSection() const { return fromUtf8(read(Keys::lastSection)); }
+
+bool StoredSettings::saveLastSection(const std::string& section) { return write(Keys::lastSection, toUtf8(section)); }
+
+std::vector<std::string> StoredSettings::storedFiles() const {
+    std::vector<std::string> paths;
+    for (std::size_t i = 0; i < kMostRecentFiles; ++i) {
+        auto path = read(Keys::recentFile(i));
+        if (!path.empty()) paths.push_back(std::move(path));
+    }
+    return paths;
+}
+
+std::vector<std::string> StoredSettings::recentFiles() const {
+    auto paths = storedFiles();
+    std::erase_if(paths, [](const std::string& path) { return !FileExists(path); });
+    return paths;
+}
+
+bool StoredSettings::addRecentFile(const std::string& path) {
+    auto paths = storedFiles();
+    std::erase(paths, path);
+    paths.insert(paths.begin(), path);
+    paths.resize(kMostRecentFiles);
+    bool saved = true;
+    for (std::size_t i = 0; i < kMostRecentFiles; ++i) saved = write(Keys::recentFile(i), paths[i]) && saved;
+    return saved;
+}
+
+}  // namespace corvane

@@ -1,0 +1,54 @@
+#pragma once
+
+#include <string>
+#include <vector>
+
+#include "platform/SettingsStore.h"
+#include "settings/Choices.h"
+#include "settings/ConnectionSettings.h"
+
+namespace corvane {
+
+/// Everything that is kept between two starts of the program. It is read where it is needed, through this class alone,
+/// and nothing is held in memory, so that what a dialog writes counts from then on. The store is not owned. Each
+/// function that writes returns False when something could not be written.
+///
+///     FTP/UserName, Password, Server   the account and the site
+///     FTP/OffLine                      True: local files instead of the site
+///     FTP/AccessType, Proxy            0 the environment's proxy, 1 none, 2 the one that Proxy names
+///     Update/AskVersion                False: an updated device is not asked for its version
+///     Query/LastROM                    the section that was chosen last, the next selection's proposal
+///     Recent/File1 to File5            the local images that were chosen last, the newest first
+class StoredSettings {
+public:
+    static constexpr std::size_t kMostRecentFiles = 5;
+
+    explicit StoredSettings(SettingsStore& store) : store_(store) {}
+
+    /// The operator's account, server and mode; what else was chosen stays as it is.
+    void load(Choices& choices) const;
+    bool save(const Choices& choices);
+
+    ConnectionSettings connection() const;
+    bool save(const ConnectionSettings& connection);
+
+    /// In Windows-1252, as the site writes it; empty when none was ever chosen.
+    std::string lastSection() const;
+    bool saveLastSection(const std::string& section);
+
+    /// Paths, in the system's bytes, of those that still exist.
+    std::vector<std::string> recentFiles() const;
+    bool addRecentFile(const std::string& path);
+
+private:
+    struct Key;
+    struct Keys;
+
+    std::string read(const Key& key, const std::string& byDefault = {}) const;
+    bool write(const Key& key, const std::string& value);
+    std::vector<std::string> storedFiles() const;
+
+    SettingsStore& store_;
+};
+
+}  // namespace corvane
