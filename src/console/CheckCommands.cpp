@@ -3,9 +3,9 @@
 #include <random>
 
 #include "console/Console.h"
-#include "console/SiteAddress.h"
 #include "console/TerminalText.h"
 #include "image/ImageCheck.h"
+#include "platform/Address.h"
 #include "platform/Files.h"
 #include "site/SiteCheck.h"
 #include "site/SiteDigests.h"
@@ -137,12 +137,20 @@ int checkFolder(Console& console, const Arguments& arguments) {
     return finish(console, arguments, SiteCheck(console.platform.digest, fetch).check(place(kInformation)));
 }
 
-int checkServer(Console& console, const Arguments& arguments, const SiteAddress& address) {
+/// What stands before the last "@" of an address as it was typed; nothing without one.
+std::optional<std::string> accountIn(const std::string& typed) {
+    const auto start = typed.find("://") + 3, at = typed.rfind('@');
+    return at == std::string::npos || at < start ? std::nullopt : std::optional(typed.substr(start, at - start));
+}
+
+/// The site is what lies below the address's path. An account that is not given comes from elsewhere.
+int checkServer(Console& console, const Arguments& arguments, const Address& address) {
     CommandScope scope(console, arguments, console.err, false);
     auto& choices = scope.updater.choices;
     choices.offLine = false;
-    choices.server = address.server;
-    if (address.user) choices.userName = *address.user;
+    choices.server = address.server();
+    if (!address.user.empty() || accountIn(arguments.subject) == "") choices.userName = address.user;
+    const auto root = address.path.substr(0, address.path.find_last_not_of('/') + 1);
     auto& site = scope.updater.site();
     bool cancelled = false;
     console.interrupt = [&] {
@@ -151,12 +159,12 @@ int checkServer(Console& console, const Arguments& arguments, const SiteAddress&
     };
     const FetchFolder folder;
     const auto fetch = [&](const std::string& path) -> std::optional<std::string> {
-        if (cancelled || !site.FTP_Download(path, folder.file())) return std::nullopt;
+        if (cancelled || !site.FTP_Download(root + path, folder.file())) return std::nullopt;
         return contentOf(folder.file());
     };
-    if (!site.login() || cancelled || !site.FTP_Download(kInformation, folder.information())) {
+    if (!site.login() || cancelled || !site.FTP_Download(root + kInformation, folder.information())) {
         if (cancelled) return scope.end(kCancelled);
-        scope.face.say(site.problem().empty() ? "The site could not be read." : site.problem());
+        scope.face.say("The site could not be read: " + site.failure().words + ".");
         return scope.end(kNoSite);
     }
     const auto report = SiteCheck(console.platform.digest, fetch).check(folder.information());
@@ -179,9 +187,11 @@ int checkCommand(Console& console, const Arguments& arguments) {
 
 int checkSiteCommand(Console& console, const Arguments& arguments) {
     constexpr int kWrongUsage = 2;
-    const auto address = parseSiteAddress(arguments.subject);
-    if (address && address->hasPassword) {
-        console.err.write("corvane-cli: an address must not hold the password; set CORVANE_FTP_PASSWORD.\n");
+    const auto address = Address::parse(arguments.subject);
+    const auto account = address ? accountIn(arguments.subject) : std::nullopt;
+    if (account && account->find(':') != std::string::npos) {
+        console.err.write(
+            "corvane-cli: an address must not hold the password; set CORVANE_FTP_PASSWORD. An @ in the path is %40.\n");
         return kWrongUsage;
     }
     if (address && arguments.writeDigests) {

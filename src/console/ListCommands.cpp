@@ -98,7 +98,7 @@ int imagesCommand(Console& console, const Arguments& arguments) {
         (site.login() && !cancelled && site.FTP_Download("/firmware/firmware.inf", folder.resolve("\\firmware.inf")));
     if (!fetched) {
         if (cancelled) return scope.end(kCancelled);
-        if (!site.problem().empty()) scope.face.say(site.problem());
+        scope.face.say("The site could not be read: " + site.failure().words + ".");
         return scope.end(kNoSite);
     }
     const auto records = scope.updater.selection().list();

@@ -38,7 +38,7 @@ class FTPDownload::Operation {
 public:
     Operation(FTPDownload& control, Mode mode) : control_(control) {
         control_.m_iMode = mode;
-        control_.m_szProblem.clear();
+        control_.m_oFailure = {};
     }
     ~Operation() {
         if (!isLeftRunning_) control_.reader_.cancel(std::nullopt);
@@ -65,18 +65,29 @@ FTPDownload::~FTPDownload() {
     reader_.onComplete = nullptr;
 }
 
-std::string FTPDownload::address(const std::string& szRemote) const {
-    return "ftp://" + m_szUsername + ":" + m_szPassword + "@" + m_szHostName + szRemote;
+Address FTPDownload::address(const std::string& szRemote) const {
+    Address address;
+    address.user = m_szUsername;
+    address.password = m_szPassword;
+    address.server(m_szHostName);
+    address.path = szRemote;
+    return address;
 }
 
 void FTPDownload::AsyncRead(const std::string& Target, std::int32_t AsyncType,
                             const std::optional<std::string>& PropertyName) {
+    // A text that is no address has no server, which the reader refuses.
+    AsyncRead(Address::parse(Target).value_or(Address()), AsyncType, PropertyName);
+}
+
+void FTPDownload::AsyncRead(const Address& Target, std::int32_t AsyncType,
+                            const std::optional<std::string>& PropertyName) {
     const auto name = PropertyName.value_or(std::string());
     try {
-        if (AsyncType != kAsyncTypeFile) throw std::runtime_error("This kind of read is not offered");
+        if (AsyncType != kAsyncTypeFile) throw std::runtime_error("this kind of read is not offered");
         reader_.start(Target, name);
     } catch (const std::exception& error) {
-        m_szProblem = error.what();
+        m_oFailure = {ReadFailure::Kind::brokenOff, error.what()};
         onComplete({0, 0, name, {}});
     }
 }
@@ -110,17 +121,22 @@ void FTPDownload::Disconnect() {
 bool FTPDownload::GetFile(const std::string& szRemote, const std::string& szLocal, bool bAsync) {
     m_bCancel = false;
     if (m_iMode != kIdle) return false;
+    const auto target = address(szRemote);
+    if (target.isFolder()) {
+        m_oFailure = {ReadFailure::Kind::noFile, "\"" + szRemote + "\" names a folder and no file"};
+        return false;
+    }
     Operation operation(*this, kDownloading);
     m_bDone = false;
     m_oLastAsyncProp.reset();
     m_bSaveToFile = !bAsync;
     try {
-        AsyncRead(address(szRemote), kAsyncTypeFile, szLocal);
+        AsyncRead(target, kAsyncTypeFile, szLocal);
         if (!bAsync) return isLocalFileFetched();
         operation.leaveRunning();
         return true;
     } catch (const std::exception& error) {
-        m_szProblem = error.what();
+        m_oFailure = {ReadFailure::Kind::brokenOff, error.what()};
         return false;
     }
 }
@@ -134,7 +150,7 @@ bool FTPDownload::isLocalFileFetched() {
         if (m_bCancel) break;
         // Past midnight the difference is negative, and the wait goes on.
         if (runtime_.secondsOfDay() - start > g_lTimeout) {
-            if (!m_bDone) m_szProblem = "The download took too long";
+            if (!m_bDone) m_oFailure = {ReadFailure::Kind::brokenOff, "it took too long"};
             break;
         }
     }
@@ -169,7 +185,7 @@ void FTPDownload::onComplete(AsyncResult AsyncProp) {
 bool FTPDownload::putInPlace(const AsyncResult& AsyncProp) {
     std::error_code error;
     std::filesystem::rename(AsyncProp.value, AsyncProp.propertyName, error);
-    if (error) m_szProblem = "Storing " + AsyncProp.propertyName + ": " + error.message();
+    if (error) m_oFailure = {ReadFailure::Kind::storage, AsyncProp.propertyName + ": " + error.message()};
     return !error;
 }
 

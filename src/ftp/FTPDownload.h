@@ -11,7 +11,7 @@
 namespace corvane {
 
 /// Fetches files of an FTP server through the asynchronous reader, and lets events run while it waits. It owns neither
-/// reader nor runtime. One operation runs at a time; one that fails is False, with the reason in problem().
+/// reader nor runtime. One operation runs at a time; one that fails is False, with the reason in failure().
 class FTPDownload {
 public:
     FTPDownload(AsyncReader& reader, Runtime& runtime);
@@ -27,13 +27,18 @@ public:
     std::function<void(std::int32_t lDone)> GetProgress;
 
     /// Starts a read. AsyncType 1 reads into a file, the only kind there is; an error counts as an answer of 0 bytes.
+    /// A target that is one text has its parts escaped.
     void AsyncRead(const std::string& Target, std::int32_t AsyncType,
+                   const std::optional<std::string>& PropertyName = std::nullopt);
+    void AsyncRead(const Address& Target, std::int32_t AsyncType,
                    const std::optional<std::string>& PropertyName = std::nullopt);
 
     /// Ends the read of that property, or any; a running Connect or GetFile is False then. The session stays.
     void CancelAsyncRead(const std::optional<std::string>& Property = std::nullopt);
 
     bool IsConnected() const { return m_bIsConnected; }
+
+    /// "host" or "host:port"; this and the account may hold any character.
     const std::string& HostName() const { return m_szHostName; }
     void HostName(const std::string& szValue) { m_szHostName = szValue; }
     const std::string& Username() const { return m_szUsername; }
@@ -42,28 +47,29 @@ public:
     void Password(const std::string& szValue) { m_szPassword = szValue; }
 
     /// True when the server answers with data. Waits as long as the reader does.
-    bool Connect();
+    [[nodiscard]] bool Connect();
 
     /// Cancels what is running and takes leave of the server.
     void Disconnect();
 
     /// Fetches the remote path (with a leading "/") to a local one, in the system's bytes; what lies there is replaced
-    /// once everything has come. False for an empty file too. With bAsync it is True at once, and nothing is delivered.
-    bool GetFile(const std::string& szRemote, const std::string& szLocal, bool bAsync = false);
+    /// once everything has come. False for an empty file too, and for a path that ends in "/", which is no file's. With
+    /// bAsync it is True at once, and nothing is delivered.
+    [[nodiscard]] bool GetFile(const std::string& szRemote, const std::string& szLocal, bool bAsync = false);
 
     /// There is no error log: always empty, and clearing it always works.
     std::string ErrorLogText() const { return {}; }
     bool ErrorLogClear() { return true; }
 
-    /// Why the last operation failed, for people; empty when it did not or was cancelled.
-    std::string problem() const { return m_szProblem.empty() ? reader_.problem() : m_szProblem; }
+    /// Why the last operation failed; none when it did not or was cancelled.
+    ReadFailure failure() const { return m_oFailure ? m_oFailure : reader_.failure(); }
 
 private:
     enum Mode : std::int16_t { kIdle = 0, kConnecting = 1, kDownloading = 2 };
     enum ConnectState : std::int16_t { kNoAnswer = 0, kAnswered = 1, kWaiting = 2 };
     class Operation;
 
-    std::string address(const std::string& szRemote) const;
+    Address address(const std::string& szRemote) const;
     bool isLocalFileFetched();
     void onProgress(const AsyncResult& AsyncProp);
     void onComplete(AsyncResult AsyncProp);
@@ -71,7 +77,8 @@ private:
 
     AsyncReader& reader_;
     Runtime& runtime_;
-    std::string m_szHostName, m_szUsername, m_szPassword, m_szProblem;
+    std::string m_szHostName, m_szUsername, m_szPassword;
+    ReadFailure m_oFailure;  // of this control's own making
     bool m_bIsConnected = false;
     std::int32_t g_lTimeout = 30000;  // compared with a clock of seconds, so it is as good as none
     std::int16_t m_iMode = kIdle;

@@ -32,8 +32,14 @@ bool makeFolder(const std::string& path) {
 }
 
 bool deleteFile(const std::string& path) {
+    std::string why;
+    return deleteFile(path, why);
+}
+
+bool deleteFile(const std::string& path, std::string& why) {
     std::error_code error;
     std::filesystem::remove(path, error);
+    why = error.message();
     return !FileExists(path);
 }
 

@@ -16,8 +16,9 @@ std::vector<std::string> filesIn(const std::string& folder);
 /// Makes a folder; False when that was not possible.
 bool makeFolder(const std::string& path);
 
-/// Deletes a file if there is one; False when it is still there.
+/// Deletes a file if there is one; False when it is still there, and why, in the system's words.
 bool deleteFile(const std::string& path);
+bool deleteFile(const std::string& path, std::string& why);
 
 /// True when a site's name for a file may be used as a local name: not empty, "." or "..", no separator and no control
 /// character in it. Everything else could end up outside the folder that it is meant for.

@@ -8,7 +8,6 @@
 #include "platform/ModuleLoader.h"
 #include "platform/PortInspector.h"
 #include "platform/PortMap.h"
-#include "platform/ProfileFile.h"
 #include "platform/ProgramFolder.h"
 #include "platform/Runtime.h"
 #include "platform/SerialControl.h"
@@ -24,7 +23,6 @@ struct Platform {
     PortMap& ports;
     ModuleLoader& modules;
     AsyncReader& reader;
-    ProfileFile& profile;
     SettingsStore& settings;
     ProgramFolder& folder;
     Launcher& launcher;

@@ -28,7 +28,7 @@ Job jobOf(const RunReport& report, const std::optional<Proof>& proof, const std:
     job.port = toUtf8(report.port);
     job.versionBefore = toUtf8(report.deviceVersion);
     if (proof && proof->answered) job.versionAfter = toUtf8(proof->version);
-    job.image = report.imagePath.substr(report.imagePath.rfind('/') + 1);
+    job.image = lastPart(report.imagePath);
     job.digest = report.imageDigest;
     job.repeatedRecords = report.repeatedRecords;
     job.verdict = verdictName(verdictFor(report, proof).kind);

@@ -3,6 +3,8 @@
 #include <cstdint>
 #include <string>
 
+#include "site/SiteFailure.h"
+
 namespace corvane {
 
 /// How a run ended.
@@ -50,7 +52,8 @@ struct RunReport {
     std::string imageDigest;  ///< SHA-256 in lower-case hexadecimal digits; empty when no image was had
     int repeatedRecords = 0;
     std::uint32_t milliseconds = 0;  ///< from start to end
-    std::string siteProblem;         ///< why a transfer failed, in the transfer library's words
+    SiteFailure siteFailure;         ///< why the site did not give what ended the run
+    SiteFailure newerProgram;        ///< why a newer program that was wanted could not be had
     std::string failure;             ///< what went wrong unexpectedly, in the system's words
 };
 

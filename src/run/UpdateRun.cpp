@@ -30,7 +30,6 @@ RunReport UpdateRun::run(bool force) {
     report_.product = information_.product;
     report_.version = information_.version;
     report_.repeatedRecords = p_.programmer.repeatedRecords();
-    if (!p_.choices.offLine) report_.siteProblem = p_.site.problem();
     report_.portLost = !report_.portName.empty() && !p_.session.comm->PortOpen();
     closePorts();
     report_.milliseconds = p_.session.runtime.tick() - start;
@@ -43,6 +42,7 @@ RunReport UpdateRun::run(bool force) {
 void UpdateRun::begin() {
     isRunning_ = true;
     information_ = {};
+    p_.inf.forget();
     inIsp_ = false;
     cancelRequested_ = false;
     auto& session = p_.session;
@@ -57,7 +57,7 @@ void UpdateRun::begin() {
 }
 
 RunEnd UpdateRun::steps(bool force) {
-    if (!p_.choices.offLine && !p_.site.isConnected()) {
+    if (!p_.choices.offLine && !p_.site.resume()) {
         RunEnd end{};
         if (!goOnline(end)) return end;
     }
@@ -68,22 +68,28 @@ RunEnd UpdateRun::steps(bool force) {
 bool UpdateRun::goOnline(RunEnd& end) {
     p_.view.phase(RunPhase::login);
     if (!p_.site.login()) {
+        report_.siteFailure = p_.site.failure();
         end = RunEnd::loginFailed;
         return false;
     }
     p_.view.phase(RunPhase::information);
     if (!p_.site.FTP_Download("/firmware/firmware.inf", p_.folder.resolve("\\firmware.inf"))) {
+        report_.siteFailure = p_.site.failure();
         p_.site.disconnect();
         end = RunEnd::informationMissing;
         return false;
     }
+    p_.inf.forget();
     if (p_.selfUpdate.CheckNewVersion()) {
         end = handOver();
         return false;
     }
-    // The idle watch may have closed the session while the operator thought about the question.
+    report_.newerProgram = p_.selfUpdate.failure();
+    if (p_.site.isConnected()) return true;
+    // The idle watch has closed the session while the operator thought about the question.
+    report_.siteFailure = p_.site.withoutSession();
     end = RunEnd::loginFailed;
-    return p_.site.isConnected();
+    return false;
 }
 
 RunEnd UpdateRun::handOver() {
@@ -157,7 +163,7 @@ bool UpdateRun::defineFirmware(const std::string& chosen) {
         information_.updateInfo = p_.choices.image.description();
         return true;
     }
-    const bool defined = FTP_CheckFirmware(p_.inf, p_.folder, p_.session.log, chosen, information_);
+    const bool defined = FTP_CheckFirmware(p_.inf, p_.session.log, chosen, information_);
     p_.session.ispBaudRate = information_.ispBaudRate;
     return defined;
 }
@@ -177,8 +183,10 @@ std::string UpdateRun::fetchImage() {
     const auto& choices = p_.choices;
     const bool isLocal = choices.useFile && !choices.image.path.empty();
     if (isLocal) return choices.image.path;
-    return p_.site.FTP_DownloadFirmware(information_.firmwareFile,
-                                        [this](const std::string& path) { return digestFault(path); });
+    auto image = p_.site.FTP_DownloadFirmware(information_.firmwareFile,
+                                              [this](const std::string& path) { return digestFault(path); });
+    report_.siteFailure = p_.site.failure();
+    return image;
 }
 
 RunEnd UpdateRun::install(const std::string& image) {
@@ -237,7 +245,7 @@ std::string UpdateRun::digestFault(const std::string& path) {
     if (information_.digest.empty()) return {};
     const auto digest = p_.digest.sha256(readFile(path));
     if (digest == information_.digest) return {};
-    return "the image's SHA-256 is " + digest + ", but firmware.inf says " + toUtf8(information_.digest);
+    return "its SHA-256 is " + digest + ", but firmware.inf says " + toUtf8(information_.digest);
 }
 
 /// From here to the reset the device has no firmware, and the next start must know even if this one is killed.

@@ -35,8 +35,6 @@ std::string headlineFor(Verdict::Kind kind, const RunReport& report) {
     return "The device was not changed.";
 }
 
-std::string fileName(const std::string& path) { return path.substr(path.rfind('/') + 1); }
-
 std::string duration(std::uint32_t milliseconds) {
     const auto seconds = (milliseconds + 500) / 1000;
     if (seconds < 60) return std::to_string(seconds) + " s";
@@ -46,7 +44,7 @@ std::string duration(std::uint32_t milliseconds) {
 /// Why it ended, where the log says no more than "NG".
 std::string reasonFor(const RunReport& report) {
     const auto site = [&](const std::string& what) {
-        return report.siteProblem.empty() ? what + "." : what + ": " + report.siteProblem + ".";
+        return report.siteFailure ? what + ": " + report.siteFailure.words + "." : what + ".";
     };
     if (report.cancelled) return "The run was cancelled.";
     if (report.portLost && report.end != RunEnd::updated) {
@@ -54,7 +52,7 @@ std::string reasonFor(const RunReport& report) {
     }
     switch (report.end) {
         case RunEnd::loginFailed:
-            return site("The site did not accept the login");
+            return site("The login failed");
         case RunEnd::informationMissing:
             return site("firmware.inf could not be fetched");
         case RunEnd::imageMissing:
@@ -122,6 +120,7 @@ Steps rescueSteps(const RunReport& report) {
 }
 
 Steps siteSteps(const RunReport& report) {
+    if (report.siteFailure.kind == SiteFailure::Kind::sessionClosed) return {"Start again."};
     if (report.end == RunEnd::loginFailed) {
         return {"Check server, user name and password.", "Check the network, and how the site is reached (Options).",
                 "Without a site: go off line and use a local image."};
@@ -138,7 +137,8 @@ Steps stepsFor(Verdict::Kind kind, const RunReport& report) {
         case RunEnd::informationMissing:
             return siteSteps(report);
         case RunEnd::imageMissing:
-            if (!report.siteProblem.empty()) return siteSteps(report);
+            if (report.siteFailure && report.siteFailure.kind != SiteFailure::Kind::notDownloaded)
+                return siteSteps(report);
             return {"Check that the image is where it was, and choose it again."};
         case RunEnd::noDevice:
             if (!report.bootLoaderPort.empty()) {
@@ -185,11 +185,14 @@ std::string proofFact(const RunReport& report, const Proof& proof) {
 Steps factsFor(Verdict::Kind kind, const RunReport& report, const std::optional<Proof>& proof) {
     Steps facts;
     if (const auto reason = reasonFor(report); !reason.empty()) facts.push_back(reason);
+    if (report.newerProgram) {
+        facts.push_back("The newer program could not be fetched: " + report.newerProgram.words + ". This one went on.");
+    }
     if (!report.deviceVersion.empty()) {
         facts.push_back(toUtf8(report.port) + ": " + toUtf8(report.deviceVersion) + " before the run.");
     }
     if (!report.imagePath.empty()) {
-        auto image = "Image: " + fileName(report.imagePath);
+        auto image = "Image: " + lastPart(report.imagePath);
         const auto name = std::string(trimmed(toUtf8(report.product + " " + report.version)));
         if (!name.empty()) image += ", " + name;
         facts.push_back(image + ", " + std::to_string(report.imageBytes) + " bytes, SHA-256 " + report.imageDigest +

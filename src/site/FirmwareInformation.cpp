@@ -1,6 +1,5 @@
 #include "site/FirmwareInformation.h"
 
-#include "platform/Files.h"
 #include "text/Number.h"
 #include "text/RuntimeError.h"
 #include "text/Text.h"
@@ -20,16 +19,16 @@ std::int32_t baudRate(const std::string& text) {
 
 }  // namespace
 
-bool FTP_CheckFirmware(InfReader& reader, const ProgramFolder& folder, Log& log, const std::string& szDeviceVersion,
+bool FTP_CheckFirmware(InfReader& reader, Log& log, const std::string& szDeviceVersion,
                        FirmwareInformation& information) {
-    const auto file = folder.resolve("\\firmware.inf");
-    if (!FileExists(file)) {
+    const auto* offer = reader.information();
+    if (!offer) {
         log.ShowInfo("Not found firmware informat file!!\r\n");
         return false;
     }
     const auto section = szDeviceVersion.substr(0, szDeviceVersion.find(' '));
-    const auto read = [&](const std::string& key) { return reader.ReadInfValue(section, key, "", file); };
-    information.product = reader.ReadInfValue(section, "Product", "Un-Know", file);
+    const auto read = [&](const std::string& key) { return offer->value(section, key); };
+    information.product = offer->value(section, "Product", "Un-Know");
     if (!information.isKnown()) {
         log.ShowInfo("No new version in server!!\r\n");
         return false;

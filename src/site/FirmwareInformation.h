@@ -27,7 +27,7 @@ struct FirmwareInformation {
 
 /// Reads the section that the text names up to its first blank (all of it without one). False, with the reason logged,
 /// when there is no firmware.inf or no product in that section; the information is then "Un-Know" or stays untouched.
-bool FTP_CheckFirmware(InfReader& reader, const ProgramFolder& folder, Log& log, const std::string& szDeviceVersion,
-                       FirmwareInformation& information);
+[[nodiscard]] bool FTP_CheckFirmware(InfReader& reader, Log& log, const std::string& szDeviceVersion,
+                                     FirmwareInformation& information);
 
 }  // namespace corvane

@@ -4,9 +4,7 @@
 
 #include "platform/Files.h"
 #include "settings/StoredSettings.h"
-#include "site/FirmwareListParser.h"
 #include "text/Cp1252.h"
-#include "text/RuntimeError.h"
 #include "text/Text.h"
 
 namespace corvane {
@@ -15,9 +13,7 @@ namespace {
 /// The name that a record's file has in the Download folder.
 std::string localName(const FirmwareRecord& record) {
     const auto& file = record.file;
-    const auto slash = file.rfind('/');
-    const auto end = slash != std::string::npos ? slash : file.rfind('\\');
-    return toUtf8(end == std::string::npos ? file : file.substr(end + 1));
+    return toUtf8(lastPart(file, file.find('/') == std::string::npos ? '\\' : '/'));
 }
 
 }  // namespace
@@ -27,12 +23,9 @@ std::vector<FirmwareRecord> FirmwareSelection::list() const {
         const auto& image = choices_.image;
         return {{image.program, image.program, image.version, image.description(), " "}};
     }
-    std::vector<FirmwareRecord> records;
-    try {
-        records = FirmwareListParser().parse(readFile(folder_.resolve("\\firmware.inf")));
-    } catch (const RuntimeError&) {
-        return {};  // no file lists nothing
-    }
+    const auto* offer = inf_.information();
+    if (!offer) return {};
+    auto records = offer->records();
     if (choices_.offLine) {
         // The folder is looked through once, not for each of thousands of records.
         std::set<std::string> downloaded;

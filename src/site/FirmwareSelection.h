@@ -7,6 +7,7 @@
 #include "platform/ProgramFolder.h"
 #include "platform/SettingsStore.h"
 #include "settings/Choices.h"
+#include "site/InfReader.h"
 
 namespace corvane {
 
@@ -16,9 +17,9 @@ enum class SelectionEnd { chosen, cancelled, nothingSuitable, nothingListed };
 /// Builds the firmware list and lets the operator choose from it. Owns nothing.
 class FirmwareSelection {
 public:
-    FirmwareSelection(const Choices& choices, const ProgramFolder& folder, SettingsStore& settings,
+    FirmwareSelection(const Choices& choices, const ProgramFolder& folder, InfReader& inf, SettingsStore& settings,
                       OperatorPrompts& prompts, Log& log)
-        : choices_(choices), folder_(folder), settings_(settings), prompts_(prompts), log_(log) {}
+        : choices_(choices), folder_(folder), inf_(inf), settings_(settings), prompts_(prompts), log_(log) {}
 
     /// The records on offer: the local image alone, or the complete sections of firmware.inf; off line those whose file
     /// lies in the Download folder.
@@ -29,8 +30,8 @@ public:
     std::string localImage(const FirmwareRecord& record) const;
 
     /// Logs why nothing was chosen. When something was, szFileVersion receives its section name, a blank, its version.
-    SelectionEnd SelectFirmware(std::string& szFileVersion, const std::string& szPort,
-                                const std::string& szDeviceVersion, bool force, bool inIsp);
+    [[nodiscard]] SelectionEnd SelectFirmware(std::string& szFileVersion, const std::string& szPort,
+                                              const std::string& szDeviceVersion, bool force, bool inIsp);
 
     /// The dialog and its result code: 0 chosen, 1 cancelled, 2 nothing suitable.
     std::int32_t ShowQuery(std::string& szFileVersion, const std::string& szPort, const std::string& szDeviceVersion,
@@ -42,6 +43,7 @@ public:
 private:
     const Choices& choices_;
     const ProgramFolder& folder_;
+    InfReader& inf_;
     SettingsStore& settings_;
     OperatorPrompts& prompts_;
     Log& log_;

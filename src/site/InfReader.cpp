@@ -1,16 +1,24 @@
 #include "site/InfReader.h"
 
 #include "platform/ProgramInfo.h"
+#include "text/RuntimeError.h"
 #include "text/Text.h"
 
 namespace corvane {
 
 std::string InfReader::ReadInfValue(std::string_view section, std::string_view key, std::string_view byDefault,
-                                    const std::string& file) {
+                                    const std::string& file) const {
     const auto path = file.empty() ? folder_.resolve("\\" + std::string(kProgramTitle) + ".INF") : file;
-    const auto value = profile_.value(section, key, path);
-    if (value.empty()) return std::string(byDefault);
-    return replaceAll(replaceAll(value, "\\n", "\r\n"), "\\0", std::string_view("\0", 1));
+    try {
+        return infValue(Profile(readFile(path)), section, key, byDefault);
+    } catch (const RuntimeError&) {
+        return std::string(byDefault);
+    }
+}
+
+const SiteInformation* InfReader::information() {
+    if (!information_) information_ = SiteInformation::load(folder_.resolve("\\firmware.inf"));
+    return information_ ? &*information_ : nullptr;
 }
 
 }  // namespace corvane

@@ -1,25 +1,34 @@
 #pragma once
 
+#include <optional>
 #include <string>
 #include <string_view>
 
-#include "platform/ProfileFile.h"
 #include "platform/ProgramFolder.h"
+#include "site/SiteInformation.h"
 
 namespace corvane {
 
-/// This program's way of reading profile values: "\n" in a value stands for a line break and "\0" for a NUL.
+/// Reads profile values, and keeps firmware.inf taken apart for as long as a run asks for it. It does not own the
+/// folder.
 class InfReader {
 public:
-    InfReader(ProfileFile& profile, const ProgramFolder& folder) : profile_(profile), folder_(folder) {}
+    explicit InfReader(const ProgramFolder& folder) : folder_(folder) {}
 
-    /// The value, or the default when it is missing or empty. An empty file means the program's own profile.
+    /// The value in a file, which is read for this; an empty file means the program's own profile.
     std::string ReadInfValue(std::string_view section, std::string_view key, std::string_view byDefault,
-                             const std::string& file = {});
+                             const std::string& file = {}) const;
+
+    /// firmware.inf of the program's folder, read when it is first asked for; null when there is none. It stays what it
+    /// was until it is forgotten.
+    const SiteInformation* information();
+
+    /// A new run begins, or another file has come in its place.
+    void forget() { information_.reset(); }
 
 private:
-    ProfileFile& profile_;
     const ProgramFolder& folder_;
+    std::optional<SiteInformation> information_;
 };
 
 }  // namespace corvane

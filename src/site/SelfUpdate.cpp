@@ -6,18 +6,22 @@
 namespace corvane {
 
 bool SelfUpdate::CheckNewVersion() {
-    const auto information = folder_.resolve("\\firmware.inf");
-    const auto offered = reader_.ReadInfValue("Corvane", "Version", "", information);
+    failure_ = {};
+    const auto* offer = reader_.information();
+    if (!offer) return false;
+    const auto offered = offer->value("Corvane", "Version");
     // Texts are compared by their characters' codes, not as numbers: whoever runs a site counts on just that.
     if (offered <= programVersion()) return false;
     if (!prompts_.messageBox(Question::newerProgram,
                              "The Corvane is out of date.\r\nDo you want to download and update it?")) {
         return false;
     }
-    const auto remote = reader_.ReadInfValue("Corvane", "File", "firmware/utility/corvane.exe", information);
+    const auto remote = offer->value("Corvane", "File", "firmware/utility/corvane.exe");
     makeFolder(folder_.resolve("\\download"));
     path_ = folder_.resolve("\\download\\Corvane.exe");
-    return site_.FTP_Download(remote, path_);
+    if (site_.FTP_Download(remote, path_)) return true;
+    failure_ = site_.failure();
+    return false;
 }
 
 }  // namespace corvane

@@ -2,6 +2,7 @@
 
 #include "platform/Files.h"
 #include "text/Cp1252.h"
+#include "text/Text.h"
 
 namespace corvane {
 namespace {
@@ -19,6 +20,43 @@ public:
 private:
     bool& flag_;
 };
+
+using Kind = SiteFailure::Kind;
+
+/// Why a login or a download failed, as far as the transfer alone knows. A transfer that fails without a reason was
+/// cancelled.
+SiteFailure failureOf(const ReadFailure& read, const std::string& server) {
+    switch (read.kind) {
+        case ReadFailure::Kind::none:
+            break;
+        case ReadFailure::Kind::noAddress:
+            return {Kind::noServer, read.words};
+        case ReadFailure::Kind::noFile:
+            return {Kind::unusableName, read.words};
+        case ReadFailure::Kind::unreachable:
+            return {Kind::unreachable, "the server " + server + " cannot be reached: " + read.words};
+        case ReadFailure::Kind::login:
+            return {Kind::loginRefused, "the server did not accept user name and password: " + read.words};
+        case ReadFailure::Kind::refused:
+            return {Kind::notGiven, "the server does not give it: " + read.words};
+        case ReadFailure::Kind::brokenOff:
+            return {Kind::brokenOff, "the transfer broke off: " + read.words};
+        case ReadFailure::Kind::storage:
+            return {Kind::notStored, "it could not be stored: " + read.words};
+    }
+    return {Kind::cancelled, "it was cancelled"};
+}
+
+/// The same for a login, whose transfer is that of a listing.
+SiteFailure loginFailureOf(const ReadFailure& read, const std::string& server) {
+    auto failure = failureOf(read, server);
+    if (failure.kind == Kind::notGiven) {
+        return {Kind::listingRefused,
+                "the server accepted user name and password, but gives no listing: " + read.words};
+    }
+    if (failure.kind == Kind::brokenOff) failure.words = "the dialogue with the server broke off: " + read.words;
+    return failure;
+}
 
 }  // namespace
 
@@ -42,8 +80,21 @@ SiteAccess::~SiteAccess() {
     stopTimer();
 }
 
+bool SiteAccess::resume() {
+    failure_ = {};
+    isClosedByWatch_ = false;
+    if (!ftp_.IsConnected()) return false;
+    if (ftp_.HostName() == choices_.server && ftp_.Username() == choices_.userName &&
+        ftp_.Password() == choices_.password) {
+        return true;
+    }
+    disconnect();
+    return false;
+}
+
 bool SiteAccess::login() {
-    rejection_.clear();
+    failure_ = {};
+    isClosedByWatch_ = false;
     ftp_.ErrorLogClear();
     ftp_.HostName(choices_.server);
     ftp_.Username(choices_.userName);
@@ -58,6 +109,8 @@ bool SiteAccess::login() {
     log_.ShowInfo(connected ? " < OK\r\n" : " < NG\r\n");
     if (!connected) {
         log_.ShowInfo(ftp_.ErrorLogText());
+        failure_ = loginFailureOf(ftp_.failure(), choices_.server);
+        disconnect();  // a server that accepted the login and gave no listing would be left logged in
         return false;
     }
     ftpIdleSeconds_ = kIdleSeconds;
@@ -72,45 +125,69 @@ void SiteAccess::cancel() {
     if (connecting_ || transferActive_) ftp_.CancelAsyncRead();
 }
 
+SiteFailure SiteAccess::withoutSession() const {
+    if (isClosedByWatch_) {
+        return {Kind::sessionClosed,
+                "the session with the site was closed, as it always is three minutes after the login"};
+    }
+    return {Kind::noSession, "there is no session with the site"};
+}
+
 bool SiteAccess::FTP_Download(const std::string& strRemoteFile, const std::string& strLocalFile, const Check& check) {
-    rejection_.clear();
+    failure_ = {};
     if (choices_.offLine) return true;
     ftp_.ErrorLogClear();
-    if (!ftp_.IsConnected()) return false;
-    const bool isCleared = deleteFile(strLocalFile);
+    if (!ftp_.IsConnected()) {
+        failure_ = withoutSession();
+        return false;
+    }
     progress_.progress(0, 100);
     log_.ShowInfo("Downloading File...");
-    bool fetched = false;
-    if (isCleared) {
-        const Flag flag(transferActive_);
-        fetched =
-            ftp_.GetFile(strRemoteFile.compare(0, 1, "/") == 0 ? strRemoteFile : "/" + strRemoteFile, strLocalFile);
-    }
-    if (fetched && check) rejection_ = check(strLocalFile);
-    if (!rejection_.empty()) {
-        fetched = false;
-        deleteFile(strLocalFile);
+    failure_ = fetch(strRemoteFile, strLocalFile);
+    if (!failure_) {
+        failure_ = checked(strLocalFile, check);
+        std::string why;
+        if (failure_ && !deleteFile(strLocalFile, why)) failure_.words += ", and it cannot be deleted: " + why;
     }
     progress_.progress(0, 100);
-    log_.ShowInfo(fetched ? " < OK\r\n" : " < NG\r\n");
-    if (!fetched) log_.ShowInfo(ftp_.ErrorLogText());
-    return fetched;
+    log_.ShowInfo(failure_ ? " < NG\r\n" : " < OK\r\n");
+    if (failure_) log_.ShowInfo(ftp_.ErrorLogText());
+    return !failure_;
+}
+
+SiteFailure SiteAccess::fetch(const std::string& remote, const std::string& local) {
+    std::string why;
+    if (!deleteFile(local, why)) return {Kind::oldFileStays, "the old " + local + " cannot be replaced: " + why};
+    const Flag flag(transferActive_);
+    if (ftp_.GetFile(remote.starts_with('/') ? remote : "/" + remote, local)) return {};
+    // The idle watch may have closed the session in the middle of the transfer.
+    if (!ftp_.failure() && !ftp_.IsConnected()) return withoutSession();
+    return failureOf(ftp_.failure(), choices_.server);
+}
+
+SiteFailure SiteAccess::checked(const std::string& local, const Check& check) const {
+    const auto fault = check ? check(local) : std::string();
+    return fault.empty() ? SiteFailure{} : SiteFailure{Kind::wrongContent, fault};
 }
 
 std::string SiteAccess::FTP_DownloadFirmware(const std::string& UrlFile, const Check& check) {
     const auto download = folder_.resolve("\\Download");
     makeFolder(download);
-    const auto slash = UrlFile.rfind('/');
-    const auto name = toUtf8(slash == std::string::npos ? UrlFile : UrlFile.substr(slash + 1));
+    const auto name = toUtf8(lastPart(UrlFile));
     if (!isSafeFileName(name)) {
         // Whatever such a name leads to, it is not an image in the Download folder.
         if (!choices_.offLine && isConnected()) log_.ShowInfo("Downloading File... < NG\r\n");
+        const auto shown = "\"" + onOneLine(toUtf8(UrlFile)) + "\"";
+        failure_ = {Kind::unusableName, name.empty() ? shown + " names a folder and no file"
+                                                     : "the site's name for it, " + shown + ", may be no file's here"};
         return {};
     }
     const auto path = folder_.resolve("\\Download\\" + name);
     if (!FTP_Download(UrlFile, path, check)) return {};
-    if (choices_.offLine && check && FileExists(path)) rejection_ = check(path);
-    return rejection_.empty() ? path : std::string();
+    if (!choices_.offLine) return path;
+    failure_ = FileExists(path) ? checked(path, check)
+                                : SiteFailure{Kind::notDownloaded, name + " does not lie in the Download folder"};
+    return failure_.kind == Kind::wrongContent ? std::string() : path;
 }
 
 void SiteAccess::FtpTimer_Timer() {
@@ -120,6 +197,7 @@ void SiteAccess::FtpTimer_Timer() {
         return;
     }
     stopTimer();
+    isClosedByWatch_ = true;
     ftp_.Disconnect();
     log_.ShowInfo("Service disconnect\r\n");
 }

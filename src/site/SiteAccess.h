@@ -9,6 +9,7 @@
 #include "platform/ProgramFolder.h"
 #include "settings/Choices.h"
 #include "settings/StoredSettings.h"
+#include "site/SiteFailure.h"
 
 namespace corvane {
 
@@ -22,10 +23,13 @@ public:
     SiteAccess(const SiteAccess&) = delete;
     SiteAccess& operator=(const SiteAccess&) = delete;
 
-    bool isConnected() { return ftp_.IsConnected(); }
+    bool isConnected() const { return ftp_.IsConnected(); }
+
+    /// Whether the session that is open is one with the chosen server and account; one with another is closed.
+    [[nodiscard]] bool resume();
 
     /// Logs in with the chosen account and starts the idle watch; logs how it went.
-    bool login();
+    [[nodiscard]] bool login();
     void disconnect();
 
     /// Aborts a login or a transfer in progress; the session stays.
@@ -38,16 +42,22 @@ public:
     /// unchecked from the site, which could otherwise write anywhere. Off line it does nothing and is True. False
     /// without a session, with nothing logged. A file that does not pass the check is a failed download, and is not
     /// kept.
-    bool FTP_Download(const std::string& strRemoteFile, const std::string& strLocalFile, const Check& check = nullptr);
+    [[nodiscard]] bool FTP_Download(const std::string& strRemoteFile, const std::string& strLocalFile,
+                                    const Check& check = nullptr);
 
     /// Fetches an image into the Download folder under its own name; its path, or an empty text. Off line it is the one
     /// that lies there, if it passes the check.
-    std::string FTP_DownloadFirmware(const std::string& UrlFile, const Check& check = nullptr);
+    [[nodiscard]] std::string FTP_DownloadFirmware(const std::string& UrlFile, const Check& check = nullptr);
 
-    /// Why the last transfer failed, in the transfer library's words or the check's; empty when it did not.
-    std::string problem() const { return rejection_.empty() ? ftp_.problem() : rejection_; }
+    /// Why the last login or download was none; none when it was one.
+    const SiteFailure& failure() const { return failure_; }
+
+    /// Why there is no session.
+    SiteFailure withoutSession() const;
 
 private:
+    SiteFailure fetch(const std::string& remote, const std::string& local);
+    SiteFailure checked(const std::string& local, const Check& check) const;
     void FtpTimer_Timer();
     void stopTimer();
 
@@ -63,7 +73,8 @@ private:
     std::int16_t ftpIdleSeconds_ = 0;
     bool connecting_ = false;
     bool transferActive_ = false;
-    std::string rejection_;  // why the last file did not pass its check
+    bool isClosedByWatch_ = false;  // the last session
+    SiteFailure failure_;
 };
 
 }  // namespace corvane

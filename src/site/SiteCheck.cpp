@@ -37,7 +37,7 @@ std::string withSlash(const std::string& path) { return path.compare(0, 1, "/") 
 SiteReport SiteCheck::check(const std::string& informationFile) {
     report_ = {};
     const auto content = readFile(informationFile);
-    const ProfileText profile(content);
+    const Profile profile(content);
     profile_ = &profile;
     if (content.find('\0') != std::string::npos) find("", "holds NUL bytes: it is no text file");
     checkKeys(content);
@@ -138,8 +138,7 @@ void SiteCheck::checkLinks(const std::string& section) {
 
 void SiteCheck::checkImageFile(const std::string& section) {
     const auto file = value(section, "File");
-    const auto slash = file.rfind('/');
-    if (!isSafeFileName(slash == std::string::npos ? file : file.substr(slash + 1))) {
+    if (!isSafeFileName(lastPart(file))) {
         return find(section, "FILE " + quoted(file) + " gives no usable file name");
     }
     const auto content = fetch_(withSlash(file));

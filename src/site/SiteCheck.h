@@ -7,7 +7,7 @@
 
 #include "face/FirmwareRecord.h"
 #include "platform/Digest.h"
-#include "platform/ProfileFile.h"
+#include "text/Profile.h"
 
 namespace corvane {
 
@@ -33,7 +33,7 @@ public:
     SiteCheck(Digest& digest, Fetch fetch) : digest_(digest), fetch_(std::move(fetch)) {}
 
     /// Checks a site whose firmware.inf lies in a local file.
-    SiteReport check(const std::string& informationFile);
+    [[nodiscard]] SiteReport check(const std::string& informationFile);
 
 private:
     void checkHeads(std::string_view content);
@@ -52,7 +52,7 @@ private:
 
     Digest& digest_;
     Fetch fetch_;
-    const ProfileText* profile_ = nullptr;  // while a check is on
+    const Profile* profile_ = nullptr;  // while a check is on
     SiteReport report_;
 };
 

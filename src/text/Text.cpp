@@ -81,6 +81,10 @@ std::string replaceAll(std::string text, std::string_view old, std::string_view 
     return text;
 }
 
+std::string lastPart(std::string_view path, char separator) {
+    return std::string(path.substr(path.rfind(separator) + 1));
+}
+
 std::string onOneLine(std::string text) {
     const auto isControl = [](unsigned char character) { return character < 0x20 || character == 0x7F; };
     std::replace_if(text.begin(), text.end(), isControl, ' ');

@@ -29,6 +29,9 @@ std::vector<std::string> split(std::string_view text, char separator);
 std::string joined(const std::vector<std::string>& pieces, std::string_view separator);
 std::string replaceAll(std::string text, std::string_view old, std::string_view with);
 
+/// The name at a path's end: what stands behind its last separator, and the whole path when there is none.
+std::string lastPart(std::string_view path, char separator = '/');
+
 /// With a blank for every control character, so that somebody else's text stays where it is shown.
 std::string onOneLine(std::string text);
 

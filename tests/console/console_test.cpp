@@ -324,7 +324,16 @@ TEST_F(ConsoleTest, ChecksImagesAndSites) {
     EXPECT_EQ(out.text,
               "{\"offered\":[{\"section\":\"PGM_A\",\"product\":\"P\",\"version\":\"V1\",\"file\":\"a.hex\"}],"
               "\"findings\":[]}\n");
-    EXPECT_EQ(run({"check-site", "ftp://u:p@host"}), 2);
+    for (const auto& [address, answer] : std::map(reader.answers)) {
+        reader.answers["ftp://u:@host:21/sub/a b" + address.substr(address.find('/', 6))] = answer;
+    }
+    reader.answers["ftp://u:@host:21"].content = "listing";
+    EXPECT_EQ(run({"check-site", "ftp://u@host:21/sub/a%20b/"}), 0);
+    EXPECT_EQ(run({"check-site", "ftp://u@host:21/else"}), 4);
+    EXPECT_TRUE(says("The site could not be read: the transfer broke off: the server did not answer with data."));
+    for (const char* typed : {"ftp://u:p@host", "ftp://u:21/w@host", "ftp://u:p@x/y@host"}) {
+        EXPECT_EQ(run({"check-site", typed}), 2) << typed;
+    }
 }
 
 TEST_F(ConsoleTest, KeepsATerminalSafeFromWhatDevicesSay) {

@@ -66,7 +66,11 @@ struct Side {
 
 class AsyncReaderContract : public testing::TestWithParam<Side> {
 protected:
-    std::string address(const std::string& path) const { return "ftp://upd:pw@" + world_->host() + path; }
+    Address address(const std::string& path, const std::string& password = "pw") const {
+        Address address{"upd", password, {}, 0, path};
+        address.server(world_->host());
+        return address;
+    }
 
     std::unique_ptr<World> world_ = GetParam().make();
     AsyncReader& reader_ = world_->reader();
@@ -83,7 +87,7 @@ TEST_P(AsyncReaderContract, FileComesBesideItsTargetUnderAnotherName) {
     EXPECT_NE(result.value, target);
     EXPECT_EQ(std::filesystem::path(result.value).parent_path(), local_.path());
     EXPECT_EQ(ScratchFolder::content(target), "old");
-    EXPECT_EQ(reader_.problem(), "");
+    EXPECT_FALSE(reader_.failure());
     ASSERT_FALSE(log_.progress.empty());
     EXPECT_EQ(log_.progress.back().bytesRead, 3000);
     EXPECT_EQ(log_.progress.back().bytesMax, 3000);
@@ -100,19 +104,24 @@ TEST_P(AsyncReaderContract, RootOfTheServerAnswersWithData) {
 
 TEST_P(AsyncReaderContract, FailedReadCompletesWithNothing) {
     const auto target = local_.at("image.hex");
+    using Kind = ReadFailure::Kind;
+    const bool isReal = world_->host() != "site";
     const struct {
         const char* what;
-        std::string address, property;
+        Address address;
+        std::string property;
+        Kind kind;
     } kReads[] = {
-        {"wrong password", "ftp://upd:no@" + world_->host() + "/firmware/image.hex", target},
-        {"missing file", address("/firmware/nothing"), target},
-        {"empty file", address("/firmware/empty"), target},
-        {"no folder for it", address("/firmware/image.hex"), local_.at("missing/image.hex")},
-        {"control character", address("/firmware/image.hex\r\nQUIT"), target},
-        {"NUL", address(std::string("/firmware/image.hex\0", 20)), target},
-        {"no host", "ftp://upd:pw@/firmware/image.hex", target},
-        {"another scheme", "file:///etc/passwd", target},
-        {"no address", "", target},
+        {"wrong password", address("/firmware/image.hex", "no"), target, Kind::login},
+        {"missing file", address("/firmware/nothing"), target, Kind::refused},
+        {"empty file", address("/firmware/empty"), target, Kind::refused},
+        {"no folder for it", address("/firmware/image.hex"), local_.at("missing/image.hex"), Kind::storage},
+        {"command in the path", address("/firmware/image.hex\r\nQUIT"), target, Kind::noAddress},
+        {"command in the account", address("/firmware/image.hex", "pw\r\nDELE x"), target, Kind::noAddress},
+        {"NUL", address(std::string("/firmware/image.hex\0", 20)), target, Kind::noAddress},
+        {"no host", Address{"upd", "pw", "", 0, "/firmware/image.hex"}, target, Kind::noAddress},
+        {"another host", Address{"upd", "pw", "x/" + world_->host(), 0, "/firmware/image.hex"}, target,
+         Kind::noAddress},
     };
     for (const auto& read : kReads) {
         SCOPED_TRACE(read.what);
@@ -120,15 +129,16 @@ TEST_P(AsyncReaderContract, FailedReadCompletesWithNothing) {
         EXPECT_EQ(result.bytesRead, 0);
         EXPECT_EQ(result.value, "");
         EXPECT_EQ(result.propertyName, read.property);
-        EXPECT_NE(reader_.problem(), "");
+        EXPECT_TRUE(isReal ? reader_.failure().kind == read.kind : bool(reader_.failure()));
+        EXPECT_NE(reader_.failure().words, "");
         EXPECT_TRUE(local_.names().empty());
     }
     EXPECT_EQ(log_.read(address("/firmware/image.hex"), target).bytesRead, 3000);
-    EXPECT_EQ(reader_.problem(), "");
+    EXPECT_FALSE(reader_.failure());
 }
 
 TEST_P(AsyncReaderContract, NothingIsReportedOutsideDoEvents) {
-    for (const auto& target : {address("/firmware/image.hex"), std::string("ftp://")}) {
+    for (const auto& target : {address("/firmware/image.hex"), Address()}) {
         reader_.start(target, local_.at("image.hex"));
         for (int i = 0; i < 20; ++i) world_->runtime().WaitActivity(10);
         EXPECT_TRUE(log_.progress.empty());

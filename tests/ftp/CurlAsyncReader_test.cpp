@@ -28,9 +28,11 @@ protected:
 
     /// Starts the server; the members of its description, in JSON, beside the root and the accounts.
     SiteProcess& serve(const std::string& members = {}) {
-        site_.emplace("ftp_site.py", R"({"root": ")" + root_.path() +
-                                         R"(", "accounts": {"upd": "pw", "a@b": "p:w@%#", "gr\u00fcn": "\u00e4"})" +
-                                         (members.empty() ? "" : ", " + members) + "}");
+        site_.emplace(
+            "ftp_site.py",
+            R"({"root": ")" + root_.path() +
+                R"(", "accounts": {"upd": "pw", "a@b/c:d %41": "p@x/y:z", "gr\u00fcn \u20ac": " \u00e4\u20ac#?"})" +
+                (members.empty() ? "" : ", " + members) + "}");
         return *site_;
     }
 
@@ -40,14 +42,17 @@ protected:
         return *reader_;
     }
 
-    std::string address(const std::string& path) const { return "ftp://upd:pw@" + site_->address() + path; }
+    Address address(const std::string& path, const std::string& user = "upd", const std::string& password = "pw") {
+        Address address{user, password, {}, 0, path};
+        address.server(site_->address());
+        return address;
+    }
 
     /// A read that must fail and leave nothing; why it failed.
-    std::string failure(const std::string& target) {
-        EXPECT_EQ(log_->read(target, local_.at("image.hex")).bytesRead, 0);
+    ReadFailure failure(const Address& address) {
+        EXPECT_EQ(log_->read(address, local_.at("image.hex")).bytesRead, 0);
         EXPECT_TRUE(local_.names().empty());
-        EXPECT_NE(reader_->problem(), "");
-        return reader_->problem();
+        return reader_->failure();
     }
 
     ScratchFolder root_, local_;
@@ -90,20 +95,21 @@ TEST_F(CurlAsyncReaderTest, AccountsAndPathsArriveAsTheyAre) {
     auto& site = serve(R"("home": {"upd": "/home/upd"}, "anonymous": true)");
     reader();
     const struct {
-        const char *account, *path, *login, *content;
+        const char *user, *password, *path, *login, *content;
     } kReads[] = {
-        {"upd:pw@", "/firmware/image.hex", "upd", nullptr},
-        {"a@b:p:w@%#@", "/firmware/image.hex", "a@b", nullptr},
-        {"gr\xC3\xBCn:\xC3\xA4@", "/firmware/../firmware/image.hex", "gr\xC3\xBCn", nullptr},
-        {"", "/firmware/image.hex", "anonymous", nullptr},
-        {":@", "/firmware/a b%20#1?+;\\\xE4.hex", "anonymous", "odd"},
+        {"upd", "pw", "/firmware/image.hex", "upd", nullptr},
+        {"a@b/c:d %41", "p@x/y:z", "/firmware/image.hex", "a@b/c:d %41", nullptr},
+        {"gr\xC3\xBCn \xE2\x82\xAC", " \xC3\xA4\xE2\x82\xAC#?", "/firmware/../firmware/image.hex",
+         "gr\xC3\xBCn \xE2\x82\xAC", nullptr},
+        {"", "", "/firmware/image.hex", "anonymous", nullptr},
+        {"", "pw", "/firmware/a b%20#1?+;\\\xE4.hex", "anonymous", "odd"},
     };
     for (const auto& read : kReads) {
-        SCOPED_TRACE(std::string(read.account) + read.path);
-        const auto target = std::string("ftp://") + read.account + site.address() + read.path;
+        SCOPED_TRACE(std::string(read.user) + read.path);
         const int before = site.count(std::string("RETR ") + read.path);
-        EXPECT_TRUE(ReadLog::taken(log_->read(target)) == (read.content ? read.content : everyByte()))
-            << reader_->problem();
+        EXPECT_TRUE(ReadLog::taken(log_->read(address(read.path, read.user, read.password))) ==
+                    (read.content ? read.content : everyByte()))
+            << reader_->failure().words;
         EXPECT_TRUE(site.sees(std::string("login ") + read.login));
         EXPECT_TRUE(site.sees(std::string("RETR ") + read.path, before + 1));
     }
@@ -126,8 +132,8 @@ TEST_F(CurlAsyncReaderTest, OneLoginServesAllReadsUntilTheFarewell) {
     ftp.Disconnect();
     EXPECT_TRUE(site.sees("QUIT"));
     EXPECT_TRUE(ftp.Connect());
-    ftp.Username("a@b");
-    ftp.Password("p:w@%#");
+    ftp.Username("a@b/c:d %41");
+    ftp.Password("p@x/y:z");
     EXPECT_TRUE(ftp.Connect());
     EXPECT_TRUE(site.sees("QUIT", 2));
 }
@@ -167,13 +173,13 @@ TEST_F(CurlAsyncReaderTest, FaultsOfTheServerAreFailedReads) {
     auto& site = serve(R"("drop": {"/cut": [1000, "data"], "/gone": [1000, "both"]}, "stall": {"/stalls": 1000},
                           "silent": ["/silent", "/mutters"], "mutters": ["/mutters"])");
     reader({10000, 300});
-    failure(address("/cut"));
-    failure(address("/gone"));
-    EXPECT_EQ(failure(address("/stalls")), "The server has fallen silent");
-    failure(address("/silent"));
+    for (const char* name : {"/cut", "/gone", "/silent"}) {
+        EXPECT_EQ(failure(address(name)).kind, ReadFailure::Kind::brokenOff) << name;
+    }
+    EXPECT_EQ(failure(address("/stalls")).words, "the server has fallen silent");
     EXPECT_TRUE(site.sees("silent /silent"));
     // Those words too many look like a confirmation that is there already, and the library is left waiting for it.
-    EXPECT_EQ(failure(address("/mutters")), "The server did not confirm the transfer");
+    EXPECT_EQ(failure(address("/mutters")).words, "the server did not confirm the transfer");
     EXPECT_EQ(log_->read(address("/firmware/image.hex"), local_.at("image.hex")).bytesRead, 3000);
 }
 
@@ -182,7 +188,7 @@ TEST_F(CurlAsyncReaderTest, ServerThatIsNotThere) {
     reader({300, 10000});
     EXPECT_GE(log_->read(address("")).bytesRead, 1);
     site.kill();  // between login and download
-    failure(address("/firmware/image.hex"));
+    EXPECT_EQ(failure(address("/firmware/image.hex")).kind, ReadFailure::Kind::unreachable);
 
     // Nobody takes this connection, though the system has accepted it.
     const int listener = ::socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0);
@@ -193,8 +199,8 @@ TEST_F(CurlAsyncReaderTest, ServerThatIsNotThere) {
     ASSERT_EQ(::bind(listener, reinterpret_cast<sockaddr*>(&name), length), 0);
     ASSERT_EQ(::listen(listener, 1), 0);
     ::getsockname(listener, reinterpret_cast<sockaddr*>(&name), &length);
-    const auto host = "ftp://upd:pw@127.0.0.1:" + std::to_string(ntohs(name.sin_port));
-    failure(host + "/firmware/image.hex");
+    const Address deaf{"upd", "pw", "127.0.0.1", ntohs(name.sin_port), "/firmware/image.hex"};
+    EXPECT_EQ(failure(deaf).kind, ReadFailure::Kind::unreachable);
     ::close(listener);
 }
 
@@ -209,7 +215,8 @@ TEST_F(CurlAsyncReaderTest, FullDiskIsAFailedRead) {
     const auto why = failure(address("/firmware/image.hex"));
     ::setrlimit(RLIMIT_FSIZE, &before);
     std::signal(SIGXFSZ, handler);
-    EXPECT_NE(why.find("File too large"), std::string::npos) << why;
+    EXPECT_EQ(why.kind, ReadFailure::Kind::storage);
+    EXPECT_NE(why.words.find("File too large"), std::string::npos) << why.words;
 }
 
 TEST_F(CurlAsyncReaderTest, RouteDecidesAboutTheProxy) {
@@ -222,12 +229,13 @@ TEST_F(CurlAsyncReaderTest, RouteDecidesAboutTheProxy) {
     int expected = 0;
     const auto readBy = [&](const SiteRoute& route, bool isThroughProxy) {
         reader().route(route);
-        EXPECT_EQ(log_->read(address("/firmware/image.hex")).bytesRead, 3000) << reader_->problem();
+        EXPECT_EQ(log_->read(address("/firmware/image.hex")).bytesRead, 3000) << reader_->failure().words;
         expected += isThroughProxy;
         EXPECT_EQ(proxy.count(asked), expected);
         EXPECT_GE(log_->read(address("")).bytesRead, 1);
     };
     readBy({Access::byDefault, {}}, true);
+    readBy({Access::proxy, {}}, true);  // chosen, and not named
     readBy({Access::direct, proxy.address()}, false);
     ::setenv("ftp_proxy", "127.0.0.1:1", 1);
     ::setenv("no_proxy", "*", 1);
@@ -249,7 +257,7 @@ TEST_F(CurlAsyncReaderTest, PageOfAProxyIsNoFile) {
     for (const char* answer : {R"([404, "<html>"])", R"([503, "<html>"])", R"([302, "<html>elsewhere"])"}) {
         SiteProcess proxy("http_proxy.py", std::string(R"({"answer": )") + answer + "}");
         reader().route({SiteRoute::Access::proxy, proxy.address()});
-        failure(address("/firmware/image.hex"));
+        EXPECT_EQ(failure(address("/firmware/image.hex")).kind, ReadFailure::Kind::brokenOff);
         EXPECT_EQ(log_->read(address("")).bytesRead, 0);
     }
 }

@@ -41,12 +41,12 @@ TEST_F(FTPDownloadTest, ConnectedWhenTheServerAnswersWithData) {
     EXPECT_TRUE(ftp_.Connect());
     EXPECT_TRUE(ftp_.IsConnected());
     EXPECT_TRUE(events_.empty());
-    EXPECT_EQ(ftp_.problem(), "");
+    EXPECT_FALSE(ftp_.failure());
     auto& answer = reader_.answers["ftp://upd:pw@site"];
     answer = {""};
     EXPECT_FALSE(ftp_.Connect());
     EXPECT_FALSE(ftp_.IsConnected());
-    EXPECT_EQ(ftp_.problem(), "The server did not answer with data");
+    EXPECT_EQ(ftp_.failure().words, "the server did not answer with data");
     EXPECT_EQ(ftp_.ErrorLogText(), "");
     answer = {"late", 31'000'000};
     EXPECT_TRUE(ftp_.Connect());
@@ -83,7 +83,7 @@ TEST_F(FTPDownloadTest, FailuresLeaveItIdle) {
     EXPECT_EQ(local_.names(), Texts{"image"});
     ftp_.AsyncReadProgress = [](const AsyncResult&) { throw std::runtime_error("no room for it"); };
     EXPECT_FALSE(ftp_.GetFile("/image", target_));
-    EXPECT_EQ(ftp_.problem(), "no room for it");
+    EXPECT_EQ(ftp_.failure().words, "no room for it");
     EXPECT_FALSE(reader_.isReading());
     ftp_.AsyncReadProgress = nullptr;
     EXPECT_TRUE(ftp_.GetFile("/image", target_));
@@ -92,13 +92,18 @@ TEST_F(FTPDownloadTest, FailuresLeaveItIdle) {
     EXPECT_FALSE(ftp_.GetFile("/image", target_));
     EXPECT_EQ(events_.back(), "complete 0 of 10");
     EXPECT_EQ(local_.names(), Texts{"image"});
-    EXPECT_NE(ftp_.problem().find(target_), std::string::npos);
+    EXPECT_EQ(ftp_.failure().kind, ReadFailure::Kind::storage);
+    EXPECT_NE(ftp_.failure().words.find(target_), std::string::npos);
+    reader_.calls.clear();
+    EXPECT_FALSE(ftp_.GetFile("/folder/", target_));  // whose listing is no file
+    EXPECT_EQ(ftp_.failure().kind, ReadFailure::Kind::noFile);
+    EXPECT_TRUE(reader_.calls.empty());
 }
 
 TEST_F(FTPDownloadTest, ReadThatNobodyWaitsForDeliversNothing) {
     const std::function<void()> kReads[] = {
         [this] { EXPECT_TRUE(ftp_.GetFile("/image", target_, true)); },
-        [this] { ftp_.AsyncRead("ftp://upd:pw@site/image", 1, target_); },
+        [this] { ftp_.AsyncRead("ftp://u%70d:pw@site/image", 1, target_); },
     };
     for (const auto& read : kReads) {
         const auto start = runtime_.ms();
@@ -109,7 +114,10 @@ TEST_F(FTPDownloadTest, ReadThatNobodyWaitsForDeliversNothing) {
         runtime_.DoEvents();
         EXPECT_FALSE(reader_.isReading());
     }
+    ftp_.AsyncRead("no address", 1, target_);
     ftp_.AsyncRead("ftp://upd:pw@site/image", 2, target_);
+    runtime_.Sleep(1000);
+    runtime_.DoEvents();
     EXPECT_FALSE(reader_.isReading());
     EXPECT_TRUE(events_.empty());
     EXPECT_TRUE(local_.names().empty());
@@ -153,13 +161,13 @@ TEST_F(FTPDownloadTest, CancelEndsADownloadAtOnce) {
 }
 
 TEST_F(FTPDownloadTest, DisconnectTakesLeaveAndCancelsWhatRuns) {
-    ftp_.Connect();
+    ASSERT_TRUE(ftp_.Connect());
     reader_.calls.clear();
     ftp_.Disconnect();
     EXPECT_FALSE(ftp_.IsConnected());
     EXPECT_EQ(reader_.calls, Texts{"close"});
 
-    ftp_.Connect();
+    ASSERT_TRUE(ftp_.Connect());
     reader_.calls.clear();
     runtime_.at(runtime_.ms() + 150, [&] { ftp_.Disconnect(); });
     EXPECT_FALSE(ftp_.GetFile("/image", target_));
@@ -183,9 +191,10 @@ TEST_F(FTPDownloadTest, WaitEndsAfter30000SecondsOfOneDay) {
         FakeAsyncReader reader(runtime);
         FTPDownload ftp(reader, runtime);
         runtime.secondsOfDayAtStart(download.start);
-        reader.answers["ftp://:@/image"] = {"x", download.ms};
+        ftp.HostName("site");
+        reader.answers["ftp://:@site/image"] = {"x", download.ms};
         EXPECT_EQ(ftp.GetFile("/image", target_), download.isFetched);
-        EXPECT_EQ(ftp.problem().empty(), download.isFetched);
+        EXPECT_EQ(!ftp.failure(), download.isFetched);
         EXPECT_FALSE(reader.isReading());
     }
 }

@@ -46,9 +46,9 @@ public:
     }
 
     /// A whole read; its completion, or one of -1 bytes when none came in ten seconds.
-    AsyncResult read(const std::string& target, const std::string& property = {}) {
+    AsyncResult read(const Address& address, const std::string& property = {}) {
         clear();
-        reader_.start(target, property);
+        reader_.start(address, property);
         waitUntil([this] { return !completed.empty(); });
         return completed.empty() ? AsyncResult{-1, 0, {}, {}} : completed.front();
     }

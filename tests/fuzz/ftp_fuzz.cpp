@@ -162,7 +162,7 @@ void ftp_server(std::string_view bytes) {
     ftp.HostName(server.address());
     ftp.Username("upd");
     ftp.Password("pw");
-    ftp.Connect();
+    static_cast<void>(ftp.Connect());
     for (const char* name : {"one", "two"}) {
         server.sentData.clear();
         const bool isThere = ftp.GetFile("/firmware/" + std::string(name), folder.at(name));

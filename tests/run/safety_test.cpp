@@ -143,12 +143,13 @@ TEST_F(Safety, ChecksTheDigestOfAnImageWhenThereIsOne) {
     const auto report = runWith("SHA256=" + wrong + "\n");
     EXPECT_EQ(report.end, RunEnd::imageMissing);
     EXPECT_TRUE(log().ends_with("Downloading File... < NG\r\nFirmware download fail!!\r\n"));
-    EXPECT_EQ(report.siteProblem, "the image's SHA-256 is " + right + ", but firmware.inf says " + wrong);
+    EXPECT_EQ(report.siteFailure.kind, SiteFailure::Kind::wrongContent);
+    EXPECT_EQ(report.siteFailure.words, "its SHA-256 is " + right + ", but firmware.inf says " + wrong);
     EXPECT_EQ(stored("Download/a.hex"), "(none)");
     EXPECT_EQ(device().log().erases, 2);
     presenter.optLine_Click(true);
     write("Download/a.hex", kImage);
-    EXPECT_EQ(start().end, RunEnd::imageMissing);
+    EXPECT_EQ(start().siteFailure.words, report.siteFailure.words);
     EXPECT_EQ(stored("Download/a.hex"), kImage);
 
     const auto digestOf = [](const std::string& path) {

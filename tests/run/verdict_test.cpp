@@ -114,9 +114,9 @@ TEST_F(VerdictOfARun, LeadsFromABootLoaderThatWasSeenToTheRescueAndItsProof) {
 TEST(VerdictOfTheSite, RepeatsTheLibrarysWords) {
     RunReport report;
     report.end = RunEnd::loginFailed;
-    report.siteProblem = "Could not resolve host";
+    report.siteFailure = {SiteFailure::Kind::unreachable, "the server h cannot be reached: Could not resolve host"};
     const auto lines = verdictLines(verdictFor(report, std::nullopt));
-    EXPECT_EQ(lines[1], "The site did not accept the login: Could not resolve host.");
+    EXPECT_EQ(lines[1], "The login failed: the server h cannot be reached: Could not resolve host.");
     EXPECT_EQ(lines[3], "1. Check server, user name and password.");
 }
 

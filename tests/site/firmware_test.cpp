@@ -105,9 +105,12 @@ TEST(Selection, OffersWhatFitsOrEverythingAndJudgesIt) {
 
 class Information : public ::testing::Test, protected fakes::AppBench {
 protected:
-    bool check(const std::string& chosen) { return FTP_CheckFirmware(inf, folder, face, chosen, information); }
+    bool check(const std::string& chosen) {
+        inf.forget();
+        return FTP_CheckFirmware(inf, face, chosen, information);
+    }
 
-    InfReader inf{profile, folder};
+    InfReader inf{folder};
     FirmwareInformation information;
 };
 
@@ -140,7 +143,7 @@ TEST_F(Information, IsReadFromTheChosenSection) {
     write("Firmware.INF",
           "[PGM_A]\nProduct='TARN-R200'\nVersion=V5.2R1\nDesc=one\\ntwo\nFile=/f/a.hex\nISP_BAUDRATE= 57600\n"
           "LinkDOC1=Notes\nLinkURL1=/n.txt\nLinkDOC10=Ten\nLinkURL10=/ten\nLinkDOC11=no\nProduct=later\n"
-          "[PGM_B]\nProduct=B\nISP_BAUDRATE=fast\n[PGM_C]\nVersion=V1\n[PGM_A]\nDesc=second\n");
+          "[PGM_B]\nProduct=B\nISP_BAUDRATE=fast\n[PGM_A]\nDesc=second\n");
     EXPECT_TRUE(check("pgm_a V5.2R1 x"));
     EXPECT_EQ(
         information.product + "|" + information.version + "|" + information.updateInfo + "|" + information.firmwareFile,
@@ -151,6 +154,10 @@ TEST_F(Information, IsReadFromTheChosenSection) {
     EXPECT_TRUE(check("PGM_B"));
     EXPECT_EQ(information.ispBaudRate, -1);
     EXPECT_EQ(information.linkTitle[0], "");
+    std::filesystem::remove(folder.folder.at("Firmware.INF"));  // what was taken apart is not read again
+    EXPECT_TRUE(FTP_CheckFirmware(inf, face, "PGM_A", information));
+    EXPECT_EQ(inf.information()->records().size(), 1U);
+    write("Firmware.INF", "[PGM_C]\nVersion=V1\n");
     face.log.clear();
     EXPECT_FALSE(check("PGM_C V1"));
     EXPECT_FALSE(check("PGM_NONE V1"));

@@ -66,7 +66,6 @@ struct AppBench {
     FakeRuntime& runtime = serial.runtime;
     FakeModuleLoader modules;
     FakeAsyncReader reader{runtime};
-    IniProfile profile;
     FakeSettingsStore settings;
     FakeProgramFolder folder;
     FakeLauncher launcher;
@@ -77,19 +76,8 @@ struct AppBench {
     std::vector<std::unique_ptr<models::Device>> devices;
 
     Platform platform() {
-        return {runtime,
-                serial.control,
-                serial.map,
-                modules,
-                reader,
-                profile,
-                settings,
-                folder,
-                launcher,
-                digest,
-                inspector,
-                inhibitor,
-                folder.path() + "/VellIO.so"};
+        return {runtime, serial.control, serial.map, modules,   reader,    settings,
+                folder,  launcher,       digest,     inspector, inhibitor, folder.path() + "/VellIO.so"};
     }
 
     models::Device& plug(models::DeviceOptions options = {}, std::int16_t number = 1) {

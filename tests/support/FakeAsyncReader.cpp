@@ -6,13 +6,15 @@
 
 namespace corvane::fakes {
 
-void FakeAsyncReader::start(const std::string& target, const std::string& propertyName) {
+void FakeAsyncReader::start(const Address& address, const std::string& propertyName) {
+    const auto target = "ftp://" + address.user + ":" + address.password + "@" + address.server() + address.path;
     calls.push_back("start " + target + " -> " + propertyName);
     ++generation_;
     reading_ = propertyName;
-    problem_.clear();
+    failure_ = {};
     const auto found = answers.find(target);
-    const Answer answer = found == answers.end() ? Answer() : found->second;
+    Answer answer = found == answers.end() ? Answer() : found->second;
+    if (const auto fault = address.fault(); !fault.empty()) answer.failure = {ReadFailure::Kind::noAddress, fault};
     const auto size = static_cast<std::int64_t>(answer.content.size());
     for (int i = 1; size > 0 && i <= answer.reports; ++i) {
         const AsyncResult result{size * i / answer.reports, answer.isSizeKnown ? size : 0, propertyName, {}};
@@ -34,7 +36,7 @@ void FakeAsyncReader::complete(const Answer& answer, const std::string& property
     AsyncResult result{0, 0, propertyName, {}};
     if (!answer.content.empty() && onComplete) result.value = store(answer.content, propertyName);
     if (result.value.empty()) {
-        problem_ = answer.problem;
+        failure_ = answer.failure;
     } else {
         result.bytesRead = static_cast<std::int64_t>(answer.content.size());
         result.bytesMax = answer.isSizeKnown ? result.bytesRead : 0;

@@ -29,19 +29,8 @@ public:
     /// D-Bus, which the console does without. The window hands over its own.
     Platform seams() { return seams(noInhibitor_); }
     Platform seams(SleepInhibitor& inhibitor) {
-        return {runtime_,
-                serial_,
-                ports_,
-                modules_,
-                reader_,
-                profile_,
-                settings_,
-                folder_,
-                launcher_,
-                digest_,
-                inspector_,
-                inhibitor,
-                folder_.transportLibrary()};
+        return {runtime_, serial_,   ports_,  modules_,   reader_,   settings_,
+                folder_,  launcher_, digest_, inspector_, inhibitor, folder_.transportLibrary()};
     }
 
 private:
@@ -50,7 +39,6 @@ private:
     TermiosSerialControl serial_{runtime_, ports_};
     DlModuleLoader modules_;
     CurlAsyncReader reader_{runtime_};
-    IniProfile profile_;
     QtSettingsStore settings_;
     LinuxProgramFolder folder_;
     LinuxLauncher launcher_{runtime_};

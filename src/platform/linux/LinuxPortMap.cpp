@@ -74,10 +74,10 @@ std::optional<std::vector<std::string>> LinuxPortMap::hardware() const {
 std::string LinuxPortMap::kernelName(const std::string& path) const {
     std::error_code error;
     const auto node = fs::canonical(path, error).string();
-    if (error) return path.substr(path.rfind('/') + 1);
+    if (error) return lastPart(path);
     const auto folder = fs::canonical(places_.devices, error).string() + "/";
     const bool isBelow = !error && node.compare(0, folder.size(), folder) == 0;
-    return node.substr(isBelow ? folder.size() : node.rfind('/') + 1);
+    return isBelow ? node.substr(folder.size()) : lastPart(node);
 }
 
 std::optional<std::vector<PortMapEntry>> LinuxPortMap::list() {

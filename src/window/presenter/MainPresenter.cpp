@@ -1,7 +1,6 @@
 #include "window/presenter/MainPresenter.h"
 
 #include "site/LocalImageLoader.h"
-#include "text/Cp1252.h"
 #include "text/Text.h"
 
 namespace corvane {
@@ -97,7 +96,9 @@ std::string MainPresenter::linkAddress(int index) const {
     const auto target = updater_.run().linkTarget(index);
     if (target.empty()) return {};
     const auto& choices = updater_.choices;
-    return "FTP://" + choices.userName + ":" + choices.password + "@" + choices.server + toUtf8(target);
+    Address address{choices.userName, choices.password, {}, 0, target.starts_with('/') ? target : "/" + target};
+    address.server(choices.server);
+    return address.link();
 }
 
 void MainPresenter::account(const std::string& server, const std::string& userName, const std::string& password) {

@@ -2,7 +2,7 @@
 
 #include <algorithm>
 #include <exception>
-#include <stdexcept>
+#include <system_error>
 #include <utility>
 
 namespace corvane {
@@ -22,37 +22,38 @@ CurlAsyncReader::~CurlAsyncReader() {
     curl_global_cleanup();
 }
 
-void CurlAsyncReader::start(const std::string& target, const std::string& propertyName) {
+void CurlAsyncReader::start(const Address& address, const std::string& propertyName) {
     drop();
-    problem_.clear();
+    failure_ = {};
     read_ = std::make_unique<Read>();
     read_->propertyName = propertyName;
+    read_->isFolder = address.isFolder();
+    if (const auto fault = address.fault(); !fault.empty()) return onDone({ReadFailure::Kind::noAddress, fault});
     try {
-        begin(target);
+        begin(address);
+    } catch (const std::system_error& error) {
+        onDone({ReadFailure::Kind::storage, error.what()});
     } catch (const std::exception& error) {
-        onDone(error.what());
+        onDone({ReadFailure::Kind::brokenOff, error.what()});
     }
 }
 
-void CurlAsyncReader::begin(const std::string& target) {
-    const auto address = FtpAddress::parse(target);
-    if (!address) throw std::runtime_error("This address cannot be read");
-    read_->isFolder = address->isFolder();
+void CurlAsyncReader::begin(const Address& address) {
     read_->file = std::make_unique<DownloadFile>(read_->propertyName);
-    openSession(*address);
-    session_->begin(*address);
+    openSession(address);
+    session_->begin(address);
     lastSign_ = runtime_.tick();
     silenceTimer_ =
         runtime_.startTimer(std::clamp(limits_.silenceMs / 2, 1, kLongestSilenceCheck), [this] { checkSilence(); });
 }
 
-void CurlAsyncReader::openSession(const FtpAddress& address) {
+void CurlAsyncReader::openSession(const Address& address) {
     if (session_ && session_->isFor(address) && session_->isOpen()) return;
     session_.reset();
     session_ = std::make_unique<CurlSession>(runtime_, address, route_, limits_.connectMs);
     session_->onData = [this](std::string_view bytes) { onData(bytes); };
     session_->onReply = [this] { lastSign_ = runtime_.tick(); };
-    session_->onDone = [this](const std::string& problem) { onDone(problem); };
+    session_->onDone = [this](const ReadFailure& failure) { onDone(failure); };
 }
 
 void CurlAsyncReader::cancel(const std::optional<std::string>& propertyName) {
@@ -81,17 +82,17 @@ void CurlAsyncReader::onData(std::string_view bytes) {
     runtime_.post(this, [this] { reportProgress(); });
 }
 
-void CurlAsyncReader::onDone(const std::string& problem) {
+void CurlAsyncReader::onDone(const ReadFailure& failure) {
     constexpr std::string_view kEmptyFolder = "total 0\r\n";
-    problem_ = problem;
+    failure_ = failure;
     read_->isOver = true;
     try {
         // A login that leads to an empty folder is a login: its listing must not look like no answer.
-        if (problem_.empty() && read_->isFolder && read_->bytes == 0) onData(kEmptyFolder);
+        if (!failure_ && read_->isFolder && read_->bytes == 0) onData(kEmptyFolder);
     } catch (const std::exception& error) {
-        problem_ = error.what();
+        failure_ = {ReadFailure::Kind::storage, error.what()};
     }
-    if (problem_.empty() && read_->bytes == 0) problem_ = "The file is empty";
+    if (!failure_ && read_->bytes == 0) failure_ = {ReadFailure::Kind::refused, "the file is empty"};
     stopSilenceTimer();
     runtime_.post(this, [this] { reportCompletion(); });
 }
@@ -99,7 +100,7 @@ void CurlAsyncReader::onDone(const std::string& problem) {
 void CurlAsyncReader::checkSilence() {
     if (runtime_.tick() - lastSign_ < static_cast<std::uint32_t>(limits_.silenceMs)) return;
     session_.reset();
-    onDone("The server has fallen silent");
+    onDone({ReadFailure::Kind::brokenOff, "the server has fallen silent"});
 }
 
 void CurlAsyncReader::stopSilenceTimer() {
@@ -114,13 +115,13 @@ void CurlAsyncReader::reportProgress() {
 void CurlAsyncReader::reportCompletion() {
     const auto file = std::move(read_->file);
     AsyncResult result{0, 0, read_->propertyName, {}};
-    if (problem_.empty() && onComplete) {
+    if (!failure_ && onComplete) {
         try {
             result.value = file->finish();
             result.bytesRead = read_->bytes;
             result.bytesMax = session_ ? session_->size() : 0;
         } catch (const std::exception& error) {
-            problem_ = error.what();
+            failure_ = {ReadFailure::Kind::storage, error.what()};
         }
     }
     read_.reset();

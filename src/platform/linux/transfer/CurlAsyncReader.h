@@ -26,11 +26,11 @@ public:
     CurlAsyncReader(const CurlAsyncReader&) = delete;
     CurlAsyncReader& operator=(const CurlAsyncReader&) = delete;
 
-    void start(const std::string& target, const std::string& propertyName) override;
+    void start(const Address& address, const std::string& propertyName) override;
     void cancel(const std::optional<std::string>& propertyName) override;
     void closeSession() override;
     void route(const SiteRoute& route) override { route_ = route; }
-    std::string problem() const override { return problem_; }
+    ReadFailure failure() const override { return failure_; }
 
 private:
     struct Read {
@@ -42,11 +42,11 @@ private:
         std::int64_t bytes = 0;
     };
 
-    void begin(const std::string& target);
-    void openSession(const FtpAddress& address);
+    void begin(const Address& address);
+    void openSession(const Address& address);
     void drop();
     void onData(std::string_view bytes);
-    void onDone(const std::string& problem);
+    void onDone(const ReadFailure& failure);
     void checkSilence();
     void stopSilenceTimer();
     void reportProgress();
@@ -55,7 +55,7 @@ private:
     LinuxRuntime& runtime_;
     Limits limits_;
     SiteRoute route_;
-    std::string problem_;
+    ReadFailure failure_;
     std::unique_ptr<CurlSession> session_;
     std::unique_ptr<Read> read_;
     std::optional<int> silenceTimer_;

@@ -37,7 +37,13 @@ CurlSession& session(void* self) { return *static_cast<CurlSession*>(self); }
 
 }  // namespace
 
-CurlSession::CurlSession(LinuxRuntime& runtime, const FtpAddress& address)
+std::string curlUrl(const Address& address) {
+    const std::string_view path = address.path;
+    const auto root = "ftp://" + address.server() + "/";
+    return path.empty() ? root : root + "%2F" + escapedPath(path.substr(path.front() == '/' ? 1 : 0));
+}
+
+CurlSession::CurlSession(LinuxRuntime& runtime, const Address& address)
     : runtime_(runtime),
       address_(address),
       multi_(curl_multi_init()),
@@ -45,7 +51,7 @@ CurlSession::CurlSession(LinuxRuntime& runtime, const FtpAddress& address)
       timer_(::timerfd_create(CLOCK_MONOTONIC, TFD_NONBLOCK | TFD_CLOEXEC)) {}
 
 // What the first constructor has made is cleaned up when this one throws.
-CurlSession::CurlSession(LinuxRuntime& runtime, const FtpAddress& address, const SiteRoute& route, int connectLimitMs)
+CurlSession::CurlSession(LinuxRuntime& runtime, const Address& address, const SiteRoute& route, int connectLimitMs)
     : CurlSession(runtime, address) {
     if (timer_ < 0 || !multi_ || !easy_) throw std::runtime_error("The transfer library cannot be started");
     runtime_.watch(timer_, EPOLLIN, [this](std::uint32_t) { onTimer(); });
@@ -99,25 +105,28 @@ void CurlSession::set(CURLoption option, Value value) {
 }
 
 void CurlSession::applyRoute(const SiteRoute& route) {
+    // A proxy that was chosen and not named is none that could count in place of the environment's.
     if (route.access == SiteRoute::Access::byDefault) return;
+    if (route.access == SiteRoute::Access::proxy && route.proxy.empty()) return;
     const bool isDirect = route.access == SiteRoute::Access::direct;
     set(CURLOPT_PROXY, isDirect ? "" : route.proxy.c_str());
     set(CURLOPT_NOPROXY, "");  // the operator's choice counts whatever the environment excepts
 }
 
-void CurlSession::begin(const FtpAddress& address) {
+void CurlSession::begin(const Address& address) {
     curl_multi_remove_handle(multi_, easy_);
     received_ = 0;
     isReplyAwaited_ = isTurnOver_ = hasReplied_ = isDataOver_ = false;
-    ownProblem_.clear();
+    ownFailure_ = {};
     error_.fill(0);
-    set(CURLOPT_URL, address.url().c_str());
+    set(CURLOPT_URL, curlUrl(address).c_str());
     const CURLMcode code = curl_multi_add_handle(multi_, easy_);
     if (code != CURLM_OK) throw std::runtime_error(curl_multi_strerror(code));
 }
 
-bool CurlSession::isFor(const FtpAddress& address) const {
-    return address.host == address_.host && address.user == address_.user && address.password == address_.password;
+bool CurlSession::isFor(const Address& address) const {
+    return address.server() == address_.server() && address.user == address_.user &&
+           address.password == address_.password;
 }
 
 bool CurlSession::isOpen() const {
@@ -143,7 +152,7 @@ int CurlSession::onSocketChange(CURL*, curl_socket_t socket, int what, void* sel
                             [&that, socket](std::uint32_t happened) { that.onSocket(socket, happened); });
         return 0;
     } catch (const std::exception& error) {
-        that.ownProblem_ = error.what();
+        that.ownFailure_ = {ReadFailure::Kind::brokenOff, error.what()};
         return -1;
     }
 }
@@ -170,7 +179,7 @@ std::size_t CurlSession::onBody(char* bytes, std::size_t size, std::size_t count
         that.received_ += static_cast<std::int64_t>(body.size());
         return body.size();
     } catch (const std::exception& error) {
-        that.ownProblem_ = error.what();
+        that.ownFailure_ = {ReadFailure::Kind::storage, error.what()};
         return 0;
     }
 }
@@ -207,7 +216,7 @@ int CurlSession::onClose(void* self, curl_socket_t socket) {
 int CurlSession::onProgress(void* self, curl_off_t, curl_off_t, curl_off_t, curl_off_t) {
     auto& that = session(self);
     if (!that.isDataOver_ || that.runtime_.tick() - that.lastCall_ < kLongestBlock) return 0;
-    that.ownProblem_ = "The server did not confirm the transfer";
+    that.ownFailure_ = {ReadFailure::Kind::brokenOff, "the server did not confirm the transfer"};
     return 1;
 }
 
@@ -255,7 +264,7 @@ void CurlSession::act(int socket, int events) {
     if (isTurnOver_) setTimer(0);
     int left = 0;
     while (const CURLMsg* message = curl_multi_info_read(multi_, &left)) {
-        if (message->msg == CURLMSG_DONE) onDone(problemOf(message->data.result));
+        if (message->msg == CURLMSG_DONE) onDone(failureOf(message->data.result));
     }
 }
 
@@ -295,14 +304,35 @@ void CurlSession::awaitReply() {
     });
 }
 
-std::string CurlSession::problemOf(CURLcode code) const {
-    if (!ownProblem_.empty()) return ownProblem_;
-    if (code != CURLE_OK) return error_[0] ? error_.data() : curl_easy_strerror(code);
+ReadFailure CurlSession::failureOf(CURLcode code) const {
+    if (ownFailure_) return ownFailure_;
+    if (code != CURLE_OK) return {kindOf(code), error_[0] ? error_.data() : curl_easy_strerror(code)};
     long answer = 0;
     curl_easy_getinfo(easy_, CURLINFO_RESPONSE_CODE, &answer);
     // A proxy that sends its user elsewhere has not sent the file.
-    if (isOverHttp() && answer != 200) return "The proxy's answer was " + std::to_string(answer);
+    if (isOverHttp() && answer != 200) {
+        return {ReadFailure::Kind::brokenOff, "the proxy's answer was " + std::to_string(answer)};
+    }
     return {};
+}
+
+ReadFailure::Kind CurlSession::kindOf(CURLcode code) const {
+    switch (code) {
+        case CURLE_COULDNT_RESOLVE_PROXY:
+        case CURLE_COULDNT_RESOLVE_HOST:
+        case CURLE_COULDNT_CONNECT:
+            return ReadFailure::Kind::unreachable;
+        case CURLE_OPERATION_TIMEDOUT:
+            return replied_ == 0 ? ReadFailure::Kind::unreachable : ReadFailure::Kind::brokenOff;
+        case CURLE_LOGIN_DENIED:
+            return ReadFailure::Kind::login;
+        case CURLE_REMOTE_ACCESS_DENIED:
+        case CURLE_REMOTE_FILE_NOT_FOUND:
+        case CURLE_FTP_COULDNT_RETR_FILE:
+            return ReadFailure::Kind::refused;
+        default:
+            return ReadFailure::Kind::brokenOff;
+    }
 }
 
 bool CurlSession::isOverHttp() const {

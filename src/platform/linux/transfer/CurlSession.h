@@ -10,9 +10,12 @@
 
 #include "platform/AsyncReader.h"
 #include "platform/linux/events/LinuxRuntime.h"
-#include "platform/linux/transfer/FtpAddress.h"
 
 namespace corvane {
+
+/// The address as the transfer library takes it: without the account, the path absolute also when the login leads to a
+/// folder further down.
+std::string curlUrl(const Address& address);
 
 /// One login at one server, kept open between the reads that it serves one after the other. The transfer library is
 /// driven by the runtime's descriptors and never waits by itself. Constructor and begin throw std::runtime_error.
@@ -21,9 +24,9 @@ public:
     /// All three are called inside waits too, and must not end the session. onData may throw, which ends the read.
     std::function<void(std::string_view bytes)> onData;
     std::function<void()> onReply;                           ///< the server has said something
-    std::function<void(const std::string& problem)> onDone;  ///< empty when everything has come
+    std::function<void(const ReadFailure& failure)> onDone;  ///< none when everything has come
 
-    CurlSession(LinuxRuntime& runtime, const FtpAddress& address, const SiteRoute& route, int connectLimitMs);
+    CurlSession(LinuxRuntime& runtime, const Address& address, const SiteRoute& route, int connectLimitMs);
 
     /// Says QUIT and leaves at once, in the middle of a read too.
     ~CurlSession();
@@ -31,10 +34,10 @@ public:
     CurlSession& operator=(const CurlSession&) = delete;
 
     /// Starts a read; the last one must be done.
-    void begin(const FtpAddress& address);
+    void begin(const Address& address);
 
     /// Whether the same server and account are meant.
-    bool isFor(const FtpAddress& address) const;
+    bool isFor(const Address& address) const;
 
     /// False when there is no connection, or the server has ended it.
     bool isOpen() const;
@@ -43,7 +46,7 @@ public:
     std::int64_t size() const;
 
 private:
-    CurlSession(LinuxRuntime& runtime, const FtpAddress& address);
+    CurlSession(LinuxRuntime& runtime, const Address& address);
 
     static int onSocketChange(CURL*, curl_socket_t socket, int what, void* self, void*);
     static int onTimeChange(CURLM*, long ms, void* self);
@@ -66,13 +69,14 @@ private:
     bool hasReply() const;
     void awaitReply();
     bool isOverHttp() const;
-    std::string problemOf(CURLcode code) const;
+    ReadFailure failureOf(CURLcode code) const;
+    ReadFailure::Kind kindOf(CURLcode code) const;
     int controlSocket() const;
     int dataSocket() const;
     void sayGoodbye();
 
     LinuxRuntime& runtime_;
-    FtpAddress address_;
+    Address address_;
     CURLM* multi_;
     CURL* easy_;
     int timer_;
@@ -85,7 +89,7 @@ private:
     std::size_t turn_ = 0;         // bytes of this turn
     bool isDataOver_ = false;      // of the running read: only the server's last word is missing
     std::uint32_t lastCall_ = 0;   // tick of the last sign that the library goes on
-    std::string ownProblem_;       // what went wrong in a callback, where the library only learns that something did
+    ReadFailure ownFailure_;       // what went wrong in a callback, where the library only learns that something did
     std::array<char, CURL_ERROR_SIZE> error_{};
 };
 

@@ -1,0 +1,113 @@
+// Why the site gave nothing, in each case: the kind, and the words that an operator reads.
+
+#include <gtest/gtest.h>
+
+#include "support/AppBench.h"
+
+namespace corvane {
+namespace {
+
+using Kind = SiteFailure::Kind;
+
+class Access : public ::testing::Test, protected fakes::AppBench {
+protected:
+    Access() {
+        choices.server = "host";
+        choices.userName = "u";
+        choices.password = "p";
+        reader.answers["ftp://u:p@host"].content = "listing";
+        reader.answers["ftp://u:p@host/f/a.hex"].content = fakes::kImage;
+    }
+
+    void expect(Kind kind, const std::string& words) {
+        EXPECT_EQ(site.failure().kind, kind) << site.failure().words;
+        EXPECT_EQ(site.failure().words, words);
+    }
+
+    Choices choices;
+    FTPDownload ftp{reader, runtime};
+    SiteAccess site{ftp, reader, runtime, choices, settings, folder, face, face};
+};
+
+TEST_F(Access, LoginFailsWithItsOwnCauseAndLeavesNoConnection) {
+    const struct {
+        ReadFailure::Kind read;
+        Kind kind;
+        const char* words;
+    } kLogins[] = {
+        {ReadFailure::Kind::unreachable, Kind::unreachable, "the server host cannot be reached: why"},
+        {ReadFailure::Kind::login, Kind::loginRefused, "the server did not accept user name and password: why"},
+        {ReadFailure::Kind::refused, Kind::listingRefused,
+         "the server accepted user name and password, but gives no listing: why"},
+        {ReadFailure::Kind::brokenOff, Kind::brokenOff, "the dialogue with the server broke off: why"},
+    };
+    for (const auto& one : kLogins) {
+        reader.answers["ftp://u:p@host"] = {.content = "", .failure = {one.read, "why"}};
+        EXPECT_FALSE(site.login());
+        expect(one.kind, one.words);
+        EXPECT_EQ(reader.calls.back(), "close");
+    }
+    EXPECT_FALSE(site.FTP_Download("/f/a.hex", folder.folder.at("a")));
+    expect(Kind::noSession, "there is no session with the site");
+    choices.server = "h/st";
+    EXPECT_FALSE(site.login());
+    expect(Kind::noServer, "\"h/st\" can be no server's name");
+}
+
+TEST_F(Access, DownloadFailsWithItsOwnCause) {
+    ASSERT_TRUE(site.login());
+    const auto target = folder.folder.at("a");
+    EXPECT_FALSE(site.FTP_Download("/f/a.hex", target, [](const std::string&) { return "it is another one"; }));
+    expect(Kind::wrongContent, "it is another one");
+    EXPECT_TRUE(site.FTP_Download("f/a.hex", target));
+    expect(Kind::none, "");  // a cause does not outlive its operation
+    EXPECT_FALSE(site.FTP_Download("/f/a.hex", "/proc/self/status"));
+    expect(Kind::oldFileStays, "the old /proc/self/status cannot be replaced: Operation not permitted");
+    EXPECT_FALSE(site.FTP_Download("/f/", target));
+    expect(Kind::unusableName, "\"/f/\" names a folder and no file");
+    reader.answers["ftp://u:p@host/f/b.hex"] = {.content = "", .failure = {ReadFailure::Kind::refused, "550"}};
+    EXPECT_FALSE(site.FTP_Download("/f/b.hex", target));
+    expect(Kind::notGiven, "the server does not give it: 550");
+    folder.folder.file("full/x", "");
+    EXPECT_FALSE(site.FTP_Download("/f/a.hex", folder.folder.at("full")));
+    EXPECT_EQ(site.failure().kind, Kind::notStored);
+    for (const auto& [name, words] : {std::pair("/f/", "\"/f/\" names a folder and no file"),
+                                      {"/f/..", "the site's name for it, \"/f/..\", may be no file's here"}}) {
+        EXPECT_EQ(site.FTP_DownloadFirmware(name), "");
+        expect(Kind::unusableName, words);
+    }
+    auto& answer = reader.answers["ftp://u:p@host/f/a.hex"];
+    answer.ends = false;
+    runtime.at(runtime.ms() + 500, [this] { site.cancel(); });
+    EXPECT_FALSE(site.FTP_Download("/f/a.hex", target));
+    expect(Kind::cancelled, "it was cancelled");
+    EXPECT_FALSE(site.FTP_Download("/f/a.hex", target));  // until the idle watch ends it
+    const std::string closed = "the session with the site was closed, as it always is three minutes after the login";
+    expect(Kind::sessionClosed, closed);
+    EXPECT_EQ(site.FTP_DownloadFirmware("/f/a.hex"), "");
+    expect(Kind::sessionClosed, closed);
+}
+
+TEST_F(Access, OffLineSaysWhatIsMissingOrAnother) {
+    choices.offLine = true;
+    EXPECT_EQ(site.FTP_DownloadFirmware("/f/a.hex"), folder.folder.at("Download/a.hex"));
+    expect(Kind::notDownloaded, "a.hex does not lie in the Download folder");
+    write("Download/a.hex", "x");
+    EXPECT_EQ(site.FTP_DownloadFirmware("/f/a.hex", [](const std::string&) { return "another"; }), "");
+    expect(Kind::wrongContent, "another");
+}
+
+TEST_F(Access, SessionWithAnotherServerOrAccountIsLeft) {
+    for (auto* part : {&choices.server, &choices.userName, &choices.password}) {
+        ASSERT_TRUE(site.login());
+        EXPECT_TRUE(site.resume());
+        const auto kept = *part;
+        *part = "another";
+        EXPECT_FALSE(site.resume() || site.isConnected());
+        EXPECT_EQ(reader.calls.back(), "close");
+        *part = kept;
+    }
+}
+
+}  // namespace
+}  // namespace corvane
