@@ -6,6 +6,7 @@
 namespace corvane {
 
 bool SelfUpdate::CheckNewVersion() {
+    failure_.reset();
     const auto information = folder_.resolve("\\firmware.inf");
     const auto offered = reader_.ReadInfValue("Corvane", "Version", "", information);
     // Texts are compared by their characters' codes, not as numbers: whoever runs a site counts on just that.
@@ -17,7 +18,13 @@ bool SelfUpdate::CheckNewVersion() {
     const auto remote = reader_.ReadInfValue("Corvane", "File", "firmware/utility/corvane.exe", information);
     makeFolder(folder_.resolve("\\download"));
     path_ = folder_.resolve("\\download\\Corvane.exe");
-    return site_.FTP_Download(remote, path_);
+    if (!site_.isConnected()) {
+        failure_ = "the session with the site was closed";
+        return false;
+    }
+    if (site_.FTP_Download(remote, path_)) return true;
+    failure_ = site_.problem();
+    return false;
 }
 
 }  // namespace corvane

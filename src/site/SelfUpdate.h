@@ -1,5 +1,7 @@
 #pragma once
 
+#include <optional>
+
 #include "face/OperatorPrompts.h"
 #include "site/InfReader.h"
 #include "site/SiteAccess.h"
@@ -13,7 +15,11 @@ public:
         : reader_(reader), folder_(folder), site_(site), prompts_(prompts) {}
 
     /// True only when a newer copy was announced, the operator agreed, and the download succeeded.
-    bool CheckNewVersion();
+    [[nodiscard]] bool CheckNewVersion();
+
+    /// Why the copy that the operator agreed to at the last check could not be had, in UTF-8; nothing when it could, or
+    /// when there was none.
+    const std::optional<std::string>& failure() const { return failure_; }
 
     /// Where the copy lies that was downloaded last. It is stored as "\download\Corvane.exe" and would be started as
     /// "/download/corvane.exe"; where letters' case counts, the file that was stored is meant, not another one.
@@ -25,6 +31,7 @@ private:
     SiteAccess& site_;
     OperatorPrompts& prompts_;
     std::string path_;
+    std::optional<std::string> failure_;
 };
 
 }  // namespace corvane

@@ -86,8 +86,9 @@ bool SiteAccess::FTP_Download(const std::string& strRemoteFile, const std::strin
         fetched =
             ftp_.GetFile(strRemoteFile.compare(0, 1, "/") == 0 ? strRemoteFile : "/" + strRemoteFile, strLocalFile);
     }
+    if (!isCleared) rejection_ = "the old " + strLocalFile + " cannot be replaced";
     if (fetched && check) rejection_ = check(strLocalFile);
-    if (!rejection_.empty()) {
+    if (fetched && !rejection_.empty()) {
         fetched = false;
         deleteFile(strLocalFile);
     }
@@ -103,6 +104,7 @@ std::string SiteAccess::FTP_DownloadFirmware(const std::string& UrlFile, const C
     const auto slash = UrlFile.rfind('/');
     const auto name = toUtf8(slash == std::string::npos ? UrlFile : UrlFile.substr(slash + 1));
     if (!isSafeFileName(name)) {
+        rejection_ = "firmware.inf calls its file \"" + name + "\", which is no safe name for one";
         // Whatever such a name leads to, it is not an image in the Download folder.
         if (!choices_.offLine && isConnected()) log_.ShowInfo("Downloading File... < NG\r\n");
         return {};

@@ -161,6 +161,16 @@ TEST_F(WindowRun, ClosingBeforeTheImageIsOnDiskIsCancelAndThenClose) {
     EXPECT_FALSE(bench.serial.control.PortOpen());
 }
 
+TEST_F(WindowRun, ClosingFromOutsideAnswersTheQuestionAboutAnUnsoundImageWithCancel) {
+    auto& device = plug();
+    pickImage("[INFO]\nPGM=TARN-R200\n:0400000001020304F3\n:00000001FF\n");
+    agree();
+    answers.expect("frmMessage", [this](QDialog&) { window->closeFromOutside(); });
+    press("cmdStartCheck");
+    EXPECT_FALSE(window->isVisible());
+    EXPECT_EQ(device.log().switches, 0);
+}
+
 TEST_F(WindowRun, ClosingAfterItWaitsForTheEnd) {
     plug();
     pickImage();
