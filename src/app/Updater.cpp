@@ -8,7 +8,7 @@ Updater::Updater(const Platform& platform, const Face& face)
       serialPort_(platform.ports),
       reader_(vellIO_),
       session_(platform.runtime, face.log, serialPort_),
-      query_(session_),
+      ports_(session_, serialPort_, hidPort_, reader_),
       scanner_(session_, serialPort_, hidPort_, face.password, face.panel),
       isp_(session_, face.password),
       programmer_(session_, face.progress),
@@ -20,27 +20,10 @@ Updater::Updater(const Platform& platform, const Face& face)
       selection_(choices, platform.folder, inf_, platform.settings, face.prompts, face.log),
       journal_(platform.folder),
       jobs_(platform.folder),
-      run_({choices,
-            session_,
-            serialPort_,
-            hidPort_,
-            scanner_,
-            isp_,
-            programmer_,
-            query_,
-            site_,
-            selfUpdate_,
-            selection_,
-            inf_,
-            platform.folder,
-            platform.launcher,
-            reader_,
-            platform.digest,
-            journal_,
-            platform.inhibitor,
-            face.prompts,
-            face.view,
-            platform.hidLibrary}),
+      online_(site_, selfUpdate_, inf_, {platform.launcher, platform.hidLibrary}, face.log, face.view),
+      installation_(session_, isp_, programmer_, journal_, platform.inhibitor, face.view),
+      run_({choices, session_, ports_, scanner_, site_, online_, selection_, inf_, platform.folder, platform.digest,
+            installation_, face.prompts, face.view}),
       proof_(session_, scanner_),
       advisor_(platform.serial, platform.ports, platform.inspector) {
     serialPort_.Attach(&platform_.serial, &commEvent_);
@@ -55,14 +38,12 @@ Updater::Updater(const Platform& platform, const Face& face)
     hidPort_.Attach(&vellIO_, &commEvent_);
 }
 
-Verdict Updater::conclude(const RunReport& report, bool prove) {
-    std::optional<Proof> proof;
-    if (prove && report.end == RunEnd::updated) proof = proof_.ask(report);
-    auto verdict = verdictFor(report, proof);
-    if (report.end != RunEnd::alreadyRunning && !jobs_.add(jobOf(report, proof, platform_.runtime.timestamp()))) {
-        verdict.facts.push_back("The record " + jobs_.path() + " could not be written.");
-    }
-    return verdict;
+Verdict Updater::conclude(Outcome outcome, bool prove) {
+    auto& facts = outcome.facts;
+    if (prove && outcome.end == RunEnd::updated) facts.proof = proof_.ask(facts);
+    if (rowOf(outcome.end).isJob && !jobs_.add(jobOf(outcome, platform_.runtime.timestamp())))
+        facts.remarks.push_back("The record " + jobs_.path() + " could not be written.");
+    return verdictFor(outcome);
 }
 
 void Updater::cancelDialogue() {

@@ -7,6 +7,7 @@
 #include "ports/clsVellComm.h"
 #include "run/JobRecord.h"
 #include "run/UpdateRun.h"
+#include "run/Verdict.h"
 #include "run/VersionProof.h"
 #include "text/Cp1252.h"
 
@@ -42,9 +43,9 @@ public:
     VellIO& vellIO() { return vellIO_; }
     const Platform& platform() const { return platform_; }
 
-    /// What follows a run: asks an updated device which version it runs now, if that is wanted, adds the run to the
-    /// record of jobs, and says what the operator has to know.
-    Verdict conclude(const RunReport& report, bool prove);
+    /// What follows a run: asks an updated device which version it runs now, if that is wanted, adds a run that was a
+    /// job on a device to the record of jobs, and says what the operator has to know.
+    [[nodiscard]] Verdict conclude(Outcome outcome, bool prove);
 
     /// Ends the dialogue with the device that no run holds: a scan, or the asking for the new version.
     void cancelDialogue();
@@ -74,7 +75,7 @@ private:
     clsVellComm hidPort_;
     HidReader reader_;
     DeviceSession session_;
-    DeviceQuery query_;
+    RunPorts ports_;
     DeviceScanner scanner_;
     IspSession isp_;
     HexProgrammer programmer_;
@@ -85,6 +86,8 @@ private:
     FirmwareSelection selection_;
     RunJournal journal_;
     JobRecord jobs_;
+    OnlinePart online_;
+    Installation installation_;
     UpdateRun run_;
     VersionProof proof_;
     PortAdvisor advisor_;

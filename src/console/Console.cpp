@@ -24,35 +24,6 @@ CommandScope::CommandScope(Console& console, const Arguments& arguments, TextSin
 
 CommandScope::~CommandScope() { console_.interrupt = nullptr; }
 
-int exitStatus(const RunReport& report) {
-    switch (report.end) {
-        case RunEnd::updated:
-            return 0;
-        case RunEnd::noBootLoader:
-        case RunEnd::programmingFailed:
-            return 5;
-        case RunEnd::failed:
-            if (report.wasSwitched) return 5;
-            break;
-        case RunEnd::handedOver:
-        case RunEnd::declined:
-        case RunEnd::nothingSuitable:
-        case RunEnd::nothingListed:
-        case RunEnd::alreadyRunning:
-        case RunEnd::imageRefused:
-            return 1;
-        case RunEnd::noDevice:
-            return report.cancelled ? 1 : 3;
-        case RunEnd::loginFailed:
-        case RunEnd::informationMissing:
-        case RunEnd::handOverFailed:
-        case RunEnd::notDefined:
-        case RunEnd::imageMissing:
-            break;
-    }
-    return report.cancelled ? 1 : 4;
-}
-
 bool answersAlone(const Arguments& arguments, TextSink& out) {
     if (arguments.command == Arguments::Command::version) {
         out.write("corvane-cli " + programVersion() + "\n");

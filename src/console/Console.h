@@ -57,7 +57,4 @@ int checkSiteCommand(Console& console, const Arguments& arguments);
 /// Answers --version and --help, for which nothing needs to be set up; False for any other command.
 bool answersAlone(const Arguments& arguments, TextSink& out);
 
-/// The status that scripts rely on.
-int exitStatus(const RunReport& report);
-
 }  // namespace corvane

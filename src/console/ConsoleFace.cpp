@@ -71,7 +71,14 @@ std::optional<std::string> ConsoleFace::ask(const std::string& question, bool ec
 }
 
 std::string ConsoleFace::inputBox(const std::string& prompt, const std::string& title, const std::string& byDefault) {
-    if (devicePassword_) return fromUtf8(*std::exchange(devicePassword_, std::nullopt));
+    if (devicePassword_) {
+        isDevicePasswordUsed_ = true;
+        return fromUtf8(*std::exchange(devicePassword_, std::nullopt));
+    }
+    if (std::exchange(isDevicePasswordUsed_, false)) {
+        say("The device does not take the password that CORVANE_DEVICE_PASSWORD gives.");
+        if (!terminal_.isThere()) return {};
+    }
     const auto answer = ask(toUtf8(title + ": " + prompt + " [" + byDefault + "] "), false);
     if (!answer) {
         if (!terminal_.isThere()) say("The device wants a password; set CORVANE_DEVICE_PASSWORD.");

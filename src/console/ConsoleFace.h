@@ -67,7 +67,8 @@ private:
     LogPrinter& printer_;
     TextSink& err_;
     Terminal& terminal_;
-    std::optional<std::string> devicePassword_;
+    std::optional<std::string> devicePassword_;  // until it has been given
+    bool isDevicePasswordUsed_ = false;
     bool abandoned_ = false;
     bool isAskingAboutImage_ = false;
     int shownPercent_ = -1;

@@ -51,11 +51,11 @@ int perform(CommandScope& scope, const Arguments& arguments) {
     if (arguments.port) keepToPort(scope, *arguments.port);
     if (arguments.record) scope.updater.jobs().keepIn(*arguments.record);
     for (const auto& left : scope.updater.journal().read()) scope.face.say(left.text());
-    const auto report = scope.updater.run().run(arguments.force);
-    const auto verdict = scope.updater.conclude(report, arguments.verify);
+    const auto outcome = scope.updater.run().run(arguments.force);
+    const auto verdict = scope.updater.conclude(outcome, arguments.verify);
     for (const auto& line : verdictLines(verdict)) scope.face.say(line);
     scope.printer.verdict(verdict);
-    return exitStatus(report);
+    return exitStatus(outcome);
 }
 
 }  // namespace

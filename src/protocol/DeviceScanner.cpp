@@ -46,6 +46,9 @@ std::string DeviceScanner::DeviceScan(bool& bInISP, bool bAcceptISP) {
     session_.manualPort = false;
     bootLoaderPort_.clear();
     order_ = scanOrder();
+    portCount_ = {static_cast<int>(std::count_if(order_.begin(), order_.end(),
+                                                 [](const std::string& name) { return !name.empty(); })),
+                  0};
     nextSetting_.assign(order_.size(), 0);
     panel_.showPorts(order_);
     const int count = static_cast<int>(order_.size());
@@ -86,6 +89,7 @@ bool DeviceScanner::openPort(const std::string& name) {
     const bool open = session_.comm->PortOpen();
     session_.log.ShowInfo(open ? " < OK\r\n" : " < NG\r\n");
     if (!open) panel_.portRefused(name);
+    if (open) ++portCount_.opened;
     return open;
 }
 

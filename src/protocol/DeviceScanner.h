@@ -25,6 +25,13 @@ public:
     /// The port at which the last scan saw a boot loader that it was not to take; empty when it saw none.
     const std::string& bootLoaderPort() const { return bootLoaderPort_; }
 
+    /// How many ports the last scan had before it, and how many of those it tried did open.
+    struct PortCount {
+        int found = 0;
+        int opened = 0;
+    };
+    const PortCount& portCount() const { return portCount_; }
+
     /// Opens a port once more at settings at which a device was found, without a word in the log.
     bool openAgain(const std::string& name, const std::string& settings);
 
@@ -36,6 +43,7 @@ public:
 
     /// Leaves every port but this one out of the scans; empty for all of them.
     void onlyPort(const std::string& name) { onlyPort_ = name; }
+    const std::string& onlyPort() const { return onlyPort_; }
 
     /// The names of all ports as a scan would find them, serial ports first.
     std::vector<std::string> portNames();
@@ -59,6 +67,7 @@ private:
     PortPanel& panel_;
     std::string onlyPort_;
     std::string bootLoaderPort_;
+    PortCount portCount_;
     std::vector<std::string> order_;
     std::vector<std::size_t> nextSetting_;  // by the order's index; a port that is returned to goes on there
 };

@@ -35,7 +35,7 @@ IspSession::Switch IspSession::switchTarnPlus() {
     if (query_.Query(kEnterIsp, reply, {}, 0, kTimeout)) return Switch::accepted;
     if (std::get<std::uint8_t>(reply) == kLoginFirst) {
         std::string password = "quill";
-        if (!login_.Login(password)) return Switch::refused;
+        if (!login_.Login(password)) return Switch::locked;
         if (query_.Query(kEnterIsp, reply, {}, 0, kTimeout)) return Switch::accepted;
     }
     return query_.wasAnswered() ? Switch::refused : Switch::unanswered;

@@ -12,15 +12,15 @@ public:
         : session_(session), query_(session), login_(session, prompt), lines_(session) {}
 
     /// Switches the device into its boot loader at the session's ispBaudRate; True when its prompt was seen then.
-    bool GoToISP();
+    [[nodiscard]] bool GoToISP();
 
     /// What became of the request to switch in the last GoToISP, prompt or not. Without an answer it may have been
-    /// obeyed.
-    enum class Switch { refused, unanswered, accepted };
+    /// obeyed. Locked: the device wants a password first, and was given none that it takes.
+    enum class Switch { refused, locked, unanswered, accepted };
     Switch lastSwitch() const { return switch_; }
 
     /// True when the device acknowledged that its flash is erased.
-    bool ISP_Erase();
+    [[nodiscard]] bool ISP_Erase();
 
     /// Restarts the device into its application; nothing is awaited.
     void ISP_Reset();

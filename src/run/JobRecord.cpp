@@ -5,6 +5,7 @@
 #include <fstream>
 
 #include "platform/Files.h"
+#include "run/Verdict.h"
 #include "text/Cp1252.h"
 #include "text/RuntimeError.h"
 #include "text/Text.h"
@@ -22,16 +23,17 @@ std::string csvField(std::string text) {
 
 }  // namespace
 
-Job jobOf(const RunReport& report, const std::optional<Proof>& proof, const std::string& time) {
+Job jobOf(const Outcome& outcome, const std::string& time) {
+    const auto& known = outcome.facts;
     Job job;
     job.time = time;
-    job.port = toUtf8(report.port);
-    job.versionBefore = toUtf8(report.deviceVersion);
-    if (proof && proof->answered) job.versionAfter = toUtf8(proof->version);
-    job.image = lastPart(report.imagePath);
-    job.digest = report.imageDigest;
-    job.repeatedRecords = report.repeatedRecords;
-    job.verdict = verdictName(verdictFor(report, proof).kind);
+    job.port = toUtf8(known.port);
+    job.versionBefore = toUtf8(known.deviceVersion);
+    if (known.proof && known.proof->answered) job.versionAfter = toUtf8(known.proof->version);
+    job.image = lastPart(known.imagePath);
+    job.digest = known.imageDigest;
+    job.repeatedRecords = known.repeatedRecords.value_or(0);
+    job.verdict = verdictName(kindOf(outcome));
     return job;
 }
 

@@ -5,8 +5,7 @@
 #include <vector>
 
 #include "platform/ProgramFolder.h"
-#include "run/RunReport.h"
-#include "run/Verdict.h"
+#include "run/Outcome.h"
 
 namespace corvane {
 
@@ -22,7 +21,7 @@ struct Job {
     std::string verdict;
 };
 
-Job jobOf(const RunReport& report, const std::optional<Proof>& proof, const std::string& time);
+Job jobOf(const Outcome& outcome, const std::string& time);
 
 /// The line without its end: fields in quotes where they need them. A field that a spreadsheet would take for a formula
 /// gets a ' in front, since devices and sites write some of them.
@@ -40,7 +39,7 @@ public:
     const std::string& path() const { return path_; }
 
     /// False when it could not be written.
-    bool add(const Job& job);
+    [[nodiscard]] bool add(const Job& job);
 
     /// The last lines, the newest first, as they stand in the file.
     std::vector<std::string> last(std::size_t most) const;

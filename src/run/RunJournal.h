@@ -30,16 +30,18 @@ public:
     std::vector<InterruptedRun> read() const;
 
     /// In the file when it returns, in place of what it said about that port.
-    bool add(const InterruptedRun& run) const;
+    [[nodiscard]] bool add(const InterruptedRun& run) const;
 
     /// The device at that port is well again.
-    bool remove(const std::string& port) const;
+    [[nodiscard]] bool remove(const std::string& port) const;
 
     /// So are all of them.
-    bool clear() const;
+    [[nodiscard]] bool clear() const;
+
+    /// The file, in the system's bytes.
+    std::string path() const { return folder_.dataPath() + "/interrupted-runs"; }
 
 private:
-    std::string path() const { return folder_.dataPath() + "/interrupted-runs"; }
     bool write(const std::vector<InterruptedRun>& runs) const;
 
     const ProgramFolder& folder_;

@@ -1,54 +1,43 @@
 #include "run/UpdateRun.h"
 
-#include <algorithm>
-
-#include "image/ImageCheck.h"
 #include "platform/Files.h"
+#include "run/EndTable.h"
 #include "text/Cp1252.h"
+#include "text/RuntimeError.h"
 #include "text/Text.h"
 
 namespace corvane {
 
-RunReport UpdateRun::run(bool force) {
+Outcome UpdateRun::run(bool force) {
     if (isRunning_) {
-        RunReport refused;
+        Outcome refused;
         refused.end = RunEnd::alreadyRunning;
         return refused;
     }
-    report_ = {};
+    outcome_ = {};
     const auto start = p_.session.runtime.tick();
+    Ending ending;
     try {
         const BusyScope busy(p_.session);
         begin();
-        report_.end = steps(force);
-        if (report_.end != RunEnd::handedOver) fillLinks();
+        ending = steps(force);
+        if (ending.end != RunEnd::handedOver) fillLinks();
     } catch (const std::exception& error) {
-        report_.end = RunEnd::failed;
-        report_.failure = error.what();
+        const bool isOnItsWay = rowOf(outcome_.device).kind != VerdictKind::untouched;
+        ending = {isOnItsWay ? RunEnd::failedMidway : RunEnd::failed, error.what()};
     }
-    report_.cancelled = cancelRequested_;
-    report_.product = information_.product;
-    report_.version = information_.version;
-    report_.repeatedRecords = p_.programmer.repeatedRecords();
-    report_.portLost = !report_.portName.empty() && !p_.session.comm->PortOpen();
-    closePorts();
-    report_.milliseconds = p_.session.runtime.tick() - start;
-    isRunning_ = false;
-    p_.view.phase(RunPhase::idle);
-    p_.view.running(false);
-    return report_;
+    end(ending, start);
+    return outcome_;
 }
 
 void UpdateRun::begin() {
     isRunning_ = true;
     information_ = {};
     p_.inf.forget();
-    inIsp_ = false;
     cancelRequested_ = false;
     auto& session = p_.session;
     session.stop = session.cancel = session.manualPort = false;
     session.ispBaudRate = -1;
-    p_.programmer.beginDevice();
     p_.view.running(true);
     setCancellable(true);
     session.log.clear();
@@ -56,104 +45,85 @@ void UpdateRun::begin() {
     letEventsRun();
 }
 
-RunEnd UpdateRun::steps(bool force) {
+Ending UpdateRun::steps(bool force) {
     if (!p_.choices.offLine && !p_.site.resume()) {
-        RunEnd end{};
-        if (!goOnline(end)) return end;
+        if (auto ending = p_.online.enter(outcome_.facts.remarks)) return *ending;
     }
     return withDevice(force);
 }
 
-/// Login, firmware.inf, the check for a newer program. True when the run goes on; else how it ended.
-bool UpdateRun::goOnline(RunEnd& end) {
-    p_.view.phase(RunPhase::login);
-    if (!p_.site.login()) {
-        report_.siteFailure = p_.site.failure();
-        end = RunEnd::loginFailed;
-        return false;
-    }
-    p_.view.phase(RunPhase::information);
-    if (!p_.site.FTP_Download("/firmware/firmware.inf", p_.folder.resolve("\\firmware.inf"))) {
-        report_.siteFailure = p_.site.failure();
-        p_.site.disconnect();
-        end = RunEnd::informationMissing;
-        return false;
-    }
-    p_.inf.forget();
-    if (p_.selfUpdate.CheckNewVersion()) {
-        end = handOver();
-        return false;
-    }
-    report_.newerProgram = p_.selfUpdate.failure();
-    if (p_.site.isConnected()) return true;
-    // The idle watch has closed the session while the operator thought about the question.
-    report_.siteFailure = p_.site.withoutSession();
-    end = RunEnd::loginFailed;
-    return false;
-}
-
-RunEnd UpdateRun::handOver() {
-    p_.site.disconnect();
-    log(" Disconnected...\r\n");
-    log(" Install New Corvane...\r\n");
-    // In the download folder the newer program would look in vain for what lies beside this one.
-    report_.failure = p_.launcher.start(p_.selfUpdate.newProgram(), {{kHidLibraryVariable, p_.hidLibrary}});
-    return report_.failure.empty() ? RunEnd::handedOver : RunEnd::handOverFailed;
-}
-
-RunEnd UpdateRun::withDevice(bool force) {
+Ending UpdateRun::withDevice(bool force) {
     auto& session = p_.session;
     p_.view.phase(RunPhase::scan);
     session.log.clear();
-    report_.deviceVersion = p_.scanner.DeviceScan(inIsp_, force);
-    if (report_.deviceVersion.empty()) {
+    bool inIsp = false;
+    const auto version = p_.scanner.DeviceScan(inIsp, force);
+    if (version.empty()) {
         log("Can not found any device on comm port!!\r\n");
-        report_.bootLoaderPort = p_.scanner.bootLoaderPort();
-        return RunEnd::noDevice;
+        if (!p_.scanner.bootLoaderPort().empty()) outcome_.device = DeviceState::leftInBootLoader;
+        return noDevice();
     }
     session.log.clear();
     p_.view.links({});
     letEventsRun();
-    report_.foundInBootLoader = inIsp_;
-    report_.portName = session.comm->CommPort();
-    report_.settings = session.comm->Settings();
-    report_.protocolName = session.protocolName;
-    report_.port = portName();
-    showDevice(report_.port);
-
-    p_.view.phase(RunPhase::selection);
-    std::string chosen = report_.deviceVersion;
-    switch (p_.selection.SelectFirmware(chosen, report_.port, report_.deviceVersion, force, inIsp_)) {
-        case SelectionEnd::chosen:
-            break;
-        case SelectionEnd::cancelled:
-            return RunEnd::declined;
-        case SelectionEnd::nothingSuitable:
-            return RunEnd::nothingSuitable;
-        case SelectionEnd::nothingListed:
-            return RunEnd::nothingListed;
-    }
+    noteDevice(version, inIsp);
+    std::string chosen = version;
+    if (auto ending = select(force, inIsp, chosen)) return *ending;
     if (!defineFirmware(chosen)) {
         log("Firmware download fail!!(Not define)\r\n");
-        return RunEnd::notDefined;
+        return {RunEnd::notDefined};
     }
     showFirmware();
-    return install(fetchImage());
+    return withImage();
 }
 
-/// The port's name; behind a HID reader's its own firmware version.
-std::string UpdateRun::portName() {
-    const auto name = p_.session.comm->CommPort();
-    const auto text = p_.reader.deviceText();
-    if (name.empty() || text.compare(0, name.size(), name) != 0) return name;
-    return name + " (F/W:" + p_.reader.firmwareText() + ")";
+Ending UpdateRun::noDevice() const {
+    const auto& scanner = p_.scanner;
+    if (!scanner.bootLoaderPort().empty()) return {RunEnd::bootLoaderSeen, toUtf8(scanner.bootLoaderPort())};
+    if (scanner.portCount().found == 0) {
+        const auto& only = scanner.onlyPort();
+        return {RunEnd::noPort, only.empty() ? std::string() : toUtf8(only) + " is not there"};
+    }
+    return {scanner.portCount().opened == 0 ? RunEnd::noPortOpened : RunEnd::noDevice};
 }
 
-void UpdateRun::showDevice(const std::string& port) {
+/// What the scan has found, for the verdict and for the log.
+void UpdateRun::noteDevice(const std::string& version, bool inIsp) {
+    auto& facts = outcome_.facts;
+    outcome_.device = inIsp ? DeviceState::leftInBootLoader : DeviceState::application;
+    facts.deviceVersion = version;
+    facts.portName = p_.session.comm->CommPort();
+    facts.settings = p_.session.comm->Settings();
+    if (!inIsp) facts.protocolName = p_.session.protocolName;
+    facts.port = p_.ports.name();
     log("[Local Site]\r\n");
-    log("Comm Port : " + port + "\r\n");
-    log("Device F/W: " + report_.deviceVersion + "\r\n\r\n");
+    log("Comm Port : " + facts.port + "\r\n");
+    log("Device F/W: " + version + "\r\n\r\n");
     letEventsRun();
+}
+
+/// Nothing when an image was chosen; its section and version are in the text then.
+std::optional<Ending> UpdateRun::select(bool force, bool inIsp, std::string& chosen) {
+    if (cancelRequested_) {
+        log("Cancel Update!!!\r\n");
+        return Ending{RunEnd::cancelled};
+    }
+    p_.view.phase(RunPhase::selection);
+    const auto& facts = outcome_.facts;
+    switch (p_.selection.SelectFirmware(chosen, facts.port, facts.deviceVersion, force, inIsp)) {
+        case SelectionEnd::chosen:
+            return std::nullopt;
+        case SelectionEnd::cancelled:
+            return Ending{RunEnd::declined};
+        case SelectionEnd::nothingSuitable:
+            return Ending{RunEnd::nothingSuitable};
+        case SelectionEnd::nothingListed:
+            break;
+    }
+    if (!p_.choices.offLine) return Ending{RunEnd::nothingListed};
+    return Ending{RunEnd::nothingDownloaded, FileExists(p_.folder.resolve("\\firmware.inf"))
+                                                 ? "none of those in firmware.inf lies in the Download folder"
+                                                 : "there is no firmware.inf yet"};
 }
 
 bool UpdateRun::defineFirmware(const std::string& chosen) {
@@ -178,57 +148,62 @@ void UpdateRun::showFirmware() {
     log("\r\n");
 }
 
-std::string UpdateRun::fetchImage() {
+Ending UpdateRun::withImage() {
     p_.view.phase(RunPhase::image);
-    const auto& choices = p_.choices;
-    const bool isLocal = choices.useFile && !choices.image.path.empty();
-    if (isLocal) return choices.image.path;
-    auto image = p_.site.FTP_DownloadFirmware(information_.firmwareFile,
-                                              [this](const std::string& path) { return digestFault(path); });
-    report_.siteFailure = p_.site.failure();
-    return image;
+    std::string image;
+    auto ending = fetchImage(image);
+    setCancellable(false);
+    if (!ending && cancelRequested_) ending = Ending{RunEnd::cancelled};
+    if (!ending) ending = readImage(image);
+    if (ending) {
+        log("Firmware download fail!!\r\n");
+        return *ending;
+    }
+    if (!isImageWanted()) return {RunEnd::imageRefused};
+    return p_.installation.install(image, outcome_);
 }
 
-RunEnd UpdateRun::install(const std::string& image) {
-    setCancellable(false);
-    if (!FileExists(image) || cancelRequested_ || !isImage(image)) {
-        log("Firmware download fail!!\r\n");
-        return RunEnd::imageMissing;
+/// Where the image lies on this computer, fetched if need be; or why it lies nowhere.
+std::optional<Ending> UpdateRun::fetchImage(std::string& image) {
+    const auto& choices = p_.choices;
+    if (choices.useFile && !choices.image.path.empty()) {
+        image = choices.image.path;
+        if (FileExists(image)) return std::nullopt;
+        return Ending{RunEnd::imageNotThere, image};
     }
-    if (!isImageWanted()) return RunEnd::imageRefused;
-    report_.wasSwitched = true;
-    report_.isInBootLoader = inIsp_;
-    if (!inIsp_) {
-        p_.view.phase(RunPhase::bootLoader);
-        const bool seen = p_.isp.GoToISP();
-        report_.isInBootLoader = p_.isp.lastSwitch() == IspSession::Switch::accepted;
-        report_.maySitInBootLoader = p_.isp.lastSwitch() == IspSession::Switch::unanswered;
-        if (!seen) {
-            log("Can't enter ISP Mode!!\r\n");
-            return RunEnd::noBootLoader;
-        }
+    image = p_.site.FTP_DownloadFirmware(information_.firmwareFile,
+                                         [this](const std::string& path) { return digestFault(path); });
+    const auto& failure = p_.site.failure();
+    switch (failure.kind) {
+        case SiteFailure::Kind::none:
+            return std::nullopt;
+        case SiteFailure::Kind::sessionClosed:
+            return Ending{RunEnd::sessionClosed};
+        case SiteFailure::Kind::wrongContent:
+            return Ending{RunEnd::imageNotTheOne, failure.words};
+        case SiteFailure::Kind::notDownloaded:
+            return Ending{RunEnd::imageNotThere, failure.words};
+        default:
+            return Ending{RunEnd::imageNotFetched, failure.words};
     }
-    log("\r\n[ISP Mode]\r\n");
-    openJournal();
-    if (!eraseAndProgram(image)) return RunEnd::programmingFailed;
-    p_.view.phase(RunPhase::reset);
-    p_.isp.ISP_Reset();
-    p_.isp.wait_output_empty(250);
-    p_.session.runtime.Sleep(250);
-    closeJournal();
-    letEventsRun();  // whoever pressed something meanwhile is still told that it came too late
-    return RunEnd::updated;
 }
 
 /// Reads the image, for the verdict too. One without any data, a server's error page say, would leave a device erased.
-bool UpdateRun::isImage(const std::string& image) {
-    report_.imagePath = image;
-    const auto content = readFile(image);
-    report_.imageBytes = content.size();
-    report_.imageDigest = p_.digest.sha256(content);
+std::optional<Ending> UpdateRun::readImage(const std::string& image) {
+    auto& facts = outcome_.facts;
+    std::string content;
+    try {
+        content = readFile(image);
+    } catch (const RuntimeError&) {
+        return Ending{RunEnd::imageUnreadable, image};
+    }
+    facts.imagePath = image;
+    facts.imageBytes = content.size();
+    facts.imageDigest = p_.digest.sha256(content);
     checked_ = checkImage(content);
-    report_.imageRecords = static_cast<std::int64_t>(checked_.records);
-    return checked_.bytes > 0;
+    facts.imageRecords = static_cast<std::int64_t>(checked_.records);
+    if (checked_.bytes == 0) return Ending{RunEnd::imageEmpty};
+    return std::nullopt;
 }
 
 /// Asks before an image that does not add up harms the device.
@@ -243,58 +218,19 @@ bool UpdateRun::isImageWanted() {
 /// Why a fetched image is not the one that the site announces; empty when it is, or when the site does not say.
 std::string UpdateRun::digestFault(const std::string& path) {
     if (information_.digest.empty()) return {};
-    const auto digest = p_.digest.sha256(readFile(path));
+    std::string digest;
+    try {
+        digest = p_.digest.sha256(readFile(path));
+    } catch (const RuntimeError&) {
+        return {};  // reading it for its own sake says so
+    }
     if (digest == information_.digest) return {};
     return "its SHA-256 is " + digest + ", but firmware.inf says " + toUtf8(information_.digest);
 }
 
-/// From here to the reset the device has no firmware, and the next start must know even if this one is killed.
-void UpdateRun::openJournal() {
-    p_.inhibitor.hold("A device is being programmed");
-    const auto port = toUtf8(report_.portName);
-    const auto known = p_.journal.read();
-    wasInJournal_ = std::any_of(known.begin(), known.end(), [&port](const auto& run) { return run.port == port; });
-    p_.journal.add({p_.session.runtime.timestamp(), port, toUtf8(report_.deviceVersion), report_.imagePath});
-}
-
-/// A device that was taken in its boot loader, at a port of which nothing is known, may have been left there at
-/// another.
-void UpdateRun::closeJournal() {
-    if (inIsp_ && !wasInJournal_) {
-        p_.journal.clear();
-    } else {
-        p_.journal.remove(toUtf8(report_.portName));
-    }
-}
-
-/// Up to three tries. An erase that has succeeded is not repeated.
-bool UpdateRun::eraseAndProgram(const std::string& image) {
-    constexpr int kTries = 3;
-    bool erased = false;
-    for (int iTry = 1; iTry <= kTries; ++iTry) {
-        p_.view.phase(RunPhase::erase);
-        report_.wasErased = true;
-        if (!erased) report_.isErased = erased = p_.isp.ISP_Erase();
-        if (erased) {
-            p_.view.phase(RunPhase::program);
-            if (p_.programmer.ISP_Program(image) && isQuietAfterwards()) return true;
-        }
-        log("\r\niTry:" + std::to_string(iTry) + "\r\n");
-        LineReader(p_.session).wait_comm_empty();
-    }
-    return false;
-}
-
-/// The pause before the reset; a refusal that comes in it belongs to the last record.
-bool UpdateRun::isQuietAfterwards() {
-    p_.isp.wait_output_empty(250);
-    p_.session.runtime.Sleep(50);
-    return !p_.programmer.isRefusalLeft();
-}
-
 void UpdateRun::fillLinks() {
     setCancellable(false);
-    if (!information_.isKnown() || report_.deviceVersion.empty()) return;
+    if (!information_.isKnown() || outcome_.facts.deviceVersion.empty()) return;
     std::vector<ReferenceLink> links;
     for (int i = 1; i <= FirmwareInformation::kLinks; ++i) {
         const auto& title = information_.linkTitle[static_cast<std::size_t>(i - 1)];
@@ -303,31 +239,22 @@ void UpdateRun::fillLinks() {
     p_.view.links(links);
 }
 
-/// Always the last step. A device that accepted a password over HID is told that the session ends.
-void UpdateRun::closePorts() {
-    constexpr std::uint8_t kEndOfSession = 4;
-    auto& session = p_.session;
-    session.stop = session.cancel = false;
+/// Always the last step. A cancel was possible only as long as nothing was done to the device, so it is the cause
+/// whatever followed from it.
+void UpdateRun::end(const Ending& ending, std::uint32_t start) {
+    const bool isCancelled = cancelRequested_ && ending.end != RunEnd::handedOver;
+    outcome_.end = isCancelled ? RunEnd::cancelled : ending.end;
+    if (!isCancelled) outcome_.cause = ending.cause;
+    if (outcome_.device == DeviceState::application && p_.ports.isLost()) outcome_.device = DeviceState::gone;
+    outcome_.facts.product = information_.product;
+    outcome_.facts.version = information_.version;
+    p_.session.stop = p_.session.cancel = false;
     setCancellable(false);
-    p_.inhibitor.release();
-    const auto keptApart = [this](const std::function<void()>& step) {
-        try {
-            step();
-        } catch (const std::exception& error) {
-            p_.view.advice(error.what());
-        }
-    };
-    keptApart([&] {
-        session.comm = &p_.serialPort;
-        if (session.comm->PortOpen()) session.comm->PortOpen(false);
-    });
-    session.comm = &p_.hidPort;
-    keptApart([&] {
-        if (session.comm->PortOpen() && session.loggedIn) p_.query.Query(kEndOfSession, 3000);
-    });
-    keptApart([&] {
-        if (session.comm->PortOpen()) session.comm->PortOpen(false);
-    });
+    p_.ports.close(p_.view);
+    outcome_.facts.milliseconds = p_.session.runtime.tick() - start;
+    isRunning_ = false;
+    p_.view.phase(RunPhase::idle);
+    p_.view.running(false);
 }
 
 void UpdateRun::setCancellable(bool isCancellable) {
@@ -339,7 +266,7 @@ void UpdateRun::cancel() {
     if (!isCancellable_) return;
     cancelRequested_ = true;
     p_.session.stop = p_.session.cancel = true;
-    p_.reader.cancelCommand();
+    p_.ports.cancelCommand();
     p_.site.cancel();
 }
 

@@ -1,32 +1,19 @@
 #pragma once
 
-#include <optional>
 #include <string>
 #include <vector>
 
-#include "run/RunReport.h"
+#include "run/EndTable.h"
 
 namespace corvane {
 
-/// What a device said when it was asked again after the run. Text in Windows-1252.
-struct Proof {
-    bool answered = false;
-    std::string version;
-};
-
 /// What the operator has to know when a run has ended. Texts in UTF-8.
 struct Verdict {
-    enum class Kind {
-        updated,
-        untouched,   ///< the device runs what it ran before
-        waiting,     ///< it sits in its boot loader
-        uncertain,   ///< it may sit there, with its firmware whole
-        handedOver,  ///< a newer program has taken over
-    };
+    using Kind = VerdictKind;
 
     Kind kind = Kind::untouched;
     std::string headline;
-    std::vector<std::string> facts;
+    std::vector<std::string> facts;  ///< the cause first
     std::vector<std::string> steps;  ///< what mends it, to be numbered
     bool isSafeToUnplug = true;
     bool isUnplugged = false;
@@ -36,8 +23,7 @@ struct Verdict {
     std::string unplugText() const;
 };
 
-/// The proof is missing when nobody asked the device again.
-Verdict verdictFor(const RunReport& report, const std::optional<Proof>& proof);
+Verdict verdictFor(const Outcome& outcome);
 
 /// All of it as lines, the steps numbered.
 std::vector<std::string> verdictLines(const Verdict& verdict);

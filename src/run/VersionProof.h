@@ -1,8 +1,7 @@
 #pragma once
 
 #include "protocol/DeviceScanner.h"
-#include "run/RunReport.h"
-#include "run/Verdict.h"
+#include "run/Outcome.h"
 
 namespace corvane {
 
@@ -13,7 +12,7 @@ public:
     VersionProof(DeviceSession& session, DeviceScanner& scanner) : session_(session), scanner_(scanner) {}
 
     /// For a run that updated its device; takes some seconds at most.
-    Proof ask(const RunReport& report);
+    [[nodiscard]] Proof ask(const RunFacts& device);
 
 private:
     DeviceSession& session_;

@@ -17,7 +17,7 @@ std::string InfReader::ReadInfValue(std::string_view section, std::string_view k
 }
 
 const SiteInformation* InfReader::information() {
-    if (!information_) information_ = SiteInformation::load(folder_.resolve("\\firmware.inf"));
+    if (!information_) information_ = SiteInformation::load(informationPath());
     return information_ ? &*information_ : nullptr;
 }
 

@@ -19,6 +19,9 @@ public:
     std::string ReadInfValue(std::string_view section, std::string_view key, std::string_view byDefault,
                              const std::string& file = {}) const;
 
+    /// Where firmware.inf lies, in the system's bytes.
+    std::string informationPath() const { return folder_.resolve("\\firmware.inf"); }
+
     /// firmware.inf of the program's folder, read when it is first asked for; null when there is none. It stays what it
     /// was until it is forgotten.
     const SiteInformation* information();

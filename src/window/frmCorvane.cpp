@@ -148,22 +148,22 @@ void frmCorvane::pump(std::uint32_t pause) {
 void frmCorvane::startRun(bool force) {
     if (presenter_.isBusy()) return;
     questions_.renew();
-    const auto report = presenter_.start(force);
-    if (report.end == RunEnd::handedOver) return handOver();
-    conclude(report);
+    const auto outcome = presenter_.start(force);
+    if (outcome.end == RunEnd::handedOver) return handOver();
+    conclude(outcome);
     if (closesWhenFinished_) close();
 }
 
-void frmCorvane::conclude(const RunReport& report) {
-    if (report.end == RunEnd::updated) ui_.notice->say(noticeWhileAsking());
+void frmCorvane::conclude(const Outcome& outcome) {
+    if (outcome.end == RunEnd::updated) ui_.notice->say(noticeWhileAsking());
     QApplication::setOverrideCursor(Qt::WaitCursor);
-    const auto verdict = presenter_.conclude(report);
+    const auto verdict = presenter_.conclude(outcome);
     QApplication::restoreOverrideCursor();
     ui_.notice->say(noticeFor(verdict));
     const bool isUpdated = verdict.kind == Verdict::Kind::updated;
     ui_.txtVerdict->showVerdict(verdict, isUpdated ? QStringList() : hints_);
-    clearHints();                                  // the card says what still matters
-    showDevice(isUpdated ? RunReport() : report);  // ready for the next one
+    clearHints();                                        // the card says what still matters
+    showDevice(isUpdated ? RunFacts() : outcome.facts);  // ready for the next one
     const int devices = updater_.jobs().updatedDevices();
     if (devices > 0)
         ui_.labJobs->setText(devices == 1 ? tr("1 device updated") : tr("%1 devices updated").arg(devices));
@@ -173,12 +173,12 @@ void frmCorvane::conclude(const RunReport& report) {
     (verdict.callsForForce ? ui_.cmdForceISP : ui_.cmdStartCheck)->setFocus();
 }
 
-void frmCorvane::showDevice(const RunReport& report) {
-    deviceVersion_ = report.deviceVersion;
+void frmCorvane::showDevice(const RunFacts& facts) {
+    deviceVersion_ = facts.deviceVersion;
     showStep();
-    ui_.labDevice->setText(report.deviceVersion.empty()
+    ui_.labDevice->setText(facts.deviceVersion.empty()
                                ? tr("Connect one device. All serial ports and USB readers are searched for it.")
-                               : fromDevice(report.port + ": " + report.deviceVersion));
+                               : fromDevice(facts.port + ": " + facts.deviceVersion));
 }
 
 void frmCorvane::showStep() { ui_.labFileStep->showText(fromDevice(presenter_.localStep(deviceVersion_))); }
@@ -201,7 +201,7 @@ void frmCorvane::closeEvent(QCloseEvent* event) {
     if (presenter_.isBusy()) {
         event->ignore();
         closesWhenFinished_ = true;
-        if (presenter_.controls().cancel) {
+        if (presenter_.controls().cancel || questions_.isAskingAboutImage()) {
             presenter_.cmdCancel_Click();
             questions_.abandon();
         } else {
@@ -250,9 +250,9 @@ void frmCorvane::cancellable(bool /*isCancellable*/) { refresh(); }
 void frmCorvane::phase(RunPhase phase) {
     if (phase != RunPhase::idle) ui_.notice->say(noticeFor(phase));
     for (int i = 0; i < 3; ++i) ui_.steps[i]->setCurrent(i + 1 == stepOf(phase));
-    if (phase == RunPhase::selection) showDevice(updater_.run().report());
+    if (phase == RunPhase::selection) showDevice(updater_.run().facts());
     meter_.phase(phase, platform_.runtime.tick());
-    if (phase == RunPhase::program) meter_.records(updater_.run().report().imageRecords);
+    if (phase == RunPhase::program) meter_.records(updater_.run().facts().imageRecords);
     progress(0, 0);
 }
 

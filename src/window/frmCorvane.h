@@ -55,8 +55,8 @@ private:
     void pump(std::uint32_t pause);
     void showProgress();
     void startRun(bool force);
-    void conclude(const RunReport& report);
-    void showDevice(const RunReport& report);
+    void conclude(const Outcome& outcome);
+    void showDevice(const RunFacts& facts);
     void showStep();
     void handOver();
     void refresh();

@@ -24,32 +24,6 @@ TEST(ArgumentWords, AreTakenOrRefused) {
     EXPECT_EQ(parseArguments({"scan", "--help"}, problem)->command, Arguments::Command::help);
 }
 
-TEST(ExitStatus, TellsHowARunEnded) {
-    struct Case {
-        RunEnd end;
-        int code, cancelled;
-    };
-    const Case cases[] = {
-        {RunEnd::updated, 0, 0},           {RunEnd::declined, 1, 1},
-        {RunEnd::nothingSuitable, 1, 1},   {RunEnd::nothingListed, 1, 1},
-        {RunEnd::handedOver, 1, 1},        {RunEnd::noDevice, 3, 1},
-        {RunEnd::loginFailed, 4, 1},       {RunEnd::informationMissing, 4, 1},
-        {RunEnd::notDefined, 4, 1},        {RunEnd::imageMissing, 4, 1},
-        {RunEnd::handOverFailed, 4, 1},    {RunEnd::noBootLoader, 5, 5},
-        {RunEnd::programmingFailed, 5, 5}, {RunEnd::failed, 4, 1},
-    };
-    for (const auto& one : cases) {
-        RunReport report;
-        report.end = one.end;
-        EXPECT_EQ(exitStatus(report), one.code) << static_cast<int>(one.end);
-        report.cancelled = true;
-        EXPECT_EQ(exitStatus(report), one.cancelled) << static_cast<int>(one.end);
-    }
-    RunReport half;
-    half.wasSwitched = true;
-    EXPECT_EQ(exitStatus(half), 5);
-}
-
 class UpdateCommand : public ConsoleTest {
 protected:
     /// Calls a handler once the log ends with a text, from within the run.

@@ -1,12 +1,10 @@
 #include "faults/Trial.h"
 
-#include "console/Console.h"
 #include "models/Device.h"
 #include "models/Flash.h"
 #include "models/PacedLine.h"
-#include "support/AppBench.h"
+#include "support/Program.h"
 #include "text/Text.h"
-#include "window/presenter/MainPresenter.h"
 
 namespace corvane::faults {
 namespace {
@@ -63,11 +61,9 @@ public:
     }
 
     /// A run of a fresh program; nothing when it was killed.
-    std::optional<RunReport> run(bool force, std::optional<std::int64_t> killedAt) {
-        bench_.face.log.clear();
-        Updater updater(bench_.platform(), bench_.face.face());
-        MainPresenter presenter(updater);
-        presenter.load();
+    std::optional<Outcome> run(bool force, std::optional<std::int64_t> killedAt) {
+        fakes::Program program(bench_);
+        auto& presenter = program.presenter;
         presenter.account("h", "u", "p");
         if (!setup_.isOnLine) {
             presenter.optLine_Click(true);
@@ -79,17 +75,16 @@ public:
             if (bench_.runtime.ms() - start > kLongestRun) throw std::runtime_error("the run does not end");
         });
         cancelStalls(presenter);
-        std::optional<RunReport> report;
+        std::optional<Outcome> outcome;
         try {
-            report = presenter.start(force);
-            verdict_ = updater.conclude(*report, true);
-            updater.shutDown();
+            outcome = program.start(force);
+            verdict_ = program.updater.conclude(*outcome, true);
         } catch (const Killed&) {
-            report.reset();
+            outcome.reset();
             if (bench_.serial.control.PortOpen()) bench_.serial.control.PortOpen(false);  // as the system closes it
         }
         bench_.runtime.setPump(nullptr);
-        return report;
+        return outcome;
     }
 
     std::string memoryFault() const {
@@ -137,21 +132,22 @@ private:
     Verdict verdict_;
 };
 
-std::string disagreement(const World& world, const RunReport& report) {
+std::string disagreement(const World& world, const Outcome& outcome) {
     using Kind = Verdict::Kind;
     const auto& device = world.device();
     const auto kind = world.verdict().kind;
     const bool isOld = world.isOldFirmware(), isUpdated = kind == Kind::updated;
-    const int status = exitStatus(report);
+    const bool wasErased = outcome.facts.repeatedRecords.has_value();
+    const int status = exitStatus(outcome);
     if ((status == 0) != isUpdated || (kind == Kind::waiting && status != 5))
         return "exit status " + std::to_string(status) + " beside the verdict " + verdictName(kind);
     if (isUpdated && !world.memoryFault().empty()) return "updated, but " + world.memoryFault();
     if (kind == Kind::untouched && (!isOld || (device.isInBoot() && device.isPlugged())))
         return "untouched, but it is not";
     if (kind == Kind::uncertain && !isOld) return "uncertain, but its firmware is gone";
-    if (kind == Kind::waiting && !report.wasErased && !isOld) return "its firmware is not there";
+    if (kind == Kind::waiting && !wasErased && !isOld) return "its firmware is not there";
     if (!isUpdated && world.verdict().facts.empty()) return "no reason is given";
-    if (report.wasErased && !isUpdated && !world.isInJournal()) return "the journal does not know";
+    if (wasErased && !isUpdated && !world.isInJournal()) return "the journal does not know";
     return {};
 }
 

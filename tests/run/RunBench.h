@@ -2,18 +2,16 @@
 
 #include <gtest/gtest.h>
 
-#include "support/AppBench.h"
-#include "window/presenter/MainPresenter.h"
+#include "support/Program.h"
 
 namespace corvane {
 
 using fakes::kImage;
 
 /// A run in virtual time: a device, an image, the whole workflow.
-class RunTest : public ::testing::Test, protected fakes::AppBench {
+class RunTest : public ::testing::Test, protected fakes::AppBench, protected fakes::Program {
 protected:
-    RunTest() { presenter.load(); }
-    ~RunTest() override { updater.shutDown(); }
+    RunTest() : fakes::Program(static_cast<fakes::AppBench&>(*this)) {}
 
     /// The only device that there is, with these faults.
     models::Device& plugOnly(std::initializer_list<std::string_view> faults, models::DeviceOptions options = {}) {
@@ -24,25 +22,16 @@ protected:
         return plug(std::move(options));
     }
 
+    /// Calls the handler when this text is logged.
+    void when(const std::string& logged, const std::function<void()>& handler) {
+        face.onText = [=](const std::string& text) {
+            if (text == logged) handler();
+        };
+    }
+
     models::Device& device() { return *devices.front(); }
-
-    void loadImage(const std::string& content = kImage) {
-        presenter.optLine_Click(true);
-        ASSERT_TRUE(presenter.loadFile(folder.folder.file("local.hex", content)));
-    }
-
-    RunReport start(bool force = false) {
-        log().clear();
-        return presenter.start(force);
-    }
-
     std::string& log() { return face.log; }
-
     std::string stored(const std::string& name) const { return fakes::ScratchFolder::content(folder.folder.at(name)); }
-
-    fakes::AppBench& bench = *this;
-    Updater updater{platform(), face.face()};
-    MainPresenter presenter{updater};
 };
 
 inline const std::string kFound =

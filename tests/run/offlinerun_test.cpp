@@ -26,7 +26,8 @@ TEST_F(OfflineRun, CarriesADeviceThroughAWholeUpdate) {
                                      RunPhase::erase, RunPhase::program, RunPhase::reset, RunPhase::idle}));
     EXPECT_TRUE(reader.calls.empty());
     EXPECT_FALSE(updater.serialPort().PortOpen());
-    EXPECT_EQ(report.deviceVersion + "|" + report.port + "|" + report.version, "TARN-R200 V5.1R23|COM1|V5.2R1");
+    EXPECT_EQ(report.facts.deviceVersion + "|" + report.facts.port + "|" + report.facts.version,
+              "TARN-R200 V5.1R23|COM1|V5.2R1");
 }
 
 TEST_F(OfflineRun, RepeatsWhatFailedAndNothingElse) {
@@ -41,18 +42,19 @@ TEST_F(OfflineRun, RepeatsWhatFailedAndNothingElse) {
         std::initializer_list<std::string_view> faults;
         std::string log;  // small letters for what failed, digits for tries
         int erases, restarts;
+        RunEnd end;
     } cases[] = {
-        {{"erase-nak"}, "e1EP", 2, 1},
-        {{"erase-nakx*"}, "e1e2e3", 3, 0},
-        {{"nak@:04002000090A0B0CB2x3"}, "Ep1P", 1, 1},
-        {{"nak@:00000001FFx*"}, "Ep1p2p3", 1, 0},
-        {{"erase-nak", "nak@:04002000090A0B0CB2x3"}, "e1Ep2P", 2, 1},
+        {{"erase-nak"}, "e1EP", 2, 1, RunEnd::updated},
+        {{"erase-nakx*"}, "e1e2e3", 3, 0, RunEnd::eraseFailed},
+        {{"nak@:04002000090A0B0CB2x3"}, "Ep1P", 1, 1, RunEnd::updated},
+        {{"nak@:00000001FFx*"}, "Ep1p2p3", 1, 0, RunEnd::programmingFailed},
+        {{"erase-nak", "nak@:04002000090A0B0CB2x3"}, "e1Ep2P", 2, 1, RunEnd::updated},
     };
     for (const auto& one : cases) {
         SCOPED_TRACE(one.log);
         plugOnly(one.faults);
         loadImage();
-        EXPECT_EQ(start().end, one.restarts ? RunEnd::updated : RunEnd::programmingFailed);
+        EXPECT_EQ(start().end, one.end);
         auto wanted = kChosen + kToIsp;
         for (const char letter : one.log) wanted += texts.at(letter);
         EXPECT_EQ(log(), wanted);
@@ -75,15 +77,15 @@ TEST_F(OfflineRun, EndsLessThanThreeSecondsAfterAnUnplugging) {
     } cases[] = {
         {"unplug-byte@1", RunEnd::noDevice, noDevice},       // looking for a prompt
         {"unplug-request@01", RunEnd::noDevice, noDevice},   // asked for its version
-        {"unplug-request@1f", RunEnd::noBootLoader, noIsp},  // asked to switch
-        {"unplug-request@00", RunEnd::noBootLoader, noIsp},  // the login begins
-        {"unplug-request@03", RunEnd::noBootLoader, noIsp},  // the password
-        {"cut@5", RunEnd::noBootLoader, noIsp},              // the second switch
-        {"cut@6", RunEnd::noBootLoader, noPrompt},           // the prompt
-        {"unplug-erase", RunEnd::programmingFailed, noErase},
-        {"unplug@1", RunEnd::programmingFailed, noProgram},
-        {"unplug@:0400000001020304F2", RunEnd::programmingFailed, noProgram},
-        {"unplug@:00000001FF", RunEnd::programmingFailed, noProgram},
+        {"unplug-request@1f", RunEnd::lostInSwitch, noIsp},  // asked to switch
+        {"unplug-request@00", RunEnd::lostInSwitch, noIsp},  // the login begins
+        {"unplug-request@03", RunEnd::lostInSwitch, noIsp},  // the password
+        {"cut@5", RunEnd::lostInSwitch, noIsp},              // the second switch
+        {"cut@6", RunEnd::lostInSwitch, noPrompt},           // the prompt
+        {"unplug-erase", RunEnd::lostInBootLoader, noErase},
+        {"unplug@1", RunEnd::lostInBootLoader, noProgram},
+        {"unplug@:0400000001020304F2", RunEnd::lostInBootLoader, noProgram},
+        {"unplug@:00000001FF", RunEnd::lostInBootLoader, noProgram},
     };
     models::DeviceOptions options;
     options.password = "quill";
@@ -108,7 +110,7 @@ TEST_F(OfflineRun, TakesABootLoaderOnlyWhenForcedAndAtAnyRate) {
     options.startsInBoot = true;
     plug(options);
     loadImage();
-    EXPECT_EQ(start().end, RunEnd::noDevice);
+    EXPECT_EQ(start().end, RunEnd::bootLoaderSeen);
     EXPECT_EQ(log(),
               "\f\fOpen COM1 ... < OK\r\n   Scan by 19200,N,8,1, In ISP Mode!!\r\n"
               "Can not found any device on comm port!!\r\n");
@@ -131,7 +133,7 @@ TEST_F(OfflineRun, OffersWhatLiesInTheDownloadFolder) {
     plug();
     presenter.optLine_Click(true);
     const std::string section = "]\nPRODUCT=TARN-R200\nVERSION=V5.2R1\nDESC=two\\nlines\nISP_BAUDRATE=19200\nFILE=";
-    EXPECT_EQ(start().end, RunEnd::nothingListed);
+    EXPECT_EQ(start().end, RunEnd::nothingDownloaded);
     EXPECT_EQ(log(), "\f" + kFound + "Firmware file(s) not found !!!\r\n");
     write("firmware.inf", "[PGM_A" + section + "/f/none.hex\n[PGM_B" + section + "/f/here.hex\n[PGM_C" + section +
                               "x\\HERE.hex\n[PGM_D" + section + "../..\n[PGM_E" + section + "here.hex\n");
@@ -143,7 +145,7 @@ TEST_F(OfflineRun, OffersWhatLiesInTheDownloadFolder) {
     EXPECT_EQ(memoryFault(), "");
     EXPECT_EQ(settings.values["Corvane/Query/LastROM"], "PGM_B");
     face.selects = "PGM_C";  // its own name holds a separator: nothing is fetched by it
-    EXPECT_EQ(start().end, RunEnd::imageMissing);
+    EXPECT_EQ(start().end, RunEnd::imageNotFetched);
     EXPECT_TRUE(log().ends_with("\r\n\r\nFirmware download fail!!\r\n"));
 }
 
@@ -153,20 +155,24 @@ TEST_F(OfflineRun, EndsWithoutTouchingTheDevice) {
     EXPECT_EQ(start().end, RunEnd::nothingSuitable);
     EXPECT_EQ(log(), "\f" + kFound + "Firmware not found!!!\r\n");
     loadImage("[INFO]\nPGM=TARN\n:00000001FF\n");  // without data
-    EXPECT_EQ(start().end, RunEnd::imageMissing);
+    EXPECT_EQ(start().end, RunEnd::imageEmpty);
     loadImage();
     face.closesSelection = true;
     EXPECT_EQ(start().end, RunEnd::declined);
     EXPECT_EQ(log(), "\f" + kFound + "Cancel Update!!!\r\n");
     face.closesSelection = false;
     face.onSelection = [this] { presenter.cmdCancel_Click(); };
-    const auto report = start();
-    EXPECT_EQ(report.end, RunEnd::imageMissing);
-    EXPECT_TRUE(report.cancelled);
+    EXPECT_EQ(start().end, RunEnd::cancelled);
     EXPECT_EQ(log(), kChosen + "Firmware download fail!!\r\n");
     face.onSelection = nullptr;
+    face.offered.clear();
+    when("[Local Site]\r\n", [this] { presenter.cmdCancel_Click(); });  // too late for the scan
+    EXPECT_EQ(start().end, RunEnd::cancelled);
+    EXPECT_EQ(log(), "\f" + kFound + "Cancel Update!!!\r\n");
+    EXPECT_TRUE(face.offered.empty());
+    face.onText = nullptr;
     std::filesystem::remove(presenter.choices().image.path);
-    EXPECT_EQ(start().end, RunEnd::imageMissing);
+    EXPECT_EQ(start().end, RunEnd::imageNotThere);
     EXPECT_EQ(device().log().switches, 0);
 }
 
@@ -181,7 +187,7 @@ TEST_F(OfflineRun, IsLeftAloneWhileItProgramsAndLeavesOrderBehindWhateverHappens
         presenter.optLine_Click(false);
         presenter.optLast_Click();
     };
-    EXPECT_FALSE(start().cancelled);
+    EXPECT_EQ(start().end, RunEnd::updated);
     EXPECT_EQ(second, RunEnd::alreadyRunning);
     EXPECT_EQ(device().log().erases, 1);
     EXPECT_EQ(device().log().restarts, 1);
@@ -191,7 +197,7 @@ TEST_F(OfflineRun, IsLeftAloneWhileItProgramsAndLeavesOrderBehindWhateverHappens
     };
     const auto report = start();
     EXPECT_EQ(report.end, RunEnd::failed);
-    EXPECT_EQ(report.failure, "no memory");
+    EXPECT_EQ(report.cause, "no memory");
     EXPECT_FALSE(updater.serialPort().PortOpen());
     EXPECT_EQ(face.events.back(), "idle");
     face.onText = nullptr;

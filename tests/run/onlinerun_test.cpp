@@ -29,7 +29,7 @@ protected:
     void inform(const std::string& information) { answer("/firmware/firmware.inf", information); }
 
     /// A run that logs in, whatever was open before.
-    RunReport startAnew() {
+    Outcome startAnew() {
         updater.site().disconnect();
         return start();
     }
@@ -93,7 +93,7 @@ TEST_F(OnlineRun, UsesAnOpenSessionAndClosesItAfter180Seconds) {
     runTo(loggedIn + 400000 + 170000);
     EXPECT_TRUE(isSessionOpen());
     face.onSelection = [this] { runTo(runtime.ms() + 190000); };
-    EXPECT_EQ(startAnew().end, RunEnd::imageMissing);
+    EXPECT_EQ(startAnew().end, RunEnd::sessionClosed);
     EXPECT_EQ(log(),
               kListed + kFound + "Service disconnect\r\n" + kOffer + "one\r\ntwo\r\n\r\nFirmware download fail!!\r\n");
 }
@@ -107,7 +107,7 @@ TEST_F(OnlineRun, EndsWhereTheSiteFailsOrTheOperatorGivesUp) {
     } cases[] = {
         {"", RunEnd::loginFailed, "\fLogin Server... < NG\r\n", false},
         {"/firmware/firmware.inf", RunEnd::informationMissing, kLogin + "Downloading File... < NG\r\n", false},
-        {"/f/r200.hex", RunEnd::imageMissing, kOffered + kNoImage, true},
+        {"/f/r200.hex", RunEnd::imageNotFetched, kOffered + kNoImage, true},
     };
     write("firmware.inf", "old");
     write("Download/r200.hex", kImage);  // an old copy must not be taken instead
@@ -130,9 +130,7 @@ TEST_F(OnlineRun, EndsWhereTheSiteFailsOrTheOperatorGivesUp) {
             pressed = runtime.ms() + 500;
             runtime.at(pressed, [&] { presenter.cmdCancel_Click(); });
         });
-        const auto report = startAnew();
-        EXPECT_EQ(report.end, one.end);
-        EXPECT_TRUE(report.cancelled);
+        EXPECT_EQ(startAnew().end, RunEnd::cancelled);
         EXPECT_EQ(log(), one.log);
         EXPECT_LE(runtime.ms() - pressed, 100);
         reader.answers = whole;
@@ -177,7 +175,7 @@ TEST_F(OnlineRun, WritesNothingOutsideItsFolder) {
         inform("[PGM_A]\nPRODUCT=TARN\nVERSION=V9\nDESC=\nISP_BAUDRATE=57600\nFILE=" + file + "\n");
         answer(file.starts_with('/') ? file : "/" + file, kImage);
         reader.calls.clear();
-        EXPECT_EQ(startAnew().end, one.local ? RunEnd::updated : RunEnd::imageMissing);
+        EXPECT_EQ(startAnew().end, one.local ? RunEnd::updated : RunEnd::imageNotFetched);
         EXPECT_EQ(reads().size(), one.local ? 3U : 2U);
         if (one.local) {
             EXPECT_EQ(stored(std::string("Download/") + one.local), kImage);
@@ -221,7 +219,10 @@ TEST_F(OnlineRun, StartsANewerProgramOrGoesOn) {
     answer("/p/new.exe", "#!program");
     write("download/Corvane.exe", "what an earlier run left");
     write("download/corvane.exe", "something else");
-    EXPECT_EQ(start().end, RunEnd::handedOver);
+    const auto outcome = start();
+    EXPECT_EQ(outcome.end, RunEnd::handedOver);
+    EXPECT_EQ(updater.conclude(outcome, true).headline, "The newer program has been started.");
+    EXPECT_TRUE(updater.jobs().last(1).empty()) << "it was no job on a device";
     EXPECT_EQ(log(), kListed + "Downloading File... < OK\r\n Disconnected...\r\n Install New Corvane...\r\n");
     EXPECT_EQ(stored("download/Corvane.exe"), "#!program");
     EXPECT_EQ(launcher.started, std::vector<std::string>{folder.folder.at("download/Corvane.exe") +
@@ -233,8 +234,11 @@ TEST_F(OnlineRun, StartsANewerProgramOrGoesOn) {
     reader.calls.clear();
     auto report = start();
     EXPECT_EQ(report.end, RunEnd::updated);
-    EXPECT_EQ(report.newerProgram.words, "the transfer broke off: the server did not answer with data");
-    EXPECT_FALSE(report.siteFailure);
+    EXPECT_EQ(report.cause, "");
+    EXPECT_EQ(report.facts.remarks,
+              std::vector<std::string>{"The newer program could not be fetched: the transfer broke "
+                                       "off: the server did not answer with data. This one went "
+                                       "on."});
     EXPECT_TRUE(log().starts_with(kListed + "Downloading File... < NG\r\n"));
     EXPECT_EQ(reads()[2],
               "start " + kSite + "/firmware/utility/corvane.exe -> " + folder.folder.at("download/Corvane.exe"));
@@ -242,18 +246,14 @@ TEST_F(OnlineRun, StartsANewerProgramOrGoesOn) {
     launcher.failure = "Exec format error";
     report = startAnew();
     EXPECT_EQ(report.end, RunEnd::handOverFailed);
-    EXPECT_EQ(report.failure, "Exec format error");
+    EXPECT_EQ(report.cause, "Exec format error");
     face.onBox = [this](Question, const std::string&) { return runTo(runtime.ms() + 190000), false; };
-    report = startAnew();  // and the idle watch closes the session while the question stands open
-    EXPECT_EQ(report.end, RunEnd::loginFailed);
-    EXPECT_EQ(report.siteFailure.kind, SiteFailure::Kind::sessionClosed);
+    EXPECT_EQ(startAnew().end, RunEnd::sessionClosed) << "by the idle watch, while the question stood open";
     face.onBox = nullptr;
     inform(kSection);
-    EXPECT_EQ(startAnew().siteFailure.words, "");
+    EXPECT_EQ(startAnew().cause, "");
     presenter.account("ftp.example", "another", "secret");
-    report = start();  // the old session is not the chosen one's
-    EXPECT_EQ(report.end, RunEnd::loginFailed);
-    EXPECT_EQ(report.siteFailure.kind, SiteFailure::Kind::brokenOff);
+    EXPECT_EQ(start().end, RunEnd::loginFailed) << "the old session is not the chosen account's";
 }
 
 }  // namespace

@@ -69,7 +69,7 @@ TEST_F(Safety, RemembersADeviceWithoutFirmware) {
     EXPECT_EQ(start().end, RunEnd::updated);
     EXPECT_EQ(journalled(), entry);  // that was another device
     updater.session().rememberedPort.clear();
-    journal.add({"t", "COM2", "b", "/y"});
+    EXPECT_TRUE(journal.add({"t", "COM2", "b", "/y"}));
     EXPECT_EQ(start(true).end, RunEnd::updated);
     EXPECT_EQ(journalled(), "COM2:b;");
     models::DeviceOptions stuck;
@@ -116,13 +116,13 @@ TEST_F(Safety, RecordsEveryJob) {
     EXPECT_EQ(joined(jobFields(line), "|"),
               "2026-11-24 14:02:07|COM1|'=TARN-R200 \"A\", V5.1|TARN-R200 V5.2R1|local.hex|" + sum + "|0|updated");
     face.closesSelection = true;
-    updater.conclude(start(), true);
+    EXPECT_EQ(updater.conclude(start(), true).kind, Verdict::Kind::untouched);
     EXPECT_EQ(updater.jobs().last(1),
               std::vector<std::string>{"2026-11-24 14:02:07,COM1,TARN-R200 V5.2R1,,,,0,untouched"});
     EXPECT_EQ(updater.jobs().last(9).size(), 2U);
     EXPECT_EQ(updater.jobs().updatedDevices(), 1);
     updater.jobs().keepIn(folder.path());
-    EXPECT_EQ(updater.conclude(start(), true).facts.back(), "The record " + folder.path() + " could not be written.");
+    EXPECT_EQ(updater.conclude(start(), true).facts[1], "The record " + folder.path() + " could not be written.");
 }
 
 TEST_F(Safety, ChecksTheDigestOfAnImageWhenThereIsOne) {
@@ -141,15 +141,16 @@ TEST_F(Safety, ChecksTheDigestOfAnImageWhenThereIsOne) {
     EXPECT_EQ(runWith("").end, RunEnd::updated);
     EXPECT_EQ(runWith("sha256=" + upperCase(right) + "\n").end, RunEnd::updated);
     const auto report = runWith("SHA256=" + wrong + "\n");
-    EXPECT_EQ(report.end, RunEnd::imageMissing);
+    EXPECT_EQ(report.end, RunEnd::imageNotTheOne);
     EXPECT_TRUE(log().ends_with("Downloading File... < NG\r\nFirmware download fail!!\r\n"));
-    EXPECT_EQ(report.siteFailure.kind, SiteFailure::Kind::wrongContent);
-    EXPECT_EQ(report.siteFailure.words, "its SHA-256 is " + right + ", but firmware.inf says " + wrong);
+    EXPECT_EQ(report.cause, "its SHA-256 is " + right + ", but firmware.inf says " + wrong);
     EXPECT_EQ(stored("Download/a.hex"), "(none)");
     EXPECT_EQ(device().log().erases, 2);
     presenter.optLine_Click(true);
     write("Download/a.hex", kImage);
-    EXPECT_EQ(start().siteFailure.words, report.siteFailure.words);
+    const auto offLine = start();
+    EXPECT_EQ(offLine.end, RunEnd::imageNotTheOne);
+    EXPECT_EQ(offLine.cause, report.cause);
     EXPECT_EQ(stored("Download/a.hex"), kImage);
 
     const auto digestOf = [](const std::string& path) {

@@ -1,21 +1,20 @@
 #include "RunBench.h"
-#include "app/PortAdvisor.h"
-#include "window/presenter/ProgressMeter.h"
 
 namespace corvane {
 namespace {
 
+/// What becomes of the device, and what its operator has to know of that. tests/console walks through the causes.
 class VerdictOfARun : public RunTest {
 protected:
-    Verdict judge(const std::string& fault, bool force = false, bool prove = false) {
-        devices.clear();
-        bench.serial.map.entries.clear();
+    Verdict judge(std::string_view fault, bool force = false, bool prove = false) {
         models::DeviceOptions options;
         options.nextVersion = "TARN-R200 V5.2R1";
-        if (!fault.empty()) options.faults.add(fault);
-        plug(options);
+        if (fault.empty()) {
+            plugOnly({}, options);
+        } else {
+            plugOnly({fault}, options);
+        }
         loadImage();
-        updater.session().rememberedPort.clear();
         return updater.conclude(start(force), prove);
     }
 
@@ -30,67 +29,66 @@ protected:
 TEST_F(VerdictOfARun, IsUpdatedWithItsProof) {
     auto verdict = judge("nak@:0400100005060708D2", false, true);
     EXPECT_EQ(verdict.kind, Verdict::Kind::updated);
-    EXPECT_TRUE(verdict.isSafeToUnplug);
-    EXPECT_TRUE(says(verdict, "COM1: TARN-R200 V5.1R23 before the run."));
-    EXPECT_TRUE(says(verdict, "Image: local.hex, TARN-R200 V5.2R1, " + std::to_string(sizeof kImage - 1) +
-                                  " bytes, SHA-256 " + bench.digest.sha256(kImage) + "."));
-    EXPECT_TRUE(says(verdict, "The device now answers with TARN-R200 V5.2R1."));
-    EXPECT_TRUE(says(verdict, "1 record was repeated."));
-    EXPECT_TRUE(verdict.steps.empty());
-    const auto logged = log();
-    EXPECT_EQ(logged.substr(logged.size() - 15), "Update Finish\r\n");  // the proof adds nothing
-
-    verdict = judge("unplug-request@01");
-    EXPECT_EQ(verdict.kind, Verdict::Kind::untouched);
-    devices.clear();
-    RunReport report;
-    report.end = RunEnd::updated;
-    report.portName = "COM9";
-    report.version = "V5.2R1";
-    EXPECT_TRUE(says(updater.conclude(report, true), "did not answer when it was asked"));
-    EXPECT_TRUE(says(verdictFor(report, Proof{true, "TARN V5.1"}), "TARN V5.1; the image's version is V5.2R1."));
-    report.portLost = true;
-    EXPECT_TRUE(says(verdictFor(report, std::nullopt), "was lost when the device was to restart"));
-}
-
-TEST_F(VerdictOfARun, IsUntouchedAsLongAsTheDeviceIs) {
-    auto verdict = judge("refuse@1f=07");
-    EXPECT_EQ(verdict.kind, Verdict::Kind::untouched);
-    EXPECT_TRUE(says(verdict, "did not agree to switch"));
-    EXPECT_TRUE(says(verdict, "It is safe to unplug the device."));
-    bench.face.agrees = false;
-    EXPECT_TRUE(says(judge(""), "No image was chosen."));
-    bench.face.agrees = true;
-    bench.face.onSelection = [this] { presenter.cmdCancel_Click(); };
+    const std::vector<std::string> facts(verdict.facts.begin(), verdict.facts.end() - 1);
+    EXPECT_EQ(facts,
+              (std::vector<std::string>{"COM1: TARN-R200 V5.1R23 before the run.",
+                                        "Image: local.hex, TARN-R200 V5.2R1, " + std::to_string(sizeof kImage - 1) +
+                                            " bytes, SHA-256 " + digest.sha256(kImage) + ".",
+                                        "The device now answers with TARN-R200 V5.2R1.", "1 record was repeated."}));
+    EXPECT_TRUE(verdict.isSafeToUnplug && verdict.steps.empty());
+    EXPECT_TRUE(log().ends_with("Update Finish\r\n")) << "the proof adds nothing";
+    Outcome outcome;
+    outcome.end = RunEnd::updated;
+    outcome.facts.version = "V5.2R1";
+    outcome.facts.portName = "COM9";  // which is not there
+    EXPECT_TRUE(says(updater.conclude(outcome, true), "did not answer when it was asked"));
+    outcome.facts.proof = {true, "TARN V5.1"};
+    EXPECT_TRUE(says(verdictFor(outcome), "TARN V5.1; the image's version is V5.2R1."));
+    when("Update Finish\r\n", [this] { device().unplug(); });
     verdict = judge("");
-    EXPECT_EQ(verdict.headline, "The device was not changed.");
-    EXPECT_TRUE(says(verdict, "The run was cancelled."));
-    EXPECT_TRUE(verdict.steps.empty());
+    EXPECT_EQ(verdict.headline, "The device is updated.");
+    EXPECT_EQ(verdict.facts[0],
+              "COM1 was lost when the device was to restart; if it does not run, switch it off and on.");
 }
 
-TEST_F(VerdictOfARun, IsTheBootLoaderFromThereOn) {
-    auto verdict = judge("drop@2");  // the answer to the switch
-    EXPECT_EQ(verdict.kind, Verdict::Kind::uncertain);
-    EXPECT_TRUE(says(verdict, "was asked to switch into its boot loader and did not confirm it"));
-    EXPECT_TRUE(says(verdict, "It is safe to unplug the device."));
-    EXPECT_TRUE(says(verdict, "1. Switch the device off and on."));
-    verdict = judge("boot-deaf=9000");
-    EXPECT_EQ(verdict.headline, "The device waits in its boot loader. Its firmware is still there.");
-    EXPECT_TRUE(says(verdict, "1. Switch the device off and on."));
-    EXPECT_TRUE(verdict.isSafeToUnplug && !verdict.callsForForce);
-    for (const char* fault : {"nak@:0400100005060708D2x*", "erase-nakx*", "unplug@1", "unplug-erase"}) {
-        verdict = judge(fault);
-        EXPECT_EQ(verdict.kind, Verdict::Kind::waiting) << fault;
-        const bool isErased = std::string(fault).find("erase") == std::string::npos;
-        EXPECT_EQ(verdict.headline, isErased ? "The device waits in its boot loader. It has no working firmware yet."
-                                             : "The device waits in its boot loader. Its firmware may be gone.")
-            << fault;
-        const bool isLost = std::string(fault).find("unplug") == 0;
-        EXPECT_EQ(says(verdict, "Better leave the device plugged in"), !isLost) << fault;
-        EXPECT_TRUE(says(verdict, isLost ? "1. Plug it in again" : "1. Leave the device connected")) << fault;
-        EXPECT_TRUE(says(verdict, "2. Force an update")) << fault;
-        EXPECT_TRUE(verdict.callsForForce) << fault;
+TEST_F(VerdictOfARun, SaysWhatTheDeviceIsNow) {
+    const std::string waits = "The device waits in its boot loader. ", offAndOn = "Switch the device off and on";
+    const struct {
+        const char* fault;
+        Verdict::Kind kind;
+        std::string headline;
+        const char* unplug;
+        std::string step;
+        bool callsForForce;
+    } cases[] = {
+        {"refuse@1f=07", Verdict::Kind::untouched, "The device was not changed.", "It is safe", offAndOn, false},
+        {"drop@2", Verdict::Kind::uncertain, "The device may wait in its boot loader. Its firmware is still there.",
+         "It is safe", offAndOn, false},
+        {"boot-deaf=9000", Verdict::Kind::waiting, waits + "Its firmware is still there.", "It is safe", offAndOn,
+         false},
+        {"erase-nakx*", Verdict::Kind::waiting, waits + "Its firmware may be gone.", "Better", "Leave the device",
+         true},
+        {"unplug-erase", Verdict::Kind::waiting, waits + "Its firmware may be gone.", "", "Plug it in again", true},
+        {"nak@:0400100005060708D2x*", Verdict::Kind::waiting, waits + "It has no working firmware yet.", "Better",
+         "Leave the device", true},
+        {"unplug@1", Verdict::Kind::waiting, waits + "It has no working firmware yet.", "", "Plug it in again", true},
+    };
+    for (const auto& one : cases) {
+        SCOPED_TRACE(one.fault);
+        const auto verdict = judge(one.fault);
+        EXPECT_EQ(verdict.kind, one.kind);
+        EXPECT_EQ(verdict.headline, one.headline);
+        EXPECT_EQ(verdict.unplugText().empty(), *one.unplug == '\0');
+        EXPECT_TRUE(verdict.unplugText().starts_with(one.unplug));
+        EXPECT_TRUE(verdict.steps.at(0).starts_with(one.step)) << verdict.steps[0];
+        EXPECT_EQ(verdict.callsForForce, one.callsForForce);
+        EXPECT_EQ(verdict.isSafeToUnplug, !one.callsForForce);
     }
+    when("[Local Site]\r\n", [this] { device().unplug(); });
+    face.closesSelection = true;
+    const auto verdict = judge("");
+    EXPECT_EQ(verdict.facts[1], "COM1 was lost: it was unplugged, or its cable came loose.");
+    EXPECT_EQ(verdict.unplugText(), "");
 }
 
 TEST_F(VerdictOfARun, LeadsFromABootLoaderThatWasSeenToTheRescueAndItsProof) {
@@ -103,100 +101,21 @@ TEST_F(VerdictOfARun, LeadsFromABootLoaderThatWasSeenToTheRescueAndItsProof) {
     loadImage();
     auto verdict = updater.conclude(start(), true);
     EXPECT_EQ(verdict.headline, "A device waits in its boot loader; nothing was changed.");
-    EXPECT_TRUE(says(verdict, "COM3 answers with the prompt of a boot loader."));
     EXPECT_TRUE(says(verdict, "2. Force an update (Force ISP, or --force on the console)"));
-    EXPECT_FALSE(verdict.isSafeToUnplug) << "its steps say to leave it connected";
+    EXPECT_TRUE(verdict.callsForForce);
     verdict = updater.conclude(start(true), true);
     EXPECT_EQ(verdict.headline, "The device is updated.");
     EXPECT_TRUE(says(verdict, "The device now answers with TARN-R200 V5.2R1."));
 }
 
-TEST(VerdictOfTheSite, RepeatsTheLibrarysWords) {
-    RunReport report;
-    report.end = RunEnd::loginFailed;
-    report.siteFailure = {SiteFailure::Kind::unreachable, "the server h cannot be reached: Could not resolve host"};
-    const auto lines = verdictLines(verdictFor(report, std::nullopt));
-    EXPECT_EQ(lines[1], "The login failed: the server h cannot be reached: Could not resolve host.");
-    EXPECT_EQ(lines[3], "1. Check server, user name and password.");
-}
-
-TEST(Meter, CountsRecordsCalmly) {
-    ProgressMeter meter;
-    std::uint32_t tick = 0xFFFFFF00;  // wraps on the way
-    meter.phase(RunPhase::program, tick);
-    meter.records(1000);
-    EXPECT_EQ(meter.text(), "Programming");
-    meter.progress(0, 50000, tick);
-    std::optional<int> last;
-    for (int i = 1; i <= 1000; ++i) {
-        tick += i % 2 ? 15 : 25;  // 50 a second
-        meter.progress(i * 40, 50000, tick);
-        if (last) {
-            EXPECT_LE(*meter.remaining(), *last) << i;
-        }
-        last = meter.remaining();
-        if (i == 500) {
-            EXPECT_EQ(meter.text(), "Programming: 50 %, 500 of 1000 records, 50 a second, 10 s left");
-            EXPECT_EQ(meter.title(), "50 % Programming");
-        }
-        if (i == 100) {
-            EXPECT_EQ(*meter.remaining(), 20);
-        }
-    }
-    EXPECT_EQ(meter.percent(), 100);
-    meter.progress(0, 0, tick);
-    meter.phase(RunPhase::reset, tick);
-    EXPECT_EQ(meter.text(), "Restarting the device");
-    meter.phase(RunPhase::idle, tick);
-    EXPECT_EQ(meter.text() + meter.title(), "");
-}
-
-TEST(Meter, CountsTheBytesOfATransfer) {
-    ProgressMeter meter;
-    meter.phase(RunPhase::image, 0);
-    meter.progress(0, 100, 0);
-    for (int ms = 100; ms <= 1000; ms += 100) meter.transfer(ms * 2000, 4000000, static_cast<std::uint32_t>(ms));
-    meter.progress(50, 100, 1000);
-    EXPECT_EQ(meter.text(), "Fetching the image: 2000 kB of 4000 kB, 2000 kB a second");
-    EXPECT_EQ(meter.title(), "50 % Fetching the image");
-    EXPECT_FALSE(meter.isUnmeasured());
-    meter.transfer(2100000, 0, 1050);
-    EXPECT_TRUE(meter.isUnmeasured()) << "the server does not tell the size";
-    meter.phase(RunPhase::erase, 1100);
-    EXPECT_TRUE(meter.isUnmeasured());
-    meter.phase(RunPhase::program, 1200);
-    EXPECT_FALSE(meter.isUnmeasured());
-}
-
-TEST(Advice, NamesTheCure) {
-    fakes::SerialBench serial;
-    fakes::FakePortInspector inspector;
-    PortAdvisor advisor(serial.control, serial.map, inspector);
-    models::Device device({});
-    serial.plug(1, device);
-    serial.port.CommPort("COM1");
-    serial.control.markBusy(1);
-    serial.port.PortOpen(true);
-    const auto node = serial.control.openFailure().path;
-    EXPECT_EQ(advisor.refusal("COM1"), "COM1 (" + node + ") is in use by another program. Close that and start again.");
-    inspector.holders[node] = {4711, "minicom"};
-    EXPECT_EQ(advisor.refusal("COM1"),
-              "COM1 (" + node + ") is in use by minicom (process 4711). Close that and start again.");
-    serial.control.markBusy(1, false);
-    serial.control.markForbidden(1);
-    serial.port.PortOpen(true);
-    EXPECT_EQ(advisor.refusal("COM1"),
-              "You may not use COM1 (" + node + "), which belongs to the group dialout. Run \"sudo chown olive " +
-                  node +
-                  "\" and start again; for good, join the group: \"sudo adduser olive dialout\", "
-                  "then log in anew.");
-    advisor.readerFailure = [] { return "/dev/hidraw0: Permission denied"; };
-    EXPECT_EQ(
-        advisor.refusal("HID1"),
-        "HID1 does not open: /dev/hidraw0: Permission denied. Plug the reader in again; when this user may not use "
-        "it, install the udev rules of this program.");
-    inspector.probed.insert("/dev/ttyS1");
-    EXPECT_EQ(advisor.beforeScan({"", "COM1", "HID1"}).size(), 1U);
+TEST_F(VerdictOfARun, HasACauseThatDoesNotOutliveIt) {
+    plug();
+    presenter.account("h", "u", "");
+    EXPECT_EQ(start().end, RunEnd::loginFailed);
+    loadImage("[INFO]\nPGM=TARN\n:00000001FF\n");
+    const auto outcome = start();
+    EXPECT_EQ(outcome.end, RunEnd::imageEmpty);
+    EXPECT_EQ(outcome.cause, "");
 }
 
 }  // namespace

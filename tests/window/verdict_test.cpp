@@ -13,7 +13,7 @@ TEST_F(WindowRun, LeadsFromThreeFailuresToTheRescueAndKeepsBothInTheListOfJobs) 
     agree();
     press("cmdStartCheck");
     EXPECT_EQ(text("labNotice"), "The device waits in its boot loader. It has no working firmware yet.");
-    EXPECT_TRUE(verdict().starts_with("Erasing or programming failed three times.\n")) << verdict();
+    EXPECT_TRUE(verdict().starts_with("Programming failed in three tries.\n")) << verdict();
     EXPECT_NE(verdict().find("Force an update (Force ISP, or --force on the console)"), std::string::npos);
     EXPECT_NE(verdict().find("Better leave the device plugged in"), std::string::npos);
     EXPECT_EQ(control<QWidget>("txtVerdict").accessibleDescription().toStdString(),

@@ -152,7 +152,7 @@ TEST_F(Window, AsksHowTheSiteIsReached) {
 TEST_F(Window, SaysAtItsStartWhichDevicesEarlierRunsLeftBehind) {
     const RunJournal journal(bench.folder);
     for (const auto* port : {"COM3", "COM4", "COM5", "COM6"})
-        journal.add({"2026-11-24 14:02:07", port, "TARN-<b>R200</b> V5.1R23", "/tmp/a.hex"});
+        EXPECT_TRUE(journal.add({"2026-11-24 14:02:07", port, "TARN-<b>R200</b> V5.1R23", "/tmp/a.hex"}));
     window->close();
     open();
     EXPECT_EQ(text("labNotice"),
@@ -163,8 +163,8 @@ TEST_F(Window, SaysAtItsStartWhichDevicesEarlierRunsLeftBehind) {
     EXPECT_EQ(notice.textFormat(), Qt::PlainText);
     EXPECT_TRUE(
         notice.toolTip().contains("COM6, TARN-&lt;b&gt;R200&lt;/b&gt; V5.1R23. To go on, force an update with"));
-    journal.clear();
-    journal.add({"2026-11-24 14:02:07", "COM3", "TARN-R200 V5.1R23", "/tmp/a.hex"});
+    EXPECT_TRUE(journal.clear());
+    EXPECT_TRUE(journal.add({"2026-11-24 14:02:07", "COM3", "TARN-R200 V5.1R23", "/tmp/a.hex"}));
     window->close();
     open();
     EXPECT_EQ(text("labNotice"),

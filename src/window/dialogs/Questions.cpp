@@ -66,7 +66,10 @@ bool Questions::messageBox(Question question, const std::string& text) {
     box.setDefaultButton(question == Question::unsoundImage ? QMessageBox::Cancel : QMessageBox::Ok);
     box.button(QMessageBox::Ok)->setObjectName("cmdOK");
     box.button(QMessageBox::Cancel)->setObjectName("cmdCancel");
-    return show(box) && box.clickedButton() == box.button(QMessageBox::Ok);
+    isAskingAboutImage_ = question == Question::unsoundImage;
+    const bool counts = show(box);
+    isAskingAboutImage_ = false;
+    return counts && box.clickedButton() == box.button(QMessageBox::Ok);
 }
 
 void Questions::chooseFirmware(FirmwareDialog& dialog) {

@@ -24,6 +24,9 @@ public:
     void abandon();
     void renew() { isAbandoned_ = false; }
 
+    /// The question about an unsound image is open: the run has its image, but the device is still as it was.
+    bool isAskingAboutImage() const { return isAskingAboutImage_; }
+
     std::string inputBox(const std::string& prompt, const std::string& title, const std::string& byDefault) override;
     bool messageBox(Question question, const std::string& text) override;
     void chooseFirmware(FirmwareDialog& dialog) override;
@@ -35,6 +38,7 @@ private:
     QWidget& window_;
     QList<QDialog*> open_;  // each asks for the one below it
     bool isAbandoned_ = false;
+    bool isAskingAboutImage_ = false;
 };
 
 }  // namespace corvane

@@ -72,16 +72,16 @@ std::string MainPresenter::localStep(const std::string& deviceVersion) const {
     return updater_.choices.useFile ? "Choose a file to install." : "";
 }
 
-RunReport MainPresenter::start(bool force) {
-    auto report = updater_.run().run(force);
+Outcome MainPresenter::start(bool force) {
+    auto outcome = updater_.run().run(force);
     changed();
-    return report;
+    return outcome;
 }
 
-Verdict MainPresenter::conclude(const RunReport& report) {
+Verdict MainPresenter::conclude(const Outcome& outcome) {
     isConcluding_ = true;
     changed();
-    auto verdict = updater_.conclude(report, stored().connection().asksVersion);
+    auto verdict = updater_.conclude(outcome, stored().connection().asksVersion);
     isConcluding_ = false;
     changed();
     return verdict;

@@ -43,12 +43,12 @@ public:
     void cmdCancel_Click();
     void cmdComport_Click(int index) { updater_.run().jumpToPort(index); }
 
-    /// Runs an update; the report says how it ended.
-    RunReport start(bool force);
+    /// Runs an update.
+    Outcome start(bool force);
 
     /// What follows a run: an updated device is asked which version it runs now, unless the operator does not want
     /// that, and the verdict is given. Nothing but Cancel, which gives the asking up, can be used meanwhile.
-    Verdict conclude(const RunReport& report);
+    [[nodiscard]] Verdict conclude(const Outcome& outcome);
 
     /// A run is on, or what follows it.
     bool isBusy() const { return updater_.run().isRunning() || isConcluding_; }

@@ -1,54 +1,49 @@
 #include <algorithm>
 #include <gtest/gtest.h>
 
-#include "console/Console.h"
 #include "models/Flash.h"
-#include "support/AppBench.h"
+#include "support/Program.h"
 #include "support/hid/HidBench.h"
-#include "window/presenter/MainPresenter.h"
 
 namespace corvane {
 namespace {
 
-constexpr char kImage[] =
-    "[INFO]\nPGM=TARN-R200\nVER=V5.2R1\nBUD=2024/01/31\n"
-    ":0400000001020304F2\n:0400100005060708D2\n:04002000090A0B0CB2\n:00000001FF\n";
 constexpr char kPath[] = "/dev/hidraw0";
 
-/// The whole workflow in virtual time over the real HID control and the real transport library: a device behind a
-/// simulated reader, HID1, and a local image.
-struct HidRun {
-    explicit HidRun(const models::DeviceOptions& options = {}, const models::HidReaderOptions& reader = {})
+/// A device behind a simulated reader, HID1, over the real transport library.
+struct HidSide {
+    HidSide(const models::DeviceOptions& options, const models::HidReaderOptions& reader)
         : device(options), behind(bench.runtime, device, reader) {
         bench.modules.provide(bench.folder.path() + "/VellIO.so", fakes::vellModule());
         behind.plug(bus, kPath);
-        updater.emplace(bench.platform(), bench.face.face());
-        presenter.emplace(*updater);
-        presenter->load();
-        presenter->optLine_Click(true);
-        EXPECT_TRUE(presenter->loadFile(bench.folder.folder.file("local.hex", kImage)));
-    }
-    ~HidRun() { updater->shutDown(); }
-
-    /// The exit status of the next run; its log is in the face.
-    int start(bool force = false) {
-        bench.face.log.clear();
-        report = presenter->start(force);
-        EXPECT_EQ(bus.openDevices(), 0);
-        return exitStatus(report);
-    }
-
-    bool isUpdated() const {
-        return models::comparison(device.flash(), models::imageOf(kImage)) == "memory equals image";
     }
 
     fakes::AppBench bench;
     fakes::FakeHidBus bus{[this] { return bench.runtime.tick(); }};
     models::Device device;
     fakes::SimulatedReader behind;
-    std::optional<Updater> updater;
-    std::optional<MainPresenter> presenter;
-    RunReport report;
+};
+
+/// The whole workflow over the real HID control and such a reader, with a local image.
+struct HidRun : HidSide, fakes::Program {
+    explicit HidRun(const models::DeviceOptions& options = {}, const models::HidReaderOptions& reader = {})
+        : HidSide(options, reader), Program(HidSide::bench) {
+        EXPECT_TRUE(loadImage());
+    }
+
+    /// The exit status of the next run.
+    int start(bool force = false) {
+        outcome = Program::start(force);
+        EXPECT_EQ(bus.openDevices(), 0);
+        return exitStatus(outcome);
+    }
+
+    bool isUpdated() const {
+        return models::comparison(device.flash(), models::imageOf(fakes::kImage)) == "memory equals image";
+    }
+
+    using HidSide::bench;
+    Outcome outcome;
 };
 
 const std::string kOpened = "\f\fOpen HID1 ... < OK\r\n   Scan by 19200,N,8,1";
@@ -97,7 +92,7 @@ TEST(HidUpdate, ScansReadersBehindSerialPorts) {
     EXPECT_EQ(run.bench.face.panel.front(), "show ,COM3,HID1,");
     EXPECT_TRUE(run.isUpdated());
     EXPECT_EQ(serial.log().erases, 0);
-    EXPECT_EQ(run.report.port, "HID1 (F/W:KESTREL V2.4)");
+    EXPECT_EQ(run.outcome.facts.port, "HID1 (F/W:KESTREL V2.4)");
     const Bytes rate{1, 4, 0, 0, 0x4B, 0};  // 19200 at opening, and as the scan's first setting
     EXPECT_EQ(run.behind.reader.commands(), std::vector<Bytes>({{203, 0}, rate, {5, 0}, rate, {4, 0}, {3, 1, 5}}));
 }
@@ -106,7 +101,7 @@ TEST(HidUpdate, SaysWhyAReaderDoesNotOpenAndWhatHelps) {
     HidRun run;
     run.bus.forbid(kPath);
     EXPECT_EQ(run.start(), 3);
-    EXPECT_EQ(run.updater->refusal("HID1"),
+    EXPECT_EQ(run.updater.refusal("HID1"),
               "HID1 does not open: /dev/hidraw0: Permission denied. Plug the reader in again; when this user may not "
               "use it, install the udev rules of this program.");
 }
@@ -123,7 +118,7 @@ TEST(HidUpdate, CancelDoesNotWaitForAReaderThatAnswersNoCommand) {
             std::count_if(commands.begin(), commands.end(), [](const Bytes& sent) { return sent[0] == 1; }) < 2)
             return;
         cancelledAt = run.bench.runtime.ms();
-        run.presenter->cmdCancel_Click();
+        run.presenter.cmdCancel_Click();
     });
     EXPECT_EQ(run.start(), 1);
     EXPECT_LT(run.bench.runtime.ms() - cancelledAt.value(), 1300);
@@ -175,10 +170,11 @@ TEST(HidUpdate, WithAReaderUnpluggedEndsSoonAndWorksAgainWhenItIsBack) {
         EXPECT_EQ(run.start(), one.status);
         EXPECT_EQ(run.bench.face.log, one.log);
         EXPECT_LT(run.bench.runtime.ms() - lostAt.value(), 3000);
-        const auto facts = run.updater->conclude(run.report, true).facts;
+        const auto cause = run.updater.conclude(run.outcome, true).facts[0];
         const std::string name = one.muted == 4 ? "HID1 (F/W:)" : "HID1 (F/W:KESTREL V2.4)";
-        EXPECT_EQ(facts[0], one.status == 3 ? "No device answered on any port."
-                                            : name + " was lost: it was unplugged, or its cable came loose.");
+        EXPECT_EQ(cause, one.muted == 203  ? "No port could be opened."
+                         : one.status == 3 ? "No device answered on any port."
+                                           : name + " was lost: it was unplugged, or its cable came loose.");
         run.bus.unplug(kPath);
         run.device.plugIn(run.bench.runtime.micros());
         run.behind.reader.restart();

@@ -1,0 +1,48 @@
+#include "run/OnlinePart.h"
+
+namespace corvane {
+namespace {
+
+Ending loginEnding(const SiteFailure& failure) {
+    switch (failure.kind) {
+        case SiteFailure::Kind::cancelled:
+            return {RunEnd::cancelled};
+        case SiteFailure::Kind::loginRefused:
+            return {RunEnd::loginRefused, failure.words};
+        default:
+            return {RunEnd::loginFailed, failure.words};
+    }
+}
+
+}  // namespace
+
+std::optional<Ending> OnlinePart::enter(std::vector<std::string>& remarks) {
+    view_.phase(RunPhase::login);
+    if (!site_.login()) return loginEnding(site_.failure());
+    view_.phase(RunPhase::information);
+    if (!site_.FTP_Download("/firmware/firmware.inf", inf_.informationPath())) {
+        const Ending ending{RunEnd::informationMissing, site_.failure().words};
+        site_.disconnect();
+        return ending;
+    }
+    inf_.forget();
+    if (selfUpdate_.CheckNewVersion()) return handOver();
+    if (const auto& failure = selfUpdate_.failure()) {
+        remarks.push_back("The newer program could not be fetched: " + failure.words + ". This one went on.");
+    }
+    // The idle watch may have closed the session while the operator thought about the question.
+    if (!site_.isConnected()) return Ending{RunEnd::sessionClosed};
+    return std::nullopt;
+}
+
+Ending OnlinePart::handOver() {
+    site_.disconnect();
+    log_.ShowInfo(" Disconnected...\r\n");
+    log_.ShowInfo(" Install New Corvane...\r\n");
+    // In the download folder the newer program would look in vain for what lies beside this one.
+    const auto problem =
+        successor_.launcher.start(selfUpdate_.newProgram(), {{kHidLibraryVariable, successor_.hidLibrary}});
+    return problem.empty() ? Ending{RunEnd::handedOver} : Ending{RunEnd::handOverFailed, problem};
+}
+
+}  // namespace corvane

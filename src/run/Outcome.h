@@ -1,0 +1,107 @@
+#pragma once
+
+#include <cstdint>
+#include <optional>
+#include <string>
+#include <vector>
+
+namespace corvane {
+
+/// How a run ended. EndTable.cpp says what each means to the operator: a new one is a new line there.
+enum class RunEnd {
+    updated,
+    alreadyRunning,
+    cancelled,  ///< by the operator, before anything was done to the device
+    // The site.
+    loginRefused,        ///< the server does not take user name and password
+    loginFailed,         ///< it did not come to that, or broke off
+    sessionClosed,       ///< by the idle watch, while a question stood open
+    informationMissing,  ///< firmware.inf could not be fetched
+    handedOver,          ///< a newer program was started
+    handOverFailed,      ///< a newer program was fetched and did not start
+    // The scan.
+    noPort,          ///< there is none at all
+    noPortOpened,    ///< there are some, and none could be opened
+    noDevice,        ///< nothing answered
+    bootLoaderSeen,  ///< nothing answered but a boot loader that was not to be taken
+    // The selection.
+    declined,  ///< the operator cancelled it
+    nothingSuitable,
+    nothingListed,      ///< on line: firmware.inf offers nothing
+    nothingDownloaded,  ///< off line: nothing of what it offers is here
+    notDefined,         ///< firmware.inf does not know the chosen image
+    // The image.
+    imageNotFetched,
+    imageNotThere,
+    imageNotTheOne,  ///< its digest is another one than firmware.inf says
+    imageUnreadable,
+    imageEmpty,    ///< it holds no data
+    imageRefused,  ///< it does not add up, and the operator did not want it all the same
+    // The device.
+    switchLocked,      ///< it wants a password first
+    switchRefused,     ///< it did not agree to leave its application
+    switchUnanswered,  ///< it was asked to and said nothing
+    bootLoaderSilent,  ///< it agreed, and its boot loader's prompt was not seen
+    lostInSwitch,      ///< its port was gone when it was to switch
+    eraseFailed,
+    programmingFailed,
+    lostInBootLoader,  ///< its port was gone while it was erased or programmed
+    // What nobody foresaw.
+    failed,
+    failedMidway,  ///< when the device had been asked to leave its application
+};
+
+/// What is known of the device when a run has ended, or has come so far.
+enum class DeviceState {
+    none,                ///< none was found
+    application,         ///< it runs what it ran before, or what was installed
+    leftInBootLoader,    ///< it sat in its boot loader before, and nothing was done to it
+    mayBeInBootLoader,   ///< it was asked to switch; if it did, its firmware is whole
+    bootLoaderWhole,     ///< it sits there with its firmware whole
+    bootLoaderDoubtful,  ///< it sits there, and an erase was sent that it did not acknowledge
+    bootLoaderEmpty,     ///< it sits there without firmware that works
+    gone,                ///< its port was lost while it ran its application
+    unknown,             ///< it was programmed, and its port was lost before it was to restart
+};
+
+/// How the part of a run ended that ended it, and why: a part of a sentence in UTF-8, empty when the end says it all.
+struct Ending {
+    RunEnd end = RunEnd::failed;
+    std::string cause{};
+};
+
+/// What a device said when it was asked again after the run. Text in Windows-1252.
+struct Proof {
+    bool answered = false;
+    std::string version;
+};
+
+/// What a run has come to know. Texts in Windows-1252 unless they are paths or said to be UTF-8. Nothing is decided by
+/// it: that is the outcome's.
+struct RunFacts {
+    std::string port;           ///< as the log shows it
+    std::string portName;       ///< as it opens
+    std::string settings;       ///< of the line when the device was found
+    std::string protocolName;   ///< empty for a boot loader, which tells nothing of its application's
+    std::string deviceVersion;  ///< as the device said it before
+    std::string product;
+    std::string version;  ///< of the image
+    std::string imagePath;
+    std::uint64_t imageBytes = 0;
+    std::int64_t imageRecords = 0;
+    std::string imageDigest;             ///< SHA-256 in lower-case hexadecimal digits; empty when no image was had
+    std::optional<int> repeatedRecords;  ///< since the first erase was sent
+    std::uint32_t milliseconds = 0;      ///< from start to end
+    std::optional<Proof> proof;          ///< nothing when nobody asked the device again
+    std::vector<std::string> remarks;    ///< what went wrong beside the run, whole sentences in UTF-8
+};
+
+/// How a run ended, what the device is now, why, and what is known beside that.
+struct Outcome {
+    RunEnd end = RunEnd::failed;
+    DeviceState device = DeviceState::none;
+    std::string cause;  ///< as in Ending
+    RunFacts facts;
+};
+
+}  // namespace corvane

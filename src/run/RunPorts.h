@@ -1,0 +1,44 @@
+#pragma once
+
+#include "face/RunView.h"
+#include "protocol/DeviceQuery.h"
+
+namespace corvane {
+
+/// The HID reader that is open: its text and firmware version, both empty for a serial port.
+class OpenReader {
+public:
+    virtual ~OpenReader() = default;
+    virtual std::string deviceText() = 0;
+    virtual std::string firmwareText() = 0;
+    /// Ends the command that it is being asked, if any.
+    virtual void cancelCommand() = 0;
+};
+
+/// The two port objects of a run, one of which is the session's current port. Owns neither.
+class RunPorts {
+public:
+    RunPorts(DeviceSession& session, clsIMScomm& serialPort, clsIMScomm& hidPort, OpenReader& reader)
+        : session_(session), query_(session), serialPort_(serialPort), hidPort_(hidPort), reader_(reader) {}
+
+    /// The current port's name; behind a HID reader's its own firmware version.
+    std::string name() const;
+
+    /// The current port was open and is gone.
+    bool isLost() const { return !session_.comm->PortOpen(); }
+
+    void cancelCommand() { reader_.cancelCommand(); }
+
+    /// Closes whatever is open; a device that accepted a password over HID is told that the session ends. What goes
+    /// wrong is told the view, and ends nothing. The HID port is the current one afterwards.
+    void close(RunView& view);
+
+private:
+    DeviceSession& session_;
+    DeviceQuery query_;
+    clsIMScomm& serialPort_;
+    clsIMScomm& hidPort_;
+    OpenReader& reader_;
+};
+
+}  // namespace corvane
