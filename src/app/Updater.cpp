@@ -4,10 +4,10 @@ namespace corvane {
 
 Updater::Updater(const Platform& platform, const Face& face)
     : platform_(platform),
-      vellIO_(platform.runtime, platform.modules, platform.hidLibrary),
+      vellIO_(platform.runtime, platform.modules, platform.hidLibrary, cancel_),
       serialPort_(platform.ports),
       reader_(vellIO_),
-      session_(platform.runtime, face.log, serialPort_),
+      session_(platform.runtime, face.log, serialPort_, cancel_),
       query_(session_),
       scanner_(session_, serialPort_, hidPort_, face.password, face.panel),
       isp_(session_, face.password),
@@ -63,11 +63,6 @@ Verdict Updater::conclude(const RunReport& report, bool prove) {
         verdict.facts.push_back("The record " + jobs_.path() + " could not be written.");
     }
     return verdict;
-}
-
-void Updater::cancelDialogue() {
-    session_.stop = session_.cancel = true;
-    vellIO_.CancelHIDCommand();
 }
 
 void Updater::shutDown() {

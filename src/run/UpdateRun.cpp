@@ -26,7 +26,7 @@ RunReport UpdateRun::run(bool force) {
         report_.end = RunEnd::failed;
         report_.failure = error.what();
     }
-    report_.cancelled = cancelRequested_;
+    report_.cancelled = p_.session.cancel.wasRequested();
     report_.product = information_.product;
     report_.version = information_.version;
     report_.repeatedRecords = p_.programmer.repeatedRecords();
@@ -44,13 +44,13 @@ void UpdateRun::begin() {
     information_ = {};
     p_.inf.forget();
     inIsp_ = false;
-    cancelRequested_ = false;
     auto& session = p_.session;
-    session.stop = session.cancel = session.manualPort = false;
+    session.manualPort = false;
     session.ispBaudRate = -1;
     p_.programmer.beginDevice();
     p_.view.running(true);
-    setCancellable(true);
+    session.cancel.begin();
+    p_.view.cancellable(true);
     session.log.clear();
     p_.view.links({});
     letEventsRun();
@@ -190,8 +190,8 @@ std::string UpdateRun::fetchImage() {
 }
 
 RunEnd UpdateRun::install(const std::string& image) {
-    setCancellable(false);
-    if (!FileExists(image) || cancelRequested_ || !isImage(image)) {
+    disableCancel();
+    if (!FileExists(image) || p_.session.cancel.isRequested() || !isImage(image)) {
         log("Firmware download fail!!\r\n");
         return RunEnd::imageMissing;
     }
@@ -293,7 +293,7 @@ bool UpdateRun::isQuietAfterwards() {
 }
 
 void UpdateRun::fillLinks() {
-    setCancellable(false);
+    disableCancel();
     if (!information_.isKnown() || report_.deviceVersion.empty()) return;
     std::vector<ReferenceLink> links;
     for (int i = 1; i <= FirmwareInformation::kLinks; ++i) {
@@ -307,8 +307,8 @@ void UpdateRun::fillLinks() {
 void UpdateRun::closePorts() {
     constexpr std::uint8_t kEndOfSession = 4;
     auto& session = p_.session;
-    session.stop = session.cancel = false;
-    setCancellable(false);
+    session.cancel.end();
+    p_.view.cancellable(false);
     p_.inhibitor.release();
     const auto keptApart = [this](const std::function<void()>& step) {
         try {
@@ -330,16 +330,15 @@ void UpdateRun::closePorts() {
     });
 }
 
-void UpdateRun::setCancellable(bool isCancellable) {
-    isCancellable_ = isCancellable;
-    p_.view.cancellable(isCancellable);
+/// From here on nothing interrupts.
+void UpdateRun::disableCancel() {
+    p_.session.cancel.disable();
+    p_.view.cancellable(false);
 }
 
 void UpdateRun::cancel() {
-    if (!isCancellable_) return;
-    cancelRequested_ = true;
-    p_.session.stop = p_.session.cancel = true;
-    p_.reader.cancelCommand();
+    if (!isCancellable()) return;
+    p_.session.cancel.request();
     p_.site.cancel();
 }
 

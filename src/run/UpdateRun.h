@@ -24,8 +24,6 @@ public:
     virtual ~OpenReader() = default;
     virtual std::string deviceText() = 0;
     virtual std::string firmwareText() = 0;
-    /// Ends the command that it is being asked, if any.
-    virtual void cancelCommand() = 0;
 };
 
 /// What a run works with; all of it lives longer than the run.
@@ -72,7 +70,7 @@ public:
     const RunReport& report() const { return report_; }
 
     bool isRunning() const { return isRunning_; }
-    bool isCancellable() const { return isCancellable_; }
+    bool isCancellable() const { return isRunning_ && p_.session.cancel.isEnabled(); }
 
     /// Where a link of the last run leads, on the site; empty when it leads nowhere. The index counts from 1.
     std::string linkTarget(int index) const;
@@ -98,7 +96,7 @@ private:
     bool isQuietAfterwards();
     void fillLinks();
     void closePorts();
-    void setCancellable(bool isCancellable);
+    void disableCancel();
     void log(const std::string& text) { p_.session.log.ShowInfo(text); }
     void letEventsRun() { p_.session.runtime.DoEvents(); }
 
@@ -108,9 +106,7 @@ private:
     ImageReport checked_;
     bool inIsp_ = false;
     bool wasInJournal_ = false;  // the port, when the erase began
-    bool cancelRequested_ = false;
     bool isRunning_ = false;
-    bool isCancellable_ = false;
 };
 
 }  // namespace corvane
