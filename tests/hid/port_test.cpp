@@ -47,7 +47,7 @@ TEST_F(Port, OpeningTellsTheReaderAndTheLibraryAllTheyNeed) {
     control_.Break(true);
     vellSetCallBackProc(control_.CommID(), nullptr, 0);
     bench_.openWith("AA1");
-    EXPECT_EQ(bench_.sent(), "150 CB 00, 150 01 04 00 00 E1 00, 150 05 00");
+    EXPECT_EQ(bench_.sent(), "0 break 00, 150 CB 00, 150 01 04 00 00 E1 00, 150 05 00");
     EXPECT_GT(events, 0) << "the library has its callback again";
     EXPECT_EQ(control_.InBufferSize() + control_.OutBufferSize(), 4096);
     EXPECT_EQ(control_.openFailure(), "");
