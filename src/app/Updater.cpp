@@ -4,10 +4,10 @@ namespace corvane {
 
 Updater::Updater(const Platform& platform, const Face& face)
     : platform_(platform),
-      vellIO_(platform.runtime, platform.modules, platform.hidLibrary),
+      vellIO_(platform.runtime, platform.modules, platform.hidLibrary, cancel_),
       serialPort_(platform.ports),
       reader_(vellIO_),
-      session_(platform.runtime, face.log, serialPort_),
+      session_(platform.runtime, face.log, serialPort_, cancel_),
       ports_(session_, serialPort_, hidPort_, reader_),
       scanner_(session_, serialPort_, hidPort_, face.password, face.panel),
       isp_(session_, face.password),
@@ -44,11 +44,6 @@ Verdict Updater::conclude(Outcome outcome, bool prove) {
     if (rowOf(outcome.end).isJob && !jobs_.add(jobOf(outcome, platform_.runtime.timestamp())))
         facts.remarks.push_back("The record " + jobs_.path() + " could not be written.");
     return verdictFor(outcome);
-}
-
-void Updater::cancelDialogue() {
-    session_.stop = session_.cancel = true;
-    vellIO_.CancelHIDCommand();
 }
 
 void Updater::shutDown() {

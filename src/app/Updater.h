@@ -48,7 +48,7 @@ public:
     [[nodiscard]] Verdict conclude(Outcome outcome, bool prove);
 
     /// Ends the dialogue with the device that no run holds: a scan, or the asking for the new version.
-    void cancelDialogue();
+    void cancelDialogue() { cancel_.request(); }
 
     /// Closes both ports, gives the HID library back and leaves the site. A reader is told that it is closed, so events
     /// may run meanwhile; that is why no destructor does it.
@@ -60,7 +60,6 @@ private:
         explicit HidReader(VellIO& vellIO) : vellIO_(vellIO) {}
         std::string deviceText() override;
         std::string firmwareText() override { return vellIO_.GetHIDVersion(); }
-        void cancelCommand() override { vellIO_.CancelHIDCommand(); }
 
     private:
         VellIO& vellIO_;
@@ -69,6 +68,7 @@ private:
     void tellReader(std::int32_t event, const std::string& port, const std::string& device);
 
     Platform platform_;
+    Cancel cancel_;
     VellIO vellIO_;
     clsMSCommEvent commEvent_;
     clsMSComm serialPort_;

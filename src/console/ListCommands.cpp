@@ -69,7 +69,7 @@ int scanCommand(Console& console, const Arguments& arguments) {
     const auto version = scope.updater.scanner().DeviceScan(inIsp, arguments.force);
     if (version.empty()) {
         scope.face.ShowInfo("Can not found any device on comm port!!\r\n");
-        return scope.end(session.cancel ? kCancelled : kNoDevice);
+        return scope.end(session.cancel.isRequested() ? kCancelled : kNoDevice);
     }
     scope.face.ShowInfo("\r\n");
     const auto port = session.comm->CommPort();

@@ -26,8 +26,6 @@ public:
 
     /// Ends the running exchange at its next turn.
     void CancelHIDCommand() { cancel_ = true; }
-    /// True from then until the next exchange begins.
-    bool isCancelled() const { return cancel_; }
 
     /// True inside every exchange call, a refused one included.
     bool IsBusy() const { return nesting_ != 0; }

@@ -54,6 +54,7 @@ void HidPort::open() {
     auto& library = session_.library;
     const std::int32_t handle = session_.handle;
     openFailure_ = session_.problem;
+    directionRead_ = false;
     if (!handle) return;
     if (!library.open(handle, commPort_.c_str())) {
         openFailure_ = vellText(library.getParamString(handle));
@@ -66,7 +67,8 @@ void HidPort::open() {
     OutBufferSize(outBufferSize_);
     if (channel_.KestrelCmdSetEnabled()) {
         runtime_.Sleep(kStartPause);
-        if (setRateAtOpening() && readDirection()) return;
+        directionRead_ = setRateAtOpening() && readDirection();
+        if (directionRead_) return;
     }
     KestrelDefaultSerialTo = 0;
     KestrelDefaultPS2To = 1;
@@ -85,8 +87,9 @@ bool HidPort::takesCommands() {
 }
 
 bool HidPort::setRateAtOpening() {
-    for (int i = 0; i < kTries; ++i) {
+    for (int i = 0; i < kTries && !cancel_.isRequested(); ++i) {
         commands_.KestrelDiscardBuffer();
+        if (cancel_.isRequested()) return false;
         if (commands_.SetHIDBaudrate(commands_.baudRate())) return true;
         if (!channel_.IsSendHIDCmdNAK()) return false;
         runtime_.Sleep(kRetryPause);
@@ -95,20 +98,22 @@ bool HidPort::setRateAtOpening() {
 }
 
 bool HidPort::readDirection() {
-    for (int i = 0; i < kTries; ++i) {
+    for (int i = 0; i < kTries && !cancel_.isRequested(); ++i) {
         if (commands_.GetKestrelDefaultIODirect(KestrelDefaultSerialTo, KestrelDefaultPS2To, KestrelDefaultHIDExTo)) {
             return true;
         }
         if (!channel_.IsSendHIDCmdNAK()) return false;
         runtime_.Sleep(kRetryPause);
-        commands_.KestrelDiscardBuffer();
+        if (!cancel_.isRequested()) commands_.KestrelDiscardBuffer();
     }
     return false;
 }
 
 void HidPort::close() {
     if (!session_.isOpen()) return;
-    if (channel_.KestrelCmdSetEnabled()) {
+    // A reader that did not tell its direction is set to the usual one, but not after a cancel: it may have had no
+    // time.
+    if (channel_.KestrelCmdSetEnabled() && (directionRead_ || !cancel_.wasRequested())) {
         const auto giveBack = [this] {
             return commands_.SetKestrelIODirect(KestrelDefaultSerialTo, KestrelDefaultPS2To, KestrelDefaultHIDExTo);
         };
@@ -128,7 +133,7 @@ void HidPort::Settings(const std::string& szSettings) {
         commands_.baudRate(rate);
         return;
     }
-    for (int i = 0; i < kTries && !commands_.SetHIDBaudrate(rate) && !channel_.isCancelled(); ++i) {
+    for (int i = 0; i < kTries && !cancel_.isRequested() && !commands_.SetHIDBaudrate(rate); ++i) {
         runtime_.Sleep(kRetryPause);
     }
 }

@@ -6,6 +6,7 @@
 #include "hid/HidCommandChannel.h"
 #include "hid/ReaderCommands.h"
 #include "hid/VellSession.h"
+#include "platform/Cancel.h"
 #include "platform/Runtime.h"
 #include "text/Variant.h"
 
@@ -15,13 +16,14 @@ namespace corvane {
 /// the reader. Without a handle every property reads 0, False or an empty text, and nothing is written.
 class HidPort {
 public:
-    HidPort(VellSession& session, HidCommandChannel& channel, ReaderCommands& commands, Runtime& runtime)
-        : session_(session), channel_(channel), commands_(commands), runtime_(runtime) {}
+    HidPort(VellSession& session, HidCommandChannel& channel, ReaderCommands& commands, Runtime& runtime,
+            const Cancel& cancel)
+        : session_(session), channel_(channel), commands_(commands), runtime_(runtime), cancel_(cancel) {}
 
     bool PortOpen() { return session_.isOpen(); }
 
     /// Opening sets the reader's rate and reads its own direction, which closing gives back; read it back to learn how
-    /// it went.
+    /// it went. After a cancel no further command follows, and a direction that was never read is not given back.
     void PortOpen(bool bPortOpen);
 
     /// Why the last opening failed, in plain words; empty when it did not.
@@ -72,8 +74,10 @@ private:
     HidCommandChannel& channel_;
     ReaderCommands& commands_;
     Runtime& runtime_;
+    const Cancel& cancel_;
     std::string commPort_;
     std::string openFailure_;
+    bool directionRead_ = false;
     std::int32_t inBufferSize_ = 2048;
     std::int32_t outBufferSize_ = 2048;
 };

@@ -30,12 +30,12 @@ std::int32_t size(const Bytes& bytes) { return static_cast<std::int32_t>(bytes.s
 
 }  // namespace
 
-VellIO::VellIO(Runtime& runtime, ModuleLoader& loader, const std::string& libraryPath)
+VellIO::VellIO(Runtime& runtime, ModuleLoader& loader, const std::string& libraryPath, const Cancel& cancel)
     : runtime_(runtime),
       session_(loader, libraryPath),
       channel_(session_, runtime),
       commands_(channel_),
-      port_(session_, channel_, commands_, runtime) {
+      port_(session_, channel_, commands_, runtime, cancel) {
     session_.vendorId = MakerVendorID;
     session_.productId = kReaderProductId;
     session_.user = reinterpret_cast<std::intptr_t>(this);
@@ -73,6 +73,7 @@ void VellIO::Terminate() {
         PortOpen(false);
     }
     letGo();
+    session_.end();
 }
 
 bool VellIO::IsFunctionSupported(const std::string& szFunctionName) {

@@ -11,21 +11,22 @@
 #include "hid/HidPort.h"
 #include "hid/ReaderCommands.h"
 #include "hid/VellSession.h"
+#include "platform/Cancel.h"
 #include "platform/Runtime.h"
 
 namespace corvane {
 
 /// The control that shows USB HID readers as serial ports. It owns the binding to the HID library and one handle in it;
-/// it owns neither the loader nor the runtime. Without the library, a handle or an optional operation every member
-/// returns 0, False or an empty text; RuntimeError overflow is all that it throws. A read returns the property, a write
-/// of the same name sets it.
+/// it owns neither the loader, the runtime nor the cancel. Without the library, a handle or an optional operation every
+/// member returns 0, False or an empty text; RuntimeError overflow is all that it throws. A read returns the property,
+/// a write of the same name sets it.
 class VellIO : private PolledSource {
 public:
     using PropertyBag = std::map<std::string, std::int32_t>;
 
     static constexpr std::int32_t kFixedSize = 480;  ///< twips
 
-    VellIO(Runtime& runtime, ModuleLoader& loader, const std::string& libraryPath);
+    VellIO(Runtime& runtime, ModuleLoader& loader, const std::string& libraryPath, const Cancel& cancel);
 
     /// Lets go of the library; the reader is told nothing (Terminate does that).
     ~VellIO() override;
@@ -44,7 +45,8 @@ public:
     void ReadProperties(bool bUserMode, const PropertyBag& properties);
     void WriteProperties(PropertyBag& properties) const;
 
-    /// The end: closes the reader in good order, which takes time and lets events run, and gives the handle back.
+    /// The end: closes the reader in good order, which takes time and lets events run, and gives the handle
+    /// back. There is no other one afterwards.
     void Terminate();
 
     /// The size stays 480 by 480 twips, whatever is asked for.

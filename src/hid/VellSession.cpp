@@ -29,6 +29,11 @@ void VellSession::destroy() {
     handle = 0;
 }
 
+void VellSession::end() {
+    present = false;
+    problem = "the HID library is not loaded";
+}
+
 bool VellSession::isExported(const std::string& name) {
     auto& loader = library.loader();
     auto module = loader.opened(library.path());

@@ -33,6 +33,9 @@ public:
     /// Makes the handle when there is a library and no handle yet; may be tried again.
     void create();
     void destroy();
+
+    /// No handle is made from now on.
+    void end();
     void registerCallBack() { library.setCallBackProc(handle, VellCallBackProc, user); }
 
     /// True when the library exports that name; loaded for the question if need be.

@@ -54,10 +54,15 @@ void clsMSComm::CommPort(const std::string& szCommPort) {
 
 void clsMSComm::PortOpen(bool bPortOpen) {
     try {
+        if (bPortOpen) restoreSettings();  // a port that was lost has had no closing to do it
         control().PortOpen(bPortOpen);
     } catch (const RuntimeError&) {
         // The caller reads PortOpen; the control keeps the reason (openFailure).
     }
+    restoreSettings();
+}
+
+void clsMSComm::restoreSettings() {
     try {
         if (!control().PortOpen()) control().Settings(m_szSettings);
     } catch (const RuntimeError&) {

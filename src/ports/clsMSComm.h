@@ -83,6 +83,7 @@ public:
 private:
     SerialControl& control() const;
     void reapplySettings();
+    void restoreSettings();
     void onControlEvent();
 
     PortMap& map_;

@@ -66,7 +66,7 @@ bool DeviceLogin::DetectPrompt() {
     whole.Timeout(kLongestDrain);
     std::string collected;
     bool found = false;
-    for (int attempt = 0; attempt < kAttempts && !found && !session_.isAbandoned(); ++attempt) {
+    for (int attempt = 0; attempt < kAttempts && !found && !session_.cancel.isRequested(); ++attempt) {
         session_.runtime.Sleep(50);
         found = session_.send(std::string("\r")) && waitForPrompt(collected, whole);
     }
@@ -77,7 +77,7 @@ bool DeviceLogin::DetectPrompt() {
 bool DeviceLogin::waitForPrompt(std::string& collected, clsTimeout& whole) {
     clsTimeout silence(session_.runtime);
     silence.Timeout(kPromptSilence);
-    while (!silence.IsTimeout() && !whole.IsTimeout() && !session_.isAbandoned()) {
+    while (!silence.IsTimeout() && !whole.IsTimeout() && !session_.cancel.isRequested()) {
         if (session_.comm->InBufferCount() >= 1) {
             collected += textOf(session_.comm->CommInput());
             if (holdsPrompt(collected)) return true;

@@ -10,7 +10,6 @@ bool DeviceQuery::Query(std::uint8_t bFunction, Variant& vReplay, const Variant&
     resetReply(vReplay);
     answered_ = false;
     const auto frame = requestFrame(bMachine, bFunction, vParam);
-    session_.stop = false;
     if (!frame || !session_.comm->PortOpen()) return false;
     return exchange(*frame, dwTimeout, vReplay);
 }
@@ -26,10 +25,10 @@ bool DeviceQuery::exchange(const Bytes& frame, std::int32_t timeout, Variant& re
     silence.Timeout(timeout);
     whole.Timeout(timeout + kLongestReplyOverrun);
     session_.discardInput();  // what comes before the question is no answer to it
-    if (session_.cancel || !session_.send(frame)) return false;
+    if (session_.cancel.isRequested() || !session_.send(frame)) return false;
     ReplyFrame received;
     while (!received.isComplete()) {
-        if (silence.IsTimeout() || whole.IsTimeout() || session_.isAbandoned()) return false;
+        if (silence.IsTimeout() || whole.IsTimeout() || session_.cancel.isRequested()) return false;
         session_.runtime.WaitActivity(1);
         session_.runtime.DoEvents();
         if (session_.comm->InBufferCount() < 1) {

@@ -27,13 +27,18 @@ std::vector<std::string> DeviceScanner::portNames() {
     return names;
 }
 
-/// All ports, starting at the remembered one. Without one that matches, the order begins with an empty entry.
+/// All ports, starting at the remembered one: at the port of just that name (COM10 holds COM1 too), else at the first
+/// whose name occurs in it. Without one that matches, the order begins with an empty entry.
 std::vector<std::string> DeviceScanner::scanOrder() {
     auto names = portNames();
     if (!onlyPort_.empty()) std::erase_if(names, [this](const auto& name) { return name != onlyPort_; });
-    const auto start = std::find_if(names.begin(), names.end(), [this](const std::string& name) {
-        return !name.empty() && session_.rememberedPort.find(name) != std::string::npos;
-    });
+    const auto& remembered = session_.rememberedPort;
+    auto start = std::find(names.begin(), names.end(), remembered);
+    if (start == names.end()) {
+        start = std::find_if(names.begin(), names.end(), [&remembered](const std::string& name) {
+            return !name.empty() && remembered.find(name) != std::string::npos;
+        });
+    }
     if (start == names.end()) {
         names.insert(names.begin(), std::string());
     } else {
@@ -59,7 +64,7 @@ std::string DeviceScanner::DeviceScan(bool& bInISP, bool bAcceptISP) {
         panel_.enablePort(current, false);
         const auto& name = order_[static_cast<std::size_t>(current)];
         if (name.empty() || !selectPortObject(name) || !openPort(name)) continue;
-        if (tryPort(current, bInISP, bAcceptISP, version) || session_.cancel) break;
+        if (tryPort(current, bInISP, bAcceptISP, version) || session_.cancel.isRequested()) break;
         session_.comm->PortOpen(false);
         if (session_.manualPort) {
             panel_.enablePort(current, true);
@@ -118,7 +123,7 @@ bool DeviceScanner::askVersion(const std::string& protocolName, std::string& ver
 
 bool DeviceScanner::askVersionAtAnySetting(std::string& version) {
     for (const std::string settings : kSettings) {
-        if (session_.cancel) return false;
+        if (session_.cancel.isRequested()) return false;
         applySettings(settings);
         pause();
         if (askVersion("TarnPlus", version)) return true;
@@ -143,7 +148,7 @@ bool DeviceScanner::tryPort(int index, bool& bInISP, bool bAcceptISP, std::strin
             session_.rememberedPort = order_[(static_cast<std::size_t>(index) + 1) % order_.size()];
             return true;
         }
-        if (session_.cancel || session_.manualPort) return false;
+        if (session_.cancel.isRequested() || session_.manualPort) return false;
     }
     return false;
 }

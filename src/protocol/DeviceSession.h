@@ -5,6 +5,7 @@
 #include <string>
 
 #include "face/Log.h"
+#include "platform/Cancel.h"
 #include "platform/Runtime.h"
 #include "platform/clsTimeout.h"
 #include "ports/clsIMScomm.h"
@@ -14,10 +15,12 @@ namespace corvane {
 
 /// What the operations of one dialogue with a device share. It owns none of what it refers to; the port is never null.
 struct DeviceSession {
-    DeviceSession(Runtime& theRuntime, Log& theLog, clsIMScomm& port) : runtime(theRuntime), log(theLog), comm(&port) {}
+    DeviceSession(Runtime& theRuntime, Log& theLog, clsIMScomm& port, Cancel& theCancel)
+        : runtime(theRuntime), log(theLog), cancel(theCancel), comm(&port) {}
 
     Runtime& runtime;
     Log& log;
+    Cancel& cancel;    ///< ends the question at hand, the scan and every wait
     clsIMScomm* comm;  ///< the current port, whichever kind it is
 
     std::string protocolName;       ///< "TarnPlus" or "Tarn", set by the scan
@@ -27,12 +30,8 @@ struct DeviceSession {
     bool loggedIn = false;          ///< the device has accepted a password
     std::int16_t busyDepth = 0;     ///< runs and queries in progress
 
-    bool stop = false;        ///< abandons the query at hand
-    bool cancel = false;      ///< ends the scan and every wait
     bool manualPort = false;  ///< a port button was clicked
     std::int16_t manualPortIndex = 0;
-
-    bool isAbandoned() const { return stop || cancel; }
 
     /// Sends to the current port. False when the port is lost, which every operation but programming takes for silence.
     bool send(const Variant& data) const {

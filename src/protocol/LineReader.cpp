@@ -15,7 +15,7 @@ void LineReader::wait_comm_empty() {
     clsTimeout whole(session_.runtime);
     silence.Timeout(kSilence);
     whole.Timeout(kLongestDrain);
-    while (!silence.IsTimeout() && !whole.IsTimeout() && !session_.isAbandoned()) {
+    while (!silence.IsTimeout() && !whole.IsTimeout() && !session_.cancel.isRequested()) {
         if (!session_.comm->PortOpen()) return;
         session_.runtime.WaitActivity(1);
         session_.runtime.DoEvents();
@@ -31,7 +31,7 @@ std::uint8_t LineReader::wait_comm(double dTimeout, const std::string& strEcho) 
     rest_.clear();
     int taken = 0;
     double noted = session_.runtime.secondsOfDay();
-    while (taken < kLongestLine && !session_.isAbandoned()) {
+    while (taken < kLongestLine && !session_.cancel.isRequested()) {
         const double passed = session_.runtime.secondsOfDay() - noted;
         if ((passed < 0 ? passed + kDay : passed) >= dTimeout) return 0;
         session_.runtime.WaitActivity(1);

@@ -11,8 +11,6 @@ public:
     virtual ~OpenReader() = default;
     virtual std::string deviceText() = 0;
     virtual std::string firmwareText() = 0;
-    /// Ends the command that it is being asked, if any.
-    virtual void cancelCommand() = 0;
 };
 
 /// The two port objects of a run, one of which is the session's current port. Owns neither.
@@ -26,8 +24,6 @@ public:
 
     /// The current port was open and is gone.
     bool isLost() const { return !session_.comm->PortOpen(); }
-
-    void cancelCommand() { reader_.cancelCommand(); }
 
     /// Closes whatever is open; a device that accepted a password over HID is told that the session ends. What goes
     /// wrong is told the view, and ends nothing. The HID port is the current one afterwards.

@@ -34,12 +34,12 @@ void UpdateRun::begin() {
     isRunning_ = true;
     information_ = {};
     p_.inf.forget();
-    cancelRequested_ = false;
     auto& session = p_.session;
-    session.stop = session.cancel = session.manualPort = false;
+    session.manualPort = false;
     session.ispBaudRate = -1;
     p_.view.running(true);
-    setCancellable(true);
+    session.cancel.begin();
+    p_.view.cancellable(true);
     session.log.clear();
     p_.view.links({});
     letEventsRun();
@@ -104,7 +104,7 @@ void UpdateRun::noteDevice(const std::string& version, bool inIsp) {
 
 /// Nothing when an image was chosen; its section and version are in the text then.
 std::optional<Ending> UpdateRun::select(bool force, bool inIsp, std::string& chosen) {
-    if (cancelRequested_) {
+    if (p_.session.cancel.isRequested()) {
         log("Cancel Update!!!\r\n");
         return Ending{RunEnd::cancelled};
     }
@@ -152,8 +152,8 @@ Ending UpdateRun::withImage() {
     p_.view.phase(RunPhase::image);
     std::string image;
     auto ending = fetchImage(image);
-    setCancellable(false);
-    if (!ending && cancelRequested_) ending = Ending{RunEnd::cancelled};
+    disableCancel();
+    if (!ending && p_.session.cancel.isRequested()) ending = Ending{RunEnd::cancelled};
     if (!ending) ending = readImage(image);
     if (ending) {
         log("Firmware download fail!!\r\n");
@@ -229,7 +229,7 @@ std::string UpdateRun::digestFault(const std::string& path) {
 }
 
 void UpdateRun::fillLinks() {
-    setCancellable(false);
+    disableCancel();
     if (!information_.isKnown() || outcome_.facts.deviceVersion.empty()) return;
     std::vector<ReferenceLink> links;
     for (int i = 1; i <= FirmwareInformation::kLinks; ++i) {
@@ -242,14 +242,14 @@ void UpdateRun::fillLinks() {
 /// Always the last step. A cancel was possible only as long as nothing was done to the device, so it is the cause
 /// whatever followed from it.
 void UpdateRun::end(const Ending& ending, std::uint32_t start) {
-    const bool isCancelled = cancelRequested_ && ending.end != RunEnd::handedOver;
+    const bool isCancelled = p_.session.cancel.wasRequested() && ending.end != RunEnd::handedOver;
     outcome_.end = isCancelled ? RunEnd::cancelled : ending.end;
     if (!isCancelled) outcome_.cause = ending.cause;
     if (outcome_.device == DeviceState::application && p_.ports.isLost()) outcome_.device = DeviceState::gone;
     outcome_.facts.product = information_.product;
     outcome_.facts.version = information_.version;
-    p_.session.stop = p_.session.cancel = false;
-    setCancellable(false);
+    p_.session.cancel.end();
+    p_.view.cancellable(false);
     p_.ports.close(p_.view);
     outcome_.facts.milliseconds = p_.session.runtime.tick() - start;
     isRunning_ = false;
@@ -257,16 +257,15 @@ void UpdateRun::end(const Ending& ending, std::uint32_t start) {
     p_.view.running(false);
 }
 
-void UpdateRun::setCancellable(bool isCancellable) {
-    isCancellable_ = isCancellable;
-    p_.view.cancellable(isCancellable);
+/// From here on nothing interrupts.
+void UpdateRun::disableCancel() {
+    p_.session.cancel.disable();
+    p_.view.cancellable(false);
 }
 
 void UpdateRun::cancel() {
-    if (!isCancellable_) return;
-    cancelRequested_ = true;
-    p_.session.stop = p_.session.cancel = true;
-    p_.ports.cancelCommand();
+    if (!isCancellable()) return;
+    p_.session.cancel.request();
     p_.site.cancel();
 }
 

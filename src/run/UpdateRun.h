@@ -48,7 +48,7 @@ public:
     const RunFacts& facts() const { return outcome_.facts; }
 
     bool isRunning() const { return isRunning_; }
-    bool isCancellable() const { return isCancellable_; }
+    bool isCancellable() const { return isRunning_ && p_.session.cancel.isEnabled(); }
 
     /// Where a link of the last run leads, on the site; empty when it leads nowhere. The index counts from 1.
     std::string linkTarget(int index) const;
@@ -69,7 +69,7 @@ private:
     [[nodiscard]] std::string digestFault(const std::string& path);
     void fillLinks();
     void end(const Ending& ending, std::uint32_t start);
-    void setCancellable(bool isCancellable);
+    void disableCancel();
     void log(const std::string& text) { p_.session.log.ShowInfo(text); }
     void letEventsRun() { p_.session.runtime.DoEvents(); }
 
@@ -77,9 +77,7 @@ private:
     FirmwareInformation information_;
     Outcome outcome_;
     ImageReport checked_;
-    bool cancelRequested_ = false;
     bool isRunning_ = false;
-    bool isCancellable_ = false;
 };
 
 }  // namespace corvane

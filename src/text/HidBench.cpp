@@ -6,13 +6,26 @@
 #include "text/Text.h"
 
 namespace corvane::hidbench {
+namespace {
+
+/// A tab or a line end in a device's text would end its field or its line: the device would vanish from the list.
+std::string field(std::string text) {
+    for (char& letter : text) {
+        if (letter == '\t' || letter == '\r' || letter == '\n') letter = ' ';
+    }
+    return text;
+}
+
+}  // namespace
 
 std::string listText(const std::vector<Device>& devices) {
     std::string text;
     for (const auto& device : devices) {
         char ids[16];
         std::snprintf(ids, sizeof ids, "%04X\t%04X", device.vendor, device.product);
-        text += joined({device.path, ids, device.manufacturer, device.name, device.serialNumber}, "\t") + "\n";
+        text += joined({device.path, ids, field(device.manufacturer), field(device.name), field(device.serialNumber)},
+                       "\t") +
+                "\n";
     }
     return text;
 }

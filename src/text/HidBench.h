@@ -29,7 +29,7 @@ struct Device {
     std::string path;
     std::uint16_t vendor = 0;
     std::uint16_t product = 0;
-    std::string manufacturer;  ///< texts without tabs and line ends
+    std::string manufacturer;  ///< texts in Windows-1252; a tab or a line end crosses as a blank
     std::string name;
     std::string serialNumber;
 };

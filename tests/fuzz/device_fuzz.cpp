@@ -18,7 +18,8 @@ struct Bench {
     Talker talker;
     fakes::SerialBench serial;
     fakes::RecordingFace face;
-    DeviceSession session{serial.runtime, face, serial.port};
+    Cancel cancel;
+    DeviceSession session{serial.runtime, face, serial.port, cancel};
 };
 
 bool isEmptyValue(const Variant& value) {

@@ -148,7 +148,8 @@ void hex(std::string_view bytes) {
     fakes::SerialBench bench;
     bench.open(device, "921600,N,8,1");
     fakes::RecordingFace face;
-    DeviceSession session{bench.runtime, face, bench.port};
+    Cancel cancel;
+    DeviceSession session{bench.runtime, face, bench.port, cancel};
     HexProgrammer programmer(session, face);
     session.send(std::string("\r"));
     const fakes::ScratchFolder folder;

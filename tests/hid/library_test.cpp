@@ -80,7 +80,6 @@ void expectEmpty(VellIO& control) {
     EXPECT_FALSE(control.Break() || control.CTSHolding() || control.AsyncIO() || control.IsMyCommPort("HID1") ||
                  control.SendHIDCMD(4, {}, bytes) || control.IsSendHIDCmdNAK());
     EXPECT_EQ(control.CommInput(), Variant(Bytes()));
-    control.Terminate();
     EXPECT_EQ(a, 8);
 }
 
@@ -90,10 +89,12 @@ TEST(HidLibrary, WithoutItOrAtDesignTimeEveryMemberIsEmpty) {
     expectEmpty(*design.control);
     EXPECT_EQ(design.loader.references(ControlBench::kLibrary), 0);
 
-    VellIO missing(design.runtime, design.loader, "/no/such/VellIO.so");
+    VellIO missing(design.runtime, design.loader, "/no/such/VellIO.so", design.cancel);
     missing.ReadProperties(true, {});
     EXPECT_FALSE(missing.IsFunctionSupported("vellCreate"));
     EXPECT_EQ(missing.libraryProblem(), "/no/such/VellIO.so: cannot open shared object file");
+    expectEmpty(missing);
+    missing.Terminate();
     expectEmpty(missing);
 }
 
@@ -136,6 +137,8 @@ TEST(HidLibrary, TerminateClosesInOrderAndADestructorTellsNothing) {
     EXPECT_FALSE(bench.control->RTSEnable());
     EXPECT_EQ(bench.control->CommID() + bench.bus.openDevices(), 0);
     bench.control->Terminate();
+    EXPECT_EQ(bench.control->NumberOfCommPorts(), 0) << "no other handle is made";
+    EXPECT_EQ(bench.control->CommID(), 0);
     bench.start(true);
     bench.open();
     const auto before = bench.runtime.ms();

@@ -90,6 +90,37 @@ TEST(HidPort, AReaderWithoutCommandsIsSentNone) {
     }
 }
 
+/// The exchange at hand goes on to its end, no other one follows, and a direction that was never read stays.
+TEST(HidPort, ACancelEndsOpeningAndClosingAfterTheExchangeAtHand) {
+    const struct {
+        int cancelAt;  // ms after opening began
+        ScriptedReader::Pieces reply;
+        int times;
+        std::string commands;  // of opening, settings and closing
+        std::int64_t ms;
+    } table[] = {
+        {100, {{5, {6, 0}}}, 3, "150 CB 00", 205},
+        {152, {{5, {6, 0}}}, 3, "150 CB 00", 205},
+        {157, {{5, {6, 0}}}, 3, "150 CB 00, 155 01 04 00 00 4B 00", 210},
+        {163, {{5, {6, 1, 5}}}, 3, "150 CB 00, 156 01 04 00 00 4B 00, 162 05 00, 168 03 01 05", 1218},
+        {500, {}, 0, "150 CB 00", 1200},
+        {1500, {}, 0, "150 CB 00, 1150 01 04 00 00 4B 00", 2200},
+    };
+    for (const auto& row : table) {
+        SCOPED_TRACE(row.cancelAt);
+        ControlBench bench(true, kUnserved);
+        for (int i = 0; i < row.times; ++i) bench.reader.reply(row.reply);
+        bench.control->CommPort("HID1");
+        bench.runtime.at(row.cancelAt, [&] { bench.cancel.request(); });
+        bench.control->PortOpen(true);
+        bench.control->Settings("57600");
+        bench.cancel.end();  // as a run does before it closes
+        bench.control->PortOpen(false);
+        EXPECT_EQ(bench.sent(), row.commands);
+        EXPECT_EQ(bench.runtime.ms(), row.ms);
+    }
+}
+
 TEST(HidPort, ClosingGivesTheDirectionBack) {
     const struct {
         const char* opening;

@@ -86,7 +86,7 @@ TYPED_TEST(SerialControlContract, RefusesValuesThatNoPortHas) {
         EXPECT_EQ(this->errorOf([&] { control.Settings(bad); }), 380) << bad;
     }
     EXPECT_EQ(this->errorOf([&] { control.CommPort(0); }), 8002);
-    EXPECT_EQ(control.Settings(), "9600,N,8,1");
+    EXPECT_EQ(control.Settings(), "19200,N,8,1");
 }
 
 TYPED_TEST(SerialControlContract, SettingsAndCommStateSetTheLineOrChangeNothing) {

@@ -205,6 +205,19 @@ TEST_F(Serial, ListsPortsByNumberAsFarAsTheyFit) {
     EXPECT_EQ(port.NumberOfCommPorts(), 0);
 }
 
+TEST_F(Serial, OpensAfterALossAtTheLatestSettings) {
+    port.PortOpen(true);
+    port.Settings("38400,E,7,2");
+    peer.unplugAt(bench.runtime.ms());
+    bench.runtime.Sleep(5);
+    EXPECT_FALSE(port.PortOpen());
+    fakes::ScriptedPeer next;
+    bench.control.plug(1, next);
+    port.PortOpen(true);
+    EXPECT_EQ(port.Settings(), "38400,E,7,2");
+    port.PortOpen(false);
+}
+
 TEST_F(Serial, LooksAfreshOnlyWhenAListIsReadFromItsStart) {
     auto& listings = bench.map.listings;
     listings = 0;

@@ -66,13 +66,12 @@ TEST_P(Query, MeasuresSilenceFromThePieceBefore) {
 }
 
 TEST_P(Query, SendsNothingThatCannotBeAnswered) {
-    bench.runtime.at(begin + 100, [this] { session.stop = true; });
+    bench.runtime.at(begin + 100, [this] { cancel.request(); });
     EXPECT_FALSE(ask());
     expectMs(100, 102);
     EXPECT_EQ(peer->heard(), kAsk);
-    session.cancel = true;
     EXPECT_FALSE(ask());
-    session.cancel = false;
+    cancel.begin();
     EXPECT_FALSE(query.Query(1, reply, Bytes(256), 0, 1000));
     bench.runtime.Sleep(50);
     bench.port.PortOpen(false);

@@ -157,6 +157,16 @@ TEST_P(Scan, StartsBehindTheDeviceThatItFoundLast) {
     EXPECT_EQ(session.rememberedPort, here("COM1"));
 }
 
+TEST_P(Scan, TakesPortsInTurnWhoseNamesBeginAlike) {
+    if (isHid()) return;  // a library numbers its readers without gaps
+    plug(1);
+    plug(10);
+    for (const char* port : {"COM1", "COM10", "COM1", "COM10"}) {
+        scan();
+        EXPECT_EQ(session.comm->CommPort(), here(port));
+    }
+}
+
 TEST_P(Scan, LogsPortsThatDoNotOpenAndLeavesOthersOut) {
     bench.refuse(1);
     plug(2);

@@ -54,7 +54,8 @@ protected:
     std::unique_ptr<fakes::ScriptedPeer> peer;
     std::unique_ptr<models::Device> device;
     fakes::RecordingFace face;
-    DeviceSession session{bench.runtime, face, bench.port};
+    Cancel cancel;
+    DeviceSession session{bench.runtime, face, bench.port, cancel};
     DeviceQuery query{session};
     LineReader reader{session};
     DeviceLogin login{session, face};

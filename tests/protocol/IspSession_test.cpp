@@ -96,7 +96,8 @@ TEST_P(Isp, ErasesOnAcknowledgementWithinTenSeconds) {
 TEST(IspOnSerial, WaitsForTheTransmitBufferInFiveStepsAtMost) {
     fakes::SerialBench bench;
     fakes::RecordingFace face;
-    DeviceSession session{bench.runtime, face, bench.port};
+    Cancel cancel;
+    DeviceSession session{bench.runtime, face, bench.port, cancel};
     IspSession isp{session, face};
     models::Device device{{}};
     bench.open(device);

@@ -98,10 +98,10 @@ TEST_P(Line, KeepsNothingWaitingForLong) {
             expectMs(limit.talking, limit.talking + 60);
         }
         connectPeer();
-        bench.runtime.at(begin + 70, [this] { session.cancel = true; });
+        bench.runtime.at(begin + 70, [this] { cancel.request(); });
         EXPECT_FALSE(limit.operation());
         expectMs(70, 75);
-        session.cancel = false;
+        cancel.begin();
         connectPeer().unplugAt(begin + 70);
         EXPECT_FALSE(limit.operation());
         expectMs(70, 130);

@@ -116,7 +116,7 @@ private:
     std::vector<CommEventCode> raised_;  // posted and not delivered yet
     std::int32_t commEvent_ = 0;
     std::int16_t commPort_ = 1;
-    std::string settings_ = "9600,N,8,1";
+    std::string settings_ = "19200,N,8,1";
     std::int32_t inBufferSize_ = 4096;
     std::int32_t outBufferSize_ = 512;
     std::int32_t inputLen_ = 0;

@@ -15,7 +15,7 @@ using Texts = std::vector<std::string>;
 /// bench's library through its socket. The device behind it unplugs itself when it is asked to, and comes back.
 class SystemReader : public ::testing::Test {
 protected:
-    SystemReader() : control_(runtime_, loader_, std::getenv("CORVANE_VELLIO")) {
+    SystemReader() : control_(runtime_, loader_, std::getenv("CORVANE_VELLIO"), cancel_) {
         control_.ReadProperties(true, {});
         control_.OnDevice = [this](std::int32_t event, const std::string& name, const std::string& text) {
             events_.push_back(std::to_string(event) + " " + name + " " + text);
@@ -56,6 +56,7 @@ protected:
 
     LinuxRuntime runtime_;
     DlModuleLoader loader_;
+    Cancel cancel_;
     VellIO control_;
     Texts events_;
 };

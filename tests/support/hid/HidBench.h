@@ -37,6 +37,7 @@ struct HidControlBench {
     FakeRuntime runtime;
     FakeHidBus bus{[this] { return runtime.tick(); }};
     FakeModuleLoader loader;
+    Cancel cancel;
     std::unique_ptr<VellIO> control;
 
     /// The library lacks these operations. One that is not served (vellService) tells of nothing by itself.
@@ -48,7 +49,7 @@ struct HidControlBench {
     }
 
     void start(bool userMode, const VellIO::PropertyBag& properties = {}) {
-        control = std::make_unique<VellIO>(runtime, loader, kLibrary);
+        control = std::make_unique<VellIO>(runtime, loader, kLibrary, cancel);
         control->ReadProperties(userMode, properties);
     }
 };
