@@ -41,7 +41,7 @@ std::size_t choice(const std::string& key, const std::string& value, const std::
 
 /// One that fits the socket's list and the reader's reply.
 std::string readerText(const std::string& key, const std::string& value) {
-    const auto text = fromUtf8(value);
+    auto text = fromUtf8(value);
     const bool isLong = text.size() > kLongestReaderText;
     if (isLong || std::any_of(text.begin(), text.end(), [](unsigned char c) { return c < 0x20; })) {
         complain(key, "takes up to " + std::to_string(kLongestReaderText) + " printable characters");

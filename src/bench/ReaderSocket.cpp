@@ -45,7 +45,7 @@ ReaderSocket::~ReaderSocket() {
 }
 
 std::string ReaderSocket::add(models::HidReader& reader) {
-    const auto path = "bench:" + std::to_string(++lastNumber_);
+    auto path = "bench:" + std::to_string(++lastNumber_);
     entries_.push_back({path, &reader});
     update();
     return path;
