@@ -2,19 +2,14 @@
 
 #include <algorithm>
 
+#include "protocol/LineReader.h"
+
 namespace corvane {
 namespace {
 
 constexpr std::uint8_t kIdentify = 0x00, kVersion = 0x01, kPassword = 0x03;
 constexpr std::int32_t kPromptSilence = 100;  // ms
 constexpr std::size_t kPromptLength = 4;
-
-bool holdsPrompt(const std::string& text) {
-    for (const char* prompt : {"M51>", "AVR>", "ARM>"}) {
-        if (text.find(prompt) != std::string::npos) return true;
-    }
-    return false;
-}
 
 }  // namespace
 

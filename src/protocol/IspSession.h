@@ -19,8 +19,14 @@ public:
     enum class Switch { refused, unanswered, accepted };
     Switch lastSwitch() const { return switch_; }
 
-    /// True when the device acknowledged that its flash is erased.
+    /// True when the device acknowledged that its flash is erased. After one that was not answered it must also prompt.
     bool ISP_Erase();
+
+    /// How many ms the last erase took.
+    std::int32_t eraseTime() const { return eraseTime_; }
+
+    /// Another device follows.
+    void beginDevice() { isEraseOwed_ = false; }
 
     /// Restarts the device into its application; nothing is awaited.
     void ISP_Reset();
@@ -32,6 +38,8 @@ private:
     Switch switchTarnPlus();
     Switch switchTarn();
     bool findPrompt();
+    bool awaitPrompt();
+    void dropEcho();
     void setPortSettings(const std::string& settings);
 
     DeviceSession& session_;
@@ -39,6 +47,8 @@ private:
     DeviceLogin login_;
     LineReader lines_;
     Switch switch_ = Switch::refused;
+    std::int32_t eraseTime_ = 0;
+    bool isEraseOwed_ = false;  // an erase may still be answered
 };
 
 }  // namespace corvane

@@ -49,6 +49,7 @@ void UpdateRun::begin() {
     session.stop = session.cancel = session.manualPort = false;
     session.ispBaudRate = -1;
     p_.programmer.beginDevice();
+    p_.isp.beginDevice();
     p_.view.running(true);
     setCancellable(true);
     session.log.clear();
@@ -258,17 +259,19 @@ void UpdateRun::closeJournal() {
     }
 }
 
-/// Up to three tries. An erase that has succeeded is not repeated.
+/// Up to three tries. An erase that has succeeded is not repeated, unless what was programmed since is in doubt.
 bool UpdateRun::eraseAndProgram(const std::string& image) {
     constexpr int kTries = 3;
     bool erased = false;
     for (int iTry = 1; iTry <= kTries; ++iTry) {
         p_.view.phase(RunPhase::erase);
         report_.wasErased = true;
-        if (!erased) report_.isErased = erased = p_.isp.ISP_Erase();
+        if (!erased && (erased = p_.isp.ISP_Erase())) p_.programmer.erased(p_.isp.eraseTime());
+        report_.isErased = report_.isErased || erased;
         if (erased) {
             p_.view.phase(RunPhase::program);
             if (p_.programmer.ISP_Program(image) && isQuietAfterwards()) return true;
+            erased = !p_.programmer.mustEraseAgain();
         }
         log("\r\niTry:" + std::to_string(iTry) + "\r\n");
         LineReader(p_.session).wait_comm_empty();
@@ -276,11 +279,11 @@ bool UpdateRun::eraseAndProgram(const std::string& image) {
     return false;
 }
 
-/// The pause before the reset; a refusal that comes in it belongs to the last record.
+/// The pause before the reset; an answer that comes in it is one too many.
 bool UpdateRun::isQuietAfterwards() {
     p_.isp.wait_output_empty(250);
     p_.session.runtime.Sleep(50);
-    return !p_.programmer.isRefusalLeft();
+    return p_.programmer.isQuiet();
 }
 
 void UpdateRun::fillLinks() {
