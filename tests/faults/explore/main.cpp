@@ -1,0 +1,289 @@
+#include <chrono>
+#include <cstdio>
+#include <cstdlib>
+#include <cstring>
+#include <map>
+#include <random>
+#include <sstream>
+
+#include "faults/explore/Attempt.h"
+
+/// Runs updates over a line on which something happens to sendings and answers, and holds what the program says against
+/// the device: "updated" must be true, and with one event at most it must be said. Exit status 1 when it does not hold.
+///
+///     explore_wire [--events N] [--every K] [--seconds S] [--port counting|blind|hid]   all combinations of up to N
+///     explore_wire --random COUNT [--seed S] [--port ...]                               random ones, a larger image
+///     explore_wire --replay "s3:lose a5:late600" [--random 1] --port ...                one run
+///
+/// --every K takes every K-th of the combinations of two and more.
+namespace {
+
+using namespace corvane::faults;
+using Clock = std::chrono::steady_clock;
+using Events = std::vector<Event>;
+
+// The record of address 0 is held back until the address record, which is what a loss of power must not find half done.
+constexpr char kFourRecords[] =
+    ":0400000001020304F2\n:0400100005060708D2\n:020000040001F9\n:04002000090A0B0CB2\n:00000001FF\n";
+constexpr const char* kPorts[] = {"counting", "blind", "hid"};
+
+struct Options {
+    int events = 2;
+    long every = 1, random = 0, seconds = 0;
+    unsigned seed = 1;
+    std::string port, replay;
+};
+
+std::string textOf(const Events& events) {
+    std::string text;
+    for (const auto& event : events) text += (text.empty() ? "" : " ") + event.text();
+    return text;
+}
+
+/// What can happen to a step.
+Events possibleAt(const Step& step) {
+    Events events;
+    const auto add = [&](What what, int ms = 0) { events.push_back({step.side, step.number, what, ms}); };
+    add(What::lose);
+    add(What::damage);
+    for (const int ms : {300, 600, 1400}) add(What::late, ms);
+    for (const int ms : {0, 700}) add(What::twice, ms);
+    add(What::restart);
+    add(What::banner);
+    if (step.side == 'a') {
+        add(What::after);
+        add(What::bannerAfter);
+    } else {
+        add(What::head);
+        if (std::strcmp(step.content, "erase") == 0) {
+            for (const int ms : {9000, 11000}) add(What::slow, ms);
+        }
+    }
+    return events;
+}
+
+Wire::Plan planOf(const Events& events) {
+    return [&events](const Step& step) -> std::optional<Event> {
+        for (const auto& event : events) {
+            if (event.side == step.side && event.number == step.number) return event;
+        }
+        return {};
+    };
+}
+
+/// What has come out so far, and what did not hold.
+class Tally {
+public:
+    void take(const Outcome& outcome) {
+        ++tried_;
+        succeeded_ += outcome.isSuccess();
+        modest_ += outcome.status != 0 && outcome.isRight && outcome.isRunning;
+        if (outcome.isWrong()) note(wrong_, outcome);
+        if (!outcome.isSuccess() && !outcome.isWrong()) note(failed_, outcome);
+    }
+
+    void print(const std::string& what) const {
+        std::printf("%s: %ld tried, %ld updated, %ld failed (%ld of them with a device that is well), %ld WRONG\n",
+                    what.c_str(), tried_, succeeded_, count(failed_), modest_, count(wrong_));
+        show("WRONG", wrong_);
+        std::fflush(stdout);
+    }
+
+    void printFailures() const { show("failed", failed_); }
+    bool isClean() const { return wrong_.empty(); }
+    bool isPerfect() const { return succeeded_ == tried_; }
+
+private:
+    struct Group {
+        long count = 0;
+        std::string example;
+    };
+    using Groups = std::map<std::string, Group>;
+
+    static void note(Groups& groups, const Outcome& outcome) {
+        std::string kind;
+        for (const auto& event : outcome.struck) {
+            for (const auto& step : outcome.steps) {
+                if (step.side != event.side || step.number != event.number) continue;
+                const auto text = event.text();
+                kind += (kind.empty() ? "" : " + ") + std::string(step.side == 'a' ? "answer to " : "") +
+                        step.content + text.substr(text.find(':'));
+            }
+        }
+        kind += " -> status " + std::to_string(outcome.status);
+        if (!outcome.isRight) kind += ", memory differs";
+        if (!outcome.isRunning) kind += ", in its boot loader";
+        auto& group = groups[outcome.struck.size() > 4 ? kind.substr(kind.find("->")) : kind];
+        if (group.count++ == 0) group.example = textOf(outcome.struck);
+    }
+
+    static long count(const Groups& groups) {
+        long sum = 0;
+        for (const auto& [kind, group] : groups) sum += group.count;
+        return sum;
+    }
+
+    static void show(const char* word, const Groups& groups) {
+        constexpr int kMost = 400;
+        int shown = 0;
+        for (const auto& [kind, group] : groups) {
+            if (++shown > kMost) break;
+            std::printf("  %s %ld: %s; \"%s\"\n", word, group.count, kind.c_str(), group.example.c_str());
+        }
+        if (shown > kMost) std::printf("  and %zu kinds more\n", groups.size() - kMost);
+    }
+
+    long tried_ = 0, succeeded_ = 0, modest_ = 0;
+    Groups wrong_, failed_;
+};
+
+/// Every combination of so many events. Events are added in the order of the steps of the run without them, so each
+/// combination comes once, and only where its events happen.
+class Exploration {
+public:
+    Exploration(PortKind kind, const TestImage& image, const Options& options)
+        : kind_(kind), image_(image), options_(options), begin_(Clock::now()) {}
+
+    /// False when something did not hold.
+    bool run(std::size_t depth) {
+        depth_ = depth;
+        count_ = 0;
+        tally_ = {};
+        progress_.clear();
+        Events events;
+        extend(events, 0);
+        const double ms = std::chrono::duration<double, std::milli>(Clock::now() - begin_).count();
+        tally_.print(std::string(kPorts[static_cast<int>(kind_)]) + ", " + std::to_string(depth) + " events" +
+                     (isLate() ? " (stopped at " + progress_ + ")" : ""));
+        std::printf("  %.0f s so far, %.3f ms a run\n", ms / 1000, ms / static_cast<double>(runs_));
+        if (depth <= 2) tally_.printFailures();
+        return tally_.isClean() && (depth > 1 || tally_.isPerfect());
+    }
+
+    bool isLate() const {
+        return options_.seconds > 0 && Clock::now() - begin_ > std::chrono::seconds(options_.seconds);
+    }
+
+private:
+    void extend(Events& events, std::size_t firstStep) {
+        if (events.size() == depth_ && depth_ > 1 && ++count_ % options_.every != 0) return;
+        const auto outcome = attempt(kind_, image_, planOf(events));
+        ++runs_;
+        if (events.size() == depth_) return tally_.take(outcome);
+        for (auto i = firstStep; i < outcome.steps.size(); ++i) {
+            for (const auto& event : possibleAt(outcome.steps[i])) {
+                if (isLate()) return;
+                if (events.empty()) progress_ = event.text() + " of " + std::to_string(outcome.steps.size()) + " steps";
+                events.push_back(event);
+                extend(events, i + 1);
+                events.pop_back();
+            }
+        }
+    }
+
+    PortKind kind_;
+    const TestImage& image_;
+    const Options& options_;
+    Clock::time_point begin_;
+    std::size_t depth_ = 0;
+    long count_ = 0, runs_ = 0;
+    std::string progress_;
+    Tally tally_;
+};
+
+/// 33 records over 80 KiB.
+std::string spreadRecords() {
+    std::string text;
+    const auto add = [&text](unsigned address, unsigned type, const std::vector<unsigned>& data) {
+        unsigned sum = static_cast<unsigned>(data.size()) + (address >> 8 & 0xFF) + (address & 0xFF) + type;
+        char piece[16];
+        std::snprintf(piece, sizeof piece, ":%02zX%04X%02X", data.size(), address & 0xFFFF, type);
+        text += piece;
+        for (const auto byte : data) {
+            std::snprintf(piece, sizeof piece, "%02X", byte);
+            text += piece;
+            sum += byte;
+        }
+        std::snprintf(piece, sizeof piece, "%02X\n", -sum & 0xFF);
+        text += piece;
+    };
+    for (unsigned i = 0; i < 33; ++i) {
+        const unsigned address = i * 0xA00;
+        if (address >> 16 != (address - 0xA00) >> 16 && i > 0) add(0, 4, {0, address >> 16});
+        std::vector<unsigned> data;
+        for (unsigned k = 0; k < 16; ++k) data.push_back((i * 7 + k * 5) % 251);
+        add(address, 0, data);
+    }
+    add(0, 1, {});
+    return text;
+}
+
+Wire::Plan randomPlan(std::mt19937& random) {
+    return [&random](const Step& step) -> std::optional<Event> {
+        const auto below = [&random](int limit) { return static_cast<int>(random() % static_cast<unsigned>(limit)); };
+        const int dice = below(1000);
+        Event event{step.side, step.number, What::lose, 0};
+        if (dice >= 81) return {};
+        if (dice >= 80) event.what = below(2) ? What::banner : What::restart;
+        else if (dice >= 60) event.what = What::damage;
+        else if (dice >= 40) event = {step.side, step.number, What::late, 300 + below(1101)};
+        else if (dice >= 20) event = {step.side, step.number, What::twice, below(2) * 700};
+        return event;
+    };
+}
+
+Options parsed(int argc, char** argv) {
+    Options options;
+    for (int i = 1; i + 1 < argc; i += 2) {
+        const std::string name = argv[i], value = argv[i + 1];
+        if (name == "--events") options.events = std::atoi(value.c_str());
+        if (name == "--every") options.every = std::atol(value.c_str());
+        if (name == "--seconds") options.seconds = std::atol(value.c_str());
+        if (name == "--random") options.random = std::atol(value.c_str());
+        if (name == "--seed") options.seed = static_cast<unsigned>(std::atol(value.c_str()));
+        if (name == "--port") options.port = value;
+        if (name == "--replay") options.replay = value;
+    }
+    return options;
+}
+
+bool holds(PortKind kind, const Options& options) {
+    const TestImage image(options.random ? spreadRecords() : kFourRecords);
+    if (!options.replay.empty()) {
+        Events events;
+        std::istringstream words(options.replay);
+        for (std::string word; words >> word;) events.push_back(Event::from(word).value());
+        const auto outcome = attempt(kind, image, planOf(events));
+        for (const auto& step : outcome.steps) std::printf("%c%d %s\n", step.side, step.number, step.content);
+        Tally tally;
+        tally.take(outcome);
+        tally.print(options.replay);
+        tally.printFailures();
+        return tally.isClean();
+    }
+    if (options.random) {
+        Tally tally;
+        std::mt19937 random(options.seed);
+        for (long i = 0; i < options.random; ++i) tally.take(attempt(kind, image, randomPlan(random)));
+        tally.print(std::string(kPorts[static_cast<int>(kind)]) + ", random");
+        return tally.isClean();
+    }
+    Exploration exploration(kind, image, options);
+    bool good = true;
+    for (int depth = 0; depth <= options.events && !exploration.isLate(); ++depth) {
+        good = exploration.run(static_cast<std::size_t>(depth)) && good;
+    }
+    return good;
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+    const auto options = parsed(argc, argv);
+    ::setenv("TMPDIR", "/dev/shm", 0);  // a run writes its journal
+    bool good = true;
+    for (const auto kind : {PortKind::counting, PortKind::blind, PortKind::hid}) {
+        if (options.port.empty() || options.port == kPorts[static_cast<int>(kind)]) good = holds(kind, options) && good;
+    }
+    return good ? 0 : 1;
+}
