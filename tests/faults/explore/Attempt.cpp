@@ -11,7 +11,7 @@
 namespace corvane::faults {
 namespace {
 
-constexpr int kStretch = 10;        // ms
+constexpr int kStretch = 10;            // ms
 constexpr Micros kSettles = 3'000'000;  // what is still under way when a run ends
 constexpr char kLibrary[] = "VellIO.so";
 
@@ -24,7 +24,9 @@ fakes::FakeProgramFolder& sharedFolder() {
 /// The platform of one run.
 struct World {
     World(PortKind kind, const Wire::Plan& plan)
-        : wire(plan), serial(runtime, wire, kind == PortKind::blind), reader(wire, {}),
+        : wire(plan),
+          serial(runtime, wire, kind == PortKind::blind),
+          reader(wire, {}),
           readerPeer(reader, [this] { return runtime.micros(); }) {
         runtime.stretchWaits(kStretch);
         if (kind == PortKind::hid) {
@@ -37,8 +39,8 @@ struct World {
     }
 
     Platform platform() {
-        return {runtime,  serial,         map,      modules, site,      profile,   settings,
-                sharedFolder(), launcher, digest,  inspector, inhibitor, kLibrary};
+        return {runtime,        serial,   map,    modules,   site,      profile, settings,
+                sharedFolder(), launcher, digest, inspector, inhibitor, kLibrary};
     }
 
     fakes::FakeRuntime runtime;
@@ -86,6 +88,7 @@ Outcome attempt(PortKind kind, const TestImage& image, const Wire::Plan& plan) {
     outcome.isRunning = !world.wire.device().isInBoot();
     outcome.steps = world.wire.steps();
     outcome.struck = world.wire.struck();
+    outcome.log = world.face.log;
     return outcome;
 }
 

@@ -63,9 +63,9 @@ int Wire::unsent(Micros now) const {
 }
 
 /// Counts a step; what is planned for it.
-std::optional<Event> Wire::strike(char side, const char* content) {
+std::optional<Event> Wire::strike(char side, const char* content, Micros now) {
     if (!counts_) return {};
-    const Step step{side, ++numbers_[side == 'a'], content};
+    const Step step{side, ++numbers_[side == 'a'], content, now};
     steps_.push_back(step);
     auto event = plan_(step);
     if (event) struck_.push_back(*event);
@@ -78,7 +78,7 @@ void Wire::hear(Micros now, const Bytes& bytes, std::uint32_t rate) {
     portFreeAt_ = std::max(now, portFreeAt_) + wireTime(bytes.size());
     counts_ = counts_ || bytes == kErase;
     Message message{portFreeAt_, bytes, contentOf(bytes), {}};
-    message.event = strike('s', message.content);
+    message.event = strike('s', message.content, now);
     const auto what = message.event ? message.event->what : What::slow;
     const Micros ms = message.event ? message.event->ms * kMs : 0;
     if (what == What::lose) return;
@@ -134,7 +134,7 @@ void Wire::takeIn(const Message& message, Micros now) {
 }
 
 void Wire::answer(Micros now, Bytes bytes, const char* content) {
-    const auto event = strike('a', content);
+    const auto event = strike('a', content, now);
     const auto what = event ? event->what : What::slow;
     const Micros ms = event ? event->ms * kMs : 0;
     if (isRestart(what)) return restart(now, what == What::banner);

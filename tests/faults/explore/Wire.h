@@ -30,6 +30,7 @@ struct Step {
     char side;
     int number;
     const char* content;  ///< what the sending was, or what is answered
+    Micros at;
 };
 
 /// A device that does right, with a boot loader and an application, at the end of a line that does what is planned.
@@ -64,7 +65,7 @@ private:
     };
 
     Micros wireTime(std::size_t bytes) const;
-    std::optional<Event> strike(char side, const char* content);
+    std::optional<Event> strike(char side, const char* content, Micros now);
     static void put(std::deque<Message>& way, Message message);
     void takeIn(const Message& message, Micros now);
     void answer(Micros now, Bytes bytes, const char* content);

@@ -71,15 +71,38 @@ Wire::Plan planOf(const Events& events) {
     };
 }
 
+/// How an outcome differs from a success, and by which events when there are only a few.
+std::string kindOf(const Outcome& outcome, bool namesEvents) {
+    std::string kind;
+    for (const auto& event : namesEvents ? outcome.struck : Events()) {
+        for (const auto& step : outcome.steps) {
+            if (step.side != event.side || step.number != event.number) continue;
+            const auto text = event.text();
+            kind +=
+                std::string(step.side == 'a' ? "answer to " : "") + step.content + text.substr(text.find(':')) + " ";
+        }
+    }
+    kind += "-> status " + std::to_string(outcome.status);
+    if (!outcome.isRight) kind += ", memory differs";
+    if (!outcome.isRunning) kind += ", in its boot loader";
+    return kind;
+}
+
 /// What has come out so far, and what did not hold.
 class Tally {
 public:
+    /// Tells kinds apart by their events too, with one example of each; or by the outcome alone, with more.
+    explicit Tally(bool namesEvents) : namesEvents_(namesEvents) {}
+
     void take(const Outcome& outcome) {
         ++tried_;
-        succeeded_ += outcome.isSuccess();
-        modest_ += outcome.status != 0 && outcome.isRight && outcome.isRunning;
-        if (outcome.isWrong()) note(wrong_, outcome);
-        if (!outcome.isSuccess() && !outcome.isWrong()) note(failed_, outcome);
+        if (outcome.isSuccess()) {
+            ++succeeded_;
+            return;
+        }
+        modest_ += outcome.isRight && outcome.isRunning;
+        auto& group = (outcome.isWrong() ? wrong_ : failed_)[kindOf(outcome, namesEvents_)];
+        if (group.count++ < (namesEvents_ ? 1 : 12)) group.examples += "\n      \"" + textOf(outcome.struck) + "\"";
     }
 
     void print(const std::string& what) const {
@@ -96,26 +119,9 @@ public:
 private:
     struct Group {
         long count = 0;
-        std::string example;
+        std::string examples;
     };
     using Groups = std::map<std::string, Group>;
-
-    static void note(Groups& groups, const Outcome& outcome) {
-        std::string kind;
-        for (const auto& event : outcome.struck) {
-            for (const auto& step : outcome.steps) {
-                if (step.side != event.side || step.number != event.number) continue;
-                const auto text = event.text();
-                kind += (kind.empty() ? "" : " + ") + std::string(step.side == 'a' ? "answer to " : "") +
-                        step.content + text.substr(text.find(':'));
-            }
-        }
-        kind += " -> status " + std::to_string(outcome.status);
-        if (!outcome.isRight) kind += ", memory differs";
-        if (!outcome.isRunning) kind += ", in its boot loader";
-        auto& group = groups[outcome.struck.size() > 4 ? kind.substr(kind.find("->")) : kind];
-        if (group.count++ == 0) group.example = textOf(outcome.struck);
-    }
 
     static long count(const Groups& groups) {
         long sum = 0;
@@ -124,15 +130,16 @@ private:
     }
 
     static void show(const char* word, const Groups& groups) {
-        constexpr int kMost = 400;
-        int shown = 0;
+        constexpr std::size_t kMost = 300;
+        std::size_t shown = 0;
         for (const auto& [kind, group] : groups) {
-            if (++shown > kMost) break;
-            std::printf("  %s %ld: %s; \"%s\"\n", word, group.count, kind.c_str(), group.example.c_str());
+            if (shown++ < kMost)
+                std::printf("  %s %ld: %s%s\n", word, group.count, kind.c_str(), group.examples.c_str());
         }
-        if (shown > kMost) std::printf("  and %zu kinds more\n", groups.size() - kMost);
+        if (shown > kMost) std::printf("  and %zu kinds more\n", shown - kMost);
     }
 
+    bool namesEvents_;
     long tried_ = 0, succeeded_ = 0, modest_ = 0;
     Groups wrong_, failed_;
 };
@@ -148,7 +155,7 @@ public:
     bool run(std::size_t depth) {
         depth_ = depth;
         count_ = 0;
-        tally_ = {};
+        tally_ = Tally(true);
         progress_.clear();
         Events events;
         extend(events, 0);
@@ -188,7 +195,7 @@ private:
     std::size_t depth_ = 0;
     long count_ = 0, runs_ = 0;
     std::string progress_;
-    Tally tally_;
+    Tally tally_{true};
 };
 
 /// 33 records over 80 KiB.
@@ -224,10 +231,14 @@ Wire::Plan randomPlan(std::mt19937& random) {
         const int dice = below(1000);
         Event event{step.side, step.number, What::lose, 0};
         if (dice >= 81) return {};
-        if (dice >= 80) event.what = below(2) ? What::banner : What::restart;
-        else if (dice >= 60) event.what = What::damage;
-        else if (dice >= 40) event = {step.side, step.number, What::late, 300 + below(1101)};
-        else if (dice >= 20) event = {step.side, step.number, What::twice, below(2) * 700};
+        if (dice >= 80)
+            event.what = below(2) ? What::banner : What::restart;
+        else if (dice >= 60)
+            event.what = What::damage;
+        else if (dice >= 40)
+            event = {step.side, step.number, What::late, 300 + below(1101)};
+        else if (dice >= 20)
+            event = {step.side, step.number, What::twice, below(2) * 700};
         return event;
     };
 }
@@ -247,25 +258,29 @@ Options parsed(int argc, char** argv) {
     return options;
 }
 
+bool replay(PortKind kind, const TestImage& image, const std::string& text) {
+    Events events;
+    std::istringstream words(text);
+    for (std::string word; words >> word;) events.push_back(Event::from(word).value());
+    const auto outcome = attempt(kind, image, planOf(events));
+    const auto begin = outcome.steps.empty() ? 0 : outcome.steps.front().at;
+    for (const auto& step : outcome.steps) {
+        std::printf("%9.3f s  %c%-3d %s\n", static_cast<double>(step.at - begin) / 1e6, step.side, step.number,
+                    step.content);
+    }
+    std::printf("%s\n%s\n", outcome.log.c_str(), kindOf(outcome, true).c_str());
+    return !outcome.isWrong();
+}
+
 bool holds(PortKind kind, const Options& options) {
     const TestImage image(options.random ? spreadRecords() : kFourRecords);
-    if (!options.replay.empty()) {
-        Events events;
-        std::istringstream words(options.replay);
-        for (std::string word; words >> word;) events.push_back(Event::from(word).value());
-        const auto outcome = attempt(kind, image, planOf(events));
-        for (const auto& step : outcome.steps) std::printf("%c%d %s\n", step.side, step.number, step.content);
-        Tally tally;
-        tally.take(outcome);
-        tally.print(options.replay);
-        tally.printFailures();
-        return tally.isClean();
-    }
+    if (!options.replay.empty()) return replay(kind, image, options.replay);
     if (options.random) {
-        Tally tally;
+        Tally tally(false);
         std::mt19937 random(options.seed);
         for (long i = 0; i < options.random; ++i) tally.take(attempt(kind, image, randomPlan(random)));
         tally.print(std::string(kPorts[static_cast<int>(kind)]) + ", random");
+        tally.printFailures();
         return tally.isClean();
     }
     Exploration exploration(kind, image, options);
