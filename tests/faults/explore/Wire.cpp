@@ -22,17 +22,6 @@ models::DeviceOptions options() {
     return options;
 }
 
-const char* contentOf(const Bytes& bytes) {
-    const auto text = textOf(bytes);
-    if (bytes == kErase) return "erase";
-    if (text == "\x02R\r") return "restart";
-    if (text == "\r") return "CR";
-    if (text.front() != ':' || text.size() < 9) return "query";
-    if (text[8] == '1') return "end";
-    if (text[8] == '4') return "upper";
-    return text.compare(3, 4, "0000") == 0 ? "first" : "data";
-}
-
 bool isRestart(What what) { return what == What::restart || what == What::banner; }
 
 }  // namespace
@@ -55,6 +44,22 @@ std::optional<Event> Event::from(const std::string& text) {
 
 Wire::Wire(Plan plan) : plan_(std::move(plan)), device_(options()) {}
 
+/// What a sending is. Data beyond the first segment has a name of its own: what happens there does other harm.
+const char* Wire::contentOf(const Bytes& bytes) {
+    const auto text = textOf(bytes);
+    if (text == "\x02R\r") return "restart";
+    if (text == "\r") return "CR";
+    if (text.front() != ':' || text.size() < 13) {
+        isBeyond_ = isBeyond_ && bytes != kErase;
+        return bytes == kErase ? "erase" : text.front() == ':' ? "end" : "query";
+    }
+    if (text[8] == '4') {
+        isBeyond_ = text.compare(9, 4, "0000") != 0;
+        return "upper";
+    }
+    return isBeyond_ ? "data beyond" : text.compare(3, 4, "0000") == 0 ? "first" : "data";
+}
+
 Micros Wire::wireTime(std::size_t bytes) const { return static_cast<Micros>(bytes) * 10 * 1000000 / rate_; }
 
 int Wire::unsent(Micros now) const {
@@ -74,6 +79,7 @@ std::optional<Event> Wire::strike(char side, const char* content, Micros now) {
 
 void Wire::hear(Micros now, const Bytes& bytes, std::uint32_t rate) {
     rate_ = rate;
+    advance(now);
     if (bytes.empty()) return;
     portFreeAt_ = std::max(now, portFreeAt_) + wireTime(bytes.size());
     counts_ = counts_ || bytes == kErase;
@@ -105,12 +111,17 @@ std::optional<Micros> Wire::nextAt() const {
     return next;
 }
 
-Bytes Wire::speak(Micros now) {
+/// Lets the device hear what has come in by now.
+void Wire::advance(Micros now) {
     while (!toDevice_.empty() && std::max(toDevice_.front().at, busyUntil_) <= now) {
         const auto message = std::move(toDevice_.front());
         toDevice_.pop_front();
         takeIn(message, std::max(message.at, busyUntil_));
     }
+}
+
+Bytes Wire::speak(Micros now) {
+    advance(now);
     Bytes said;
     for (; !toHost_.empty() && toHost_.front().at <= now; toHost_.pop_front()) {
         said.insert(said.end(), toHost_.front().bytes.begin(), toHost_.front().bytes.end());

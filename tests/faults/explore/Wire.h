@@ -64,9 +64,11 @@ private:
         std::optional<Event> event;  // that strikes at the device
     };
 
+    const char* contentOf(const Bytes& bytes);
     Micros wireTime(std::size_t bytes) const;
     std::optional<Event> strike(char side, const char* content, Micros now);
     static void put(std::deque<Message>& way, Message message);
+    void advance(Micros now);
     void takeIn(const Message& message, Micros now);
     void answer(Micros now, Bytes bytes, const char* content);
     void restart(Micros now, bool hasBanner);
@@ -74,7 +76,7 @@ private:
     Plan plan_;
     models::Device device_;
     std::uint32_t rate_ = 19200;
-    bool counts_ = false;
+    bool counts_ = false, isBeyond_ = false;
     int numbers_[2] = {0, 0};
     std::vector<Step> steps_;
     std::vector<Event> struck_;

@@ -4,6 +4,7 @@
 #include <cstring>
 #include <map>
 #include <random>
+#include <set>
 #include <sstream>
 
 #include "faults/explore/Attempt.h"
@@ -71,49 +72,67 @@ Wire::Plan planOf(const Events& events) {
     };
 }
 
-/// How an outcome differs from a success, and by which events when there are only a few.
-std::string kindOf(const Outcome& outcome, bool namesEvents) {
-    std::string kind;
-    for (const auto& event : namesEvents ? outcome.struck : Events()) {
+/// What has struck what, whatever its number.
+std::vector<std::string> kindsOf(const Outcome& outcome) {
+    std::vector<std::string> kinds;
+    for (const auto& event : outcome.struck) {
         for (const auto& step : outcome.steps) {
             if (step.side != event.side || step.number != event.number) continue;
             const auto text = event.text();
-            kind +=
-                std::string(step.side == 'a' ? "answer to " : "") + step.content + text.substr(text.find(':')) + " ";
+            kinds.push_back((step.side == 'a' ? "answer to " : "") + std::string(step.content) +
+                            text.substr(text.find(':')));
         }
     }
-    kind += "-> status " + std::to_string(outcome.status);
-    if (!outcome.isRight) kind += ", memory differs";
-    if (!outcome.isRunning) kind += ", in its boot loader";
-    return kind;
+    return kinds;
 }
 
-/// What has come out so far, and what did not hold.
+std::string joined(const std::vector<std::string>& kinds) {
+    std::string text;
+    for (const auto& kind : kinds) text += kind + ", ";
+    return text;
+}
+
+std::string endOf(const Outcome& outcome) {
+    return "status " + std::to_string(outcome.status) + (outcome.isRight ? "" : ", memory differs") +
+           (outcome.isRunning ? "" : ", in its boot loader");
+}
+
+/// What has come out so far. Shows what did not succeed, unless the same did not with an event less either.
 class Tally {
 public:
     /// Tells kinds apart by their events too, with one example of each; or by the outcome alone, with more.
     explicit Tally(bool namesEvents) : namesEvents_(namesEvents) {}
 
+    void begin() {
+        tried_ = succeeded_ = modest_ = wrong_ = 0;
+        groups_.clear();
+    }
+
     void take(const Outcome& outcome) {
         ++tried_;
-        if (outcome.isSuccess()) {
-            ++succeeded_;
-            return;
-        }
+        succeeded_ += outcome.isSuccess();
+        wrong_ += outcome.isWrong();
+        if (outcome.isSuccess()) return;
         modest_ += outcome.isRight && outcome.isRunning;
-        auto& group = (outcome.isWrong() ? wrong_ : failed_)[kindOf(outcome, namesEvents_)];
+        const auto kinds = namesEvents_ ? kindsOf(outcome) : std::vector<std::string>();
+        if (namesEvents_ && !isNews(kinds)) return;
+        auto& group = groups_[(outcome.isWrong() ? "WRONG  " : "failed ") + joined(kinds) + endOf(outcome)];
         if (group.count++ < (namesEvents_ ? 1 : 12)) group.examples += "\n      \"" + textOf(outcome.struck) + "\"";
     }
 
     void print(const std::string& what) const {
+        constexpr std::size_t kMost = 300;
         std::printf("%s: %ld tried, %ld updated, %ld failed (%ld of them with a device that is well), %ld WRONG\n",
-                    what.c_str(), tried_, succeeded_, count(failed_), modest_, count(wrong_));
-        show("WRONG", wrong_);
+                    what.c_str(), tried_, succeeded_, tried_ - succeeded_ - wrong_, modest_, wrong_);
+        std::size_t shown = 0;
+        for (const auto& [kind, group] : groups_) {
+            if (shown++ < kMost) std::printf("  %ld %s%s\n", group.count, kind.c_str(), group.examples.c_str());
+        }
+        if (shown > kMost) std::printf("  and %zu kinds more\n", shown - kMost);
         std::fflush(stdout);
     }
 
-    void printFailures() const { show("failed", failed_); }
-    bool isClean() const { return wrong_.empty(); }
+    bool isClean() const { return wrong_ == 0; }
     bool isPerfect() const { return succeeded_ == tried_; }
 
 private:
@@ -121,27 +140,22 @@ private:
         long count = 0;
         std::string examples;
     };
-    using Groups = std::map<std::string, Group>;
 
-    static long count(const Groups& groups) {
-        long sum = 0;
-        for (const auto& [kind, group] : groups) sum += group.count;
-        return sum;
-    }
-
-    static void show(const char* word, const Groups& groups) {
-        constexpr std::size_t kMost = 300;
-        std::size_t shown = 0;
-        for (const auto& [kind, group] : groups) {
-            if (shown++ < kMost)
-                std::printf("  %s %ld: %s%s\n", word, group.count, kind.c_str(), group.examples.c_str());
+    bool isNews(const std::vector<std::string>& kinds) {
+        bool isNew = true;
+        for (std::size_t i = 0; i < kinds.size(); ++i) {
+            auto fewer = kinds;
+            fewer.erase(fewer.begin() + static_cast<std::ptrdiff_t>(i));
+            isNew = isNew && !known_.count(joined(fewer));
         }
-        if (shown > kMost) std::printf("  and %zu kinds more\n", shown - kMost);
+        known_.insert(joined(kinds));
+        return isNew;
     }
 
     bool namesEvents_;
-    long tried_ = 0, succeeded_ = 0, modest_ = 0;
-    Groups wrong_, failed_;
+    long tried_ = 0, succeeded_ = 0, modest_ = 0, wrong_ = 0;
+    std::set<std::string> known_;  // kinds that did not succeed
+    std::map<std::string, Group> groups_;
 };
 
 /// Every combination of so many events. Events are added in the order of the steps of the run without them, so each
@@ -155,7 +169,7 @@ public:
     bool run(std::size_t depth) {
         depth_ = depth;
         count_ = 0;
-        tally_ = Tally(true);
+        tally_.begin();
         progress_.clear();
         Events events;
         extend(events, 0);
@@ -163,7 +177,6 @@ public:
         tally_.print(std::string(kPorts[static_cast<int>(kind_)]) + ", " + std::to_string(depth) + " events" +
                      (isLate() ? " (stopped at " + progress_ + ")" : ""));
         std::printf("  %.0f s so far, %.3f ms a run\n", ms / 1000, ms / static_cast<double>(runs_));
-        if (depth <= 2) tally_.printFailures();
         return tally_.isClean() && (depth > 1 || tally_.isPerfect());
     }
 
@@ -198,31 +211,30 @@ private:
     Tally tally_{true};
 };
 
-/// 33 records over 80 KiB.
+std::string record(const std::vector<unsigned>& bytes) {
+    std::string text = ":";
+    unsigned sum = 0;
+    const auto add = [&text](unsigned byte) {
+        char digits[8];
+        std::snprintf(digits, sizeof digits, "%02X", byte & 0xFF);
+        text += digits;
+    };
+    for (const auto byte : bytes) add(byte), sum += byte;
+    add(-sum);
+    return text + "\n";
+}
+
+/// 33 records of 16 bytes over 80 KiB.
 std::string spreadRecords() {
     std::string text;
-    const auto add = [&text](unsigned address, unsigned type, const std::vector<unsigned>& data) {
-        unsigned sum = static_cast<unsigned>(data.size()) + (address >> 8 & 0xFF) + (address & 0xFF) + type;
-        char piece[16];
-        std::snprintf(piece, sizeof piece, ":%02zX%04X%02X", data.size(), address & 0xFFFF, type);
-        text += piece;
-        for (const auto byte : data) {
-            std::snprintf(piece, sizeof piece, "%02X", byte);
-            text += piece;
-            sum += byte;
-        }
-        std::snprintf(piece, sizeof piece, "%02X\n", -sum & 0xFF);
-        text += piece;
-    };
     for (unsigned i = 0; i < 33; ++i) {
         const unsigned address = i * 0xA00;
-        if (address >> 16 != (address - 0xA00) >> 16 && i > 0) add(0, 4, {0, address >> 16});
-        std::vector<unsigned> data;
-        for (unsigned k = 0; k < 16; ++k) data.push_back((i * 7 + k * 5) % 251);
-        add(address, 0, data);
+        if (address >= 0x10000 && address < 0x10A00) text += record({2, 0, 0, 4, 0, 1});
+        std::vector<unsigned> bytes = {16, address >> 8 & 0xFF, address & 0xFF, 0};
+        for (unsigned k = 0; k < 16; ++k) bytes.push_back((i * 7 + k * 5) % 251);
+        text += record(bytes);
     }
-    add(0, 1, {});
-    return text;
+    return text + record({0, 0, 0, 1});
 }
 
 Wire::Plan randomPlan(std::mt19937& random) {
@@ -268,7 +280,7 @@ bool replay(PortKind kind, const TestImage& image, const std::string& text) {
         std::printf("%9.3f s  %c%-3d %s\n", static_cast<double>(step.at - begin) / 1e6, step.side, step.number,
                     step.content);
     }
-    std::printf("%s\n%s\n", outcome.log.c_str(), kindOf(outcome, true).c_str());
+    std::printf("%s\n%s\n", outcome.log.c_str(), endOf(outcome).c_str());
     return !outcome.isWrong();
 }
 
@@ -280,7 +292,6 @@ bool holds(PortKind kind, const Options& options) {
         std::mt19937 random(options.seed);
         for (long i = 0; i < options.random; ++i) tally.take(attempt(kind, image, randomPlan(random)));
         tally.print(std::string(kPorts[static_cast<int>(kind)]) + ", random");
-        tally.printFailures();
         return tally.isClean();
     }
     Exploration exploration(kind, image, options);
@@ -293,7 +304,7 @@ bool holds(PortKind kind, const Options& options) {
 
 }  // namespace
 
-int main(int argc, char** argv) {
+int main(int argc, char** argv) try {
     const auto options = parsed(argc, argv);
     ::setenv("TMPDIR", "/dev/shm", 0);  // a run writes its journal
     bool good = true;
@@ -301,4 +312,7 @@ int main(int argc, char** argv) {
         if (options.port.empty() || options.port == kPorts[static_cast<int>(kind)]) good = holds(kind, options) && good;
     }
     return good ? 0 : 1;
+} catch (const std::exception& error) {
+    std::fprintf(stderr, "explore_wire: %s\n", error.what());
+    return 2;
 }
