@@ -61,11 +61,12 @@ struct World {
     fakes::RecordingOperator face;
 };
 
-/// All that is asked of the program: what it would exit with.
+/// All that is asked of the program: what it exits with after a run that begins with no memory of others.
 int statusOf(World& world, const TestImage& image) {
     Updater updater(world.platform(), world.face.face());
     updater.choices.offLine = updater.choices.useFile = true;
     updater.choices.image = {image.path(), "TARN-R200", "V5.2R1", "2024/01/31", {}};
+    updater.journal().clear();
     const int status = exitStatus(updater.run().run(false));
     updater.shutDown();
     return status;

@@ -2,6 +2,7 @@
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
+#include <ctime>
 #include <map>
 #include <random>
 #include <set>
@@ -106,6 +107,7 @@ public:
     void begin() {
         tried_ = succeeded_ = modest_ = wrong_ = 0;
         groups_.clear();
+        began_ = std::clock();
     }
 
     void take(const Outcome& outcome) {
@@ -122,8 +124,10 @@ public:
 
     void print(const std::string& what) const {
         constexpr std::size_t kMost = 300;
-        std::printf("%s: %ld tried, %ld updated, %ld failed (%ld of them with a device that is well), %ld WRONG\n",
+        const double ms = 1000.0 * static_cast<double>(std::clock() - began_) / CLOCKS_PER_SEC;
+        std::printf("%s: %ld tried, %ld updated, %ld failed (%ld of them with a device that is well), %ld WRONG; ",
                     what.c_str(), tried_, succeeded_, tried_ - succeeded_ - wrong_, modest_, wrong_);
+        std::printf("%.1f s of processor time, %.3f ms a run\n", ms / 1000, ms / static_cast<double>(tried_));
         std::size_t shown = 0;
         for (const auto& [kind, group] : groups_) {
             if (shown++ < kMost) std::printf("  %ld %s%s\n", group.count, kind.c_str(), group.examples.c_str());
@@ -153,6 +157,7 @@ private:
     }
 
     bool namesEvents_;
+    std::clock_t began_ = std::clock();
     long tried_ = 0, succeeded_ = 0, modest_ = 0, wrong_ = 0;
     std::set<std::string> known_;  // kinds that did not succeed
     std::map<std::string, Group> groups_;
@@ -173,10 +178,8 @@ public:
         progress_.clear();
         Events events;
         extend(events, 0);
-        const double ms = std::chrono::duration<double, std::milli>(Clock::now() - begin_).count();
         tally_.print(std::string(kPorts[static_cast<int>(kind_)]) + ", " + std::to_string(depth) + " events" +
                      (isLate() ? " (stopped at " + progress_ + ")" : ""));
-        std::printf("  %.0f s so far, %.3f ms a run\n", ms / 1000, ms / static_cast<double>(runs_));
         return tally_.isClean() && (depth > 1 || tally_.isPerfect());
     }
 
@@ -188,7 +191,6 @@ private:
     void extend(Events& events, std::size_t firstStep) {
         if (events.size() == depth_ && depth_ > 1 && ++count_ % options_.every != 0) return;
         const auto outcome = attempt(kind_, image_, planOf(events));
-        ++runs_;
         if (events.size() == depth_) return tally_.take(outcome);
         for (auto i = firstStep; i < outcome.steps.size(); ++i) {
             for (const auto& event : possibleAt(outcome.steps[i])) {
@@ -206,7 +208,7 @@ private:
     const Options& options_;
     Clock::time_point begin_;
     std::size_t depth_ = 0;
-    long count_ = 0, runs_ = 0;
+    long count_ = 0;
     std::string progress_;
     Tally tally_{true};
 };
