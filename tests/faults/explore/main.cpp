@@ -123,7 +123,7 @@ public:
     }
 
     void print(const std::string& what) const {
-        constexpr std::size_t kMost = 300;
+        constexpr std::size_t kMost = 1000;
         const double ms = 1000.0 * static_cast<double>(std::clock() - began_) / CLOCKS_PER_SEC;
         std::printf("%s: %ld tried, %ld updated, %ld failed (%ld of them with a device that is well), %ld WRONG; ",
                     what.c_str(), tried_, succeeded_, tried_ - succeeded_ - wrong_, modest_, wrong_);
