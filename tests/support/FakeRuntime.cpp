@@ -80,7 +80,7 @@ void FakeRuntime::Sleep(int ms) {
 }
 
 void FakeRuntime::WaitActivity(int ms) {
-    const Micros end = now_ + ms * 1000LL;
+    const Micros end = now_ + std::max(ms, stretch_) * 1000LL;
     if (idle_) {
         const int before = movements_;
         if (!moveIo()) idle_();
