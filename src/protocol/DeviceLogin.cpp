@@ -40,9 +40,9 @@ bool DeviceLogin::isPasswordAccepted(const std::string& password) {
     return query_.Query(kPassword, nothing, EncodePassword(password), 0, 3000);
 }
 
-bool DeviceLogin::GetVersion(std::string& szVersion) {
+bool DeviceLogin::GetVersion(std::string& szVersion, std::int32_t timeout) {
     Variant reply = Bytes();
-    if (!query_.Query(kVersion, reply, {}, 0, 3000)) return false;
+    if (!query_.Query(kVersion, reply, {}, 0, timeout)) return false;
     auto& data = std::get<Bytes>(reply);
     if (!data.empty() && data.back() == 0) data.pop_back();
     if (data.empty()) return false;

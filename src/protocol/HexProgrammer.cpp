@@ -11,6 +11,7 @@ namespace {
 constexpr std::uint8_t kAck = 6, kNak = 21;
 constexpr std::int32_t kOwed = 1500;  // ms after which nothing that is owed comes any more
 constexpr int kMostDoubts = 16;       // that one try may mend
+constexpr int kLateTries = 2;         // after which answers that come late are taken for a habit of the device
 constexpr std::size_t kLargestPage = 4096;
 const std::string kToFirstSegment = ":020000040000FA";
 
@@ -30,8 +31,9 @@ std::size_t pageBefore(const SendPlan& plan, std::size_t at) {
 void HexProgrammer::beginDevice(bool hasLine) {
     clock_.beginDevice(hasLine);
     repeated_ = 0;
-    base_ = 0;
+    place_ = "";
     isSettled_ = mustErase_ = false;
+    lateTries_ = 0;
     countsUnsent_ = true;
 }
 
@@ -55,9 +57,9 @@ bool HexProgrammer::ProgramHex(const std::string& code, bool bShowCode) {
 }
 
 /// Whether sending the last record again, with nothing owed, mends what came of it.
-bool HexProgrammer::mayRepeat() {
+bool HexProgrammer::mayRepeat() const {
     if (last_ == Found::refused) return true;
-    if (last_ == Found::late) return !isBeyond_ && eraseEcho_.IsTimeout();
+    if (last_ == Found::late) return (!isBeyond_ || lateTries_ >= kLateTries) && !isEchoPossible_;
     return last_ == Found::silent && !isBeyond_;
 }
 
@@ -66,6 +68,7 @@ HexProgrammer::Found HexProgrammer::attempt(const std::string& code) {
     const auto before = lines_.waiting();
     if (before.prompt) return Found::restarted;
     if (before.answers() > 0 && !isSettled_) return Found::extra;
+    isEchoPossible_ = !eraseEcho_.IsTimeout();
     session_.comm->CommOutput(code + "\r");
     clock_.sent(code.size() + 1);
     const auto answer = lines_.wait_comm(clock_.untilCrossed() + clock_.patience(isSettled_));
@@ -143,9 +146,8 @@ bool HexProgrammer::ISP_Program(const std::string& HexFile) {
 bool HexProgrammer::sendImage(std::string_view content) {
     const auto plan = SendPlan::of(content);
     const auto size = static_cast<std::int64_t>(content.size());
-    isPlaced_ = isBeyond_ = isAnswered_ = mustErase_ = false;
+    isBegun_ = isBeyond_ = isAnswered_ = mustErase_ = false;
     doubts_ = 0;
-    address_.clear();
     clock_.settings(session_.comm->Settings());
     progress_.progress(0, size);
     std::int64_t shown = 0;
@@ -169,42 +171,44 @@ bool HexProgrammer::sendImage(std::string_view content) {
     return true;
 }
 
-/// After a try that failed behind an address record the device may still add what that said. An image that does not
-/// begin with an address record of its own would then be written elsewhere.
+/// Sends a record with up to three tries, the address record that governs it first where the device may not know it:
+/// after a try that failed behind another one, and behind the first segment whenever there was time for a restart.
 bool HexProgrammer::sendStep(const SendStep& step) {
-    if (!isPlaced_ && !step.isAddress && base_ != 0) {
-        if (!ProgramHex(kToFirstSegment, false)) return false;
-        base_ = 0;
+    constexpr int kTries = 3;
+    const std::string record(step.record);
+    for (int i = 0; i < kTries; ++i) {
+        if (!step.isAddress && place_ != step.place && !place(step.place)) return false;
+        if (step.isAddress) place_.reset();  // until it is known which of the two the device works with
+        isBeyond_ = isBeyond_ || (step.isAddress && isBegun_ && !step.place.empty());
+        isBegun_ = true;
+        if (i == 1) ++repeated_;
+        last_ = attempt(record);
+        if (last_ == Found::taken) {
+            place_ = step.place;
+            isBeyond_ = isBeyond_ || !step.place.empty();
+            return true;
+        }
+        if (last_ != Found::restarted) last_ = settle(last_);
+        if (isBeyond_) place_.reset();
+        if (!mayRepeat()) return false;
     }
-    isPlaced_ = true;
-    if (step.isAddress) base_ = SendStep::kUnknownBase;  // until it is known which of the two it works with
-    if (!ProgramHex(std::string(step.record), false)) return false;
-    if (step.isAddress) {
-        base_ = step.base;
-        address_ = step.record;
-        isBeyond_ = isBeyond_ || base_ != 0;
-    }
+    return false;
+}
+
+bool HexProgrammer::place(std::string_view address) {
+    if (!ProgramHex(address.empty() ? kToFirstSegment : std::string(address), false)) return false;
+    place_ = address;
     return true;
 }
 
 /// Whether the try can be mended after the last record; if not, how the next one has to begin.
 bool HexProgrammer::mayGoOn() {
-    const bool mayBeErased = !eraseEcho_.IsTimeout() && (last_ == Found::extra || last_ == Found::late);
-    mustErase_ = last_ == Found::restarted || mayBeErased || (last_ == Found::silent && (isBeyond_ || !isAnswered_)) ||
-                 (last_ == Found::extra && isBeyond_);
-    const bool isMendable = last_ == Found::extra || last_ == Found::prompted || (last_ == Found::late && isBeyond_);
-    if (mustErase_ || !isMendable || ++doubts_ > kMostDoubts) return false;
-    return !isBeyond_ || placeAgain();
-}
-
-/// An answer that came late, behind the first segment: tells the device once more where it is before the record is
-/// repeated, so that it does no harm even if the device has forgotten.
-bool HexProgrammer::placeAgain() {
-    if (!ProgramHex(address_, false)) {
-        mustErase_ = true;
-        return false;
-    }
-    return settle(Found::taken) == Found::taken;
+    const bool isExtra = last_ == Found::extra;
+    const bool isLate = last_ == Found::late;
+    mustErase_ = last_ == Found::restarted || ((isExtra || isLate) && (isEchoPossible_ || isBeyond_)) ||
+                 (last_ == Found::silent && (isBeyond_ || !isAnswered_));
+    if (isLate && isBeyond_) ++lateTries_;
+    return !mustErase_ && (isExtra || last_ == Found::prompted) && ++doubts_ <= kMostDoubts;
 }
 
 }  // namespace corvane

@@ -1,6 +1,8 @@
 #pragma once
 
+#include <optional>
 #include <string>
+#include <string_view>
 
 #include "face/Progress.h"
 #include "protocol/AnswerClock.h"
@@ -74,9 +76,9 @@ private:
 
     bool sendImage(std::string_view content);
     bool sendStep(const SendStep& step);
-    bool mayRepeat();
+    bool place(std::string_view address);
+    bool mayRepeat() const;
     bool mayGoOn();
-    bool placeAgain();
     Found attempt(const std::string& code);
     bool isAskedFor() const;
     Found judge(std::uint8_t answer);
@@ -89,15 +91,17 @@ private:
     Progress& progress_;
     clsTimeout eraseEcho_;  // not over as long as a second erase may still be answered
     int repeated_ = 0;
-    std::uint32_t base_ = 0;    // what the device may add to addresses
-    std::string address_;       // the last address record that it has taken in this try
-    bool isPlaced_ = false;     // this try has told the device where its first record goes
-    bool isBeyond_ = false;     // it has been led out of the first segment
-    bool isAnswered_ = false;   // some record of it was answered
-    bool isSettled_ = false;    // nothing is owed
-    bool countsUnsent_ = true;  // unless the port reports bytes as unsent whose answer is there
+    std::optional<std::string> place_ =
+        "";                        // the address record that the device works with; nothing when that is unknown
+    bool isBegun_ = false;         // this try has sent a record
+    bool isBeyond_ = false;        // and led the device out of the first segment
+    bool isAnswered_ = false;      // some record of it was answered
+    bool isSettled_ = false;       // nothing is owed
+    bool isEchoPossible_ = false;  // the last record was sent while a second erase might have been going on
+    bool countsUnsent_ = true;     // unless the port reports bytes as unsent whose answer is there
     bool mustErase_ = false;
     int doubts_ = 0;
+    int lateTries_ = 0;  // that ended with an answer that came late, behind the first segment
     Found last_ = Found::taken;
 };
 

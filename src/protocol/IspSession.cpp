@@ -23,11 +23,20 @@ bool IspSession::GoToISP() {
         session_.log.ShowInfo(" < NG\r\n");
         return false;
     }
-    login_.Delay(1000);
-    session_.discardInput();
-    const bool seen = findPrompt();
+    const bool seen = awaitBootLoader();
     session_.log.ShowInfo(" < OK\r\n");
     return seen;
+}
+
+bool IspSession::returnToBootLoader() {
+    const auto answer = session_.protocolName == "Tarn" ? switchTarn() : switchTarnPlus();
+    return answer == Switch::accepted && awaitBootLoader();
+}
+
+bool IspSession::awaitBootLoader() {
+    login_.Delay(1000);
+    session_.discardInput();
+    return findPrompt();
 }
 
 IspSession::Switch IspSession::switchTarnPlus() {
@@ -106,8 +115,10 @@ void IspSession::dropEcho() {
 
 void IspSession::ISP_Reset() {
     session_.log.ShowInfo("Update Finish\r\n");
-    session_.send(kRestart);
+    restartAgain();
 }
+
+void IspSession::restartAgain() { session_.send(kRestart); }
 
 void IspSession::wait_output_empty(std::int32_t limit) {
     for (std::int32_t waited = 1; waited <= limit; waited += 50) {

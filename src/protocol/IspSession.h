@@ -28,8 +28,21 @@ public:
     /// Another device follows.
     void beginDevice() { isEraseOwed_ = false; }
 
+    /// Whether the last erase got no answer at all.
+    bool wasEraseSilent() const { return isEraseOwed_; }
+
     /// Restarts the device into its application; nothing is awaited.
     void ISP_Reset();
+
+    /// The same once more, without a word in the log.
+    void restartAgain();
+
+    /// True when the boot loader prompts at the line's present settings.
+    bool isPrompting() { return login_.DetectPrompt(); }
+
+    /// Switches a device that has fallen back into its application once more, without a word in the log; true when the
+    /// prompt was seen then.
+    bool returnToBootLoader();
 
     /// Waits in steps of 50 ms, up to the limit in ms, until the open port has sent everything.
     void wait_output_empty(std::int32_t limit);
@@ -37,6 +50,7 @@ public:
 private:
     Switch switchTarnPlus();
     Switch switchTarn();
+    bool awaitBootLoader();
     bool findPrompt();
     bool awaitPrompt();
     void dropEcho();

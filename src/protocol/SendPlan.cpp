@@ -51,27 +51,20 @@ public:
 
 private:
     void send(std::string_view line, std::uint32_t type, std::optional<std::uint32_t> upper) {
-        SendStep step{line, consumed_};
-        if (upper) {
-            upper_ = *upper;
-            step.isAddress = true;
-            step.base = upper_ << 16;
-        } else if (type == kSegmentAddress) {
-            const auto segment = field(line, 9, 4);
-            step.isAddress = true;
-            step.base = segment ? *segment << 4 : SendStep::kUnknownBase;
-        }
-        steps_.push_back(step);
+        const bool isAddress = upper || type == kSegmentAddress;
+        if (upper) upper_ = *upper;
+        if (isAddress) place_ = field(line, 9, 4) == 0U ? std::string_view() : line;
+        steps_.push_back({line, consumed_, isAddress, place_});
     }
 
     /// A second record takes the place of the one that was held.
     void hold(std::string_view& held, std::string_view line) {
         held = line;
-        steps_.push_back({{}, consumed_});
+        steps_.push_back({{}, consumed_, false, place_});
     }
 
     void sendHeld(std::string_view& held) {
-        if (!held.empty()) steps_.push_back({held});
+        if (!held.empty()) steps_.push_back({held, -1, false, place_});
         held = {};
     }
 
@@ -79,6 +72,7 @@ private:
     std::int64_t size_;
     std::int64_t consumed_ = 0;
     std::uint32_t upper_ = 0;
+    std::string_view place_;  // the address record in force, unless it says 0
     std::string_view first_;  // the record at address 0 of the first segment
     std::string_view end_;
 };

@@ -12,9 +12,7 @@ struct SendStep {
     std::string_view record;     ///< as it stands in the file; empty for a line that is held back until later
     std::int64_t consumed = -1;  ///< bytes of the file that are done with this step; -1 for one held back before
     bool isAddress = false;      ///< it tells the device what to add to the addresses that follow
-    std::uint32_t base = 0;      ///< what it tells, in bytes; kUnknownBase where the record does not say
-
-    static constexpr std::uint32_t kUnknownBase = 0xFFFFFFFF;
+    std::string_view place;      ///< the address record that governs this one; empty for the first segment
 };
 
 /// The records of an image in the order in which they are sent: the record at address 0 of the first 64 KiB behind the

@@ -1,7 +1,7 @@
 #pragma once
 
 #include "faults/explore/Wire.h"
-#include "platform/BufferedSerialControl.h"
+#include "platform/serial/BufferedSerialControl.h"
 #include "support/FakeRuntime.h"
 
 namespace corvane::faults {
