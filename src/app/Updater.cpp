@@ -21,11 +21,11 @@ Updater::Updater(const Platform& platform, const Face& face)
       journal_(platform.folder),
       jobs_(platform.folder),
       online_(site_, selfUpdate_, inf_, {platform.launcher, platform.hidLibrary}, face.log, face.view),
-      installation_(session_, isp_, programmer_, journal_, platform.inhibitor, face.view),
+      installation_(session_, {scanner_, isp_, programmer_}, journal_, platform.inhibitor, face.view),
       run_({choices, session_, ports_, scanner_, site_, online_, selection_, inf_, platform.folder, platform.digest,
             installation_, face.prompts, face.view}),
-      proof_(session_, scanner_),
       advisor_(platform.serial, platform.ports, platform.inspector) {
+    session_.hasLine = [this] { return session_.comm != &serialPort_ || platform_.serial.hasLine(); };
     serialPort_.Attach(&platform_.serial, &commEvent_);
     serialPort_.InputMode(1);
     serialPort_.CommPort("COM1");
@@ -38,9 +38,8 @@ Updater::Updater(const Platform& platform, const Face& face)
     hidPort_.Attach(&vellIO_, &commEvent_);
 }
 
-Verdict Updater::conclude(Outcome outcome, bool prove) {
+Verdict Updater::conclude(Outcome outcome) {
     auto& facts = outcome.facts;
-    if (prove && outcome.end == RunEnd::updated) facts.proof = proof_.ask(facts);
     if (rowOf(outcome.end).isJob && !jobs_.add(jobOf(outcome, platform_.runtime.timestamp())))
         facts.remarks.push_back("The record " + jobs_.path() + " could not be written.");
     return verdictFor(outcome);

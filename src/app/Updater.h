@@ -8,7 +8,6 @@
 #include "run/JobRecord.h"
 #include "run/UpdateRun.h"
 #include "run/Verdict.h"
-#include "run/VersionProof.h"
 #include "text/Cp1252.h"
 
 namespace corvane {
@@ -43,9 +42,9 @@ public:
     VellIO& vellIO() { return vellIO_; }
     const Platform& platform() const { return platform_; }
 
-    /// What follows a run: asks an updated device which version it runs now, if that is wanted, adds a run that was a
-    /// job on a device to the record of jobs, and says what the operator has to know.
-    [[nodiscard]] Verdict conclude(Outcome outcome, bool prove);
+    /// What follows a run: adds one that was a job on a device to the record of jobs, and says what the operator has to
+    /// know.
+    [[nodiscard]] Verdict conclude(Outcome outcome);
 
     /// Ends the dialogue with the device that no run holds: a scan, or the asking for the new version.
     void cancelDialogue() { cancel_.request(); }
@@ -89,7 +88,6 @@ private:
     OnlinePart online_;
     Installation installation_;
     UpdateRun run_;
-    VersionProof proof_;
     PortAdvisor advisor_;
 };
 

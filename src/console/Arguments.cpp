@@ -34,7 +34,9 @@ const std::vector<Option>& options() {
         {"--record", {Command::update}, nullptr, value(&Arguments::record)},
         {"--force", {Command::update, Command::scan}, flag(&Arguments::force), nullptr},
         {"--yes", {Command::update}, flag(&Arguments::yes), nullptr},
+        {"--accept-unsound", {Command::update}, flag(&Arguments::acceptUnsound), nullptr},
         {"--verify", {Command::update}, flag(&Arguments::verify), nullptr},
+        {"--no-verify", {Command::update}, flag(&Arguments::noVerify), nullptr},
         {"--write-sha256", {Command::checkSite}, flag(&Arguments::writeDigests), nullptr},
         {"--self-update", {Command::update}, flag(&Arguments::selfUpdate), nullptr},
         {"--json",
@@ -103,6 +105,10 @@ bool settleMode(Arguments& arguments, std::string& problem) {
                                  : "--offline does not go with --online or --server";
         return false;
     }
+    if (arguments.verify && arguments.noVerify) {
+        problem = "--verify does not go with --no-verify";
+        return false;
+    }
     if (offLine || onLine) arguments.offLine = offLine;
     return true;
 }
@@ -147,10 +153,10 @@ std::string usageText() {
     return R"(Usage: corvane-cli COMMAND [OPTIONS]
 
   update [--offline|--online] [--file IMAGE.hex] [--server HOST[:PORT]] [--user NAME]
-         [--select SECTION] [--force] [--yes] [--self-update] [--port COMn]
-         [--verify] [--log FILE] [--record FILE] [--json]
-                                          updates the attached device; --verify asks it afterwards
-                                          which version it runs now
+         [--select SECTION] [--force] [--yes] [--accept-unsound] [--self-update]
+         [--port COMn] [--verify|--no-verify] [--log FILE] [--record FILE] [--json]
+                                          updates the attached device, and asks it afterwards whether
+                                          it runs; with --verify it must say the image's version
   scan [--force] [--json]                 finds the device, prints its port and version
   ports [--json]                          lists serial and HID ports
   images [--offline] [--json]             lists what firmware.inf offers
@@ -162,9 +168,10 @@ std::string usageText() {
 The FTP password comes from CORVANE_FTP_PASSWORD or the stored settings, the device's
 password from CORVANE_DEVICE_PASSWORD or a question on the terminal.
 
-Exit status: 0 done; 1 ended without an update (cancelled, declined, nothing suitable);
+Exit status: 0 done, the device runs; 1 ended without an update (cancelled, declined, nothing suitable);
 2 wrong usage; 3 no device; 4 site, firmware.inf or image not to be had; 5 boot loader,
-erase or programming failed: the device waits in its boot loader, update it again with --force.
+erase or programming failed: the device waits in its boot loader, update it again with --force;
+6 programmed completely, but not heard of since, or (with --verify) another version answers.
 )";
 }
 

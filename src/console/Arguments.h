@@ -25,7 +25,9 @@ struct Arguments {
     bool force = false;
     bool yes = false;
     bool selfUpdate = false;
+    bool acceptUnsound = false;
     bool verify = false;
+    bool noVerify = false;
     bool json = false;
     bool writeDigests = false;
 };

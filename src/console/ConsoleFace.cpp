@@ -92,14 +92,20 @@ bool ConsoleFace::messageBox(Question question, const std::string& text) {
         if (!arguments_.selfUpdate) say("A newer program is on the site; --self-update installs it.");
         return arguments_.selfUpdate;
     }
-    if (arguments_.yes) {
-        if (question == Question::unsoundImage) say(asLines(text) + " Yes, as --yes says.");
+    const bool isUnsound = question == Question::unsoundImage;
+    if (isUnsound && arguments_.acceptUnsound) {
+        say(asLines(text) + " Yes, as --accept-unsound says.");
         return true;
     }
-    isAskingAboutImage_ = question == Question::unsoundImage;
+    if (!isUnsound && arguments_.yes) return true;
+    isAskingAboutImage_ = isUnsound;
     const auto answer = ask(asLines(text) + " [y/N] ", true);
     isAskingAboutImage_ = false;
-    if (!answer && !terminal_.isThere()) say("Nobody is there to answer the question; --yes answers it with OK.");
+    if (!answer && !terminal_.isThere()) {
+        if (isUnsound) say(asLines(text));
+        say(isUnsound ? "Nobody is there to answer the question; --accept-unsound installs the image all the same."
+                      : "Nobody is there to answer the question; --yes answers it with OK.");
+    }
     const auto word = std::string(trimmed(answer.value_or("")));
     return equalsNoCase(word, "y") || equalsNoCase(word, "yes") || equalsNoCase(word, "ok");
 }

@@ -51,8 +51,10 @@ int perform(CommandScope& scope, const Arguments& arguments) {
     if (arguments.port) keepToPort(scope, *arguments.port);
     if (arguments.record) scope.updater.jobs().keepIn(*arguments.record);
     for (const auto& left : scope.updater.journal().read()) scope.face.say(left.text());
+    if (arguments.verify) scope.updater.choices.promise = Promise::version;
+    if (arguments.noVerify) scope.updater.choices.promise = Promise::programmed;
     const auto outcome = scope.updater.run().run(arguments.force);
-    const auto verdict = scope.updater.conclude(outcome, arguments.verify);
+    const auto verdict = scope.updater.conclude(outcome);
     for (const auto& line : verdictLines(verdict)) scope.face.say(line);
     scope.printer.verdict(verdict);
     return exitStatus(outcome);

@@ -17,6 +17,7 @@ enum class RunPhase {
     erase,       ///< from here on the device has no firmware
     program,
     reset,
+    proof,  ///< the device is asked whether it runs
 };
 
 /// A reference link; the index counts from 1, the title is Windows-1252.

@@ -74,6 +74,9 @@ public:
     virtual void PortOpen(bool open) = 0;
     virtual OpenFailure openFailure() const = 0;
 
+    /// Whether there is a line whose rate says how long bytes take; a pseudo-terminal has none.
+    virtual bool hasLine() const { return true; }
+
     /// "rate,parity,data bits,stop bits" as it was last written here, whatever SetCommState has done since; a write to
     /// an open port applies it to the line. What is no such text, or more than the line can do, throws and changes
     /// nothing.

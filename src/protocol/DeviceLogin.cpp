@@ -2,19 +2,14 @@
 
 #include <algorithm>
 
+#include "protocol/LineReader.h"
+
 namespace corvane {
 namespace {
 
 constexpr std::uint8_t kIdentify = 0x00, kVersion = 0x01, kPassword = 0x03;
 constexpr std::int32_t kPromptSilence = 100;  // ms
 constexpr std::size_t kPromptLength = 4;
-
-bool holdsPrompt(const std::string& text) {
-    for (const char* prompt : {"M51>", "AVR>", "ARM>"}) {
-        if (text.find(prompt) != std::string::npos) return true;
-    }
-    return false;
-}
 
 }  // namespace
 
@@ -45,9 +40,9 @@ bool DeviceLogin::isPasswordAccepted(const std::string& password) {
     return query_.Query(kPassword, nothing, EncodePassword(password), 0, 3000);
 }
 
-bool DeviceLogin::GetVersion(std::string& szVersion) {
+bool DeviceLogin::GetVersion(std::string& szVersion, std::int32_t timeout) {
     Variant reply = Bytes();
-    if (!query_.Query(kVersion, reply, {}, 0, 3000)) return false;
+    if (!query_.Query(kVersion, reply, {}, 0, timeout)) return false;
     auto& data = std::get<Bytes>(reply);
     if (!data.empty() && data.back() == 0) data.pop_back();
     if (data.empty()) return false;

@@ -1,5 +1,7 @@
 #include "protocol/DeviceQuery.h"
 
+#include <algorithm>
+
 #include "protocol/Frame.h"
 
 namespace corvane {
@@ -24,6 +26,7 @@ bool DeviceQuery::exchange(const Bytes& frame, std::int32_t timeout, Variant& re
     clsTimeout whole(session_.runtime);
     silence.Timeout(timeout);
     whole.Timeout(timeout + kLongestReplyOverrun);
+    if (session_.comm->InBufferCount() > 0) noteStrays(bytesOf(session_.comm->CommInput()));
     session_.discardInput();  // what comes before the question is no answer to it
     if (session_.cancel.isRequested() || !session_.send(frame)) return false;
     ReplyFrame received;
@@ -35,12 +38,21 @@ bool DeviceQuery::exchange(const Bytes& frame, std::int32_t timeout, Variant& re
             if (!session_.comm->PortOpen()) return false;
             continue;
         }
-        if (!received.take(bytesOf(session_.comm->CommInput()))) silence.Reset();
+        const auto bytes = bytesOf(session_.comm->CommInput());
+        if (!received.isBegun()) noteStrays(bytes);
+        if (!received.take(bytes)) silence.Reset();
     }
     answered_ = received.isCrcRight();
     if (!answered_) return false;
     convertReply(received.data(), reply);
     return received.isAccepted();
+}
+
+/// As far as the bytes are no reply.
+void DeviceQuery::noteStrays(const Bytes& bytes) {
+    constexpr std::uint8_t kAck = 6;
+    const auto reply = std::find(bytes.begin(), bytes.end(), ReplyFrame::kStart);
+    strayAck_ = strayAck_ || std::find(bytes.begin(), reply, kAck) != reply;
 }
 
 }  // namespace corvane

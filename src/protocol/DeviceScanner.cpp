@@ -116,18 +116,21 @@ void DeviceScanner::pause() {
     session_.runtime.DoEvents();
 }
 
-bool DeviceScanner::askVersion(const std::string& protocolName, std::string& version) {
-    lines_.wait_comm_empty();
-    return protocolName == "Tarn" ? probeTarn(version) : login_.GetVersion(version);
+bool DeviceScanner::setSettings(const std::string& settings) {
+    if (settings == session_.comm->Settings()) return true;
+    applySettings(settings);
+    pause();
+    return session_.comm->PortOpen();
 }
 
-bool DeviceScanner::askVersionAtAnySetting(std::string& version) {
-    for (const std::string settings : kSettings) {
-        if (session_.cancel.isRequested()) return false;
-        applySettings(settings);
-        pause();
-        if (askVersion("TarnPlus", version)) return true;
-        if (leadingNumber(settings) == kTarnBaudRate && probeTarn(version)) return true;
+bool DeviceScanner::askVersion(const Way& way, std::int32_t timeout, std::string& version) {
+    std::vector<std::string> settings(kSettings.begin(), kSettings.end());
+    if (!way.protocolName.empty()) settings = {way.settings};
+    for (const auto& one : settings) {
+        if (!setSettings(one)) return false;
+        if (way.protocolName != "Tarn" && login_.GetVersion(version, timeout)) return true;
+        const bool mayBeTarn = way.protocolName.empty() && leadingNumber(one) == kTarnBaudRate;
+        if ((mayBeTarn || way.protocolName == "Tarn") && probeTarn(version)) return true;
     }
     return false;
 }

@@ -35,11 +35,22 @@ public:
     /// Opens a port once more at settings at which a device was found, without a word in the log.
     bool openAgain(const std::string& name, const std::string& settings);
 
-    /// Asks the device on the current port for its version in a protocol, "TarnPlus" or "Tarn".
-    bool askVersion(const std::string& protocolName, std::string& version);
+    /// How a device was found, and is asked again: at these settings in this protocol, "TarnPlus" or "Tarn"; at every
+    /// setting that a scan tries and in both when no protocol is known.
+    struct Way {
+        std::string settings;
+        std::string protocolName;
+    };
 
-    /// Asks it at each setting that a scan tries, in either protocol, without a word in the log.
-    bool askVersionAtAnySetting(std::string& version);
+    /// Asks the device on the current port for its version, without a word in the log; a TarnPlus device has so many ms
+    /// to answer.
+    bool askVersion(const Way& way, std::int32_t timeout, std::string& version);
+
+    /// Changes the line's settings, unless they are those already; false on a port that was lost.
+    bool setSettings(const std::string& settings);
+
+    /// Whether an answer of a boot loader's has come in meanwhile.
+    bool takeStrayAck() { return login_.takeStrayAck(); }
 
     /// Leaves every port but this one out of the scans; empty for all of them.
     void onlyPort(const std::string& name) { onlyPort_ = name; }

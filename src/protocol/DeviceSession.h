@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstdint>
+#include <functional>
 #include <limits>
 #include <string>
 
@@ -22,6 +23,9 @@ struct DeviceSession {
     Log& log;
     Cancel& cancel;    ///< ends the question at hand, the scan and every wait
     clsIMScomm* comm;  ///< the current port, whichever kind it is
+
+    /// False behind a port without a line of its own, whose rate says nothing about time; not set is True.
+    std::function<bool()> hasLine;
 
     std::string protocolName;       ///< "TarnPlus" or "Tarn", set by the scan
     std::int32_t ispBaudRate = -1;  ///< the boot loader's rate; 0 keeps the settings, -1 tries 115200 too

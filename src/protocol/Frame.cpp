@@ -7,7 +7,7 @@
 namespace corvane {
 namespace {
 
-constexpr std::uint8_t kStart = 0x01;
+constexpr auto kStart = ReplyFrame::kStart;
 constexpr std::int32_t kCrcPreset = 0xFFFF;
 constexpr std::size_t kMostParameters = 255;
 

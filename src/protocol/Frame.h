@@ -20,6 +20,10 @@ std::optional<Bytes> requestFrame(std::uint8_t machine, std::uint8_t function, c
 /// Puts a reply together out of whatever arrives. It has a request's layout with a status in place of the function.
 class ReplyFrame {
 public:
+    static constexpr std::uint8_t kStart = 0x01;
+
+    bool isBegun() const { return !bytes_.empty(); }
+
     /// Takes received bytes; True once the frame is complete. What precedes its 0x01 and what follows it is dropped.
     bool take(const Bytes& received);
 

@@ -2,65 +2,131 @@
 
 #include <algorithm>
 
-#include "text/Number.h"
+#include "text/RuntimeError.h"
 #include "text/Text.h"
 
 namespace corvane {
 namespace {
 
 constexpr std::uint8_t kAck = 6, kNak = 21;
-constexpr double kAnswerTime = 0.5;  // s
-constexpr std::uint32_t kData = 0, kEnd = 1, kUpperAddress = 4, kOwnStart = 9;
+constexpr std::int32_t kOwed = 1500;  // ms after which nothing that is owed comes any more
+constexpr int kMostDoubts = 16;       // that one try may mend
+constexpr int kLateTries = 2;         // after which answers that come late are taken for a habit of the device
+constexpr std::size_t kLargestPage = 4096;
+const std::string kToFirstSegment = ":020000040000FA";
 
-/// A field of hexadecimal digits in a record's text, counted from 0. The device checks the rest of the record.
-std::uint32_t field(std::string_view line, std::size_t at, std::size_t digits) {
-    const auto value = at < line.size() ? hexNumber(line.substr(at, digits)) : std::nullopt;
-    if (!value) throw RuntimeError::typeMismatch();
-    return *value;
+/// Where to begin again so that nothing of the page at hand is missing, had the device forgotten it.
+std::size_t pageBefore(const SendPlan& plan, std::size_t at) {
+    constexpr std::size_t kAroundData = 11;  // ":", length, address, type and checksum
+    std::size_t bytes = 0;
+    while (at > 0 && bytes < kLargestPage) {
+        const auto characters = plan.steps[--at].record.size();
+        bytes += characters > kAroundData ? (characters - kAroundData) / 2 : 0;
+    }
+    return at;
 }
 
 }  // namespace
+
+void HexProgrammer::beginDevice(bool hasLine) {
+    clock_.beginDevice(hasLine);
+    repeated_ = 0;
+    place_ = "";
+    isSettled_ = mustErase_ = false;
+    lateTries_ = 0;
+    countsUnsent_ = true;
+}
+
+void HexProgrammer::erased(std::int32_t milliseconds) {
+    eraseEcho_.Timeout(milliseconds + kOwed);
+    mustErase_ = isSettled_ = false;
+}
 
 bool HexProgrammer::ProgramHex(const std::string& code, bool bShowCode) {
     constexpr int kTries = 3;
     for (int i = 0; i < kTries; ++i) {
         if (bShowCode) session_.log.ShowInfo(code);
         if (i == 1) ++repeated_;
-        session_.comm->CommOutput(code + "\r");
-        const auto answer = awaitAnswer();
-        const bool isAccepted = answer == Answer::accepted;
-        if (bShowCode) session_.log.ShowInfo(isAccepted ? " < OK\r\n" : " < NG\r\n");
-        if (isAccepted || answer == Answer::unclear) return isAccepted;
-        if (answer == Answer::none) wasSilent_ = true;
+        last_ = attempt(code);
+        if (bShowCode) session_.log.ShowInfo(last_ == Found::taken ? " < OK\r\n" : " < NG\r\n");
+        if (last_ == Found::taken) return true;
+        if (last_ != Found::restarted) last_ = settle(last_);
+        if (!mayRepeat()) return false;
     }
     return false;
 }
 
-/// What comes while the record is still being sent belongs to something before it: an ACK says nothing then, a NAK that
-/// a record which counts as accepted was not.
-HexProgrammer::Answer HexProgrammer::awaitAnswer() {
-    constexpr int kMostStrays = 10;
-    for (int i = 0; i < kMostStrays; ++i) {
-        const auto answer = lines_.wait_comm(kAnswerTime);
-        if (answer != kAck && answer != kNak) return Answer::none;
-        const bool isWhollySent = session_.comm->OutBufferCount() == 0;
-        if (answer == kNak && isWhollySent) return isAnotherAnswerComing() ? Answer::unclear : Answer::refused;
-        if (answer == kNak || lines_.cameAlong(kNak)) return Answer::unclear;
-        if (isWhollySent) return Answer::accepted;
+/// Whether sending the last record again, with nothing owed, mends what came of it.
+bool HexProgrammer::mayRepeat() const {
+    if (last_ == Found::refused) return true;
+    if (last_ == Found::late) return (!isBeyond_ || lateTries_ >= kLateTries) && !isEchoPossible_;
+    return last_ == Found::silent && !isBeyond_;
+}
+
+HexProgrammer::Found HexProgrammer::attempt(const std::string& code) {
+    // What is there before the record is sent cannot be its answer.
+    const auto before = lines_.waiting();
+    if (before.prompt) return Found::restarted;
+    if (before.answers() > 0 && !isSettled_) return Found::extra;
+    isEchoPossible_ = !eraseEcho_.IsTimeout();
+    session_.comm->CommOutput(code + "\r");
+    clock_.sent(code.size() + 1);
+    const auto answer = lines_.wait_comm(clock_.untilCrossed() + clock_.patience(isSettled_));
+    if (lines_.isPromptSeen()) return isAskedFor() ? Found::prompted : Found::restarted;
+    if (answer != kAck && answer != kNak) return Found::silent;
+    isAnswered_ = true;
+    const auto found = isSettled_ ? judgeSettled(answer) : judge(answer);
+    if (found == Found::taken) isSettled_ = false;
+    return found;
+}
+
+/// A record that loses its ":" leaves a bare carriage return, which asks for the prompt. A prompt at any time but that
+/// of an answer, or behind the first segment, is taken for a restart.
+bool HexProgrammer::isAskedFor() const { return !isBeyond_ && clock_.arrival() == AnswerClock::Arrival::usual; }
+
+HexProgrammer::Found HexProgrammer::judge(std::uint8_t answer) {
+    if (lines_.along().answers() > 0) return Found::extra;
+    if (countsUnsent_ && session_.comm->OutBufferCount() > 0) return Found::extra;
+    switch (clock_.arrival()) {
+        case AnswerClock::Arrival::early:
+            return Found::extra;
+        case AnswerClock::Arrival::late:
+            // A device that says something meanwhile has heard its record and is at work.
+            if (session_.receivedLine.empty()) return Found::late;
+            break;
+        case AnswerClock::Arrival::usual:
+            break;
     }
-    return Answer::none;
+    if (answer == kNak) return Found::refused;
+    clock_.taken(false);
+    return Found::taken;
 }
 
-bool HexProgrammer::isAnotherAnswerComing() {
-    if (lines_.cameAlong(kAck) || lines_.cameAlong(kNak)) return true;
-    const auto next = lines_.wait_comm(kAnswerTime);
-    return next == kAck || next == kNak;
+/// Whatever comes now is this record's: one acceptance is enough, however often it was heard.
+HexProgrammer::Found HexProgrammer::judgeSettled(std::uint8_t answer) {
+    const auto along = lines_.along();
+    if (answer == kNak && along.accepted == 0) return Found::refused;
+    if (session_.comm->OutBufferCount() > 0) countsUnsent_ = false;
+    clock_.taken(true);
+    if (along.answers() > 0) lines_.settle(kOwed);
+    return Found::taken;
 }
 
-bool HexProgrammer::isRefusalLeft() {
-    if (!session_.comm->PortOpen()) return false;
-    const auto left = bytesOf(session_.comm->CommInput());
-    return std::find(left.begin(), left.end(), kNak) != left.end();
+/// Waits until nothing is owed any more; what comes meanwhile may change what to think of the last record.
+HexProgrammer::Found HexProgrammer::settle(Found found) {
+    const auto strays = lines_.settle(kOwed);
+    isSettled_ = true;
+    if (strays.prompt && found != Found::prompted) return Found::restarted;
+    if (strays.answers() == 0) return found;
+    isAnswered_ = true;
+    return found == Found::silent && strays.answers() == 1 ? Found::late : Found::extra;
+}
+
+bool HexProgrammer::isQuiet() {
+    if (!session_.comm->PortOpen()) return true;
+    const auto left = lines_.waiting();
+    mustErase_ = left.prompt || (left.answers() > 0 && (isBeyond_ || !eraseEcho_.IsTimeout()));
+    return !left.prompt && left.answers() == 0;
 }
 
 bool HexProgrammer::ISP_Program(const std::string& HexFile) {
@@ -77,67 +143,73 @@ bool HexProgrammer::ISP_Program(const std::string& HexFile) {
     return sent;
 }
 
-bool HexProgrammer::sendImage(const std::string& image) {
-    const auto size = static_cast<std::int64_t>(image.size());
-    wasSilent_ = isPlaced_ = false;
+bool HexProgrammer::sendImage(std::string_view content) {
+    const auto plan = SendPlan::of(content);
+    const auto size = static_cast<std::int64_t>(content.size());
+    isBegun_ = isBeyond_ = isAnswered_ = mustErase_ = false;
+    doubts_ = 0;
+    clock_.settings(session_.comm->Settings());
     progress_.progress(0, size);
-    std::uint32_t upper = 0;
-    std::int64_t consumed = 0;
-    Held held;
-    std::string_view line;
-    for (Lines lines(image); lines.next(line);) {
-        if (line.empty() || line.front() != ':') {
-            session_.runtime.DoEvents();
+    std::int64_t shown = 0;
+    std::size_t before = 0;  // the record that was sent before the one at hand
+    for (std::size_t at = 0; at < plan.steps.size(); ++at) {
+        const auto& step = plan.steps[at];
+        if (!step.record.empty() && !sendStep(step)) {
+            if (!mayGoOn()) return false;
+            if (last_ == Found::extra) at = before;
+            if (last_ == Found::prompted) at = pageBefore(plan, at);
+            --at;
+            ++repeated_;
             continue;
         }
-        if (!takeRecord(std::string(line), upper, held)) return false;
-        consumed = std::min(consumed + static_cast<std::int64_t>(line.size()) + 2, size);
-        progress_.progress(consumed, size);
+        if (!step.record.empty()) before = at;
+        if (step.consumed > shown) progress_.progress(shown = step.consumed, size);
         session_.runtime.DoEvents();
         session_.runtime.DoEvents();
     }
-    if (!sendHeld(held.first) || !sendHeld(held.end)) return false;
-    deviceUpper_ = 0;
-    return !wasSilent_ || lines_.wait_comm(kAnswerTime) != kNak;
+    if (plan.isMalformed) throw RuntimeError::typeMismatch();
+    return true;
 }
 
-/// Holds a record back or sends it.
-bool HexProgrammer::takeRecord(const std::string& line, std::uint32_t& upper, Held& held) {
-    field(line, 1, 2);
-    const auto address = field(line, 3, 4);
-    const auto type = field(line, 7, 2);
-    if (upper == 0 && address == 0 && (type == kData || type == kOwnStart)) {
-        held.first = line;
-        return true;
+/// Sends a record with up to three tries, the address record that governs it first where the device may not know it:
+/// after a try that failed behind another one, and behind the first segment whenever there was time for a restart.
+bool HexProgrammer::sendStep(const SendStep& step) {
+    constexpr int kTries = 3;
+    const std::string record(step.record);
+    for (int i = 0; i < kTries; ++i) {
+        if (!step.isAddress && place_ != step.place && !place(step.place)) return false;
+        if (step.isAddress) place_.reset();  // until it is known which of the two the device works with
+        isBeyond_ = isBeyond_ || (step.isAddress && isBegun_ && !step.place.empty());
+        isBegun_ = true;
+        if (i == 1) ++repeated_;
+        last_ = attempt(record);
+        if (last_ == Found::taken) {
+            place_ = step.place;
+            isBeyond_ = isBeyond_ || !step.place.empty();
+            return true;
+        }
+        if (last_ != Found::restarted) last_ = settle(last_);
+        if (isBeyond_) place_.reset();
+        if (!mayRepeat()) return false;
     }
-    if (type == kEnd) {
-        held.end = line;
-        return true;
-    }
-    if (type == kUpperAddress) {
-        if (!sendHeld(held.first)) return false;
-        upper = field(line, 9, 4);
-        deviceUpper_ = upper;
-    }
-    return send(line, type);
+    return false;
 }
 
-/// After a try that failed beyond the first segment the device still adds the upper address of that place. An image
-/// that does not begin with an address record of its own would then be written elsewhere.
-bool HexProgrammer::send(const std::string& line, std::uint32_t type) {
-    if (!isPlaced_ && type != kUpperAddress && deviceUpper_ != 0) {
-        if (!ProgramHex(":020000040000FA", false)) return false;
-        deviceUpper_ = 0;
-    }
-    isPlaced_ = true;
-    return ProgramHex(line, false);
+bool HexProgrammer::place(std::string_view address) {
+    if (!ProgramHex(address.empty() ? kToFirstSegment : std::string(address), false)) return false;
+    place_ = address;
+    return true;
 }
 
-bool HexProgrammer::sendHeld(std::string& record) {
-    if (record.empty()) return true;
-    const bool sent = send(record, kData);
-    if (sent) record.clear();
-    return sent;
+/// Whether the try can be mended after the last record; if not, how the next one has to begin.
+bool HexProgrammer::mayGoOn() {
+    const bool isExtra = last_ == Found::extra;
+    const bool isLate = last_ == Found::late;
+    mustErase_ = last_ == Found::restarted || ((isExtra || isLate) && (isEchoPossible_ || isBeyond_)) ||
+                 (last_ == Found::silent && (isBeyond_ || !isAnswered_));
+    if (!session_.comm->PortOpen()) mustErase_ = false;  // nobody is there to have seen anything
+    if (isLate && isBeyond_) ++lateTries_;
+    return !mustErase_ && (isExtra || last_ == Found::prompted) && ++doubts_ <= kMostDoubts;
 }
 
 }  // namespace corvane

@@ -1,25 +1,42 @@
 #pragma once
 
+#include <optional>
 #include <string>
 #include <string_view>
 
 #include "face/Progress.h"
+#include "protocol/AnswerClock.h"
 #include "protocol/LineReader.h"
+#include "protocol/SendPlan.h"
 
 namespace corvane {
 
-/// Sends an Intel HEX image to a boot loader, a record at a time, each acknowledged. The record at address 0 of the
-/// first 64 KiB goes after the others of that segment, the end record last of all: a device that loses its power half
-/// way then has no valid start and stays in its boot loader.
+/// Sends an Intel HEX image to a boot loader, a record at a time, each acknowledged.
 ///
-/// Answers carry no number. A late or doubled one puts answers and records out of step, which does no harm until a
-/// record is refused: the refusal would then be taken for another record's, and the image would lack one. So a refusal
-/// counts only when it comes alone, after its record was sent, and silence follows it; any other fails the whole try,
-/// which is repeated from the first record.
+/// An answer is one byte and does not say which record it is for. It is taken for the last one's when nothing else can
+/// be owed: each record was answered once, none of the answers came with another one, before its record can have
+/// crossed the line, or much later than this device needs. In a run without faults that is every record, and nothing is
+/// sent or waited for beyond the given dialogue.
+///
+/// After anything else (a silence, a refusal, an answer at the wrong time, one too many) the line is left alone until
+/// it has been silent for 1.5 s, so that nothing is owed any more. Then the record is sent again, and that answer is
+/// proof. Records are stored where they say, so a repeated one does no harm; when the answers may have been out of
+/// step, the record before it is repeated too. What that cannot mend ends the try, and mustEraseAgain tells how the
+/// next one has to begin: a boot loader that has restarted (it says its prompt unasked; behind the first 64 KiB a
+/// silence is enough) has forgotten the upper address and whatever it had not written yet, and a record that was heard
+/// twice may have been written behind an address record that came between.
+///
+/// What nothing on the line shows: a boot loader that restarts without a word, within the first 64 KiB, and had part of
+/// a page in a buffer (the record lost in it is repeated, the rest of the page is not); and a second copy of an answer
+/// that arrives, by chance, within a quarter of a second behind a record that the device never heard.
 class HexProgrammer {
 public:
     HexProgrammer(DeviceSession& session, Progress& progress)
-        : session_(session), lines_(session), progress_(progress) {}
+        : session_(session),
+          lines_(session),
+          clock_(session.runtime),
+          progress_(progress),
+          eraseEcho_(session.runtime) {}
 
     /// Programs the image file. False when a record failed three times or a runtime error occurred, whose description
     /// the log shows; nothing is sent after that.
@@ -28,40 +45,64 @@ public:
     /// Sends one record with up to three tries, logging them with bShowCode. Passes the port's errors on.
     bool ProgramHex(const std::string& code, bool bShowCode);
 
-    /// Whether a refusal has come in after the last record counted as taken; to be asked a moment after ISP_Program.
-    bool isRefusalLeft();
+    /// Whether nothing has come in after the last record counted as taken; to be asked a moment after ISP_Program.
+    bool isQuiet();
+
+    /// Whether what the last try has seen leaves the memory in doubt, so that only an erase makes a clean start.
+    bool mustEraseAgain() const { return mustErase_; }
+
+    /// The device has just acknowledged an erase that took so many ms. Had it heard the command twice, it would erase
+    /// again, and answer again, within about that time.
+    void erased(std::int32_t milliseconds);
 
     /// Records that had to be sent more than once since the last call of beginDevice.
     int repeatedRecords() const { return repeated_; }
 
-    /// Another device follows: nothing is known of it yet.
-    void beginDevice() {
-        repeated_ = 0;
-        deviceUpper_ = 0;
-    }
+    /// Another device follows: nothing is known of it yet. The rate says nothing about time behind a port without a
+    /// line.
+    void beginDevice(bool hasLine = true);
 
 private:
-    enum class Answer { none, accepted, refused, unclear };
-
-    struct Held {
-        std::string first;  ///< the record at address 0; empty when none is held
-        std::string end;
+    /// What came of sending a record once.
+    enum class Found {
+        taken,
+        refused,
+        silent,
+        late,      ///< one answer, at a time when it may be another record's
+        extra,     ///< more answers than records, or one that came too early: out of step
+        prompted,  ///< the prompt, where an answer was due
+        restarted,
     };
 
-    bool sendImage(const std::string& image);
-    bool takeRecord(const std::string& line, std::uint32_t& upper, Held& held);
-    bool sendHeld(std::string& record);
-    bool send(const std::string& line, std::uint32_t type);
-    Answer awaitAnswer();
-    bool isAnotherAnswerComing();
+    bool sendImage(std::string_view content);
+    bool sendStep(const SendStep& step);
+    bool place(std::string_view address);
+    bool mayRepeat() const;
+    bool mayGoOn();
+    Found attempt(const std::string& code);
+    bool isAskedFor() const;
+    Found judge(std::uint8_t answer);
+    Found judgeSettled(std::uint8_t answer);
+    Found settle(Found found);
 
     DeviceSession& session_;
     LineReader lines_;
+    AnswerClock clock_;
     Progress& progress_;
+    clsTimeout eraseEcho_;  // not over as long as a second erase may still be answered
     int repeated_ = 0;
-    std::uint32_t deviceUpper_ = 0;  // the upper address that the device may still work with
-    bool isPlaced_ = false;          // this try has told the device where its first record goes
-    bool wasSilent_ = false;         // some answer of this try was late or lost
+    std::optional<std::string> place_ =
+        "";                        // the address record that the device works with; nothing when that is unknown
+    bool isBegun_ = false;         // this try has sent a record
+    bool isBeyond_ = false;        // and led the device out of the first segment
+    bool isAnswered_ = false;      // some record of it was answered
+    bool isSettled_ = false;       // nothing is owed
+    bool isEchoPossible_ = false;  // the last record was sent while a second erase might have been going on
+    bool countsUnsent_ = true;     // unless the port reports bytes as unsent whose answer is there
+    bool mustErase_ = false;
+    int doubts_ = 0;
+    int lateTries_ = 0;  // that ended with an answer that came late, behind the first segment
+    Found last_ = Found::taken;
 };
 
 }  // namespace corvane

@@ -5,8 +5,9 @@ namespace {
 
 constexpr std::uint8_t kEnterIsp = 0x1F;
 constexpr std::uint8_t kLoginFirst = 228;  // a refusal's reason
-constexpr std::uint8_t kAck = 6, kLine = 13;
-constexpr double kEraseTime = 10;  // s of silence that an erase may take
+constexpr std::uint8_t kAck = 6, kLine = 13, kNak = 21;
+constexpr std::int32_t kOwed = 1500;  // ms after which nothing that is owed comes any more
+constexpr double kEraseTime = 10;     // s of silence that an erase may take
 
 // One letter for two things: an application understands "enter the boot loader", a boot loader "erase".
 const std::string kLetterX = "\x02X\r";
@@ -22,11 +23,20 @@ bool IspSession::GoToISP() {
         session_.log.ShowInfo(" < NG\r\n");
         return false;
     }
-    login_.Delay(1000);
-    session_.discardInput();
-    const bool seen = findPrompt();
+    const bool seen = awaitBootLoader();
     session_.log.ShowInfo(" < OK\r\n");
     return seen;
+}
+
+bool IspSession::returnToBootLoader() {
+    const auto answer = session_.protocolName == "Tarn" ? switchTarn() : switchTarnPlus();
+    return answer == Switch::accepted && awaitBootLoader();
+}
+
+bool IspSession::awaitBootLoader() {
+    login_.Delay(1000);
+    session_.discardInput();
+    return findPrompt();
 }
 
 IspSession::Switch IspSession::switchTarnPlus() {
@@ -70,15 +80,45 @@ void IspSession::setPortSettings(const std::string& settings) {
 
 bool IspSession::ISP_Erase() {
     session_.log.ShowInfo("Erase Firmware...");
-    const bool erased = session_.send(kLetterX) && lines_.wait_comm(kEraseTime) == kAck;
+    const auto start = session_.runtime.tick();
+    const auto answer = session_.send(kLetterX) ? lines_.wait_comm(kEraseTime) : 0;
+    bool erased = answer == kAck;
+    // An erase that was not answered in time may still be going on, and this answer may be its. Both are over when the
+    // boot loader prompts again.
+    if (erased && isEraseOwed_) erased = awaitPrompt();
+    eraseTime_ = static_cast<std::int32_t>(session_.runtime.tick() - start);
+    if (answer != kNak) isEraseOwed_ = !erased;
+    if (erased) dropEcho();
     session_.log.ShowInfo(erased ? " < OK\r\n" : " < NG\r\n");
     return erased;
 }
 
+/// True when the boot loader prompts within the time that an erase may take.
+bool IspSession::awaitPrompt() {
+    clsTimeout whole(session_.runtime);
+    whole.Timeout(static_cast<std::int32_t>(1000 * kEraseTime));
+    while (!whole.IsTimeout() && session_.comm->PortOpen()) {
+        if (login_.DetectPrompt()) {
+            lines_.settle(kOwed);  // it answers each carriage return that it was sent meanwhile
+            return true;
+        }
+    }
+    return false;
+}
+
+/// An answer that was doubled on its way would be taken for the first record's.
+void IspSession::dropEcho() {
+    constexpr int kEcho = 20;  // ms
+    session_.runtime.Sleep(kEcho);
+    if (lines_.along().answers() + lines_.waiting().answers() > 0) lines_.settle(kOwed);
+}
+
 void IspSession::ISP_Reset() {
     session_.log.ShowInfo("Update Finish\r\n");
-    session_.send(kRestart);
+    restartAgain();
 }
+
+void IspSession::restartAgain() { session_.send(kRestart); }
 
 void IspSession::wait_output_empty(std::int32_t limit) {
     for (std::int32_t waited = 1; waited <= limit; waited += 50) {

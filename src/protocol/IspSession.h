@@ -19,11 +19,30 @@ public:
     enum class Switch { refused, locked, unanswered, accepted };
     Switch lastSwitch() const { return switch_; }
 
-    /// True when the device acknowledged that its flash is erased.
+    /// True when the device acknowledged that its flash is erased. After one that was not answered it must also prompt.
     [[nodiscard]] bool ISP_Erase();
+
+    /// How many ms the last erase took.
+    std::int32_t eraseTime() const { return eraseTime_; }
+
+    /// Another device follows.
+    void beginDevice() { isEraseOwed_ = false; }
+
+    /// Whether the last erase got no answer at all.
+    bool wasEraseSilent() const { return isEraseOwed_; }
 
     /// Restarts the device into its application; nothing is awaited.
     void ISP_Reset();
+
+    /// The same once more, without a word in the log.
+    void restartAgain();
+
+    /// True when the boot loader prompts at the line's present settings.
+    bool isPrompting() { return login_.DetectPrompt(); }
+
+    /// Switches a device that has fallen back into its application once more, without a word in the log; true when the
+    /// prompt was seen then.
+    bool returnToBootLoader();
 
     /// Waits in steps of 50 ms, up to the limit in ms, until the open port has sent everything.
     void wait_output_empty(std::int32_t limit);
@@ -31,7 +50,10 @@ public:
 private:
     Switch switchTarnPlus();
     Switch switchTarn();
+    bool awaitBootLoader();
     bool findPrompt();
+    bool awaitPrompt();
+    void dropEcho();
     void setPortSettings(const std::string& settings);
 
     DeviceSession& session_;
@@ -39,6 +61,8 @@ private:
     DeviceLogin login_;
     LineReader lines_;
     Switch switch_ = Switch::refused;
+    std::int32_t eraseTime_ = 0;
+    bool isEraseOwed_ = false;  // an erase may still be answered
 };
 
 }  // namespace corvane

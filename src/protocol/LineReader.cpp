@@ -10,6 +10,13 @@ constexpr std::int32_t kSilence = 500;  // ms that count as an empty line
 
 }  // namespace
 
+bool holdsPrompt(std::string_view text) {
+    for (const char* prompt : {"M51>", "AVR>", "ARM>"}) {
+        if (text.find(prompt) != std::string_view::npos) return true;
+    }
+    return false;
+}
+
 void LineReader::wait_comm_empty() {
     clsTimeout silence(session_.runtime);
     clsTimeout whole(session_.runtime);
@@ -52,8 +59,38 @@ std::uint8_t LineReader::wait_comm(double dTimeout, const std::string& strEcho) 
     return 0;
 }
 
-bool LineReader::cameAlong(std::uint8_t byte) const {
-    return std::find(rest_.begin(), rest_.end(), byte) != rest_.end();
+bool LineReader::isPromptSeen() const { return holdsPrompt(session_.receivedLine) || along().prompt; }
+
+LineReader::Strays LineReader::straysIn(const Bytes& bytes) {
+    Strays strays;
+    strays.accepted = static_cast<int>(std::count(bytes.begin(), bytes.end(), kAck));
+    strays.refused = static_cast<int>(std::count(bytes.begin(), bytes.end(), kNak));
+    strays.prompt = holdsPrompt(textOf(bytes));
+    return strays;
+}
+
+LineReader::Strays LineReader::waiting() {
+    if (session_.comm->InBufferCount() < 1) return {};
+    return straysIn(bytesOf(session_.comm->CommInput()));
+}
+
+LineReader::Strays LineReader::settle(std::int32_t silence) {
+    constexpr std::int32_t kLongest = 5000;
+    clsTimeout quiet(session_.runtime);
+    clsTimeout whole(session_.runtime);
+    quiet.Timeout(silence);
+    whole.Timeout(silence + kLongest);
+    Bytes seen = bytesOf(session_.receivedLine);  // a prompt may have begun there
+    session_.receivedLine.clear();
+    while (!quiet.IsTimeout() && !whole.IsTimeout() && session_.comm->PortOpen()) {
+        session_.runtime.WaitActivity(1);
+        session_.runtime.DoEvents();
+        if (session_.comm->InBufferCount() < 1) continue;
+        const auto more = bytesOf(session_.comm->CommInput());
+        seen.insert(seen.end(), more.begin(), more.end());
+        quiet.Reset();
+    }
+    return straysIn(seen);
 }
 
 /// The byte itself when it ends the reply, else 0.

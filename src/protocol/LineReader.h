@@ -2,10 +2,14 @@
 
 #include <cstdint>
 #include <string>
+#include <string_view>
 
 #include "protocol/DeviceSession.h"
 
 namespace corvane {
+
+/// Whether a text holds the prompt of a boot loader, "M51>", "AVR>" or "ARM>".
+bool holdsPrompt(std::string_view text);
 
 /// Text replies, and waiting for silence.
 class LineReader {
@@ -20,10 +24,29 @@ public:
     /// dTimeout seconds pass in silence.
     std::uint8_t wait_comm(double dTimeout, const std::string& strEcho = {});
 
-    /// Whether this byte stood behind the end of the last reply in what was read with it. All of that is dropped.
-    bool cameAlong(std::uint8_t byte) const;
+    /// Answers that nobody waited for, and whether a boot loader's prompt was among what came in.
+    struct Strays {
+        int accepted = 0;
+        int refused = 0;
+        bool prompt = false;
+
+        int answers() const { return accepted + refused; }
+    };
+
+    /// What stood behind the end of the last reply, in what was read with it.
+    Strays along() const { return straysIn(rest_); }
+
+    /// Whether the last reply, or what was read with it, holds a prompt.
+    bool isPromptSeen() const;
+
+    /// Takes what has come in.
+    Strays waiting();
+
+    /// Takes what comes in until the port has been silent for so many ms; at most that and 5 s.
+    Strays settle(std::int32_t silence);
 
 private:
+    static Strays straysIn(const Bytes& bytes);
     std::uint8_t take(std::uint8_t byte, const std::string& echo);
 
     DeviceSession& session_;

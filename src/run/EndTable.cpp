@@ -8,7 +8,7 @@ namespace {
 using Steps = std::array<const char*, 5>;
 using Kind = VerdictKind;
 
-constexpr int kUpdated = 0, kWithoutUpdate = 1, kNoDevice = 3, kNoImage = 4, kLeftInBootLoader = 5;
+constexpr int kUpdated = 0, kWithoutUpdate = 1, kNoDevice = 3, kNoImage = 4, kLeftInBootLoader = 5, kNotConfirmed = 6;
 
 constexpr char kWithoutSite[] = "Without a site: go off line and use a local image.";
 constexpr char kTellTheSite[] = "If it stays like this, tell whoever runs the site.";
@@ -26,6 +26,12 @@ constexpr char kOtherRate[] =
 constexpr char kNothingFound[] = "No device was found; nothing was changed.";
 constexpr char kLost[] = "% was lost: it was unplugged, or its cable came loose";
 
+constexpr char kOtherVersion[] = "The device answers with another version than the image's";
+constexpr char kNotConfirmedLine[] = "The device is programmed and runs. Its version is not confirmed.";
+
+constexpr Steps kVersionSteps = {
+    "Switch the device off and on, and scan for it: some say their new version only then.",
+    "If it stays like this, ask the image's maker which version it should say, or update once more."};
 constexpr Steps kSiteSteps = {"Try again; the site may be busy.", kTellTheSite, kWithoutSite};
 constexpr Steps kSwitchSteps = {kOffAndOn, kForceIfDead, kOtherRate};
 constexpr Steps kForceSteps = {kLeaveConnected, kForce, kOtherCable, kOtherImage};
@@ -33,6 +39,22 @@ constexpr Steps kForceSteps = {kLeaveConnected, kForce, kOtherCable, kOtherImage
 /// In the order of RunEnd. An end that is to be told apart gets a line here, and nothing else has to know of it.
 constexpr EndRow kEnds[] = {
     {RunEnd::updated, kUpdated, "", {}, "The device is updated.", Kind::updated},
+    {RunEnd::notConfirmed, kUpdated, kOtherVersion, kVersionSteps, kNotConfirmedLine, Kind::unconfirmed},
+    {RunEnd::otherVersion, kNotConfirmed, kOtherVersion, kVersionSteps, kNotConfirmedLine, Kind::unconfirmed},
+    {RunEnd::notHeardOf,
+     kNotConfirmed,
+     "Every record was acknowledged; then the device was told to restart, and nothing has answered since",
+     {"Switch the device off and on, and scan for it.",
+      "If it does not start, force an update with the same image (Force ISP, or --force on the console)."}},
+    {RunEnd::outOfStep,
+     kNotConfirmed,
+     "After the last record an answer came that was not due, so one of the records may be missing",
+     {"Update the device once more with the same image.", "If it happens again, use another cable or USB port."}},
+    {RunEnd::notRestarted,
+     kLeftInBootLoader,
+     "The device was told three times to restart and did not",
+     {"Switch the device off and on: it then starts its new firmware.",
+      "If it does not start, force an update with the same image (Force ISP, or --force on the console)."}},
     {RunEnd::alreadyRunning, kWithoutUpdate, "Another run is on", {}, nullptr, {}, false, false},
     {RunEnd::cancelled, kWithoutUpdate, "The run was cancelled"},
 
@@ -170,9 +192,11 @@ constexpr DeviceRow kDevices[] = {
      false},
     {DeviceState::bootLoaderEmpty, Kind::waiting,
      "The device waits in its boot loader. It has no working firmware yet.", false},
+    {DeviceState::bootLoaderComplete, Kind::waiting,
+     "The device waits in its boot loader with the new firmware complete."},
     {DeviceState::gone, Kind::untouched, kNotChanged, true, true, kLost},
-    {DeviceState::unknown, Kind::waiting, "Nobody knows whether the device runs.", true, true,
-     "% was lost when the device was to restart; if it does not run, switch it off and on"},
+    {DeviceState::unheard, Kind::unconfirmed, "The device is programmed and was not heard of since."},
+    {DeviceState::inDoubt, Kind::unconfirmed, "The device runs, but its memory may not be the image's."},
 };
 
 template <typename Row, std::size_t count, typename Key>
@@ -183,7 +207,7 @@ constexpr bool areInOrder(const Row (&rows)[count], Key Row::*key, Key last) {
     return static_cast<std::size_t>(last) + 1 == count;
 }
 static_assert(areInOrder(kEnds, &EndRow::end, RunEnd::failedMidway));
-static_assert(areInOrder(kDevices, &DeviceRow::state, DeviceState::unknown));
+static_assert(areInOrder(kDevices, &DeviceRow::state, DeviceState::inDoubt));
 
 }  // namespace
 

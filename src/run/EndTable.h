@@ -10,10 +10,11 @@ namespace corvane {
 /// What an end is at a glance.
 enum class VerdictKind {
     updated,
-    untouched,   ///< the device runs what it ran before
-    waiting,     ///< it sits in its boot loader
-    uncertain,   ///< it may sit there, with its firmware whole
-    handedOver,  ///< a newer program has taken over
+    unconfirmed,  ///< programmed, and something about it is not known to be right
+    untouched,    ///< the device runs what it ran before
+    waiting,      ///< it sits in its boot loader
+    uncertain,    ///< it may sit there, with its firmware whole
+    handedOver,   ///< a newer program has taken over
 };
 
 /// What one end of a run means. Texts in UTF-8.

@@ -3,6 +3,7 @@
 #include <algorithm>
 
 #include "text/Cp1252.h"
+#include "text/Text.h"
 
 namespace corvane {
 namespace {
@@ -21,10 +22,10 @@ private:
 
 }  // namespace
 
-Ending Installation::install(const std::string& image, Outcome& outcome) {
+Ending Installation::install(const std::string& image, Promise promise, Outcome& outcome) {
     auto& facts = outcome.facts;
-    const bool isInBootLoader = outcome.device == DeviceState::leftInBootLoader;
-    if (!isInBootLoader) {
+    wasInBootLoader_ = outcome.device == DeviceState::leftInBootLoader;
+    if (!wasInBootLoader_) {
         if (auto ending = enterBootLoader(outcome.device)) {
             log("Can't enter ISP Mode!!\r\n");
             return session_.comm->PortOpen() ? *ending : Ending{RunEnd::lostInSwitch, toUtf8(facts.port)};
@@ -39,19 +40,48 @@ Ending Installation::install(const std::string& image, Outcome& outcome) {
         if (!session_.comm->PortOpen()) return {RunEnd::lostInBootLoader, toUtf8(facts.port)};
         return {outcome.device == DeviceState::bootLoaderEmpty ? RunEnd::programmingFailed : RunEnd::eraseFailed};
     }
+    auto ending = restart(promise, outcome);
+    if (outcome.device == DeviceState::application) {
+        // Taken in its boot loader at a port of which nothing is known, it may have been left there at another.
+        const bool isAnyones = wasInBootLoader_ && !wasInJournal_;
+        closeJournal(isAnyones ? journal_.clear() : journal_.remove(toUtf8(facts.portName)), facts);
+    }
+    session_.runtime.DoEvents();  // whoever pressed something meanwhile is still told that it came too late
+    return ending;
+}
+
+/// The given end of a run, and after it the question whether it has come true.
+Ending Installation::restart(Promise promise, Outcome& outcome) {
     view_.phase(RunPhase::reset);
+    outcome.device = DeviceState::unheard;
     isp_.ISP_Reset();
     isp_.wait_output_empty(250);
     session_.runtime.Sleep(250);
-    outcome.device = session_.comm->PortOpen() ? DeviceState::application : DeviceState::unknown;
-    if (isInBootLoader && !wasInJournal_) {
-        // It was taken in its boot loader at a port of which nothing is known: it may have been left there at another.
-        closeJournal(journal_.clear(), facts);
-    } else {
-        closeJournal(journal_.remove(toUtf8(facts.portName)), facts);
-    }
-    session_.runtime.DoEvents();  // whoever pressed something meanwhile is still told that it came too late
+    if (promise != Promise::programmed) return prove(promise, outcome);
+    if (!session_.comm->PortOpen()) return {RunEnd::notHeardOf, toUtf8(outcome.facts.port) + " was lost"};
+    outcome.device = DeviceState::application;
     return {RunEnd::updated};
+}
+
+Ending Installation::prove(Promise promise, Outcome& outcome) {
+    auto& facts = outcome.facts;
+    view_.phase(RunPhase::proof);
+    switch (RestartProof(session_, scanner_, isp_).find({facts.settings, facts.protocolName}, facts.versionNow)) {
+        case RestartProof::Found::waits:
+            outcome.device = DeviceState::bootLoaderComplete;
+            return {RunEnd::notRestarted};
+        case RestartProof::Found::silent:
+            if (session_.comm->PortOpen()) return {RunEnd::notHeardOf};
+            return {RunEnd::notHeardOf, toUtf8(facts.port) + " was lost"};
+        case RestartProof::Found::outOfStep:
+            outcome.device = DeviceState::inDoubt;
+            return {RunEnd::outOfStep};
+        case RestartProof::Found::runs:
+            break;
+    }
+    outcome.device = DeviceState::application;
+    if (containsNoCase(facts.versionNow, outcome.facts.version)) return {RunEnd::updated};
+    return {promise == Promise::version ? RunEnd::otherVersion : RunEnd::notConfirmed};
 }
 
 /// Nothing when the boot loader's prompt was seen.
@@ -93,32 +123,56 @@ void Installation::closeJournal(bool isClosed, RunFacts& facts) {
                             " could not be written: the next start still names this device, which is well.");
 }
 
-/// Up to three tries. An erase that has succeeded is not repeated.
+/// Up to three tries. An erase that has succeeded is not repeated, unless what was programmed since is in doubt.
 bool Installation::eraseAndProgram(const std::string& image, Outcome& outcome) {
     constexpr int kTries = 3;
-    programmer_.beginDevice();
+    constexpr std::int32_t kOwed = 1500;  // ms after which nothing that is owed comes any more
+    programmer_.beginDevice(session_.hasLine ? session_.hasLine() : true);
+    isp_.beginDevice();
     outcome.facts.repeatedRecords = 0;
+    bool isErased = false;
     for (int iTry = 1; iTry <= kTries; ++iTry) {
         view_.phase(RunPhase::erase);
-        if (outcome.device != DeviceState::bootLoaderEmpty) {
-            outcome.device = DeviceState::bootLoaderDoubtful;
-            if (isp_.ISP_Erase()) outcome.device = DeviceState::bootLoaderEmpty;
+        if (!isErased) {
+            if (outcome.device != DeviceState::bootLoaderEmpty) outcome.device = DeviceState::bootLoaderDoubtful;
+            isErased = isp_.ISP_Erase();
+            if (isErased) {
+                outcome.device = DeviceState::bootLoaderEmpty;
+                programmer_.erased(isp_.eraseTime());
+            }
         }
-        if (outcome.device == DeviceState::bootLoaderEmpty) {
+        if (isErased) {
             view_.phase(RunPhase::program);
             if (programmer_.ISP_Program(image) && isQuietAfterwards()) return true;
         }
         log("\r\niTry:" + std::to_string(iTry) + "\r\n");
         LineReader(session_).wait_comm_empty();
+        if (isErased && programmer_.mustEraseAgain()) {
+            isErased = false;
+            LineReader(session_).settle(kOwed);
+            bringBack(outcome.facts);
+        } else if (!isErased && isp_.wasEraseSilent()) {
+            bringBack(outcome.facts);
+        }
     }
     return false;
 }
 
-/// The pause before the reset; a refusal that comes in it belongs to the last record.
+/// A device that had no power for a moment may have started an application that is still whole, or whole already.
+void Installation::bringBack(const RunFacts& facts) {
+    if (!session_.comm->PortOpen() || isp_.isPrompting() || wasInBootLoader_) return;
+    constexpr std::int32_t kQuestion = 500;  // ms
+    const auto bootSettings = session_.comm->Settings();
+    std::string version;
+    const bool runs = scanner_.askVersion({facts.settings, facts.protocolName}, kQuestion, version);
+    if (!runs || !isp_.returnToBootLoader()) scanner_.setSettings(bootSettings);
+}
+
+/// The pause before the restart; an answer that comes in it is one too many.
 bool Installation::isQuietAfterwards() {
     isp_.wait_output_empty(250);
     session_.runtime.Sleep(50);
-    return !programmer_.isRefusalLeft();
+    return programmer_.isQuiet();
 }
 
 }  // namespace corvane

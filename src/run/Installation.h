@@ -3,44 +3,58 @@
 #include "face/RunView.h"
 #include "platform/SleepInhibitor.h"
 #include "protocol/HexProgrammer.h"
-#include "protocol/IspSession.h"
 #include "run/Outcome.h"
+#include "run/RestartProof.h"
 #include "run/RunJournal.h"
+#include "settings/Choices.h"
 
 namespace corvane {
 
-/// What a run does to the device: the switch into its boot loader, erase and program with up to three tries, restart;
-/// and the journal that knows of it meanwhile. Owns nothing. Nothing interrupts it.
+/// What a run does to the device: the switch into its boot loader, erase and program with up to three tries, restart,
+/// the proof that it runs; and the journal that knows of it meanwhile. Owns nothing. Nothing interrupts it.
 class Installation {
 public:
-    Installation(DeviceSession& session, IspSession& isp, HexProgrammer& programmer, RunJournal& journal,
-                 SleepInhibitor& inhibitor, RunView& view)
+    /// The dialogue with the device.
+    struct Dialogue {
+        DeviceScanner& scanner;
+        IspSession& isp;
+        HexProgrammer& programmer;
+    };
+
+    Installation(DeviceSession& session, const Dialogue& dialogue, RunJournal& journal, SleepInhibitor& inhibitor,
+                 RunView& view)
         : session_(session),
-          isp_(isp),
-          programmer_(programmer),
+          scanner_(dialogue.scanner),
+          isp_(dialogue.isp),
+          programmer_(dialogue.programmer),
           journal_(journal),
           inhibitor_(inhibitor),
           view_(view) {}
 
     /// Installs the image file on the device at the session's port. The outcome has port, device version and image
     /// already; what becomes of the device stands in it at every moment.
-    [[nodiscard]] Ending install(const std::string& image, Outcome& outcome);
+    [[nodiscard]] Ending install(const std::string& image, Promise promise, Outcome& outcome);
 
 private:
     [[nodiscard]] std::optional<Ending> enterBootLoader(DeviceState& device);
     [[nodiscard]] bool eraseAndProgram(const std::string& image, Outcome& outcome);
     [[nodiscard]] bool isQuietAfterwards();
+    void bringBack(const RunFacts& facts);
+    [[nodiscard]] Ending restart(Promise promise, Outcome& outcome);
+    [[nodiscard]] Ending prove(Promise promise, Outcome& outcome);
     void openJournal(RunFacts& facts);
     void closeJournal(bool isClosed, RunFacts& facts);
     void log(const std::string& text) { session_.log.ShowInfo(text); }
 
     DeviceSession& session_;
+    DeviceScanner& scanner_;
     IspSession& isp_;
     HexProgrammer& programmer_;
     RunJournal& journal_;
     SleepInhibitor& inhibitor_;
     RunView& view_;
-    bool wasInJournal_ = false;  // the port, when the erase began
+    bool wasInBootLoader_ = false;  // when it was found
+    bool wasInJournal_ = false;     // the port, when the erase began
 };
 
 }  // namespace corvane

@@ -29,7 +29,7 @@ Job jobOf(const Outcome& outcome, const std::string& time) {
     job.time = time;
     job.port = toUtf8(known.port);
     job.versionBefore = toUtf8(known.deviceVersion);
-    if (known.proof && known.proof->answered) job.versionAfter = toUtf8(known.proof->version);
+    job.versionAfter = toUtf8(known.versionNow);
     job.image = lastPart(known.imagePath);
     job.digest = known.imageDigest;
     job.repeatedRecords = known.repeatedRecords.value_or(0);

@@ -9,7 +9,12 @@ namespace corvane {
 
 /// How a run ended. EndTable.cpp says what each means to the operator: a new one is a new line there.
 enum class RunEnd {
-    updated,
+    updated,       ///< as it was to be promised
+    notConfirmed,  ///< the device runs, and answers with another version than the image's
+    otherVersion,  ///< the same where the version was part of the promise
+    notHeardOf,    ///< programmed and told to restart; nothing has answered since
+    outOfStep,     ///< programmed, and it runs; but an answer came that was not due, so its memory is in doubt
+    notRestarted,  ///< programmed; its boot loader has not obeyed any restart
     alreadyRunning,
     cancelled,  ///< by the operator, before anything was done to the device
     // The site.
@@ -60,20 +65,16 @@ enum class DeviceState {
     bootLoaderWhole,     ///< it sits there with its firmware whole
     bootLoaderDoubtful,  ///< it sits there, and an erase was sent that it did not acknowledge
     bootLoaderEmpty,     ///< it sits there without firmware that works
+    bootLoaderComplete,  ///< it sits there with all of its new firmware
     gone,                ///< its port was lost while it ran its application
-    unknown,             ///< it was programmed, and its port was lost before it was to restart
+    unheard,             ///< it was programmed, and nobody knows whether it runs
+    inDoubt,             ///< it runs, and its memory may not be the image's
 };
 
 /// How the part of a run ended that ended it, and why: a part of a sentence in UTF-8, empty when the end says it all.
 struct Ending {
     RunEnd end = RunEnd::failed;
     std::string cause{};
-};
-
-/// What a device said when it was asked again after the run. Text in Windows-1252.
-struct Proof {
-    bool answered = false;
-    std::string version;
 };
 
 /// What a run has come to know. Texts in Windows-1252 unless they are paths or said to be UTF-8. Nothing is decided by
@@ -92,7 +93,7 @@ struct RunFacts {
     std::string imageDigest;             ///< SHA-256 in lower-case hexadecimal digits; empty when no image was had
     std::optional<int> repeatedRecords;  ///< since the first erase was sent
     std::uint32_t milliseconds = 0;      ///< from start to end
-    std::optional<Proof> proof;          ///< nothing when nobody asked the device again
+    std::string versionNow;              ///< what the device said after the restart; empty when it said nothing
     std::vector<std::string> remarks;    ///< what went wrong beside the run, whole sentences in UTF-8
 };
 

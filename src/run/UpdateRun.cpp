@@ -73,6 +73,8 @@ Ending UpdateRun::withDevice(bool force) {
         log("Firmware download fail!!(Not define)\r\n");
         return {RunEnd::notDefined};
     }
+    outcome_.facts.product = information_.product;
+    outcome_.facts.version = information_.version;
     showFirmware();
     return withImage();
 }
@@ -160,7 +162,7 @@ Ending UpdateRun::withImage() {
         return *ending;
     }
     if (!isImageWanted()) return {RunEnd::imageRefused};
-    return p_.installation.install(image, outcome_);
+    return p_.installation.install(image, p_.choices.promise, outcome_);
 }
 
 /// Where the image lies on this computer, fetched if need be; or why it lies nowhere.
@@ -246,8 +248,6 @@ void UpdateRun::end(const Ending& ending, std::uint32_t start) {
     outcome_.end = isCancelled ? RunEnd::cancelled : ending.end;
     if (!isCancelled) outcome_.cause = ending.cause;
     if (outcome_.device == DeviceState::application && p_.ports.isLost()) outcome_.device = DeviceState::gone;
-    outcome_.facts.product = information_.product;
-    outcome_.facts.version = information_.version;
     p_.session.cancel.end();
     p_.view.cancellable(false);
     p_.ports.close(p_.view);

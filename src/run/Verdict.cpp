@@ -28,13 +28,9 @@ std::string imageFact(const RunFacts& known) {
     return image + ", " + std::to_string(known.imageBytes) + " bytes, SHA-256 " + known.imageDigest + ".";
 }
 
-std::string proofFact(const RunFacts& known, const Proof& proof) {
-    if (!proof.answered) {
-        return "The device did not answer when it was asked for its version again; switch it off and on, and scan for "
-               "it.";
-    }
-    const auto text = "The device now answers with " + toUtf8(proof.version);
-    if (known.version.empty() || containsNoCase(proof.version, known.version)) return text + ".";
+std::string proofFact(const RunFacts& known, const std::string& version) {
+    const auto text = "The device now answers with " + toUtf8(version);
+    if (known.version.empty() || containsNoCase(version, known.version)) return text + ".";
     return text + "; the image's version is " + toUtf8(known.version) + ".";
 }
 
@@ -48,7 +44,7 @@ Facts factsFor(const Outcome& outcome) {
     if (!known.deviceVersion.empty())
         facts.push_back(toUtf8(known.port) + ": " + toUtf8(known.deviceVersion) + " before the run.");
     if (!known.imageDigest.empty()) facts.push_back(imageFact(known));
-    if (known.proof) facts.push_back(proofFact(known, *known.proof));
+    if (!known.versionNow.empty()) facts.push_back(proofFact(known, known.versionNow));
     if (known.repeatedRecords) {
         facts.push_back(std::to_string(*known.repeatedRecords) +
                         (*known.repeatedRecords == 1 ? " record was repeated." : " records were repeated."));
@@ -95,6 +91,8 @@ std::string verdictName(Verdict::Kind kind) {
     switch (kind) {
         case Verdict::Kind::updated:
             return "updated";
+        case Verdict::Kind::unconfirmed:
+            return "unconfirmed";
         case Verdict::Kind::untouched:
             return "untouched";
         case Verdict::Kind::waiting:

@@ -28,7 +28,7 @@ Verdict verdictFor(const Outcome& outcome);
 /// All of it as lines, the steps numbered.
 std::vector<std::string> verdictLines(const Verdict& verdict);
 
-/// "updated", "untouched", "waiting", "uncertain" or "handedOver".
+/// "updated", "unconfirmed", "untouched", "waiting", "uncertain" or "handedOver".
 std::string verdictName(Verdict::Kind kind);
 
 }  // namespace corvane

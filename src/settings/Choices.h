@@ -17,6 +17,13 @@ struct LocalImage {
     std::string description() const { return program + " " + version + "(" + date + ")"; }
 };
 
+/// What "updated" is to promise.
+enum class Promise {
+    programmed,  ///< every record was acknowledged; nobody asks the device afterwards
+    running,     ///< and the device runs its application, which was asked
+    version,     ///< and that says the image's version
+};
+
 /// What the operator has chosen on the main window, or on the command line. Account and server in UTF-8.
 struct Choices {
     bool offLine = false;  ///< optLine(1)
@@ -25,6 +32,7 @@ struct Choices {
     std::string userName;
     std::string password;
     LocalImage image;
+    Promise promise = Promise::running;
 
     bool isLocalFile() const { return offLine && useFile; }
 };

@@ -155,10 +155,7 @@ void frmCorvane::startRun(bool force) {
 }
 
 void frmCorvane::conclude(const Outcome& outcome) {
-    if (outcome.end == RunEnd::updated) ui_.notice->say(noticeWhileAsking());
-    QApplication::setOverrideCursor(Qt::WaitCursor);
     const auto verdict = presenter_.conclude(outcome);
-    QApplication::restoreOverrideCursor();
     ui_.notice->say(noticeFor(verdict));
     const bool isUpdated = verdict.kind == Verdict::Kind::updated;
     ui_.txtVerdict->showVerdict(verdict, isUpdated ? QStringList() : hints_);

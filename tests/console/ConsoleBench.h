@@ -1,5 +1,6 @@
 #pragma once
 
+#include <algorithm>
 #include <deque>
 #include <gtest/gtest.h>
 
@@ -46,7 +47,9 @@ class ConsoleTest : public ::testing::Test, protected fakes::AppBench {
 protected:
     std::string image(const std::string& content = fakes::kImage) { return folder.folder.file("local.hex", content); }
 
-    int run(const std::vector<std::string>& words) {
+    int run(std::vector<std::string> words) {
+        const bool asks = asksAfterwards() || std::count(words.begin(), words.end(), "--verify") > 0;
+        if (words.front() == "update" && !asks) words.emplace_back("--no-verify");
         out.text.clear();
         err.text.clear();
         std::string problem;

@@ -78,7 +78,7 @@ public:
         std::optional<Outcome> outcome;
         try {
             outcome = program.start(force);
-            verdict_ = program.updater.conclude(*outcome, true);
+            verdict_ = program.updater.conclude(*outcome);
         } catch (const Killed&) {
             outcome.reset();
             if (bench_.serial.control.PortOpen()) bench_.serial.control.PortOpen(false);  // as the system closes it

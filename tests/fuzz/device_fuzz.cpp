@@ -99,7 +99,7 @@ void update(std::string_view bytes) {
     bench.runtime.setPump(
         [&bench] { require(bench.runtime.ms() < kLongestRun, "a run ends whatever the device says"); });
     const auto outcome = program.start(force);
-    const auto verdict = program.updater.conclude(outcome, true);
+    const auto verdict = program.updater.conclude(outcome);
     require(!bench.face.log.empty(), "a run says what happened");
     require((verdict.kind == Verdict::Kind::updated) == (outcome.end == RunEnd::updated), "run and verdict agree");
     require(outcome.end != RunEnd::updated || outcome.facts.repeatedRecords, "nothing is updated that was not erased");

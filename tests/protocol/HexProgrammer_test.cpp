@@ -151,10 +151,10 @@ TEST_P(Programmer, TakesARefusalOnlyWhenSilenceFollows) {
     connectPeer();  // and without one
     peer->answer(bytesOf(kEnd + "\r"), {{1, {6}}, {30, {21}}});
     EXPECT_TRUE(program({kEnd}));
-    EXPECT_FALSE(programmer.isRefusalLeft());
+    EXPECT_TRUE(programmer.isQuiet());
     bench.runtime.Sleep(50);
-    EXPECT_TRUE(programmer.isRefusalLeft());
-    EXPECT_FALSE(programmer.isRefusalLeft());
+    EXPECT_FALSE(programmer.isQuiet());
+    EXPECT_TRUE(programmer.isQuiet());
 }
 
 /// On a slow line a doubled answer comes when the next record is on its way already. A HID reader has taken it by then.

@@ -221,7 +221,7 @@ TEST_F(OnlineRun, StartsANewerProgramOrGoesOn) {
     write("download/corvane.exe", "something else");
     const auto outcome = start();
     EXPECT_EQ(outcome.end, RunEnd::handedOver);
-    EXPECT_EQ(updater.conclude(outcome, true).headline, "The newer program has been started.");
+    EXPECT_EQ(updater.conclude(outcome).headline, "The newer program has been started.");
     EXPECT_TRUE(updater.jobs().last(1).empty()) << "it was no job on a device";
     EXPECT_EQ(log(), kListed + "Downloading File... < OK\r\n Disconnected...\r\n Install New Corvane...\r\n");
     EXPECT_EQ(stored("download/Corvane.exe"), "#!program");

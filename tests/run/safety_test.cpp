@@ -107,7 +107,7 @@ TEST_F(Safety, RecordsEveryJob) {
     options.nextVersion = "TARN-R200 V5.2R1";
     plug(options);
     loadImage();
-    EXPECT_EQ(updater.conclude(start(), true).kind, Verdict::Kind::updated);
+    EXPECT_EQ(updater.conclude(start()).kind, Verdict::Kind::updated);
     const auto sum = digest.sha256(kImage);
     const std::string line =
         "2026-11-24 14:02:07,COM1,\"'=TARN-R200 \"\"A\"\", V5.1\",TARN-R200 V5.2R1,local.hex," + sum + ",0,updated";
@@ -116,13 +116,13 @@ TEST_F(Safety, RecordsEveryJob) {
     EXPECT_EQ(joined(jobFields(line), "|"),
               "2026-11-24 14:02:07|COM1|'=TARN-R200 \"A\", V5.1|TARN-R200 V5.2R1|local.hex|" + sum + "|0|updated");
     face.closesSelection = true;
-    EXPECT_EQ(updater.conclude(start(), true).kind, Verdict::Kind::untouched);
+    EXPECT_EQ(updater.conclude(start()).kind, Verdict::Kind::untouched);
     EXPECT_EQ(updater.jobs().last(1),
               std::vector<std::string>{"2026-11-24 14:02:07,COM1,TARN-R200 V5.2R1,,,,0,untouched"});
     EXPECT_EQ(updater.jobs().last(9).size(), 2U);
     EXPECT_EQ(updater.jobs().updatedDevices(), 1);
     updater.jobs().keepIn(folder.path());
-    EXPECT_EQ(updater.conclude(start(), true).facts[1], "The record " + folder.path() + " could not be written.");
+    EXPECT_EQ(updater.conclude(start()).facts[1], "The record " + folder.path() + " could not be written.");
 }
 
 TEST_F(Safety, ChecksTheDigestOfAnImageWhenThereIsOne) {

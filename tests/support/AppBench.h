@@ -75,6 +75,12 @@ struct AppBench {
     RecordingOperator face;
     std::vector<std::unique_ptr<models::Device>> devices;
 
+    AppBench() { asksAfterwards(false); }
+
+    /// Whether the next runs ask the device afterwards, which they do not from the start.
+    void asksAfterwards(bool asks) { settings.before["Corvane/Update/AskVersion"] = asks ? "True" : "False"; }
+    bool asksAfterwards() const { return settings.before.at("Corvane/Update/AskVersion") == "True"; }
+
     Platform platform() {
         return {runtime, serial.control, serial.map, modules,   reader,    settings,
                 folder,  launcher,       digest,     inspector, inhibitor, folder.path() + "/VellIO.so"};

@@ -77,7 +77,7 @@ void FakeRuntime::Sleep(int ms) {
 }
 
 void FakeRuntime::WaitActivity(int ms) {
-    const Micros end = now_ + ms * 1000LL;
+    const Micros end = now_ + std::max(ms, stretch_) * 1000LL;
     if (bringsNewsAtOnce()) return;
     while (now_ < end && !advance(end)) continue;
 }

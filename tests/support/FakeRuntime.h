@@ -33,6 +33,9 @@ public:
     /// Runs a handler (an operator's click, say) in the first DoEvents at or after that moment.
     void at(std::int64_t ms, std::function<void()> handler);
 
+    /// A wait for activity takes so many ms when nothing stirs, as a real one may: campaigns of many runs save time.
+    void stretchWaits(int ms) { stretch_ = ms; }
+
     /// Starts the tick counter, or the time of day, at another value.
     void tickAtStart(std::uint32_t tick) { tickOffset_ = tick; }
     void secondsOfDayAtStart(double seconds) { dayOffset_ = seconds; }
@@ -62,6 +65,7 @@ private:
     Micros now_ = 0;
     std::uint32_t tickOffset_ = 1000;
     double dayOffset_ = 36000;
+    int stretch_ = 0;
     int callsWithoutWaiting_ = 0;
     int newsInOneMoment_ = 0;
     int lastTimer_ = 0;

@@ -11,12 +11,16 @@ namespace corvane::fakes {
 class FakeSettingsStore : public SettingsStore {
 public:
     std::map<std::string, std::string> values;
+    std::map<std::string, std::string> before;  ///< what counts as long as nothing else is saved
     bool isReadOnly = false;
 
     std::string GetSetting(const std::string& application, const std::string& section, const std::string& key,
                            const std::string& byDefault) override {
-        const auto found = values.find(application + "/" + section + "/" + key);
-        return found == values.end() ? byDefault : found->second;
+        for (const auto* stored : {&values, &before}) {
+            const auto found = stored->find(application + "/" + section + "/" + key);
+            if (found != stored->end()) return found->second;
+        }
+        return byDefault;
     }
 
     bool SaveSetting(const std::string& application, const std::string& section, const std::string& key,

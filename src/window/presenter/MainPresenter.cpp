@@ -73,24 +73,15 @@ std::string MainPresenter::localStep(const std::string& deviceVersion) const {
 }
 
 Outcome MainPresenter::start(bool force) {
+    updater_.choices.promise = stored().connection().asksVersion ? Promise::running : Promise::programmed;
     auto outcome = updater_.run().run(force);
     changed();
     return outcome;
 }
 
-Verdict MainPresenter::conclude(const Outcome& outcome) {
-    isConcluding_ = true;
-    changed();
-    auto verdict = updater_.conclude(outcome, stored().connection().asksVersion);
-    isConcluding_ = false;
-    changed();
-    return verdict;
-}
+Verdict MainPresenter::conclude(const Outcome& outcome) { return updater_.conclude(outcome); }
 
-void MainPresenter::cmdCancel_Click() {
-    updater_.run().cancel();
-    if (isConcluding_) updater_.cancelDialogue();
-}
+void MainPresenter::cmdCancel_Click() { updater_.run().cancel(); }
 
 std::string MainPresenter::linkAddress(int index) const {
     const auto target = updater_.run().linkTarget(index);
@@ -113,7 +104,7 @@ Controls MainPresenter::controls() const {
     Controls controls;
     controls.choices = !isBusy();
     controls.start = !isBusy() && !(choices.useFile && choices.image.path.empty());
-    controls.cancel = updater_.run().isCancellable() || isConcluding_;
+    controls.cancel = updater_.run().isCancellable();
     controls.localFile = !isBusy() && choices.offLine;
     return controls;
 }

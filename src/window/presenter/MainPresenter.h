@@ -46,12 +46,10 @@ public:
     /// Runs an update.
     Outcome start(bool force);
 
-    /// What follows a run: an updated device is asked which version it runs now, unless the operator does not want
-    /// that, and the verdict is given. Nothing but Cancel, which gives the asking up, can be used meanwhile.
+    /// What follows a run: it is recorded, and the verdict is given.
     [[nodiscard]] Verdict conclude(const Outcome& outcome);
 
-    /// A run is on, or what follows it.
-    bool isBusy() const { return updater_.run().isRunning() || isConcluding_; }
+    bool isBusy() const { return updater_.run().isRunning(); }
 
     /// Takes an image as if it had been picked, and remembers it as a recent one; False when it is none.
     bool loadFile(const std::string& path);
@@ -83,7 +81,6 @@ private:
     Updater& updater_;
     std::optional<MemoryMap> localMap_;
     bool loading_ = false;
-    bool isConcluding_ = false;
 };
 
 }  // namespace corvane

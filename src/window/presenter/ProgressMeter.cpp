@@ -86,6 +86,7 @@ bool ProgressMeter::isUnmeasured() const {
         case RunPhase::bootLoader:
         case RunPhase::erase:
         case RunPhase::reset:
+        case RunPhase::proof:
             return true;
         case RunPhase::information:
         case RunPhase::image:
@@ -120,9 +121,11 @@ std::string ProgressMeter::phaseText() const {
         case RunPhase::program:
             return "Programming";
         case RunPhase::reset:
+            return "Restarting the device";
+        case RunPhase::proof:
             break;
     }
-    return "Restarting the device";
+    return "Asking the device whether it runs";
 }
 
 std::string ProgressMeter::text() const {

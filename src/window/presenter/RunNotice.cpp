@@ -45,18 +45,18 @@ RunNotice noticeFor(RunPhase phase) {
         case RunPhase::program:
         case RunPhase::reset:
             break;
+        case RunPhase::proof:
+            return {"The device is programmed. It is asked whether it runs.", RunNotice::Level::safe};
     }
     return {"Do not unplug the device, and do not switch it or this computer off.", RunNotice::Level::danger};
-}
-
-RunNotice noticeWhileAsking() {
-    return {"The device is programmed. It is asked which version it runs now.", RunNotice::Level::safe};
 }
 
 RunNotice noticeFor(const Verdict& verdict) {
     switch (verdict.kind) {
         case Verdict::Kind::updated:
             return {verdict.headline, RunNotice::Level::safe};
+        case Verdict::Kind::unconfirmed:
+            return {verdict.headline, RunNotice::Level::caution};
         case Verdict::Kind::uncertain:
         case Verdict::Kind::waiting:
             return {verdict.headline, RunNotice::Level::danger};

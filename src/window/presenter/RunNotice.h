@@ -11,7 +11,7 @@ namespace corvane {
 /// What a window says at its top: what to do, and from the start of a run on whether the device is still as it was.
 /// UTF-8.
 struct RunNotice {
-    enum class Level { plain, safe, danger };
+    enum class Level { plain, safe, caution, danger };
     std::string text;
     Level level = Level::plain;
     std::string details{};  ///< more than there is room for, when asked
@@ -22,9 +22,6 @@ RunNotice noticeAtStart(const std::vector<InterruptedRun>& left);
 
 /// During a run, or before the first one.
 RunNotice noticeFor(RunPhase phase);
-
-/// While an updated device is asked for its version.
-RunNotice noticeWhileAsking();
 
 /// After a run.
 RunNotice noticeFor(const Verdict& verdict);

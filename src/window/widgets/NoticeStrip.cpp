@@ -14,6 +14,8 @@ QString coloursFor(RunNotice::Level level) {
             break;
         case RunNotice::Level::safe:
             return "color: white; background: #1b6e3c;";
+        case RunNotice::Level::caution:
+            return "color: black; background: #f2b632; font-weight: bold;";
         case RunNotice::Level::danger:
             return "color: white; background: #a33300; font-weight: bold;";
     }

@@ -170,7 +170,7 @@ TEST(HidUpdate, WithAReaderUnpluggedEndsSoonAndWorksAgainWhenItIsBack) {
         EXPECT_EQ(run.start(), one.status);
         EXPECT_EQ(run.bench.face.log, one.log);
         EXPECT_LT(run.bench.runtime.ms() - lostAt.value(), 3000);
-        const auto cause = run.updater.conclude(run.outcome, true).facts[0];
+        const auto cause = run.updater.conclude(run.outcome).facts[0];
         const std::string name = one.muted == 4 ? "HID1 (F/W:)" : "HID1 (F/W:KESTREL V2.4)";
         EXPECT_EQ(cause, one.muted == 203  ? "No port could be opened."
                          : one.status == 3 ? "No device answered on any port."

@@ -20,6 +20,7 @@ public:
         : BufferedSerialControl(runtime), io_(runtime), map_(map) {}
     ~TermiosSerialControl() override { closeLine(); }
 
+    bool hasLine() const override { return !line_.isPseudo(); }
     std::int32_t CommID() override { return line_.descriptor(); }
     std::string FormatMessage(std::uint32_t code) const override;
 

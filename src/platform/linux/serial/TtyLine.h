@@ -26,6 +26,9 @@ public:
     /// -1 while closed.
     int descriptor() const { return descriptor_; }
 
+    /// Whether it is a pseudo-terminal, as far as one is open.
+    bool isPseudo() const { return pseudo_; }
+
     /// All or nothing. A pseudo-terminal has 8 bits whatever is asked, so only a real line is asked what it has taken.
     std::uint32_t configure(const LineSetup& setup) const;
     std::uint32_t read(CommState& state) const;

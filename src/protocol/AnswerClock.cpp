@@ -1,0 +1,69 @@
+#include "protocol/AnswerClock.h"
+
+#include <algorithm>
+
+#include "text/Number.h"
+#include "text/Text.h"
+
+namespace corvane {
+namespace {
+
+constexpr double kDay = 86400;
+constexpr double kAnswerTime = 0.5;   // the given one
+constexpr double kLongestOwed = 1.5;  // after which an answer does not come any more
+constexpr double kLate = 0.25;        // no device that writes a page takes so long
+constexpr double kCrossed = 7.0 / 8;  // of its time on the line, as far as clocks may differ
+
+}  // namespace
+
+void AnswerClock::beginDevice(bool hasLine) {
+    pace_ = hasLine ? Pace::unknown : Pace::free;
+    slowest_ = 0;
+}
+
+void AnswerClock::settings(const std::string& text) {
+    const auto fields = split(text, ',');
+    const double rate = leadingNumber(fields.front());
+    double bits = 1 + 8 + 1;
+    if (fields.size() == 4) {
+        const auto parity = upperCase(trimmed(fields[1]));
+        bits = 1 + leadingNumber(fields[2]) + (parity == "N" ? 0 : 1) + leadingNumber(fields[3]);
+    }
+    byteTime_ = rate >= 1 ? bits / rate : 0;
+    onLine_ = 0;
+}
+
+void AnswerClock::sent(std::size_t bytes) {
+    onLine_ = std::max(0.0, onLine_ - sinceSent()) + byteTime_ * static_cast<double>(bytes);
+    sentAt_ = runtime_.secondsOfDay();
+}
+
+double AnswerClock::sinceSent() const {
+    const double passed = runtime_.secondsOfDay() - sentAt_;
+    return passed < 0 ? passed + kDay : passed;
+}
+
+double AnswerClock::untilCrossed() const { return std::max(0.0, onLine_ - sinceSent()); }
+
+double AnswerClock::patience(bool isNothingOwed) const {
+    if (isNothingOwed) return kLongestOwed;
+    return std::clamp(1.5 * slowest_, kAnswerTime, kLongestOwed);
+}
+
+bool AnswerClock::isTooEarly() const { return sinceSent() < kCrossed * onLine_; }
+
+AnswerClock::Arrival AnswerClock::arrival() const {
+    if (pace_ == Pace::byRate && isTooEarly()) return Arrival::early;
+    return sinceSent() - onLine_ > std::max(kLate, 3 * slowest_) ? Arrival::late : Arrival::usual;
+}
+
+void AnswerClock::taken(bool isProven) {
+    // A first answer that comes before its record can have crossed the line shows that there is no such line: a native
+    // USB port, say, which takes any rate and sends at its own.
+    if (pace_ == Pace::unknown) pace_ = isTooEarly() ? Pace::free : Pace::byRate;
+    if (!isProven) return;
+    if (isTooEarly()) pace_ = Pace::free;
+    slowest_ = std::max(slowest_, sinceSent() - onLine_);
+}
+
+}  // namespace corvane

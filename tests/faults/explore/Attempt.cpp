@@ -1,0 +1,95 @@
+#include "faults/explore/Attempt.h"
+
+#include "app/Updater.h"
+#include "faults/explore/WirePort.h"
+#include "models/HidReader.h"
+#include "run/EndTable.h"
+#include "support/AppBench.h"
+#include "support/hid/FakeHidBus.h"
+#include "support/hid/VellModule.h"
+
+namespace corvane::faults {
+namespace {
+
+constexpr int kStretch = 10;            // ms
+constexpr Micros kSettles = 3'000'000;  // what is still under way when a run ends
+constexpr char kLibrary[] = "VellIO.so";
+
+/// The program's folder, for all runs: making one takes longer than a run.
+fakes::FakeProgramFolder& sharedFolder() {
+    static fakes::FakeProgramFolder folder;
+    return folder;
+}
+
+/// The platform of one run.
+struct World {
+    World(PortKind kind, const Wire::Plan& plan)
+        : wire(plan),
+          serial(runtime, wire, kind == PortKind::blind),
+          reader(wire, {}),
+          readerPeer(reader, [this] { return runtime.micros(); }) {
+        runtime.stretchWaits(kStretch);
+        if (kind == PortKind::hid) {
+            const auto& is = reader.options();
+            bus.plug({"HID1", is.vendor, is.product, is.manufacturer, is.name, is.serialNumber}, readerPeer);
+            modules.provide(kLibrary, fakes::vellModule());
+        } else {
+            map.entries.push_back({"ttyS1", "COM1"});
+        }
+    }
+
+    Platform platform() {
+        return {runtime,        serial,   map,    modules,   site,      settings,
+                sharedFolder(), launcher, digest, inspector, inhibitor, kLibrary};
+    }
+
+    fakes::FakeRuntime runtime;
+    Wire wire;
+    WirePort serial;
+    models::HidReader reader;
+    fakes::ReaderPeer readerPeer;
+    fakes::FakeHidBus bus{[this] { return runtime.tick(); }};
+    fakes::FakePortMap map;
+    fakes::FakeModuleLoader modules;
+    fakes::FakeAsyncReader site{runtime};
+    fakes::FakeSettingsStore settings;
+    fakes::FakeLauncher launcher;
+    fakes::FakeDigest digest;
+    fakes::FakePortInspector inspector;
+    fakes::FakeInhibitor inhibitor;
+    fakes::RecordingOperator face;
+};
+
+/// All that is asked of the program: what it exits with after a run that begins with no memory of others.
+int statusOf(World& world, const TestImage& image) {
+    Updater updater(world.platform(), world.face.face());
+    updater.choices.offLine = updater.choices.useFile = true;
+    updater.choices.image = {image.path(), "TARN-R200", "V5.2R1", "2024/01/31", {}};
+    if (!updater.journal().clear()) return -1;
+    const int status = exitStatus(updater.run().run(false));
+    updater.shutDown();
+    return status;
+}
+
+}  // namespace
+
+TestImage::TestImage(const std::string& records) : image_(models::imageOf(records)) {
+    static int number = 0;
+    path_ = sharedFolder().folder.file("image" + std::to_string(++number) + ".hex",
+                                       "[INFO]\nPGM=TARN-R200\nVER=V5.2R1\nBUD=2024/01/31\n" + records);
+}
+
+Outcome attempt(PortKind kind, const TestImage& image, const Wire::Plan& plan) {
+    World world(kind, plan);
+    Outcome outcome;
+    outcome.status = statusOf(world, image);
+    world.wire.speak(world.runtime.micros() + kSettles);
+    outcome.isRight = !models::firstDifference(world.wire.device().flash(), image.memory());
+    outcome.isRunning = !world.wire.device().isInBoot();
+    outcome.steps = world.wire.steps();
+    outcome.struck = world.wire.struck();
+    outcome.log = world.face.log;
+    return outcome;
+}
+
+}  // namespace corvane::faults

@@ -1,0 +1,38 @@
+#pragma once
+
+#include "faults/explore/Wire.h"
+
+namespace corvane::faults {
+
+/// Counts the unsent bytes, reports none at all, or is a HID reader.
+enum class PortKind { counting, blind, hid };
+
+/// An image as a file on disk, and the memory that it makes.
+class TestImage {
+public:
+    explicit TestImage(const std::string& records);
+    const std::string& path() const { return path_; }
+    const models::Flash& memory() const { return image_.memory; }
+
+private:
+    std::string path_;
+    models::Image image_;
+};
+
+/// How a run ended, and what became of the device.
+struct Outcome {
+    int status = 0;  ///< what the program exits with
+    bool isRight = false, isRunning = false;
+    std::vector<Step> steps;
+    std::vector<Event> struck;
+    std::string log;
+
+    bool isSuccess() const { return status == 0 && isRight && isRunning; }
+    /// "Updated" is said of a device that is not.
+    bool isWrong() const { return status == 0 && !(isRight && isRunning); }
+};
+
+/// One update of a device that runs its old application, by the program's whole workflow, in virtual time.
+Outcome attempt(PortKind kind, const TestImage& image, const Wire::Plan& plan);
+
+}  // namespace corvane::faults

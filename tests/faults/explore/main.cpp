@@ -1,0 +1,320 @@
+#include <chrono>
+#include <cstdio>
+#include <cstdlib>
+#include <cstring>
+#include <ctime>
+#include <map>
+#include <random>
+#include <set>
+#include <sstream>
+
+#include "faults/explore/Attempt.h"
+
+/// Runs updates over a line on which something happens to sendings and answers, and holds what the program says against
+/// the device: "updated" must be true, and with one event at most it must be said. Exit status 1 when it does not hold.
+///
+///     explore_wire [--events N] [--every K] [--seconds S] [--port counting|blind|hid]   all combinations of up to N
+///     explore_wire --random COUNT [--seed S] [--port ...]                               random ones, a larger image
+///     explore_wire --replay "s3:lose a5:late600" [--random 1] --port ...                one run
+///
+/// --every K takes every K-th of the combinations of two and more.
+namespace {
+
+using namespace corvane::faults;
+using Clock = std::chrono::steady_clock;
+using Events = std::vector<Event>;
+
+// The record of address 0 is held back until the address record, which is what a loss of power must not find half done.
+constexpr char kFourRecords[] =
+    ":0400000001020304F2\n:0400100005060708D2\n:020000040001F9\n:04002000090A0B0CB2\n:00000001FF\n";
+constexpr const char* kPorts[] = {"counting", "blind", "hid"};
+
+struct Options {
+    int events = 2;
+    long every = 1, random = 0, seconds = 0;
+    unsigned seed = 1;
+    std::string port, replay;
+};
+
+std::string textOf(const Events& events) {
+    std::string text;
+    for (const auto& event : events) text += (text.empty() ? "" : " ") + event.text();
+    return text;
+}
+
+/// What can happen to a step.
+Events possibleAt(const Step& step) {
+    Events events;
+    const auto add = [&](What what, int ms = 0) { events.push_back({step.side, step.number, what, ms}); };
+    add(What::lose);
+    add(What::damage);
+    for (const int ms : {300, 600, 1400}) add(What::late, ms);
+    for (const int ms : {0, 700}) add(What::twice, ms);
+    add(What::restart);
+    add(What::banner);
+    if (step.side == 'a') {
+        add(What::after);
+        add(What::bannerAfter);
+    } else {
+        add(What::head);
+        if (std::strcmp(step.content, "erase") == 0) {
+            for (const int ms : {9000, 11000}) add(What::slow, ms);
+        }
+    }
+    return events;
+}
+
+Wire::Plan planOf(const Events& events) {
+    return [&events](const Step& step) -> std::optional<Event> {
+        for (const auto& event : events) {
+            if (event.side == step.side && event.number == step.number) return event;
+        }
+        return {};
+    };
+}
+
+/// What has struck what, whatever its number.
+std::vector<std::string> kindsOf(const Outcome& outcome) {
+    std::vector<std::string> kinds;
+    for (const auto& event : outcome.struck) {
+        for (const auto& step : outcome.steps) {
+            if (step.side != event.side || step.number != event.number) continue;
+            const auto text = event.text();
+            kinds.push_back((step.side == 'a' ? "answer to " : "") + std::string(step.content) +
+                            text.substr(text.find(':')));
+        }
+    }
+    return kinds;
+}
+
+std::string joined(const std::vector<std::string>& kinds) {
+    std::string text;
+    for (const auto& kind : kinds) text += kind + ", ";
+    return text;
+}
+
+std::string endOf(const Outcome& outcome) {
+    return "status " + std::to_string(outcome.status) + (outcome.isRight ? "" : ", memory differs") +
+           (outcome.isRunning ? "" : ", in its boot loader");
+}
+
+/// What has come out so far. Shows what did not succeed, unless the same did not with an event less either.
+class Tally {
+public:
+    /// Tells kinds apart by their events too, with one example of each; or by the outcome alone, with more.
+    explicit Tally(bool namesEvents) : namesEvents_(namesEvents) {}
+
+    void begin() {
+        tried_ = succeeded_ = modest_ = wrong_ = 0;
+        groups_.clear();
+        began_ = std::clock();
+    }
+
+    void take(const Outcome& outcome) {
+        ++tried_;
+        succeeded_ += outcome.isSuccess();
+        wrong_ += outcome.isWrong();
+        if (outcome.isSuccess()) return;
+        modest_ += outcome.isRight && outcome.isRunning;
+        const auto kinds = namesEvents_ ? kindsOf(outcome) : std::vector<std::string>();
+        if (namesEvents_ && !isNews(kinds)) return;
+        auto& group = groups_[(outcome.isWrong() ? "WRONG  " : "failed ") + joined(kinds) + endOf(outcome)];
+        if (group.count++ < (namesEvents_ ? 1 : 12)) group.examples += "\n      \"" + textOf(outcome.struck) + "\"";
+    }
+
+    void print(const std::string& what) const {
+        constexpr std::size_t kMost = 1000;
+        const double ms = 1000.0 * static_cast<double>(std::clock() - began_) / CLOCKS_PER_SEC;
+        std::printf("%s: %ld tried, %ld updated, %ld failed (%ld of them with a device that is well), %ld WRONG; ",
+                    what.c_str(), tried_, succeeded_, tried_ - succeeded_ - wrong_, modest_, wrong_);
+        std::printf("%.1f s of processor time, %.3f ms a run\n", ms / 1000, ms / static_cast<double>(tried_));
+        std::size_t shown = 0;
+        for (const auto& [kind, group] : groups_) {
+            if (shown++ < kMost) std::printf("  %ld %s%s\n", group.count, kind.c_str(), group.examples.c_str());
+        }
+        if (shown > kMost) std::printf("  and %zu kinds more\n", shown - kMost);
+        std::fflush(stdout);
+    }
+
+    bool isClean() const { return wrong_ == 0; }
+    bool isPerfect() const { return succeeded_ == tried_; }
+
+private:
+    struct Group {
+        long count = 0;
+        std::string examples;
+    };
+
+    bool isNews(const std::vector<std::string>& kinds) {
+        bool isNew = true;
+        for (std::size_t i = 0; i < kinds.size(); ++i) {
+            auto fewer = kinds;
+            fewer.erase(fewer.begin() + static_cast<std::ptrdiff_t>(i));
+            isNew = isNew && !known_.count(joined(fewer));
+        }
+        known_.insert(joined(kinds));
+        return isNew;
+    }
+
+    bool namesEvents_;
+    std::clock_t began_ = std::clock();
+    long tried_ = 0, succeeded_ = 0, modest_ = 0, wrong_ = 0;
+    std::set<std::string> known_;  // kinds that did not succeed
+    std::map<std::string, Group> groups_;
+};
+
+/// Every combination of so many events. Events are added in the order of the steps of the run without them, so each
+/// combination comes once, and only where its events happen.
+class Exploration {
+public:
+    Exploration(PortKind kind, const TestImage& image, const Options& options)
+        : kind_(kind), image_(image), options_(options), begin_(Clock::now()) {}
+
+    /// False when something did not hold.
+    bool run(std::size_t depth) {
+        depth_ = depth;
+        count_ = 0;
+        tally_.begin();
+        progress_.clear();
+        Events events;
+        extend(events, 0);
+        tally_.print(std::string(kPorts[static_cast<int>(kind_)]) + ", " + std::to_string(depth) + " events" +
+                     (isLate() ? " (stopped at " + progress_ + ")" : ""));
+        return tally_.isClean() && (depth > 1 || tally_.isPerfect());
+    }
+
+    bool isLate() const {
+        return options_.seconds > 0 && Clock::now() - begin_ > std::chrono::seconds(options_.seconds);
+    }
+
+private:
+    void extend(Events& events, std::size_t firstStep) {
+        if (events.size() == depth_ && depth_ > 1 && ++count_ % options_.every != 0) return;
+        const auto outcome = attempt(kind_, image_, planOf(events));
+        if (events.size() == depth_) return tally_.take(outcome);
+        for (auto i = firstStep; i < outcome.steps.size(); ++i) {
+            for (const auto& event : possibleAt(outcome.steps[i])) {
+                if (isLate()) return;
+                if (events.empty()) progress_ = event.text() + " of " + std::to_string(outcome.steps.size()) + " steps";
+                events.push_back(event);
+                extend(events, i + 1);
+                events.pop_back();
+            }
+        }
+    }
+
+    PortKind kind_;
+    const TestImage& image_;
+    const Options& options_;
+    Clock::time_point begin_;
+    std::size_t depth_ = 0;
+    long count_ = 0;
+    std::string progress_;
+    Tally tally_{true};
+};
+
+std::string record(const std::vector<unsigned>& bytes) {
+    std::string text = ":";
+    unsigned sum = 0;
+    const auto add = [&text](unsigned byte) {
+        char digits[8];
+        std::snprintf(digits, sizeof digits, "%02X", byte & 0xFF);
+        text += digits;
+    };
+    for (const auto byte : bytes) add(byte), sum += byte;
+    add(-sum);
+    return text + "\n";
+}
+
+/// 33 records of 16 bytes over 80 KiB.
+std::string spreadRecords() {
+    std::string text;
+    for (unsigned i = 0; i < 33; ++i) {
+        const unsigned address = i * 0xA00;
+        if (address >= 0x10000 && address < 0x10A00) text += record({2, 0, 0, 4, 0, 1});
+        std::vector<unsigned> bytes = {16, address >> 8 & 0xFF, address & 0xFF, 0};
+        for (unsigned k = 0; k < 16; ++k) bytes.push_back((i * 7 + k * 5) % 251);
+        text += record(bytes);
+    }
+    return text + record({0, 0, 0, 1});
+}
+
+Wire::Plan randomPlan(std::mt19937& random) {
+    return [&random](const Step& step) -> std::optional<Event> {
+        const auto below = [&random](int limit) { return static_cast<int>(random() % static_cast<unsigned>(limit)); };
+        const int dice = below(1000);
+        Event event{step.side, step.number, What::lose, 0};
+        if (dice >= 81) return {};
+        if (dice >= 80)
+            event.what = below(2) ? What::banner : What::restart;
+        else if (dice >= 60)
+            event.what = What::damage;
+        else if (dice >= 40)
+            event = {step.side, step.number, What::late, 300 + below(1101)};
+        else if (dice >= 20)
+            event = {step.side, step.number, What::twice, below(2) * 700};
+        return event;
+    };
+}
+
+Options parsed(int argc, char** argv) {
+    Options options;
+    for (int i = 1; i + 1 < argc; i += 2) {
+        const std::string name = argv[i], value = argv[i + 1];
+        if (name == "--events") options.events = std::atoi(value.c_str());
+        if (name == "--every") options.every = std::atol(value.c_str());
+        if (name == "--seconds") options.seconds = std::atol(value.c_str());
+        if (name == "--random") options.random = std::atol(value.c_str());
+        if (name == "--seed") options.seed = static_cast<unsigned>(std::atol(value.c_str()));
+        if (name == "--port") options.port = value;
+        if (name == "--replay") options.replay = value;
+    }
+    return options;
+}
+
+bool replay(PortKind kind, const TestImage& image, const std::string& text) {
+    Events events;
+    std::istringstream words(text);
+    for (std::string word; words >> word;) events.push_back(Event::from(word).value());
+    const auto outcome = attempt(kind, image, planOf(events));
+    const auto begin = outcome.steps.empty() ? 0 : outcome.steps.front().at;
+    for (const auto& step : outcome.steps) {
+        std::printf("%9.3f s  %c%-3d %s\n", static_cast<double>(step.at - begin) / 1e6, step.side, step.number,
+                    step.content);
+    }
+    std::printf("%s\n%s\n", outcome.log.c_str(), endOf(outcome).c_str());
+    return !outcome.isWrong();
+}
+
+bool holds(PortKind kind, const Options& options) {
+    const TestImage image(options.random ? spreadRecords() : kFourRecords);
+    if (!options.replay.empty()) return replay(kind, image, options.replay);
+    if (options.random) {
+        Tally tally(false);
+        std::mt19937 random(options.seed);
+        for (long i = 0; i < options.random; ++i) tally.take(attempt(kind, image, randomPlan(random)));
+        tally.print(std::string(kPorts[static_cast<int>(kind)]) + ", random");
+        return tally.isClean();
+    }
+    Exploration exploration(kind, image, options);
+    bool good = true;
+    for (int depth = 0; depth <= options.events && !exploration.isLate(); ++depth) {
+        good = exploration.run(static_cast<std::size_t>(depth)) && good;
+    }
+    return good;
+}
+
+}  // namespace
+
+int main(int argc, char** argv) try {
+    const auto options = parsed(argc, argv);
+    ::setenv("TMPDIR", "/dev/shm", 0);  // a run writes its journal
+    bool good = true;
+    for (const auto kind : {PortKind::counting, PortKind::blind, PortKind::hid}) {
+        if (options.port.empty() || options.port == kPorts[static_cast<int>(kind)]) good = holds(kind, options) && good;
+    }
+    return good ? 0 : 1;
+} catch (const std::exception& error) {
+    std::fprintf(stderr, "explore_wire: %s\n", error.what());
+    return 2;
+}
