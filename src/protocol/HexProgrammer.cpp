@@ -64,11 +64,20 @@ bool HexProgrammer::isRefusalLeft() {
 }
 
 bool HexProgrammer::ISP_Program(const std::string& HexFile) {
+    const auto loaded = loadImage(HexFile, digest_);
+    if (loaded.image) return ISP_Program(*loaded.image);
+    session_.log.ShowInfo("Programming...");
+    session_.log.ShowInfo(" < NG(" + RuntimeError::fileNotFound().description() + ")\r\n");
+    progress_.progress(0, 0);
+    return false;
+}
+
+bool HexProgrammer::ISP_Program(const Image& image) {
     session_.log.ShowInfo("Programming...");
     bool sent = false;
     std::string reason;
     try {
-        sent = sendImage(readFile(HexFile));
+        sent = sendImage(image.bytes());
     } catch (const RuntimeError& error) {
         reason = "(" + error.description() + ")";
     }
@@ -77,7 +86,7 @@ bool HexProgrammer::ISP_Program(const std::string& HexFile) {
     return sent;
 }
 
-bool HexProgrammer::sendImage(const std::string& image) {
+bool HexProgrammer::sendImage(std::string_view image) {
     const auto size = static_cast<std::int64_t>(image.size());
     wasSilent_ = isPlaced_ = false;
     progress_.progress(0, size);

@@ -4,6 +4,7 @@
 #include <string_view>
 
 #include "face/Progress.h"
+#include "image/Image.h"
 #include "protocol/LineReader.h"
 
 namespace corvane {
@@ -18,11 +19,14 @@ namespace corvane {
 /// which is repeated from the first record.
 class HexProgrammer {
 public:
-    HexProgrammer(DeviceSession& session, Progress& progress)
-        : session_(session), lines_(session), progress_(progress) {}
+    HexProgrammer(DeviceSession& session, Progress& progress, Digest& digest)
+        : session_(session), lines_(session), progress_(progress), digest_(digest) {}
 
-    /// Programs the image file. False when a record failed three times or a runtime error occurred, whose description
-    /// the log shows; nothing is sent after that.
+    /// Programs an image, all of its ":" lines. False when a record failed three times or a runtime error occurred,
+    /// whose description the log shows; nothing is sent after that. Opens no file.
+    bool ISP_Program(const Image& image);
+
+    /// Programs an image file, read now. A file that cannot be read is the runtime error "File not found".
     bool ISP_Program(const std::string& HexFile);
 
     /// Sends one record with up to three tries, logging them with bShowCode. Passes the port's errors on.
@@ -48,7 +52,7 @@ private:
         std::string end;
     };
 
-    bool sendImage(const std::string& image);
+    bool sendImage(std::string_view image);
     bool takeRecord(const std::string& line, std::uint32_t& upper, Held& held);
     bool sendHeld(std::string& record);
     bool send(const std::string& line, std::uint32_t type);
@@ -58,6 +62,7 @@ private:
     DeviceSession& session_;
     LineReader lines_;
     Progress& progress_;
+    Digest& digest_;
     int repeated_ = 0;
     std::uint32_t deviceUpper_ = 0;  // the upper address that the device may still work with
     bool isPlaced_ = false;          // this try has told the device where its first record goes

@@ -2,6 +2,7 @@
 
 #include "Dialogue.h"
 #include "models/PacedLine.h"
+#include "support/FakeDigest.h"
 #include "support/ScratchFolder.h"
 
 namespace corvane {
@@ -15,16 +16,14 @@ const std::string kStart9 = ":0400000901020304E9", kStart5 = ":0400000500000020D
 
 class Programmer : public Dialogue {
 protected:
-    std::string write(const std::string& content) { return folder.file("image.hex", content); }
-
     bool program(const Records& lines, const std::string& end = "\n") {
         std::string content;
         for (const auto& line : lines) content += line + end;
-        return programmer.ISP_Program(write(content));
+        return programmer.ISP_Program(Image("x.hex", content, digest));
     }
 
-    fakes::ScratchFolder folder;
-    HexProgrammer programmer{session, face};
+    fakes::FakeDigest digest;
+    HexProgrammer programmer{session, face, digest};
 };
 
 TEST_P(Programmer, SendsTheStartAfterItsSegmentAndTheEndLastAndTriesEachThreeTimes) {
@@ -74,13 +73,24 @@ TEST_P(Programmer, SendsTheStartAfterItsSegmentAndTheEndLastAndTriesEachThreeTim
     }
 }
 
-TEST_P(Programmer, CountsTheBytesOfRecords) {
+TEST_P(Programmer, SendsAllRecordsAlsoThoseThatAreNotStored) {
+    if (isHid()) return;  // nothing about a port in it, and it takes its time
+    connect(bootLoader());
+    EXPECT_TRUE(program(Records(Image::kMostStored + 2, kAt16)));
+    EXPECT_EQ(device->log().records.size(), 32770U);
+}
+
+TEST_P(Programmer, CountsTheBytesOfRecordsInAFile) {
     using Bar = std::vector<std::pair<std::int64_t, std::int64_t>>;
     connect(bootLoader());
     const std::string content = "[INFO]\n\n" + kAt0 + "\n; made by hand\n" + kAt16 + "\n" + kEnd;
     const auto size = static_cast<std::int64_t>(content.size());
-    EXPECT_TRUE(programmer.ISP_Program(write(content)));
+    const fakes::ScratchFolder folder;
+    EXPECT_TRUE(programmer.ISP_Program(folder.file("image.hex", content)));
     EXPECT_EQ(face.bar, (Bar{{0, size}, {21, size}, {42, size}, {55, size}, {0, 0}}));
+    face.log.clear();
+    EXPECT_FALSE(programmer.ISP_Program(folder.at("none.hex")));
+    EXPECT_EQ(face.log, "Programming... < NG(File not found)\r\n");
 }
 
 TEST_P(Programmer, BringsTheDeviceBackToTheFirstSegmentForAnotherTry) {
@@ -111,8 +121,6 @@ TEST_P(Programmer, WaitsHalfASecondForEachAnswer) {
 
 TEST_P(Programmer, LogsWhyItCouldNotGoOn) {
     connect(bootLoader());
-    EXPECT_FALSE(programmer.ISP_Program(folder.at("none.hex")));
-    EXPECT_EQ(face.log, "Programming... < NG(File not found)\r\n");
     for (const char* line : {":", ":zz000000", ":0400zz00", ":040010", ":04001 00", ":02000004", ":02000004zzzz"}) {
         face.log.clear();
         EXPECT_FALSE(program({line, kEnd}));
