@@ -159,6 +159,8 @@ std::vector<Way> WaysToFail::withoutAnImage() {
         {kFolder, 4, "The image a.hex cannot be read: Input/output error.", [](T& t) { t.replace("Download/a.hex"); }},
         {kOnLineYes, 4, empty, [](T& t) { t.serve(kEmpty); }},
         {kFolder, 4, empty, [](T& t) { t.serve(kEmpty); }},
+        {kLocalYes, 1, "$/local.hex: Invalid File Format!! The file cannot be read: Input/output error.",
+         [](T& t) { t.replace("local.hex"); }},
         {kLocalYes, 4, "The image local.hex holds no data.", [](T& t) { t.image(kEmpty); }},
         {kOnLine, 1, refused,
          [](T& t) {
