@@ -11,7 +11,7 @@ Updater::Updater(const Platform& platform, const Face& face)
       ports_(session_, serialPort_, hidPort_, reader_),
       scanner_(session_, serialPort_, hidPort_, face.password, face.panel),
       isp_(session_, face.password),
-      programmer_(session_, face.progress),
+      programmer_(session_, face.progress, platform.digest),
       inf_(platform.folder),
       ftp_(platform.reader, platform.runtime),
       site_(ftp_, platform.reader, platform.runtime, choices, platform.settings, platform.folder, face.log,

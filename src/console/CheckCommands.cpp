@@ -4,7 +4,7 @@
 
 #include "console/Console.h"
 #include "console/TerminalText.h"
-#include "image/ImageCheck.h"
+#include "image/Image.h"
 #include "platform/Address.h"
 #include "platform/Files.h"
 #include "site/SiteCheck.h"
@@ -175,12 +175,12 @@ int checkServer(Console& console, const Arguments& arguments, const Address& add
 }  // namespace
 
 int checkCommand(Console& console, const Arguments& arguments) {
-    const auto content = contentOf(arguments.subject);
-    if (!content) {
-        console.err.write("corvane-cli: " + arguments.subject + " cannot be read.\n");
+    const auto loaded = loadImage(arguments.subject, console.platform.digest, ImageSource::fileOrPipe);
+    if (!loaded.image) {
+        console.err.write("corvane-cli: " + arguments.subject + " " + loaded.problem.words + ".\n");
         return kFoundSomething;
     }
-    const auto report = checkImage(*content);
+    const auto& report = loaded.image->report();
     console.out.write(arguments.json ? jsonOf(report) : textOf(report));
     return report.isSound() ? 0 : kFoundSomething;
 }

@@ -1,7 +1,7 @@
 #include <filesystem>
 
 #include "console/Console.h"
-#include "site/LocalImageLoader.h"
+#include "settings/LocalFile.h"
 #include "text/Text.h"
 
 namespace corvane {
@@ -21,9 +21,10 @@ void interruptRun(CommandScope& scope) {
 }
 
 bool loadImage(CommandScope& scope, const std::string& path) {
-    scope.updater.choices.useFile = true;
-    if (LoadHexInfo(scope.updater.inf(), path, scope.updater.choices.image)) return true;
-    scope.face.say(path + ": " + scope.updater.choices.image.program);
+    auto& choices = scope.updater.choices;
+    choices.useFile = true;
+    if (LoadHexInfo(choices, path, scope.updater.platform().digest)) return true;
+    scope.face.say(path + ": " + choices.programLabel() + " The file " + choices.imageProblem.words + ".");
     return false;
 }
 

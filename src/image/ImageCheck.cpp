@@ -9,6 +9,7 @@
 namespace corvane {
 namespace {
 
+/// The kinds of Intel HEX records. The last one is no standard type: boot loaders take it as a start of their own.
 enum RecordType : std::uint8_t {
     kData = 0,
     kEnd = 1,
@@ -54,7 +55,7 @@ struct Piece {
     std::size_t line;
 };
 
-/// Takes an image's records one by one and notes what it finds.
+/// Goes through an image's records in their order and notes what a device would make of them.
 class Checker {
 public:
     ImageReport check(std::string_view content) {
@@ -114,7 +115,8 @@ private:
         }
     }
 
-    /// Only one record at the start of the first segment is held back; a second one takes its place.
+    /// The record at address 0 of the first segment is held back and sent after that segment's other records. Only
+    /// one is: a second one takes its place, and the first is lost.
     void takeStart(std::size_t number, const HexRecord& record) {
         if (upper_ != 0 || record.address != 0) return;
         if (startLine_)
@@ -139,7 +141,7 @@ private:
         if (!endLine_) find(0, "has no end record");
     }
 
-    /// Sorts the pieces, joins them to segments and finds what is written twice.
+    /// Sorts the pieces by address, joins neighbours to segments, and finds addresses that two records write to.
     void findOverlaps() {
         std::stable_sort(pieces_.begin(), pieces_.end(),
                          [](const Piece& a, const Piece& b) { return a.first < b.first; });

@@ -2,14 +2,13 @@
 
 #include <cstdio>
 
-#include "platform/Files.h"
-#include "text/RuntimeError.h"
 #include "text/Text.h"
 
 namespace corvane {
 namespace {
 
-constexpr std::size_t kMostSegments = 16;  // read aloud; nobody listens to more
+/// A screen reader reads the words out; a list of hundreds of segments would help nobody.
+constexpr std::size_t kMostSegments = 16;
 
 std::string counted(std::uint64_t count, const std::string& what) {
     return std::to_string(count) + " " + what + (count == 1 ? "" : "s");
@@ -40,20 +39,14 @@ std::string MemoryMap::words() const {
     return summary() + ": " + joined(parts, "; ") + ".";
 }
 
-std::optional<MemoryMap> memoryMapOf(const std::string& path) {
-    if (!FileExists(path)) return std::nullopt;
-    ImageReport report;
-    try {
-        report = checkImage(readFile(path));
-    } catch (const RuntimeError&) {
-        return std::nullopt;
-    }
-    if (report.segments.empty()) return std::nullopt;
+std::optional<MemoryMap> memoryMapOf(const Image& image) {
+    const auto& segments = image.report().segments;
+    if (segments.empty()) return std::nullopt;
     MemoryMap map;
-    map.first = report.segments.front().first;
-    map.end = report.segments.back().first + report.segments.back().bytes;
-    for (const auto& segment : report.segments) map.bytes += segment.bytes;
-    map.segments = std::move(report.segments);
+    map.first = segments.front().first;
+    map.end = segments.back().first + segments.back().bytes;
+    for (const auto& segment : segments) map.bytes += segment.bytes;
+    map.segments = segments;
     return map;
 }
 

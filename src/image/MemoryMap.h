@@ -4,7 +4,7 @@
 #include <string>
 #include <vector>
 
-#include "image/ImageCheck.h"
+#include "image/Image.h"
 
 namespace corvane {
 
@@ -25,7 +25,7 @@ struct MemoryMap {
     static std::string address(std::uint64_t value);
 };
 
-/// Nothing for a file that cannot be read or holds no data. The path is in the system's bytes.
-std::optional<MemoryMap> memoryMapOf(const std::string& path);
+/// Nothing for an image without data.
+std::optional<MemoryMap> memoryMapOf(const Image& image);
 
 }  // namespace corvane

@@ -15,6 +15,11 @@ bool FolderExists(const std::string& path) {
     return std::filesystem::is_directory(path, error);
 }
 
+bool isSpecialFile(const std::string& path) {
+    std::error_code error;
+    return std::filesystem::is_other(path, error);
+}
+
 std::vector<std::string> filesIn(const std::string& folder) {
     std::vector<std::string> names;
     std::error_code error;

@@ -10,6 +10,9 @@ namespace corvane {
 bool FileExists(const std::string& path);
 bool FolderExists(const std::string& path);
 
+/// True when something lies at the path that is neither a file nor a folder: a pipe, a device, a socket.
+bool isSpecialFile(const std::string& path);
+
 /// The names of the files in a folder; none when it cannot be read.
 std::vector<std::string> filesIn(const std::string& folder);
 

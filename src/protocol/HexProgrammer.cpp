@@ -130,11 +130,20 @@ bool HexProgrammer::isQuiet() {
 }
 
 bool HexProgrammer::ISP_Program(const std::string& HexFile) {
+    const auto loaded = loadImage(HexFile, digest_);
+    if (loaded.image) return ISP_Program(*loaded.image);
+    session_.log.ShowInfo("Programming...");
+    session_.log.ShowInfo(" < NG(" + RuntimeError::fileNotFound().description() + ")\r\n");
+    progress_.progress(0, 0);
+    return false;
+}
+
+bool HexProgrammer::ISP_Program(const Image& image) {
     session_.log.ShowInfo("Programming...");
     bool sent = false;
     std::string reason;
     try {
-        sent = sendImage(readFile(HexFile));
+        sent = sendImage(image.bytes());
     } catch (const RuntimeError& error) {
         reason = "(" + error.description() + ")";
     }

@@ -5,6 +5,7 @@
 #include <string_view>
 
 #include "face/Progress.h"
+#include "image/Image.h"
 #include "protocol/AnswerClock.h"
 #include "protocol/LineReader.h"
 #include "protocol/SendPlan.h"
@@ -31,15 +32,19 @@ namespace corvane {
 /// that arrives, by chance, within a quarter of a second behind a record that the device never heard.
 class HexProgrammer {
 public:
-    HexProgrammer(DeviceSession& session, Progress& progress)
+    HexProgrammer(DeviceSession& session, Progress& progress, Digest& digest)
         : session_(session),
           lines_(session),
           clock_(session.runtime),
           progress_(progress),
+          digest_(digest),
           eraseEcho_(session.runtime) {}
 
-    /// Programs the image file. False when a record failed three times or a runtime error occurred, whose description
-    /// the log shows; nothing is sent after that.
+    /// Programs an image, all of its ":" lines. False when a record failed three times or a runtime error occurred,
+    /// whose description the log shows; nothing is sent after that. Opens no file.
+    bool ISP_Program(const Image& image);
+
+    /// Programs an image file, read now. A file that cannot be read is the runtime error "File not found".
     bool ISP_Program(const std::string& HexFile);
 
     /// Sends one record with up to three tries, logging them with bShowCode. Passes the port's errors on.
@@ -89,6 +94,7 @@ private:
     LineReader lines_;
     AnswerClock clock_;
     Progress& progress_;
+    Digest& digest_;
     clsTimeout eraseEcho_;  // not over as long as a second erase may still be answered
     int repeated_ = 0;
     std::optional<std::string> place_ =

@@ -22,7 +22,7 @@ private:
 
 }  // namespace
 
-Ending Installation::install(const std::string& image, Promise promise, Outcome& outcome) {
+Ending Installation::install(Promise promise, Outcome& outcome) {
     auto& facts = outcome.facts;
     wasInBootLoader_ = outcome.device == DeviceState::leftInBootLoader;
     if (!wasInBootLoader_) {
@@ -34,7 +34,7 @@ Ending Installation::install(const std::string& image, Promise promise, Outcome&
     log("\r\n[ISP Mode]\r\n");
     const Awake awake(inhibitor_, "A device is being programmed");
     openJournal(facts);
-    const bool isProgrammed = eraseAndProgram(image, outcome);
+    const bool isProgrammed = eraseAndProgram(outcome);
     facts.repeatedRecords = programmer_.repeatedRecords();
     if (!isProgrammed) {
         if (!session_.comm->PortOpen()) return {RunEnd::lostInBootLoader, toUtf8(facts.port)};
@@ -111,7 +111,7 @@ void Installation::openJournal(RunFacts& facts) {
     const auto port = toUtf8(facts.portName);
     const auto known = journal_.read();
     wasInJournal_ = std::any_of(known.begin(), known.end(), [&port](const auto& run) { return run.port == port; });
-    if (journal_.add({session_.runtime.timestamp(), port, toUtf8(facts.deviceVersion), facts.imagePath})) return;
+    if (journal_.add({session_.runtime.timestamp(), port, toUtf8(facts.deviceVersion), facts.image.path()})) return;
     facts.remarks.push_back("The journal " + journal_.path() +
                             " could not be written: had the program or the computer failed meanwhile, the next start "
                             "would not have known of this device.");
@@ -124,7 +124,7 @@ void Installation::closeJournal(bool isClosed, RunFacts& facts) {
 }
 
 /// Up to three tries. An erase that has succeeded is not repeated, unless what was programmed since is in doubt.
-bool Installation::eraseAndProgram(const std::string& image, Outcome& outcome) {
+bool Installation::eraseAndProgram(Outcome& outcome) {
     constexpr int kTries = 3;
     constexpr std::int32_t kOwed = 1500;  // ms after which nothing that is owed comes any more
     programmer_.beginDevice(session_.hasLine ? session_.hasLine() : true);
@@ -143,7 +143,7 @@ bool Installation::eraseAndProgram(const std::string& image, Outcome& outcome) {
         }
         if (isErased) {
             view_.phase(RunPhase::program);
-            if (programmer_.ISP_Program(image) && isQuietAfterwards()) return true;
+            if (programmer_.ISP_Program(outcome.facts.image) && isQuietAfterwards()) return true;
         }
         log("\r\niTry:" + std::to_string(iTry) + "\r\n");
         LineReader(session_).wait_comm_empty();

@@ -31,13 +31,13 @@ public:
           inhibitor_(inhibitor),
           view_(view) {}
 
-    /// Installs the image file on the device at the session's port. The outcome has port, device version and image
-    /// already; what becomes of the device stands in it at every moment.
-    [[nodiscard]] Ending install(const std::string& image, Promise promise, Outcome& outcome);
+    /// Installs the outcome's image on the device at the session's port. Port and device version stand in it, too; what
+    /// becomes of the device stands in it at every moment.
+    [[nodiscard]] Ending install(Promise promise, Outcome& outcome);
 
 private:
     [[nodiscard]] std::optional<Ending> enterBootLoader(DeviceState& device);
-    [[nodiscard]] bool eraseAndProgram(const std::string& image, Outcome& outcome);
+    [[nodiscard]] bool eraseAndProgram(Outcome& outcome);
     [[nodiscard]] bool isQuietAfterwards();
     void bringBack(const RunFacts& facts);
     [[nodiscard]] Ending restart(Promise promise, Outcome& outcome);

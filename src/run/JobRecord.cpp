@@ -30,8 +30,8 @@ Job jobOf(const Outcome& outcome, const std::string& time) {
     job.port = toUtf8(known.port);
     job.versionBefore = toUtf8(known.deviceVersion);
     job.versionAfter = toUtf8(known.versionNow);
-    job.image = lastPart(known.imagePath);
-    job.digest = known.imageDigest;
+    job.image = known.image.name();
+    job.digest = known.image.sha256();
     job.repeatedRecords = known.repeatedRecords.value_or(0);
     job.verdict = verdictName(kindOf(outcome));
     return job;

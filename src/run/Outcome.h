@@ -5,6 +5,8 @@
 #include <string>
 #include <vector>
 
+#include "image/Image.h"
+
 namespace corvane {
 
 /// How a run ended. EndTable.cpp says what each means to the operator: a new one is a new line there.
@@ -86,11 +88,8 @@ struct RunFacts {
     std::string protocolName;   ///< empty for a boot loader, which tells nothing of its application's
     std::string deviceVersion;  ///< as the device said it before
     std::string product;
-    std::string version;  ///< of the image
-    std::string imagePath;
-    std::uint64_t imageBytes = 0;
-    std::int64_t imageRecords = 0;
-    std::string imageDigest;             ///< SHA-256 in lower-case hexadecimal digits; empty when no image was had
+    std::string version;                 ///< of the image
+    Image image;                         ///< what was to be installed, or was; none when no image was had
     std::optional<int> repeatedRecords;  ///< since the first erase was sent
     std::uint32_t milliseconds = 0;      ///< from start to end
     std::string versionNow;              ///< what the device said after the restart; empty when it said nothing

@@ -7,6 +7,16 @@
 #include "text/Text.h"
 
 namespace corvane {
+namespace {
+
+/// How a run ends whose image has such a problem.
+Ending endingFor(const ImageProblem& problem, const std::string& path) {
+    if (problem.kind == ImageProblem::Kind::missing) return {RunEnd::imageNotThere, path};
+    const bool isEmpty = problem.kind == ImageProblem::Kind::empty;
+    return {isEmpty ? RunEnd::imageEmpty : RunEnd::imageUnreadable, lastPart(path) + " " + problem.words};
+}
+
+}  // namespace
 
 Outcome UpdateRun::run(bool force) {
     if (isRunning_) {
@@ -130,9 +140,10 @@ std::optional<Ending> UpdateRun::select(bool force, bool inIsp, std::string& cho
 
 bool UpdateRun::defineFirmware(const std::string& chosen) {
     if (p_.choices.isLocalFile()) {
-        information_.product = p_.choices.image.program;
-        information_.version = p_.choices.image.version;
-        information_.updateInfo = p_.choices.image.description();
+        const auto& info = p_.choices.image.info();
+        information_.product = info.program;
+        information_.version = info.version;
+        information_.updateInfo = info.description();
         return true;
     }
     const bool defined = FTP_CheckFirmware(p_.inf, p_.session.log, chosen, information_);
@@ -152,32 +163,49 @@ void UpdateRun::showFirmware() {
 
 Ending UpdateRun::withImage() {
     p_.view.phase(RunPhase::image);
-    std::string image;
-    auto ending = fetchImage(image);
-    disableCancel();
-    if (!ending && p_.session.cancel.isRequested()) ending = Ending{RunEnd::cancelled};
-    if (!ending) ending = readImage(image);
+    const auto ending = takeImage();
     if (ending) {
         log("Firmware download fail!!\r\n");
         return *ending;
     }
     if (!isImageWanted()) return {RunEnd::imageRefused};
-    return p_.installation.install(image, p_.choices.promise, outcome_);
+    return p_.installation.install(p_.choices.promise, outcome_);
 }
 
-/// Where the image lies on this computer, fetched if need be; or why it lies nowhere.
-std::optional<Ending> UpdateRun::fetchImage(std::string& image) {
+/// The local file as it was read before the run; else a copy in the Download folder, read once for its digest, the
+/// question and the device. One without any data, a server's error page say, would leave a device erased. Why there is
+/// no image that can be installed; nothing when there is one.
+std::optional<Ending> UpdateRun::takeImage() {
+    auto& image = outcome_.facts.image;
     const auto& choices = p_.choices;
-    if (choices.useFile && !choices.image.path.empty()) {
-        image = choices.image.path;
-        if (FileExists(image)) return std::nullopt;
-        return Ending{RunEnd::imageNotThere, image};
+    std::optional<Ending> ending;
+    if (!choices.useFile || choices.image.isNone()) {
+        ending = fetchImage();
+    } else if (choices.imageProblem) {
+        ending = endingFor(choices.imageProblem, choices.image.path());
+    } else {
+        image = choices.image;
     }
-    image = p_.site.FTP_DownloadFirmware(information_.firmwareFile,
-                                         [this](const std::string& path) { return digestFault(path); });
+    disableCancel();
+    if (!ending && p_.session.cancel.isRequested()) {
+        image = {};
+        return Ending{RunEnd::cancelled};
+    }
+    if (!ending && image.emptiness()) return endingFor(image.emptiness(), image.path());
+    return ending;
+}
+
+std::optional<Ending> UpdateRun::fetchImage() {
+    ImageOrProblem loaded;
+    const auto path = p_.site.FTP_DownloadFirmware(information_.firmwareFile, [&](const std::string& fetched) {
+        loaded = loadImage(fetched, p_.digest);
+        return loaded.image ? digestFault(*loaded.image) : std::string();
+    });
     const auto& failure = p_.site.failure();
     switch (failure.kind) {
         case SiteFailure::Kind::none:
+            if (!loaded.image) return endingFor(loaded.problem, path);
+            outcome_.facts.image = *loaded.image;
             return std::nullopt;
         case SiteFailure::Kind::sessionClosed:
             return Ending{RunEnd::sessionClosed};
@@ -190,44 +218,19 @@ std::optional<Ending> UpdateRun::fetchImage(std::string& image) {
     }
 }
 
-/// Reads the image, for the verdict too. One without any data, a server's error page say, would leave a device erased.
-std::optional<Ending> UpdateRun::readImage(const std::string& image) {
-    auto& facts = outcome_.facts;
-    std::string content;
-    try {
-        content = readFile(image);
-    } catch (const RuntimeError&) {
-        return Ending{RunEnd::imageUnreadable, image};
-    }
-    facts.imagePath = image;
-    facts.imageBytes = content.size();
-    facts.imageDigest = p_.digest.sha256(content);
-    checked_ = checkImage(content);
-    facts.imageRecords = static_cast<std::int64_t>(checked_.records);
-    if (checked_.bytes == 0) return Ending{RunEnd::imageEmpty};
-    return std::nullopt;
-}
-
 /// Asks before an image that does not add up harms the device.
 bool UpdateRun::isImageWanted() {
     constexpr std::size_t kMostFindings = 8;
-    const auto findings = findingLines(checked_.findings, kMostFindings);
+    const auto findings = findingLines(outcome_.facts.image.report().findings, kMostFindings);
     return findings.empty() ||
            p_.prompts.messageBox(Question::unsoundImage, "This image does not add up:\r\n" + joined(findings, "\r\n") +
                                                              "\r\nInstall it all the same?");
 }
 
 /// Why a fetched image is not the one that the site announces; empty when it is, or when the site does not say.
-std::string UpdateRun::digestFault(const std::string& path) {
-    if (information_.digest.empty()) return {};
-    std::string digest;
-    try {
-        digest = p_.digest.sha256(readFile(path));
-    } catch (const RuntimeError&) {
-        return {};  // reading it for its own sake says so
-    }
-    if (digest == information_.digest) return {};
-    return "its SHA-256 is " + digest + ", but firmware.inf says " + toUtf8(information_.digest);
+std::string UpdateRun::digestFault(const Image& image) const {
+    if (information_.digest.empty() || image.sha256() == information_.digest) return {};
+    return "its SHA-256 is " + image.sha256() + ", but firmware.inf says " + toUtf8(information_.digest);
 }
 
 void UpdateRun::fillLinks() {

@@ -1,6 +1,5 @@
 #pragma once
 
-#include "image/ImageCheck.h"
 #include "platform/Digest.h"
 #include "protocol/DeviceScanner.h"
 #include "run/Installation.h"
@@ -63,10 +62,10 @@ private:
     [[nodiscard]] bool defineFirmware(const std::string& chosen);
     void showFirmware();
     [[nodiscard]] Ending withImage();
-    [[nodiscard]] std::optional<Ending> fetchImage(std::string& image);
-    [[nodiscard]] std::optional<Ending> readImage(const std::string& image);
+    [[nodiscard]] std::optional<Ending> takeImage();
+    [[nodiscard]] std::optional<Ending> fetchImage();
     [[nodiscard]] bool isImageWanted();
-    [[nodiscard]] std::string digestFault(const std::string& path);
+    [[nodiscard]] std::string digestFault(const Image& image) const;
     void fillLinks();
     void end(const Ending& ending, std::uint32_t start);
     void disableCancel();
@@ -76,7 +75,6 @@ private:
     RunParts p_;
     FirmwareInformation information_;
     Outcome outcome_;
-    ImageReport checked_;
     bool isRunning_ = false;
 };
 

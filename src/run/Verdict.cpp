@@ -22,10 +22,10 @@ std::string sentence(const std::string& text, const std::string& cause) {
 }
 
 std::string imageFact(const RunFacts& known) {
-    auto image = "Image: " + lastPart(known.imagePath);
+    auto image = "Image: " + known.image.name();
     const auto name = std::string(trimmed(toUtf8(known.product + " " + known.version)));
     if (!name.empty()) image += ", " + name;
-    return image + ", " + std::to_string(known.imageBytes) + " bytes, SHA-256 " + known.imageDigest + ".";
+    return image + ", " + std::to_string(known.image.bytes().size()) + " bytes, SHA-256 " + known.image.sha256() + ".";
 }
 
 std::string proofFact(const RunFacts& known, const std::string& version) {
@@ -43,7 +43,7 @@ Facts factsFor(const Outcome& outcome) {
     facts.insert(facts.end(), known.remarks.begin(), known.remarks.end());
     if (!known.deviceVersion.empty())
         facts.push_back(toUtf8(known.port) + ": " + toUtf8(known.deviceVersion) + " before the run.");
-    if (!known.imageDigest.empty()) facts.push_back(imageFact(known));
+    if (!known.image.isNone()) facts.push_back(imageFact(known));
     if (!known.versionNow.empty()) facts.push_back(proofFact(known, known.versionNow));
     if (known.repeatedRecords) {
         facts.push_back(std::to_string(*known.repeatedRecords) +

@@ -1,21 +1,10 @@
 #pragma once
 
 #include <string>
-#include <vector>
+
+#include "image/Image.h"
 
 namespace corvane {
-
-/// A local Intel HEX file that the operator has picked. Labels in Windows-1252, the path in the system's bytes.
-struct LocalImage {
-    std::string path;                  ///< empty when none is loaded
-    std::string program;               ///< labFilePGM
-    std::string version;               ///< labFileVersion
-    std::string date;                  ///< labFileDate
-    std::vector<std::string> records;  ///< its ":" lines, the first 32768 of them
-
-    /// "program version(date)", what the log and the selection say about it.
-    std::string description() const { return program + " " + version + "(" + date + ")"; }
-};
 
 /// What "updated" is to promise.
 enum class Promise {
@@ -31,8 +20,14 @@ struct Choices {
     std::string server;
     std::string userName;
     std::string password;
-    LocalImage image;
+    Image image;                ///< the local file that was picked; none when none was, or when it was no image
+    ImageProblem imageProblem;  ///< why the local file is no image, or none any more
     Promise promise = Promise::running;
+
+    /// What labFilePGM shows; Windows-1252.
+    std::string programLabel() const {
+        return image.isNone() && imageProblem ? "Invalid File Format!!" : image.info().program;
+    }
 
     bool isLocalFile() const { return offLine && useFile; }
 };

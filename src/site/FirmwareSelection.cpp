@@ -20,8 +20,8 @@ std::string localName(const FirmwareRecord& record) {
 
 std::vector<FirmwareRecord> FirmwareSelection::list() const {
     if (choices_.isLocalFile()) {
-        const auto& image = choices_.image;
-        return {{image.program, image.program, image.version, image.description(), " "}};
+        const auto& info = choices_.image.info();
+        return {{info.program, info.program, info.version, info.description(), " "}};
     }
     const auto* offer = inf_.information();
     if (!offer) return {};
@@ -37,12 +37,11 @@ std::vector<FirmwareRecord> FirmwareSelection::list() const {
     return records;
 }
 
-std::string FirmwareSelection::localImage(const FirmwareRecord& record) const {
-    if (choices_.isLocalFile()) return choices_.image.path;
+Image FirmwareSelection::localImage(const FirmwareRecord& record, Digest& digest) const {
+    if (choices_.isLocalFile()) return choices_.image;
     const auto name = localName(record);
-    if (!isSafeFileName(name)) return {};
-    const auto path = folder_.resolve("\\Download\\" + name);
-    return FileExists(path) ? path : std::string();
+    const auto path = isSafeFileName(name) ? folder_.resolve("\\Download\\" + name) : std::string();
+    return FileExists(path) ? loadImage(path, digest).image.value_or(Image()) : Image();
 }
 
 SelectionEnd FirmwareSelection::SelectFirmware(std::string& szFileVersion, const std::string& szPort,

@@ -25,9 +25,9 @@ public:
     /// lies in the Download folder.
     std::vector<FirmwareRecord> list() const;
 
-    /// Where the image of such a record lies on this computer: the local file, or its copy in the Download folder.
-    /// Empty when it lies nowhere yet. In the system's bytes.
-    std::string localImage(const FirmwareRecord& record) const;
+    /// The image of such a record as far as it is on this computer: the local file, or its copy in the Download folder,
+    /// read now. None when there is no copy yet, or it cannot be read.
+    Image localImage(const FirmwareRecord& record, Digest& digest) const;
 
     /// Logs why nothing was chosen. When something was, szFileVersion receives its section name, a blank, its version.
     [[nodiscard]] SelectionEnd SelectFirmware(std::string& szFileVersion, const std::string& szPort,

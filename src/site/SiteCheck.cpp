@@ -5,7 +5,7 @@
 #include <set>
 
 #include "face/FirmwareDialog.h"
-#include "image/ImageCheck.h"
+#include "image/Image.h"
 #include "platform/Files.h"
 #include "platform/ProgramInfo.h"
 #include "site/FirmwareInformation.h"
@@ -144,15 +144,15 @@ void SiteCheck::checkImageFile(const std::string& section) {
     const auto content = fetch_(withSlash(file));
     if (!content) return find(section, "FILE " + quoted(file) + " is not on the site");
     if (content->empty()) return find(section, "FILE " + quoted(file) + " is empty, which counts as a failed download");
-    checkDigest(section, *content);
-    for (const auto& line : findingLines(checkImage(*content).findings, kMostImageFindings)) {
+    const Image image(file, *content, digest_);
+    checkDigest(section, image.sha256());
+    for (const auto& line : findingLines(image.report().findings, kMostImageFindings)) {
         find(section, "FILE " + quoted(file) + ": " + line);
     }
 }
 
-void SiteCheck::checkDigest(const std::string& section, const std::string& content) {
+void SiteCheck::checkDigest(const std::string& section, const std::string& digest) {
     const auto announced = lowerCase(value(section, "SHA256"));
-    const auto digest = digest_.sha256(content);
     if (!announced.empty() && announced != digest)
         find(section, "SHA256 does not match FILE, whose digest is " + digest);
 }

@@ -43,7 +43,7 @@ private:
     void checkRate(const std::string& section);
     void checkLinks(const std::string& section);
     void checkImageFile(const std::string& section);
-    void checkDigest(const std::string& section, const std::string& content);
+    void checkDigest(const std::string& section, const std::string& digest);
     void checkVersions();
     void checkProgram();
     std::string value(const std::string& section, const std::string& key);

@@ -10,11 +10,6 @@
 
 namespace corvane {
 
-/// A value as this program reads it from a profile: "\n" in it stands for a line break and "\0" for a NUL; the default
-/// when it is missing or empty.
-std::string infValue(const Profile& profile, std::string_view section, std::string_view key,
-                     std::string_view byDefault);
-
 /// firmware.inf taken apart by both of its readers, once for all that is asked of it.
 class SiteInformation {
 public:

@@ -16,7 +16,7 @@ struct HexRecord {
     bool checksumRight = false;
 };
 
-/// Why a text is no record, in the words of a finding.
+/// Why a line is no record; none when it is one.
 enum class HexFault { none, noColon, notHexadecimal, truncated, tooLong };
 
 /// The record that a line holds; nothing when the line is none, with the reason. A wrong checksum is no such reason.

@@ -58,4 +58,11 @@ std::string Profile::value(std::string_view section, std::string_view key) const
     return {};
 }
 
+std::string infValue(const Profile& profile, std::string_view section, std::string_view key,
+                     std::string_view byDefault) {
+    const auto value = profile.value(section, key);
+    if (value.empty()) return std::string(byDefault);
+    return replaceAll(replaceAll(value, "\\n", "\r\n"), "\\0", std::string_view("\0", 1));
+}
+
 }  // namespace corvane

@@ -28,4 +28,9 @@ private:
     std::map<std::string, Place> sections_;  // where the lines of each stand, by its name in upper case
 };
 
+/// A value as this program reads it from a profile: "\n" in it stands for a line break and "\0" for a NUL; the default
+/// when it is missing or empty.
+std::string infValue(const Profile& profile, std::string_view section, std::string_view key,
+                     std::string_view byDefault);
+
 }  // namespace corvane

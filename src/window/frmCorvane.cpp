@@ -121,7 +121,9 @@ void frmCorvane::connectRun() {
         hints_.clear();
         say(QString::fromStdString(text));
     };
-    questions_.localImage = [this](const FirmwareRecord& record) { return updater_.selection().localImage(record); };
+    questions_.localImage = [this](const FirmwareRecord& record) {
+        return updater_.selection().localImage(record, platform_.digest);
+    };
 }
 
 void frmCorvane::connectLog() {
@@ -249,7 +251,9 @@ void frmCorvane::phase(RunPhase phase) {
     for (int i = 0; i < 3; ++i) ui_.steps[i]->setCurrent(i + 1 == stepOf(phase));
     if (phase == RunPhase::selection) showDevice(updater_.run().facts());
     meter_.phase(phase, platform_.runtime.tick());
-    if (phase == RunPhase::program) meter_.records(updater_.run().facts().imageRecords);
+    if (phase == RunPhase::program) {
+        meter_.records(static_cast<std::int64_t>(updater_.run().facts().image.report().records));
+    }
     progress(0, 0);
 }
 
@@ -334,11 +338,11 @@ void frmCorvane::refresh() {
     fill(ui_.txtServer, choices.server);
     fill(ui_.txtAccount[0], choices.userName);
     fill(ui_.txtAccount[1], choices.password);
-    ui_.labFilePGM->showText(fromDevice(choices.image.program));
-    const auto path = fromPath(choices.image.path);
+    ui_.labFilePGM->showText(fromDevice(choices.programLabel()));
+    const auto path = fromPath(choices.image.path());
     ui_.labFileName->showText(QFileInfo(path).fileName(), path);
-    ui_.labFileVersion->showText(fromDevice(choices.image.version));
-    ui_.labFileDate->showText(fromDevice(choices.image.date));
+    ui_.labFileVersion->showText(fromDevice(choices.image.info().version));
+    ui_.labFileDate->showText(fromDevice(choices.image.info().date));
     ui_.picMemory->showMap(presenter_.localMap());
     showStep();
 

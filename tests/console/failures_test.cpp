@@ -136,7 +136,8 @@ std::vector<Way> WaysToFail::withoutAnImage() {
         "The image could not be had: the site's name for it, \"x\\a.hex\", may be no file's here.";
     const std::string other =
         "The image is not the one that firmware.inf means: its SHA-256 is $SUM, but firmware.inf says 00.";
-    const std::string empty = "The image holds no data.", refused = "The image does not add up and was not installed.";
+    const std::string empty = "The image a.hex holds no data.",
+                      refused = "The image does not add up and was not installed.";
     static constexpr char kEmpty[] = "[INFO]\nPGM=TARN\n:00000001FF\n",
                           kUnsound[] = "[INFO]\nPGM=TARN\n:0400000001020304F2\n";
     const auto digests = [](T& t) { t.offer("/f/a.hex\nSHA256=00\n"); };
@@ -151,18 +152,16 @@ std::vector<Way> WaysToFail::withoutAnImage() {
         {kFolder, 4, unsafe, isUnsafe},
         {kOnLineYes, 4, other, digests},
         {kFolder, 4, other, digests},
-        {kLocalYes, 4, "The image is not there any more: $/local.hex.",
-         [](T& t) { t.when("\n\n[FTP Site]\n", [&t] { std::filesystem::remove(t.folder.folder.at("local.hex")); }); }},
         {kFolder, 4, "The image is not there any more: a.hex does not lie in the Download folder.",
          [](T& t) {
              t.when("\n\n[FTP Site]\n", [&t] { std::filesystem::remove(t.folder.folder.at("Download/a.hex")); });
          }},
-        {kLocalYes, 4, "The image cannot be read: $/local.hex.",
-         [](T& t) { t.when("\n\n[FTP Site]\n", [&t] { t.replace("local.hex"); }); }},
-        {kFolder, 4, "The image cannot be read: $/Download/a.hex.", [](T& t) { t.replace("Download/a.hex"); }},
+        {kFolder, 4, "The image a.hex cannot be read: Input/output error.", [](T& t) { t.replace("Download/a.hex"); }},
         {kOnLineYes, 4, empty, [](T& t) { t.serve(kEmpty); }},
         {kFolder, 4, empty, [](T& t) { t.serve(kEmpty); }},
-        {kLocalYes, 4, empty, [](T& t) { t.image(kEmpty); }},
+        {kLocalYes, 1, "$/local.hex: Invalid File Format!! The file cannot be read: Input/output error.",
+         [](T& t) { t.replace("local.hex"); }},
+        {kLocalYes, 4, "The image local.hex holds no data.", [](T& t) { t.image(kEmpty); }},
         {kOnLine, 1, refused,
          [](T& t) {
              t.serve(kUnsound), t.type({"y", "n"});

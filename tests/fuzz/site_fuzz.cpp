@@ -150,7 +150,8 @@ void hex(std::string_view bytes) {
     fakes::RecordingFace face;
     Cancel cancel;
     DeviceSession session{bench.runtime, face, bench.port, cancel};
-    HexProgrammer programmer(session, face);
+    fakes::FakeDigest digest;
+    HexProgrammer programmer(session, face, digest);
     session.send(std::string("\r"));
     const fakes::ScratchFolder folder;
     bench.runtime.Sleep(200);

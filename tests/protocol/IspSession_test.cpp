@@ -82,7 +82,7 @@ TEST_P(Isp, ErasesOnAcknowledgementWithinTenSeconds) {
         bool erased;
         int atLeast, atMost;
     } cases[] = {
-        {"erase-slow=9900", true, 9900, 9920}, {"erase-slow=10100", false, 10000, 10020}, {"erase-nak", false, 0, 20}};
+        {"erase-slow=9900", true, 9920, 9940}, {"erase-slow=10100", false, 10000, 10020}, {"erase-nak", false, 0, 20}};
     for (const auto& one : cases) {
         connect(bootLoader({one.fault}));
         EXPECT_EQ(isp.ISP_Erase(), one.erased) << one.fault;

@@ -154,8 +154,6 @@ TEST_F(OfflineRun, EndsWithoutTouchingTheDevice) {
     loadImage("[INFO]\nPGM=ZETA\nVER=V1\n:00000001FF\n");
     EXPECT_EQ(start().end, RunEnd::nothingSuitable);
     EXPECT_EQ(log(), "\f" + kFound + "Firmware not found!!!\r\n");
-    loadImage("[INFO]\nPGM=TARN\n:00000001FF\n");  // without data
-    EXPECT_EQ(start().end, RunEnd::imageEmpty);
     loadImage();
     face.closesSelection = true;
     EXPECT_EQ(start().end, RunEnd::declined);
@@ -171,8 +169,6 @@ TEST_F(OfflineRun, EndsWithoutTouchingTheDevice) {
     EXPECT_EQ(log(), "\f" + kFound + "Cancel Update!!!\r\n");
     EXPECT_TRUE(face.offered.empty());
     face.onText = nullptr;
-    std::filesystem::remove(presenter.choices().image.path);
-    EXPECT_EQ(start().end, RunEnd::imageNotThere);
     EXPECT_EQ(device().log().switches, 0);
 }
 

@@ -41,6 +41,43 @@ TEST_F(Safety, AsksBeforeAnUnsoundImageHarms) {
     EXPECT_EQ(start().end, RunEnd::programmingFailed);
 }
 
+TEST_F(Safety, SendsTheImageThatWasAskedAboutWhateverBecomesOfItsFile) {
+    const auto file = folder.folder.at("local.hex");
+    for (const bool isRemoved : {false, true}) {
+        plugOnly({"erase-nak", "nak@:04002000090A0B0CB2x3"});  // each read of the file would be seen: three tries
+        loadImage();
+        write("local.hex", replaceAll(kImage, "PGM=TARN-R200", "PGM=TARN"));  // built anew since it was chosen
+        face.onBox = [&](Question, const std::string&) {
+            if (isRemoved) return std::filesystem::remove(file);
+            write("local.hex", "[INFO]\nPGM=TARN\n:0400000009090909D8\n:00000001FF\n");
+            return true;
+        };
+        EXPECT_EQ(start().end, RunEnd::updated);
+        EXPECT_NE(log().find("Product   : TARN\r\n"), std::string::npos) << log();
+        EXPECT_EQ(memoryFault(), "");
+    }
+}
+
+TEST_F(Safety, SaysWhyAnImageIsNotInstalled) {
+    plug();
+    const auto file = folder.folder.at("local.hex");
+    const std::pair<std::string, std::function<void()>> cases[] = {
+        {"The image is not there any more: " + file, [&] { std::filesystem::remove(file); }},
+        {"The image local.hex holds no Intel HEX record", [&] { write("local.hex", "an error page"); }},
+        {"The image local.hex is a folder", [&] { std::filesystem::create_directory(file); }},
+    };
+    for (const auto& [reason, harm] : cases) {
+        std::filesystem::remove_all(file);
+        loadImage();
+        std::filesystem::remove(file);
+        harm();
+        const auto outcome = start();
+        EXPECT_TRUE(log().ends_with("\r\n\r\nFirmware download fail!!\r\n"));
+        EXPECT_EQ(verdictFor(outcome).facts.front(), reason + ".");
+    }
+    EXPECT_EQ(device().log().switches, 0);
+}
+
 TEST_F(Safety, RemembersADeviceWithoutFirmware) {
     plug();
     loadImage();
@@ -63,7 +100,7 @@ TEST_F(Safety, RemembersADeviceWithoutFirmware) {
     EXPECT_EQ(journal.read().front().text(),
               "A device was left in its boot loader at 2026-11-24 14:02: COM1, TARN-R200 V5.1R23. To go on, force an "
               "update with the image " +
-                  presenter.choices().image.path + ".");
+                  presenter.choices().image.path() + ".");
     plug({}, 2);
     updater.session().rememberedPort = "COM2";
     EXPECT_EQ(start().end, RunEnd::updated);
@@ -102,6 +139,7 @@ TEST_F(Safety, KeepsAJournalOfSeveralPortsAndTheLastFilesThatExist) {
 }
 
 TEST_F(Safety, RecordsEveryJob) {
+    asksAfterwards(true);
     models::DeviceOptions options;
     options.version = "=TARN-R200 \"A\", V5.1";
     options.nextVersion = "TARN-R200 V5.2R1";

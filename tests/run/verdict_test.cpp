@@ -109,7 +109,7 @@ TEST_F(VerdictOfARun, HasACauseThatDoesNotOutliveIt) {
     loadImage("[INFO]\nPGM=TARN\n:00000001FF\n");
     const auto outcome = start();
     EXPECT_EQ(outcome.end, RunEnd::imageEmpty);
-    EXPECT_EQ(outcome.cause, "");
+    EXPECT_EQ(outcome.cause, "local.hex holds no data");
 }
 
 }  // namespace

@@ -1,7 +1,5 @@
 #include <gtest/gtest.h>
 
-#include "image/ImageCheck.h"
-#include "image/MemoryMap.h"
 #include "site/SiteCheck.h"
 #include "support/FakeDigest.h"
 #include "support/ScratchFolder.h"
@@ -12,68 +10,6 @@ namespace {
 
 constexpr char kSound[] =
     ":020000040000FA\n:0400000001020304F2\n:0400100005060708D2\n:020000040001F9\n:0400000001020304F2\n:00000001FF\n";
-
-std::string found(const std::string& content, std::size_t most = 100) {
-    return joined(findingLines(checkImage(content).findings, most), "; ");
-}
-
-TEST(ImageCheck, FindsNothingInASoundImage) {
-    for (const std::string& content :
-         {std::string(kSound), replaceAll(kSound, "\n", "\r\n"), "[INFO]\nPGM=x\n" + std::string(kSound),
-          std::string(":0400000001020304F2\n:0400000500000020D7\n:00000001FF")}) {
-        EXPECT_EQ(found(content), "");
-    }
-    const auto report = checkImage(kSound);
-    EXPECT_EQ(report.records, 6U);
-    EXPECT_EQ(report.bytes, 12U);
-    ASSERT_EQ(report.segments.size(), 3U);
-    EXPECT_EQ(segmentText(report.segments[1]), "0x00010 to 0x00013, 4 bytes");
-    EXPECT_EQ(segmentText(report.segments[2]), "0x10000 to 0x10003, 4 bytes");
-}
-
-TEST(MemoryMap, OfAScatteredImageIsCutShort) {
-    const fakes::ScratchFolder folder;
-    std::string scattered;
-    for (int i = 10; i < 50; ++i) scattered += ":01" + std::to_string(i) + "0000AA00\n";
-    const auto words = memoryMapOf(folder.file("b.hex", scattered))->words();
-    EXPECT_TRUE(words.starts_with("40 bytes in 40 segments: 0x01000 to 0x01000, 1 byte; a gap")) << words;
-    EXPECT_TRUE(words.ends_with("; and more up to 0x04900.")) << words;
-    EXPECT_FALSE(memoryMapOf(folder.file("c.hex", ":00000001FF\n")));
-    EXPECT_FALSE(memoryMapOf(folder.at("none.hex")));
-}
-
-TEST(ImageCheck, FindsEachMistake) {
-    const std::string data = ":0400000001020304F2\n", end = ":00000001FF\n";
-    const std::pair<std::string, std::string> cases[] = {
-        {"", "the file holds no data; the file has no end record"},
-        {end, "the file holds no data"},
-        {data, "the file has no end record"},
-        {":0400000001020304F3\n" + end, "line 1 has a wrong checksum"},
-        {"x\n" + data + ":04001000050607\n" + end, "line 3 is cut off: fewer bytes than its length says"},
-        {data + ":0400100005060708D200\n" + end, "line 2 has more bytes than its length says"},
-        {data + ":04001000050607zzD2\n:\n" + end,
-         "line 2 holds a character that is no hexadecimal digit; line 3 is cut off: fewer bytes than its length says"},
-        {data + ":0400040001020304EE\n:020002000506F1\n" + end, "line 3 writes to 0x00002 again, as line 1 did"},
-        {":0400100005060708D2\n:04000E0001020304E4\n" + end, "line 2 writes to 0x00010 again, as line 1 did"},
-        {data + data + end,
-         "line 2 is a second record at address 0: the one in line 1 is never sent; line 2 writes to 0x00000 again, as "
-         "line 1 did"},
-        {data + ":020000021000EC\n" + end,
-         "line 2 is an extended segment record: the record at address 0 is sent late, to another place"},
-        {data + end + ":0400100005060708D2\n" + end,
-         "line 3 stands behind the end record; line 4 is a second end record"},
-        {data + ":0100000400FB\n:00000007F9\n" + end,
-         "line 2 is an address record of a wrong length; line 3 has the unknown type 7"},
-        {"\xEF\xBB\xBF" + data + " :0400100005060708D2\n" + data + end,
-         "line 1 holds a record that does not begin the line, so it is never sent; "
-         "line 2 holds a record that does not begin the line, so it is never sent"},
-        {":04FFFE0001020304F5\n" + end, "line 1 runs past the end of its 64 KiB segment"},
-    };
-    for (const auto& [content, wanted] : cases) EXPECT_EQ(found(content), wanted) << content;
-    EXPECT_EQ(found(data + ":\n:\n:\n" + end, 2),
-              "line 2 is cut off: fewer bytes than its length says; line 3 is cut off: fewer bytes than its length "
-              "says; and 1 more");
-}
 
 class Site : public ::testing::Test {
 protected:

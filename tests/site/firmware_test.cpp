@@ -1,10 +1,8 @@
 #include <gtest/gtest.h>
-#include <sys/stat.h>
 
 #include "face/FirmwareDialog.h"
 #include "platform/ProgramInfo.h"
 #include "site/FirmwareListParser.h"
-#include "site/LocalImageLoader.h"
 #include "support/AppBench.h"
 #include "window/presenter/LogText.h"
 
@@ -167,31 +165,6 @@ TEST_F(Information, IsReadFromTheChosenSection) {
           "[S]\nKey=a\\nb\\0c\nEmpty=\n");  // the program's own profile
     EXPECT_EQ(inf.ReadInfValue("s", "KEY", "none"), std::string("a\r\nb\0c", 6));
     EXPECT_EQ(inf.ReadInfValue("s", "Empty", "none") + inf.ReadInfValue("t", "Key", "none"), "nonenone");
-}
-
-TEST_F(Information, OfALocalImageStandsInItsHead) {
-    LocalImage image;
-    const auto load = [&](const std::string& content) {
-        return LoadHexInfo(inf, folder.folder.file("x.hex", content), image);
-    };
-    EXPECT_TRUE(load("[INFO]\r\nPGM=R\xE9\r\nVER=V1\r\nBUD=2024/01/31\r\n:00000001FF\r\n\r\n:junk"));
-    EXPECT_EQ(image.description(), "R\xE9 V1(2024/01/31)");
-    EXPECT_EQ(image.records, (std::vector<std::string>{":00000001FF", ":junk"}));
-    EXPECT_TRUE(load("[INFO]\nVER=V2\n:00000001FF"));
-    EXPECT_EQ(image.program + image.version + image.date, "");
-    std::string many = "[INFO]\nPGM=P\n";
-    for (int i = 0; i < 32770; ++i) many += ":00000001FF\n";
-    EXPECT_TRUE(load(many));
-    EXPECT_EQ(image.records.size(), 32768U);
-    for (const char* bad : {"", "[INFO]\nPGM=P\n", " :00000001FF\n"}) {
-        EXPECT_FALSE(load(bad));
-        EXPECT_EQ(image.program + image.version + image.path, "Invalid File Format!!");
-    }
-    EXPECT_FALSE(LoadHexInfo(inf, folder.path(), image));
-    const auto pipe = folder.folder.at("pipe");  // what it gives it gives once, and an image is
-                                                 // read several times
-    ASSERT_EQ(mkfifo(pipe.c_str(), 0600), 0);
-    EXPECT_FALSE(LoadHexInfo(inf, pipe, image));
 }
 
 TEST(LogText, DropsItsFirst255CharactersOnceItIsLongerThan16384) {

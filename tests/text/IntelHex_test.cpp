@@ -5,7 +5,7 @@
 namespace corvane {
 namespace {
 
-TEST(IntelHex, TakesARecordApart) {
+TEST(IntelHex, TakesALineApartOrSaysWhyItIsNoRecord) {
     const auto record = parseHexRecord(":0300300002337A1E");
     ASSERT_TRUE(record);
     EXPECT_EQ(record->address, 0x0030);
@@ -14,31 +14,19 @@ TEST(IntelHex, TakesARecordApart) {
     EXPECT_TRUE(record->checksumRight);
     EXPECT_EQ(parseHexRecord(":020000040800f2")->type, 4);
     EXPECT_FALSE(parseHexRecord(":00000001FE")->checksumRight);
-}
-
-TEST(IntelHex, SaysWhyALineIsNoRecord) {
-    const struct {
-        const char* line;
-        HexFault fault;
-    } cases[] = {
-        {"", HexFault::noColon},
-        {"00000001FF", HexFault::noColon},
-        {" :00000001FF", HexFault::noColon},
-        {":", HexFault::truncated},
-        {":00000001F", HexFault::truncated},
-        {":0300300002337A", HexFault::truncated},
-        {":0300300002337A1", HexFault::truncated},
-        {":0300300002337AG1", HexFault::notHexadecimal},
-        {":03 0300002337A1E", HexFault::notHexadecimal},
-        {":00000001FFG", HexFault::notHexadecimal},
-        {":00000001FF0", HexFault::tooLong},
-        {":00000001FF00", HexFault::tooLong},
-        {":00000001FF", HexFault::none},
+    const std::pair<HexFault, std::vector<const char*>> cases[] = {
+        {HexFault::noColon, {"", "00000001FF", " :00000001FF"}},
+        {HexFault::truncated, {":", ":00000001F", ":0300300002337A", ":0300300002337A1"}},
+        {HexFault::notHexadecimal, {":0300300002337AG1", ":03 0300002337A1E", ":00000001FFG"}},
+        {HexFault::tooLong, {":00000001FF0", ":00000001FF00"}},
+        {HexFault::none, {":00000001FF"}},
     };
-    for (const auto& c : cases) {
-        HexFault fault = HexFault::none;
-        EXPECT_EQ(parseHexRecord(c.line, &fault).has_value(), c.fault == HexFault::none) << c.line;
-        EXPECT_EQ(fault, c.fault) << c.line;
+    for (const auto& [wanted, lines] : cases) {
+        for (const char* line : lines) {
+            HexFault fault = HexFault::none;
+            EXPECT_EQ(parseHexRecord(line, &fault).has_value(), wanted == HexFault::none) << line;
+            EXPECT_EQ(fault, wanted) << line;
+        }
     }
 }
 

@@ -96,6 +96,7 @@ models::DeviceOptions device(void (*change)(models::DeviceOptions&) = [](models:
 
 void setUp(fakes::AppBench& bench, models::Device& device, const Script& script) {
     if (*script.fault) device.faults().add(script.fault);
+    bench.asksAfterwards(true);
     const std::string site = "ftp://upd:pw@ftp.example";
     bench.reader.answers[site].content = "drwxr-xr-x firmware\r\n";
     bench.reader.answers[site + "/firmware/firmware.inf"].content =
@@ -145,7 +146,7 @@ std::vector<std::string> throughTheConsole(const Script& script) {
     auto platform = bench.platform();
     Console console{platform, out, err, terminal, std::nullopt, std::nullopt, nullptr, witness.between()};
     if (script.stopsAt) bench.runtime.at(bench.runtime.ms() + script.stopsAt, [&] { console.interrupt(); });
-    std::vector<std::string> words = {"update", "--verify"};
+    std::vector<std::string> words = {"update"};
     if (!script.isOnline) words.insert(words.end(), {"--file", bench.folder.folder.file("local.hex", script.image)});
     std::string problem;
     console.run(parseArguments(words, problem).value());

@@ -65,7 +65,7 @@ TEST_F(Window, TakesAGoodLocalFileAndRefusesABadOne) {
     answers.expect("QFileDialog", DialogAnswers::picking(bench.folder.folder.file("bad.hex", "no record\n")));
     press("cmdLoadFile");
     EXPECT_EQ(choice(), "off last|Invalid File Format!!,,");
-    EXPECT_EQ(text("labFileStep"), "No Intel HEX file: choose another one.");
+    EXPECT_EQ(text("labFileStep"), "The file holds no Intel HEX record. Choose another one.");
     EXPECT_TRUE(control<QWidget>("cmdStartCheck").isEnabled());
     pickImage();
     press("optLine0");
@@ -118,6 +118,7 @@ TEST_F(Window, LogsAtTheEndDropsTheOldestAndSavesTheRest) {
 }
 
 TEST_F(Window, AsksHowTheSiteIsReached) {
+    bench.asksAfterwards(true);
     answers.expect("frmConnection", [](QDialog& dialog) {
         auto* link = dialog.findChild<QComboBox*>("cmbAccessType");
         auto* proxy = dialog.findChild<QLineEdit*>("txtProxy");

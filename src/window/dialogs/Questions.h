@@ -7,6 +7,7 @@
 #include "face/FirmwareRecord.h"
 #include "face/OperatorPrompts.h"
 #include "face/PasswordPrompt.h"
+#include "image/Image.h"
 
 class QDialog;
 
@@ -17,8 +18,8 @@ class Questions : public PasswordPrompt, public OperatorPrompts {
 public:
     explicit Questions(QWidget& window) : window_(window) {}
 
-    /// Where the image of an entry lies on this computer; empty when it lies nowhere.
-    std::function<std::string(const FirmwareRecord& record)> localImage;
+    /// The image of an entry as far as it is on this computer; none when it is not.
+    std::function<Image(const FirmwareRecord& record)> localImage;
 
     /// Answers what is open, and what is still asked until the next renew, with Cancel.
     void abandon();

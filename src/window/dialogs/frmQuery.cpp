@@ -2,7 +2,6 @@
 
 #include <QComboBox>
 #include <QDialogButtonBox>
-#include <QFileInfo>
 #include <QFontDatabase>
 #include <QFormLayout>
 #include <QLabel>
@@ -153,9 +152,9 @@ void frmQuery::showSelected() {
 /// that it is the copy.
 void frmQuery::showMemory() {
     const int at = dialog_.selected();
-    const auto path = at < 0 ? std::string() : localImage_(dialog_.entries()[static_cast<std::size_t>(at)].record);
-    const auto map = memoryMapOf(path);
-    labMemory_->showText(tr("Memory map of the copy on this computer, %1").arg(QFileInfo(fromPath(path)).fileName()));
+    const auto image = at < 0 ? Image() : localImage_(dialog_.entries()[static_cast<std::size_t>(at)].record);
+    const auto map = memoryMapOf(image);
+    labMemory_->showText(tr("Memory map of the copy on this computer, %1").arg(fromPath(image.name())));
     labMemory_->setVisible(map.has_value());
     picMemory_->showMap(map);
     picMemory_->setVisible(map.has_value());

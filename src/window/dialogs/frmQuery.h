@@ -19,8 +19,8 @@ namespace corvane {
 /// Shows the selection of an image and hands clicks to it. Neither the selection nor the prompts are owned.
 class frmQuery : public QDialog {
 public:
-    /// Gives the path of an entry's image on this computer, or an empty text.
-    using LocalImage = std::function<std::string(const FirmwareRecord& record)>;
+    /// Gives an entry's image as far as it is on this computer, or none.
+    using LocalImage = std::function<Image(const FirmwareRecord& record)>;
 
     frmQuery(FirmwareDialog& dialog, OperatorPrompts& prompts, LocalImage localImage, QWidget* owner);
 

@@ -1,6 +1,7 @@
 #include "window/presenter/MainPresenter.h"
 
-#include "site/LocalImageLoader.h"
+#include "settings/LocalFile.h"
+#include "text/Cp1252.h"
 #include "text/Text.h"
 
 namespace corvane {
@@ -48,8 +49,7 @@ void MainPresenter::cmdLoadFile_Click() {
 }
 
 bool MainPresenter::loadFile(const std::string& path) {
-    const bool loaded = LoadHexInfo(updater_.inf(), path, updater_.choices.image);
-    localMap_ = loaded ? memoryMapOf(path) : std::nullopt;
+    const bool loaded = LoadHexInfo(updater_.choices, path, updater_.platform().digest);
     if (loaded) {
         // Whether settings can be written at all is said at the end of the session.
         stored().addRecentFile(path);
@@ -63,17 +63,19 @@ bool MainPresenter::loadFile(const std::string& path) {
 }
 
 std::string MainPresenter::localStep(const std::string& deviceVersion) const {
-    const auto& image = updater_.choices.image;
-    if (!image.path.empty()) {
-        const auto step = versionStep(deviceVersion, image.version);
-        return step.empty() || containsNoCase(deviceVersion, image.program) ? step : "made for another product";
+    const auto& choices = updater_.choices;
+    if (!choices.image.isNone()) {
+        const auto& info = choices.image.info();
+        const auto step = versionStep(deviceVersion, info.version);
+        return step.empty() || containsNoCase(deviceVersion, info.program) ? step : "made for another product";
     }
-    if (!image.program.empty()) return "No Intel HEX file: choose another one.";
-    return updater_.choices.useFile ? "Choose a file to install." : "";
+    if (choices.imageProblem) return "The file " + fromUtf8(choices.imageProblem.words) + ". Choose another one.";
+    return choices.useFile ? "Choose a file to install." : "";
 }
 
 Outcome MainPresenter::start(bool force) {
     updater_.choices.promise = stored().connection().asksVersion ? Promise::running : Promise::programmed;
+    if (!isBusy()) reloadLocalFile(updater_.choices, updater_.platform().digest);
     auto outcome = updater_.run().run(force);
     changed();
     return outcome;
@@ -103,7 +105,7 @@ Controls MainPresenter::controls() const {
     const auto& choices = updater_.choices;
     Controls controls;
     controls.choices = !isBusy();
-    controls.start = !isBusy() && !(choices.useFile && choices.image.path.empty());
+    controls.start = !isBusy() && !(choices.useFile && choices.image.isNone());
     controls.cancel = updater_.run().isCancellable();
     controls.localFile = !isBusy() && choices.offLine;
     return controls;

@@ -43,7 +43,7 @@ public:
     void cmdCancel_Click();
     void cmdComport_Click(int index) { updater_.run().jumpToPort(index); }
 
-    /// Runs an update.
+    /// Runs an update, with a local file as it is now.
     Outcome start(bool force);
 
     /// What follows a run: it is recorded, and the verdict is given.
@@ -58,7 +58,7 @@ public:
     std::vector<std::string> recentFiles() const { return stored().recentFiles(); }
 
     /// The memory that the local image fills; nothing when none is loaded.
-    const std::optional<MemoryMap>& localMap() const { return localMap_; }
+    std::optional<MemoryMap> localMap() const { return memoryMapOf(updater_.choices.image); }
 
     /// The step from a device's version to the local image's, as far as both are known, or why there is no such image
     /// yet. Windows-1252.
@@ -79,7 +79,6 @@ private:
     }
 
     Updater& updater_;
-    std::optional<MemoryMap> localMap_;
     bool loading_ = false;
 };
 

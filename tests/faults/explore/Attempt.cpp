@@ -64,7 +64,7 @@ struct World {
 int statusOf(World& world, const TestImage& image) {
     Updater updater(world.platform(), world.face.face());
     updater.choices.offLine = updater.choices.useFile = true;
-    updater.choices.image = {image.path(), "TARN-R200", "V5.2R1", "2024/01/31", {}};
+    updater.choices.image = image.value();
     if (!updater.journal().clear()) return -1;
     const int status = exitStatus(updater.run().run(false));
     updater.shutDown();
@@ -73,10 +73,9 @@ int statusOf(World& world, const TestImage& image) {
 
 }  // namespace
 
-TestImage::TestImage(const std::string& records) : image_(models::imageOf(records)) {
-    static int number = 0;
-    path_ = sharedFolder().folder.file("image" + std::to_string(++number) + ".hex",
-                                       "[INFO]\nPGM=TARN-R200\nVER=V5.2R1\nBUD=2024/01/31\n" + records);
+TestImage::TestImage(const std::string& records) : memory_(models::imageOf(records)) {
+    fakes::FakeDigest digest;
+    image_ = Image("image.hex", "[INFO]\nPGM=TARN-R200\nVER=V5.2R1\nBUD=2024/01/31\n" + records, digest);
 }
 
 Outcome attempt(PortKind kind, const TestImage& image, const Wire::Plan& plan) {

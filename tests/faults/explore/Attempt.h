@@ -1,22 +1,23 @@
 #pragma once
 
 #include "faults/explore/Wire.h"
+#include "image/Image.h"
 
 namespace corvane::faults {
 
 /// Counts the unsent bytes, reports none at all, or is a HID reader.
 enum class PortKind { counting, blind, hid };
 
-/// An image as a file on disk, and the memory that it makes.
+/// An image, and the memory that it makes.
 class TestImage {
 public:
     explicit TestImage(const std::string& records);
-    const std::string& path() const { return path_; }
-    const models::Flash& memory() const { return image_.memory; }
+    const Image& value() const { return image_; }
+    const models::Flash& memory() const { return memory_.memory; }
 
 private:
-    std::string path_;
-    models::Image image_;
+    Image image_;
+    models::Image memory_;
 };
 
 /// How a run ended, and what became of the device.

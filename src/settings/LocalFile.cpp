@@ -1,0 +1,29 @@
+#include "settings/LocalFile.h"
+
+namespace corvane {
+namespace {
+
+/// A file with records in it.
+ImageOrProblem loadLocalFile(const std::string& path, Digest& digest) {
+    auto loaded = loadImage(path, digest);
+    if (loaded.image && loaded.image->records().empty()) return {std::nullopt, loaded.image->emptiness()};
+    return loaded;
+}
+
+}  // namespace
+
+bool LoadHexInfo(Choices& choices, const std::string& path, Digest& digest) {
+    const auto loaded = loadLocalFile(path, digest);
+    choices.image = loaded.image.value_or(Image());
+    choices.imageProblem = loaded.problem;
+    return loaded.image.has_value();
+}
+
+void reloadLocalFile(Choices& choices, Digest& digest) {
+    if (!choices.useFile || choices.image.isNone()) return;
+    const auto loaded = loadLocalFile(choices.image.path(), digest);
+    if (loaded.image) choices.image = *loaded.image;
+    choices.imageProblem = loaded.problem;
+}
+
+}  // namespace corvane
