@@ -125,7 +125,7 @@ HexProgrammer::Found HexProgrammer::settle(Found found) {
 bool HexProgrammer::isQuiet() {
     if (!session_.comm->PortOpen()) return true;
     const auto left = lines_.waiting();
-    mustErase_ = left.prompt || (left.answers() > 0 && (isBeyond_ || !eraseEcho_.IsTimeout()));
+    mustErase_ = left.prompt || (left.answers() > 0 && mayBeDisturbed());
     return !left.prompt && left.answers() == 0;
 }
 

@@ -56,6 +56,10 @@ public:
     /// Whether what the last try has seen leaves the memory in doubt, so that only an erase makes a clean start.
     bool mustEraseAgain() const { return mustErase_; }
 
+    /// Whether an answer that comes after the last record may mean harm: a command or record that was heard a second
+    /// time, in another place than it belongs or after all others.
+    bool mayBeDisturbed() { return isBeyond_ || !eraseEcho_.IsTimeout(); }
+
     /// The device has just acknowledged an erase that took so many ms. Had it heard the command twice, it would erase
     /// again, and answer again, within about that time.
     void erased(std::int32_t milliseconds);

@@ -29,8 +29,12 @@ bool IspSession::GoToISP() {
 }
 
 bool IspSession::returnToBootLoader() {
-    const auto answer = session_.protocolName == "Tarn" ? switchTarn() : switchTarnPlus();
-    return answer == Switch::accepted && awaitBootLoader();
+    constexpr int kTries = 2;  // one of the questions or answers may have been lost
+    for (int i = 0; i < kTries; ++i) {
+        const auto answer = session_.protocolName == "Tarn" ? switchTarn() : switchTarnPlus();
+        if (answer != Switch::refused && answer != Switch::locked && awaitBootLoader()) return true;
+    }
+    return false;
 }
 
 bool IspSession::awaitBootLoader() {

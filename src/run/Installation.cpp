@@ -34,13 +34,8 @@ Ending Installation::install(Promise promise, Outcome& outcome) {
     log("\r\n[ISP Mode]\r\n");
     const Awake awake(inhibitor_, "A device is being programmed");
     openJournal(facts);
-    const bool isProgrammed = eraseAndProgram(outcome);
+    auto ending = program(promise, outcome);
     facts.repeatedRecords = programmer_.repeatedRecords();
-    if (!isProgrammed) {
-        if (!session_.comm->PortOpen()) return {RunEnd::lostInBootLoader, toUtf8(facts.port)};
-        return {outcome.device == DeviceState::bootLoaderEmpty ? RunEnd::programmingFailed : RunEnd::eraseFailed};
-    }
-    auto ending = restart(promise, outcome);
     if (outcome.device == DeviceState::application) {
         // Taken in its boot loader at a port of which nothing is known, it may have been left there at another.
         const bool isAnyones = wasInBootLoader_ && !wasInJournal_;
@@ -50,20 +45,41 @@ Ending Installation::install(Promise promise, Outcome& outcome) {
     return ending;
 }
 
+/// Erase, records, restart and proof; once more, within the tries, when an answer came too late to be sure of them.
+Ending Installation::program(Promise promise, Outcome& outcome) {
+    programmer_.beginDevice(session_.hasLine ? session_.hasLine() : true);
+    isp_.beginDevice();
+    outcome.facts.repeatedRecords = 0;
+    tries_ = 0;
+    isFinished_ = false;
+    while (eraseAndProgram(outcome)) {
+        const auto ending = restart(promise, outcome);
+        if (ending.end != RunEnd::outOfStep || tries_ == kTries) return ending;
+        endTry();
+        if (isp_.returnToBootLoader()) continue;
+        outcome.device = DeviceState::unheard;
+        return ending;
+    }
+    if (!session_.comm->PortOpen()) return {RunEnd::lostInBootLoader, toUtf8(outcome.facts.port)};
+    return {outcome.device == DeviceState::bootLoaderEmpty ? RunEnd::programmingFailed : RunEnd::eraseFailed};
+}
+
 /// The given end of a run, and after it the question whether it has come true.
 Ending Installation::restart(Promise promise, Outcome& outcome) {
     view_.phase(RunPhase::reset);
     outcome.device = DeviceState::unheard;
-    isp_.ISP_Reset();
+    const bool mayBeDisturbed = programmer_.mayBeDisturbed();
+    isFinished_ ? isp_.restartAgain() : isp_.ISP_Reset();
+    isFinished_ = true;
     isp_.wait_output_empty(250);
     session_.runtime.Sleep(250);
-    if (promise != Promise::programmed) return prove(promise, outcome);
+    if (promise != Promise::programmed) return prove(promise, mayBeDisturbed, outcome);
     if (!session_.comm->PortOpen()) return {RunEnd::notHeardOf, toUtf8(outcome.facts.port) + " was lost"};
     outcome.device = DeviceState::application;
     return {RunEnd::updated};
 }
 
-Ending Installation::prove(Promise promise, Outcome& outcome) {
+Ending Installation::prove(Promise promise, bool mayBeDisturbed, Outcome& outcome) {
     auto& facts = outcome.facts;
     view_.phase(RunPhase::proof);
     switch (RestartProof(session_, scanner_, isp_).find({facts.settings, facts.protocolName}, facts.versionNow)) {
@@ -74,6 +90,7 @@ Ending Installation::prove(Promise promise, Outcome& outcome) {
             if (session_.comm->PortOpen()) return {RunEnd::notHeardOf};
             return {RunEnd::notHeardOf, toUtf8(facts.port) + " was lost"};
         case RestartProof::Found::outOfStep:
+            if (!mayBeDisturbed) break;
             outcome.device = DeviceState::inDoubt;
             return {RunEnd::outOfStep};
         case RestartProof::Found::runs:
@@ -123,15 +140,13 @@ void Installation::closeJournal(bool isClosed, RunFacts& facts) {
                             " could not be written: the next start still names this device, which is well.");
 }
 
-/// Up to three tries. An erase that has succeeded is not repeated, unless what was programmed since is in doubt.
+/// Tries until one succeeds, three in all. An erase that has succeeded is not repeated, unless what was programmed
+/// since is in doubt.
 bool Installation::eraseAndProgram(Outcome& outcome) {
-    constexpr int kTries = 3;
     constexpr std::int32_t kOwed = 1500;  // ms after which nothing that is owed comes any more
-    programmer_.beginDevice(session_.hasLine ? session_.hasLine() : true);
-    isp_.beginDevice();
-    outcome.facts.repeatedRecords = 0;
     bool isErased = false;
-    for (int iTry = 1; iTry <= kTries; ++iTry) {
+    while (tries_ < kTries) {
+        ++tries_;
         view_.phase(RunPhase::erase);
         if (!isErased) {
             if (outcome.device != DeviceState::bootLoaderEmpty) outcome.device = DeviceState::bootLoaderDoubtful;
@@ -145,8 +160,7 @@ bool Installation::eraseAndProgram(Outcome& outcome) {
             view_.phase(RunPhase::program);
             if (programmer_.ISP_Program(outcome.facts.image) && isQuietAfterwards()) return true;
         }
-        log("\r\niTry:" + std::to_string(iTry) + "\r\n");
-        LineReader(session_).wait_comm_empty();
+        endTry();
         if (isErased && programmer_.mustEraseAgain()) {
             isErased = false;
             LineReader(session_).settle(kOwed);
@@ -156,6 +170,11 @@ bool Installation::eraseAndProgram(Outcome& outcome) {
         }
     }
     return false;
+}
+
+void Installation::endTry() {
+    log("\r\niTry:" + std::to_string(tries_) + "\r\n");
+    LineReader(session_).wait_comm_empty();
 }
 
 /// A device that had no power for a moment may have started an application that is still whole, or whole already.

@@ -37,14 +37,18 @@ public:
 
 private:
     [[nodiscard]] std::optional<Ending> enterBootLoader(DeviceState& device);
+    [[nodiscard]] Ending program(Promise promise, Outcome& outcome);
     [[nodiscard]] bool eraseAndProgram(Outcome& outcome);
     [[nodiscard]] bool isQuietAfterwards();
+    void endTry();
     void bringBack(const RunFacts& facts);
     [[nodiscard]] Ending restart(Promise promise, Outcome& outcome);
-    [[nodiscard]] Ending prove(Promise promise, Outcome& outcome);
+    [[nodiscard]] Ending prove(Promise promise, bool mayBeDisturbed, Outcome& outcome);
     void openJournal(RunFacts& facts);
     void closeJournal(bool isClosed, RunFacts& facts);
     void log(const std::string& text) { session_.log.ShowInfo(text); }
+
+    static constexpr int kTries = 3;
 
     DeviceSession& session_;
     DeviceScanner& scanner_;
@@ -53,6 +57,8 @@ private:
     RunJournal& journal_;
     SleepInhibitor& inhibitor_;
     RunView& view_;
+    int tries_ = 0;
+    bool isFinished_ = false;       // the log has its last line
     bool wasInBootLoader_ = false;  // when it was found
     bool wasInJournal_ = false;     // the port, when the erase began
 };

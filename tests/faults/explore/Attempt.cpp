@@ -82,6 +82,7 @@ Outcome attempt(PortKind kind, const TestImage& image, const Wire::Plan& plan) {
     World world(kind, plan);
     Outcome outcome;
     outcome.status = statusOf(world, image);
+    outcome.conversation = world.wire.conversation();
     world.wire.speak(world.runtime.micros() + kSettles);
     outcome.isRight = !models::firstDifference(world.wire.device().flash(), image.memory());
     outcome.isRunning = !world.wire.device().isInBoot();

@@ -26,7 +26,7 @@ struct Outcome {
     bool isRight = false, isRunning = false;
     std::vector<Step> steps;
     std::vector<Event> struck;
-    std::string log;
+    std::string log, conversation;
 
     bool isSuccess() const { return status == 0 && isRight && isRunning; }
     /// "Updated" is said of a device that is not.

@@ -83,6 +83,7 @@ void Wire::hear(Micros now, const Bytes& bytes, std::uint32_t rate) {
     if (bytes.empty()) return;
     portFreeAt_ = std::max(now, portFreeAt_) + wireTime(bytes.size());
     counts_ = counts_ || bytes == kErase;
+    if (counts_) conversation_ += '>' + textOf(bytes);
     Message message{portFreeAt_, bytes, contentOf(bytes), {}};
     message.event = strike('s', message.content, now);
     const auto what = message.event ? message.event->what : What::slow;
@@ -124,6 +125,7 @@ Bytes Wire::speak(Micros now) {
     advance(now);
     Bytes said;
     for (; !toHost_.empty() && toHost_.front().at <= now; toHost_.pop_front()) {
+        if (counts_) conversation_ += '<' + textOf(toHost_.front().bytes);
         said.insert(said.end(), toHost_.front().bytes.begin(), toHost_.front().bytes.end());
     }
     return said;

@@ -56,6 +56,9 @@ public:
     const std::vector<Step>& steps() const { return steps_; }
     const std::vector<Event>& struck() const { return struck_; }
 
+    /// All that the program has sent and heard from the first erase on, in order and without times.
+    const std::string& conversation() const { return conversation_; }
+
 private:
     struct Message {
         Micros at;
@@ -80,6 +83,7 @@ private:
     int numbers_[2] = {0, 0};
     std::vector<Step> steps_;
     std::vector<Event> struck_;
+    std::string conversation_;
     std::deque<Message> toDevice_, toHost_;
     Micros portFreeAt_ = 0, lastArrival_ = 0, lastAnswer_ = 0, busyUntil_ = 0, deafUntil_ = 0;
 };
