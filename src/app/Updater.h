@@ -46,7 +46,7 @@ public:
     /// know.
     [[nodiscard]] Verdict conclude(Outcome outcome);
 
-    /// Ends the dialogue with the device that no run holds: a scan, or the asking for the new version.
+    /// Ends a dialogue with the device that belongs to no run: a scan.
     void cancelDialogue() { cancel_.request(); }
 
     /// Closes both ports, gives the HID library back and leaves the site. A reader is told that it is closed, so events

@@ -106,7 +106,7 @@ void Bench::recordTo(const std::string& path) {
 
 void Bench::takeSignal(int number, bool fromTerminal) {
     if (!child_) return loop_.stop();
-    // What was typed at the terminal has reached the command already.
+    // A Ctrl-C that was typed at the terminal goes to every program there, the command among them.
     if (!fromTerminal) child_->signal(number);
 }
 
@@ -117,7 +117,7 @@ int Bench::run(std::ostream& report) {
         child_.emplace(options_.command, variables());
         loop_.watch(child_->descriptor(), [this] { loop_.stop(); });
     }
-    // After the command was started, which would inherit it.
+    // Exact waits are for the bench alone; a command that is started after this would inherit them.
     prctl(PR_SET_TIMERSLACK, 1UL, 0UL, 0UL, 0UL);
     loop_.run();
     int status = child_ ? endOfCommand() : 0;

@@ -33,7 +33,7 @@ std::vector<std::string> environmentWith(const Variables& variables) {
 pid_t spawn(const std::vector<std::string>& command, const Variables& variables) {
     auto arguments = command;
     auto environment = environmentWith(variables);
-    // The signals that the bench keeps for itself are the command's own business.
+    // The bench blocks some signals to take them itself, and ignores SIGPIPE; the command must not inherit either.
     posix_spawnattr_t attributes;
     posix_spawnattr_init(&attributes);
     sigset_t none, toDefault;

@@ -9,8 +9,8 @@
 namespace corvane::bench {
 
 /// Tells when a program comes to a device node that nobody held, and when the last one has gone. The system reports two
-/// programs that come at the very same time as one, so this is for what may be done once too often, or not at all.
-/// Throws std::system_error when the system cannot watch.
+/// programs that come at the very same time as one, so it must not matter when a handler runs once too often or too
+/// little. Throws std::system_error when the system cannot watch.
 class OpenWatch {
 public:
     using Handler = std::function<void(bool isHeld)>;

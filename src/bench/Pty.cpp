@@ -40,7 +40,7 @@ void makeRaw(int slave) {
     check(ioctl(slave, TCSETS2, &line), "TCSETS2");
 }
 
-/// The least of some tries: a larger figure is what other programs have added.
+/// The least of some tries; whatever is more comes from other programs at work.
 std::int64_t leastCarryingTime(int from, int to) {
     using Clock = std::chrono::steady_clock;
     auto least = Clock::duration::max();

@@ -9,7 +9,7 @@
 namespace corvane::bench {
 namespace {
 
-/// False when it does not go: the program reads nothing, or has ended.
+/// False when it cannot be sent: the program reads nothing, or has ended.
 bool send(int socket, const std::string& packet) {
     return ::send(socket, packet.data(), packet.size(), MSG_NOSIGNAL | MSG_DONTWAIT) >= 0;
 }
@@ -61,7 +61,7 @@ void ReaderSocket::remove(models::HidReader& reader) {
 
 void ReaderSocket::accept() {
     const int socket = ::accept4(listener_.get(), nullptr, nullptr, SOCK_CLOEXEC | SOCK_NONBLOCK);
-    if (socket < 0) return;  // the program has thought better of it
+    if (socket < 0) return;  // the program has gone away again
     connections_.emplace_back();
     connections_.back().socket = Descriptor(socket, "accept4");
     watch(connections_.back(), true);
@@ -144,7 +144,7 @@ void ReaderSocket::update() {
     }
 }
 
-/// Connections end here, where nobody stands on one of them.
+/// Connections that have ended are removed here, where no caller is in the middle of using one.
 void ReaderSocket::sweep() {
     for (auto at = connections_.begin(); at != connections_.end();) {
         if (!at->hasEnded) {

@@ -45,7 +45,8 @@ void Station::act(Micros now) {
         portsChanged_();
         return;
     }
-    // What the host is to have at a moment has to be on its way a little earlier.
+    // The pseudo-terminal takes a moment to carry a byte, so what the host is to have now was to be written a little
+    // earlier.
     pty_->write(line().speak(now + pty_->carryingTime()));
     line().hear(now, {}, pty_->hostRate());
     checkPlug(now);

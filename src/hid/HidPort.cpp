@@ -111,8 +111,8 @@ bool HidPort::readDirection() {
 
 void HidPort::close() {
     if (!session_.isOpen()) return;
-    // A reader that did not tell its direction is set to the usual one, but not after a cancel: it may have had no
-    // time.
+    // A reader that did not tell its direction is set to the usual one; but not after a cancel, when it may never have
+    // been asked.
     if (channel_.KestrelCmdSetEnabled() && (directionRead_ || !cancel_.wasRequested())) {
         const auto giveBack = [this] {
             return commands_.SetKestrelIODirect(KestrelDefaultSerialTo, KestrelDefaultPS2To, KestrelDefaultHIDExTo);

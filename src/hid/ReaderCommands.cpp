@@ -89,7 +89,7 @@ bool ReaderCommands::KestrelGetRegister(std::int16_t iRegister, Bytes& bBuffer, 
                                         std::int16_t iSize) {
     const auto size = registerSize(bBuffer, iStart, iSize);
     if (!size || !send(kGetRegister, registerAddress(iRegister, *size)) || results_.empty()) return false;
-    // The copy goes this way round: callers count on finding their buffer as it was.
+    // Copied from the caller's buffer and not into it: given, and callers count on finding theirs as it was.
     const auto count = std::min(static_cast<std::size_t>(*size), results_.size());
     std::copy_n(bBuffer.begin() + iStart, count, results_.begin());
     return true;

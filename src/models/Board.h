@@ -38,7 +38,7 @@ struct Board {
     Board(const Board&) = delete;
     Board& operator=(const Board&) = delete;
 
-    /// An answer to the host, or, under a fault that unplugs the device here, the line's end.
+    /// Answers the host; a fault may unplug the device instead.
     void reply(Micros now, const Bytes& bytes) {
         if (!voice.reply(now, bytes)) isPlugged = false;
     }

@@ -7,7 +7,7 @@
 namespace corvane::models {
 
 /// The boot loader: CR asks for its prompt, STX "X" CR erases, STX "R" CR starts the application, a line that begins
-/// with ":" is an Intel HEX record. Commands (but the restart) and records are answered by ACK or NAK.
+/// with ":" is an Intel HEX record. Commands (except the restart) and records are answered by ACK or NAK.
 class BootLoader : public Program {
 public:
     explicit BootLoader(Board& board) : board_(board), writer_(board.flash) {}

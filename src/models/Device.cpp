@@ -13,7 +13,7 @@ constexpr Micros kMs = 1000;
 constexpr Micros kForgetsAfter = 500 * kMs;  // a frame, command or record that has begun and does not go on
 constexpr Micros kBabbleEvery = 10 * kMs;
 constexpr Micros kTenBits = 10'000'000;  // divided by the rate it is a byte's time
-constexpr int kMostGarbage = 16;         // times until the device hears its own rate again
+constexpr int kMostGarbage = 16;         // times it is said until the device hears its own rate again
 constexpr std::string_view kBabble = "tick ";
 
 std::unique_ptr<Program> applicationOf(Board& board) {

@@ -46,7 +46,7 @@ std::optional<Difference> firstDifference(const Flash& memory, const Flash& want
 }
 
 RecordWriter::Taken RecordWriter::take(std::string_view text) {
-    if (text.find_first_of(" \t") != std::string_view::npos) return Taken::refused;  // blanks are no digits on a line
+    if (text.find_first_of(" \t") != std::string_view::npos) return Taken::refused;  // a blank is no digit here
     const auto record = parseHexRecord(text);
     if (!record || !record->checksumRight) return Taken::refused;
     const auto& data = record->data;

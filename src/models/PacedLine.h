@@ -11,7 +11,7 @@ namespace corvane::models {
 /// not disturb each other. The device behind it is not owned and must live longer.
 class PacedLine : public Peer {
 public:
-    /// The rate (bits a second) is the line's until the host has sent something or named one.
+    /// The rate (bits a second) is the line's until the host has sent something or set another one.
     explicit PacedLine(Peer& device, std::uint32_t rate = 19200) : device_(device), rate_(rate) {}
 
     /// Bytes that the host writes now. They reach the device one after the other; none at all changes the rate alone.

@@ -13,7 +13,7 @@ enum class Direction { toDevice, toHost };
 
 /// Bytes that went over a line without a break.
 struct Passage {
-    Micros from = 0;  ///< when the host wrote the first of them, or had it in hand
+    Micros from = 0;  ///< when the host wrote, or received, the first of them
     Micros to = 0;    ///< the same of the last
     Direction direction = Direction::toDevice;
     std::uint32_t rate = 0;  ///< bits a second

@@ -19,7 +19,7 @@ public:
     /// instead of answering.
     [[nodiscard]] bool reply(Micros at, const Bytes& bytes);
 
-    /// Anything else.
+    /// Says something that answers nothing (a banner, say): it is not counted, and no fault strikes it.
     void say(Micros at, const Bytes& bytes);
 
     std::optional<Micros> nextAt() const;

@@ -22,7 +22,7 @@ struct AsyncResult {
 struct ReadFailure {
     enum class Kind {
         none,
-        noAddress,    ///< nobody can be asked for such an address
+        noAddress,    ///< the address is none, or cannot be sent
         noFile,       ///< its path is that of a folder
         unreachable,  ///< there is no server, or no way to it
         login,        ///< the server does not accept user name and password

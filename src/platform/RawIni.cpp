@@ -7,7 +7,7 @@
 namespace corvane {
 namespace {
 
-/// What stands for the character behind a backslash; nothing for one that stands for none.
+/// The character that an escape stands for, by the letter behind its backslash; nothing for an unknown one.
 std::optional<char> unescaped(char c) {
     switch (c) {
         case 'n':

@@ -10,7 +10,7 @@ class SleepInhibitor {
 public:
     virtual ~SleepInhibitor() = default;
 
-    /// From now on; the reason (UTF-8) is for whoever wonders. Once is enough.
+    /// From now on; the reason (UTF-8) is what the system shows to people. A second hold changes nothing.
     virtual void hold(const std::string& reason) = 0;
     virtual void release() = 0;
 };

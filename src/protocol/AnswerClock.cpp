@@ -9,10 +9,10 @@ namespace corvane {
 namespace {
 
 constexpr double kDay = 86400;
-constexpr double kAnswerTime = 0.5;   // the given one
-constexpr double kLongestOwed = 1.5;  // after which an answer does not come any more
-constexpr double kLate = 0.25;        // no device that writes a page takes so long
-constexpr double kCrossed = 7.0 / 8;  // of its time on the line, as far as clocks may differ
+constexpr double kAnswerTime = 0.5;   // s that the given dialogue waits for an answer
+constexpr double kLongestOwed = 1.5;  // s after which no answer comes any more
+constexpr double kLate = 0.25;        // s behind the crossing; a device that writes a page answers sooner
+constexpr double kCrossed = 7.0 / 8;  // of a record's time on the line; the rest is for clocks that differ
 
 }  // namespace
 

@@ -48,7 +48,7 @@ bool DeviceQuery::exchange(const Bytes& frame, std::int32_t timeout, Variant& re
     return received.isAccepted();
 }
 
-/// As far as the bytes are no reply.
+/// Looks for an ACK in what stands before a reply, if there is one.
 void DeviceQuery::noteStrays(const Bytes& bytes) {
     constexpr std::uint8_t kAck = 6;
     const auto reply = std::find(bytes.begin(), bytes.end(), ReplyFrame::kStart);

@@ -109,8 +109,8 @@ bool DeviceScanner::openAgain(const std::string& name, const std::string& settin
     return true;
 }
 
-/// What a port and a device need after a change. Many ports in a row may refuse to open, and the operator does not have
-/// to wait for the last of them.
+/// A port and a device need a moment after a change. Events run in it too, or an operator whose ports refuse to open
+/// one after the other could not cancel before the last of them.
 void DeviceScanner::pause() {
     session_.runtime.Sleep(50);
     session_.runtime.DoEvents();

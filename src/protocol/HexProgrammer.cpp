@@ -9,7 +9,7 @@ namespace corvane {
 namespace {
 
 constexpr std::uint8_t kAck = 6, kNak = 21;
-constexpr std::int32_t kOwed = 1500;  // ms after which nothing that is owed comes any more
+constexpr std::int32_t kOwed = 1500;  // ms of silence; no answer to what was sent before comes later
 constexpr int kMostDoubts = 16;       // that one try may mend
 constexpr int kLateTries = 2;         // after which answers that come late are taken for a habit of the device
 constexpr std::size_t kLargestPage = 4096;

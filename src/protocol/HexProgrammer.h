@@ -99,7 +99,7 @@ private:
     AnswerClock clock_;
     Progress& progress_;
     Digest& digest_;
-    clsTimeout eraseEcho_;  // not over as long as a second erase may still be answered
+    clsTimeout eraseEcho_;  // runs as long as an erase that was heard twice may still be answered a second time
     int repeated_ = 0;
     std::optional<std::string> place_ =
         "";                        // the address record that the device works with; nothing when that is unknown

@@ -6,7 +6,7 @@ namespace {
 constexpr std::uint8_t kEnterIsp = 0x1F;
 constexpr std::uint8_t kLoginFirst = 228;  // a refusal's reason
 constexpr std::uint8_t kAck = 6, kLine = 13, kNak = 21;
-constexpr std::int32_t kOwed = 1500;  // ms after which nothing that is owed comes any more
+constexpr std::int32_t kOwed = 1500;  // ms of silence; no answer to what was sent before comes later
 constexpr double kEraseTime = 10;     // s of silence that an erase may take
 
 // One letter for two things: an application understands "enter the boot loader", a boot loader "erase".
@@ -57,7 +57,7 @@ IspSession::Switch IspSession::switchTarnPlus() {
 
 IspSession::Switch IspSession::switchTarn() {
     const bool answered = session_.send(kLetterX) && lines_.wait_comm(0.5) == kLine;
-    // Nothing protects a line of text: another one than "A" may be a damaged "A".
+    // A line of text has no checksum: one that is not "A" may be a damaged "A", so it counts as no answer.
     return answered && session_.receivedLine.front() == 'A' ? Switch::accepted : Switch::unanswered;
 }
 
@@ -87,8 +87,8 @@ bool IspSession::ISP_Erase() {
     const auto start = session_.runtime.tick();
     const auto answer = session_.send(kLetterX) ? lines_.wait_comm(kEraseTime) : 0;
     bool erased = answer == kAck;
-    // An erase that was not answered in time may still be going on, and this answer may be its. Both are over when the
-    // boot loader prompts again.
+    // An erase that was not answered in time may still be going on, and this may be the first command's answer while
+    // the second one is at work. Both are done when the boot loader prompts again.
     if (erased && isEraseOwed_) erased = awaitPrompt();
     eraseTime_ = static_cast<std::int32_t>(session_.runtime.tick() - start);
     if (answer != kNak) isEraseOwed_ = !erased;
@@ -110,7 +110,7 @@ bool IspSession::awaitPrompt() {
     return false;
 }
 
-/// An answer that was doubled on its way would be taken for the first record's.
+/// Drops a second copy of the erase's answer, which would be taken for the first record's.
 void IspSession::dropEcho() {
     constexpr int kEcho = 20;  // ms
     session_.runtime.Sleep(kEcho);

@@ -183,7 +183,8 @@ constexpr char kNotChanged[] = "The device was not changed.";
 constexpr DeviceRow kDevices[] = {
     {DeviceState::none, Kind::untouched, kNotChanged},
     {DeviceState::application, Kind::untouched, kNotChanged},
-    // Without power a boot loader whose firmware is whole starts that again; of this one nobody knows it.
+    // A boot loader starts firmware that is whole when the power comes back. Whether this one has any is not known, so
+    // it had better stay under power.
     {DeviceState::leftInBootLoader, Kind::untouched, "A device waits in its boot loader; nothing was changed.", false},
     {DeviceState::mayBeInBootLoader, Kind::uncertain,
      "The device may wait in its boot loader. Its firmware is still there."},

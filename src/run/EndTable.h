@@ -7,7 +7,7 @@
 
 namespace corvane {
 
-/// What an end is at a glance.
+/// What an end is at a glance: the colour of the window's strip, and "kind" in --json.
 enum class VerdictKind {
     updated,
     unconfirmed,  ///< programmed, and something about it is not known to be right

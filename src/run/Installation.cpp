@@ -37,11 +37,12 @@ Ending Installation::install(Promise promise, Outcome& outcome) {
     auto ending = program(promise, outcome);
     facts.repeatedRecords = programmer_.repeatedRecords();
     if (outcome.device == DeviceState::application) {
-        // Taken in its boot loader at a port of which nothing is known, it may have been left there at another.
+        // A device that was found in its boot loader, at a port that the journal does not name, may be the one that an
+        // earlier run left behind at another port; then no entry is true any more.
         const bool isAnyones = wasInBootLoader_ && !wasInJournal_;
         closeJournal(isAnyones ? journal_.clear() : journal_.remove(toUtf8(facts.portName)), facts);
     }
-    session_.runtime.DoEvents();  // whoever pressed something meanwhile is still told that it came too late
+    session_.runtime.DoEvents();  // a click or a signal meanwhile is told, while the run is on, that it came too late
     return ending;
 }
 
@@ -64,7 +65,7 @@ Ending Installation::program(Promise promise, Outcome& outcome) {
     return {outcome.device == DeviceState::bootLoaderEmpty ? RunEnd::programmingFailed : RunEnd::eraseFailed};
 }
 
-/// The given end of a run, and after it the question whether it has come true.
+/// Restarts the device as the given dialogue does, and then asks it whether it runs, unless nobody wants to know.
 Ending Installation::restart(Promise promise, Outcome& outcome) {
     view_.phase(RunPhase::reset);
     outcome.device = DeviceState::unheard;
@@ -143,7 +144,7 @@ void Installation::closeJournal(bool isClosed, RunFacts& facts) {
 /// Tries until one succeeds, three in all. An erase that has succeeded is not repeated, unless what was programmed
 /// since is in doubt.
 bool Installation::eraseAndProgram(Outcome& outcome) {
-    constexpr std::int32_t kOwed = 1500;  // ms after which nothing that is owed comes any more
+    constexpr std::int32_t kOwed = 1500;  // ms of silence; no answer to what was sent before comes later
     bool isErased = false;
     while (tries_ < kTries) {
         ++tries_;
@@ -177,7 +178,8 @@ void Installation::endTry() {
     LineReader(session_).wait_comm_empty();
 }
 
-/// A device that had no power for a moment may have started an application that is still whole, or whole already.
+/// A device that lost its power for a moment may have started its application: the old one if the erase had not begun,
+/// the new one if all of it was written. It is switched into its boot loader once more.
 void Installation::bringBack(const RunFacts& facts) {
     if (!session_.comm->PortOpen() || isp_.isPrompting() || wasInBootLoader_) return;
     constexpr std::int32_t kQuestion = 500;  // ms

@@ -39,7 +39,8 @@ Ending OnlinePart::handOver() {
     site_.disconnect();
     log_.ShowInfo(" Disconnected...\r\n");
     log_.ShowInfo(" Install New Corvane...\r\n");
-    // In the download folder the newer program would look in vain for what lies beside this one.
+    // The newer program starts in the Download folder, where no HID library lies beside it: it is told where this
+    // program's is.
     const auto problem =
         successor_.launcher.start(selfUpdate_.newProgram(), {{kHidLibraryVariable, successor_.hidLibrary}});
     return problem.empty() ? Ending{RunEnd::handedOver} : Ending{RunEnd::handOverFailed, problem};

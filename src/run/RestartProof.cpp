@@ -29,7 +29,7 @@ RestartProof::Found RestartProof::find(const DeviceScanner::Way& way, std::strin
     return Found::silent;
 }
 
-/// A device with a USB port of its own leaves the bus when it restarts.
+/// A device with a USB port of its own leaves the bus when it restarts; then its port is opened once more.
 bool RestartProof::isReachable(const std::string& port, const std::string& settings) {
     if (session_.comm->PortOpen() || scanner_.openAgain(port, settings)) return true;
     session_.runtime.Sleep(250);

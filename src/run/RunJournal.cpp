@@ -10,7 +10,7 @@
 namespace corvane {
 namespace {
 
-/// One line a value; what would break that is left out.
+/// The file has a line for each value, so a value must not hold line ends; they are left out.
 std::string oneLine(std::string text) {
     std::erase_if(text, [](char c) { return c == '\n' || c == '\r'; });
     return text;

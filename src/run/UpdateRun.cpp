@@ -172,9 +172,9 @@ Ending UpdateRun::withImage() {
     return p_.installation.install(p_.choices.promise, outcome_);
 }
 
-/// The local file as it was read before the run; else a copy in the Download folder, read once for its digest, the
-/// question and the device. One without any data, a server's error page say, would leave a device erased. Why there is
-/// no image that can be installed; nothing when there is one.
+/// Gets the image: the local file as it was read before the run, else a copy in the Download folder, read once for its
+/// digest, the question and the device. One without any data (a server's error page, say) is refused, since it would
+/// leave a device erased. Nothing when there is an image that can be installed, else why not.
 std::optional<Ending> UpdateRun::takeImage() {
     auto& image = outcome_.facts.image;
     const auto& choices = p_.choices;

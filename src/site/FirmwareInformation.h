@@ -26,7 +26,7 @@ struct FirmwareInformation {
 };
 
 /// Reads the section that the text names up to its first blank (all of it without one). False, with the reason logged,
-/// when there is no firmware.inf or no product in that section; the information is then "Un-Know" or stays untouched.
+/// when there is no firmware.inf (the information stays untouched) or no product in that section (it is "Un-Know").
 [[nodiscard]] bool FTP_CheckFirmware(InfReader& reader, Log& log, const std::string& szDeviceVersion,
                                      FirmwareInformation& information);
 

@@ -18,8 +18,8 @@ public:
     /// Why the copy that the operator agreed to at the last check could not be had.
     const SiteFailure& failure() const { return failure_; }
 
-    /// Where the copy lies that was downloaded last. It is stored as "\download\Corvane.exe" and would be started as
-    /// "/download/corvane.exe"; where letters' case counts, the file that was stored is meant, not another one.
+    /// Where the copy lies that was downloaded last. Its given names differ: it is stored as "\download\Corvane.exe"
+    /// and started as "/download/corvane.exe". On a system that tells upper from lower case, both mean the stored file.
     const std::string& newProgram() const { return path_; }
 
 private:

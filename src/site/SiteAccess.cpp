@@ -47,7 +47,7 @@ SiteFailure failureOf(const ReadFailure& read, const std::string& server) {
     return {Kind::cancelled, "it was cancelled"};
 }
 
-/// The same for a login, whose transfer is that of a listing.
+/// The same for a login, which consists in fetching a folder's listing.
 SiteFailure loginFailureOf(const ReadFailure& read, const std::string& server) {
     auto failure = failureOf(read, server);
     if (failure.kind == Kind::notGiven) {

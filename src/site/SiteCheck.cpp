@@ -72,7 +72,7 @@ void SiteCheck::checkKeys(std::string_view content) {
     parser.parse(content);
 }
 
-/// Heads that one of the readers does not take for one, and names that occur twice.
+/// Section heads that only one of the two readers recognises, and names that occur twice.
 void SiteCheck::checkHeads(std::string_view content) {
     std::set<std::string> seen;
     std::string_view line;

@@ -97,7 +97,7 @@ std::string LinuxLauncher::spawn(const std::string& program, const std::string* 
     return {};
 }
 
-/// Nobody asks how it ended, but it must be asked for.
+/// Takes the ended process off the system's list, where it would stay as a zombie. How it ended does not matter.
 void LinuxLauncher::awaitEnd(int process) {
     const int ended = static_cast<int>(syscall(SYS_pidfd_open, process, 0));  // glibc 2.36 declares its own for C only
     if (ended < 0) return;

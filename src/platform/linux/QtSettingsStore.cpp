@@ -77,7 +77,7 @@ bool QtSettingsStore::SaveSetting(const std::string& application, const std::str
     settings.setValue(name, toQt(value));
     settings.sync();
     if (settings.status() == QSettings::NoError) return true;
-    // Qt would go on offering, and trying to write, what it could not write.
+    // Qt keeps what it could not write, would give it for the stored value and try to write it again: put it back.
     if (before.isValid()) {
         settings.setValue(name, before);
     } else {

@@ -14,7 +14,7 @@ namespace {
 
 constexpr std::initializer_list<int> kEndingSignals = {SIGINT, SIGTERM, SIGHUP};
 
-/// Without those that whoever started the program wants ignored, as nohup does.
+/// The signals that cancel, except those that the program was started with to ignore, as nohup does.
 sigset_t cancelSignals() {
     sigset_t signals;
     sigemptyset(&signals);

@@ -26,8 +26,8 @@ private:
 /// A reader of this program's output that goes away is an error of a write then, and does not end the program.
 void ignoreBrokenPipes();
 
-/// Takes signals as a program does that nobody has prepared. Whoever starts a program hands down which signals are held
-/// back, and those that another one's SignalSource takes are.
+/// Lets signals do again what they do in a freshly started program. A program inherits from the one that starts it
+/// which signals are held back, and a SignalSource there holds back those that it takes.
 void releaseSignals();
 
 /// Keeps SIGINT, SIGTERM and SIGHUP for the SignalSource that is made next, so that nothing is left half done.

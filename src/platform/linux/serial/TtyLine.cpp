@@ -37,7 +37,7 @@ Kind kindOf(int error) {
 }
 
 bool isPseudoTerminal(const struct stat& node) {
-    constexpr unsigned kFirstMajor = 136;  // of the slave sides
+    constexpr unsigned kFirstMajor = 136;  // device numbers of the slave sides
     constexpr unsigned kLastMajor = 143;
     return major(node.st_rdev) >= kFirstMajor && major(node.st_rdev) <= kLastMajor;
 }
@@ -78,7 +78,8 @@ Kind TtyLine::take(const std::string& path) {
     if (descriptor_ < 0) return kindOf(errno);
     if (!isatty(descriptor_)) return Kind::noSerialPort;
     if (flock(descriptor_, LOCK_EX | LOCK_NB) < 0) return kindOf(errno);
-    // On a pseudo-terminal the mark would outlive a killed program for as long as the other side is open.
+    // On a pseudo-terminal this mark ("open for one program alone") would outlive a killed program for as long as the
+    // other side is open.
     if (!pseudo_) ioctl(descriptor_, TIOCEXCL);
     termios2 line{};
     if (ioctl(descriptor_, TCGETS2, &line) < 0) return kindOf(errno);

@@ -50,7 +50,7 @@ CurlSession::CurlSession(LinuxRuntime& runtime, const Address& address)
       easy_(curl_easy_init()),
       timer_(::timerfd_create(CLOCK_MONOTONIC, TFD_NONBLOCK | TFD_CLOEXEC)) {}
 
-// What the first constructor has made is cleaned up when this one throws.
+// The constructor above has finished when this one throws, so the destructor cleans up.
 CurlSession::CurlSession(LinuxRuntime& runtime, const Address& address, const SiteRoute& route, int connectLimitMs)
     : CurlSession(runtime, address) {
     if (timer_ < 0 || !multi_ || !easy_) throw std::runtime_error("The transfer library cannot be started");
@@ -105,7 +105,7 @@ void CurlSession::set(CURLoption option, Value value) {
 }
 
 void CurlSession::applyRoute(const SiteRoute& route) {
-    // A proxy that was chosen and not named is none that could count in place of the environment's.
+    // A proxy that was chosen but not named leaves the environment's in force.
     if (route.access == SiteRoute::Access::byDefault) return;
     if (route.access == SiteRoute::Access::proxy && route.proxy.empty()) return;
     const bool isDirect = route.access == SiteRoute::Access::direct;
@@ -131,7 +131,7 @@ bool CurlSession::isFor(const Address& address) const {
 
 bool CurlSession::isOpen() const {
     const int socket = controlSocket();
-    return socket >= 0 && !isReadable(socket);  // an idle server that speaks takes its leave
+    return socket >= 0 && !isReadable(socket);  // a server that speaks unasked says that it ends the session
 }
 
 std::int64_t CurlSession::size() const {
