@@ -168,10 +168,12 @@ std::string usageText() {
 The FTP password comes from CORVANE_FTP_PASSWORD or the stored settings, the device's
 password from CORVANE_DEVICE_PASSWORD or a question on the terminal.
 
-Exit status: 0 done, the device runs; 1 ended without an update (cancelled, declined, nothing suitable);
-2 wrong usage; 3 no device; 4 site, firmware.inf or image not to be had; 5 boot loader,
-erase or programming failed: the device waits in its boot loader, update it again with --force;
-6 programmed completely, but not heard of since, or (with --verify) another version answers.
+Exit status: 0 done, the device runs (with --no-verify: every record was acknowledged);
+1 ended without an update (cancelled, declined, nothing suitable); 2 wrong usage; 3 no device;
+4 site, firmware.inf or image not to be had; 5 boot loader, erase or programming failed (update
+the device again with --force), or it waits in its boot loader with the new firmware complete;
+6 programmed completely, but not heard of since, an answer too many, or (with --verify)
+another version than the image's.
 )";
 }
 
