@@ -38,7 +38,7 @@ Ending Installation::install(Promise promise, Outcome& outcome) {
     facts.repeatedRecords = programmer_.repeatedRecords();
     if (outcome.device == DeviceState::application) {
         // A device that was found in its boot loader, at a port that the journal does not name, may be the one that an
-        // earlier run left behind at another port; then no entry is true any more.
+        // earlier run left behind at another port: all entries go.
         const bool isAnyones = wasInBootLoader_ && !wasInJournal_;
         closeJournal(isAnyones ? journal_.clear() : journal_.remove(toUtf8(facts.portName)), facts);
     }
