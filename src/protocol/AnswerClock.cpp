@@ -50,11 +50,11 @@ double AnswerClock::patience(bool isNothingOwed) const {
     return std::clamp(1.5 * slowest_, kAnswerTime, kLongestOwed);
 }
 
-bool AnswerClock::isTooEarly() const { return sinceSent() < kCrossed * onLine_; }
+bool AnswerClock::isTooEarly(double ago) const { return sinceSent() - ago < kCrossed * onLine_; }
 
-AnswerClock::Arrival AnswerClock::arrival() const {
-    if (pace_ == Pace::byRate && isTooEarly()) return Arrival::early;
-    return sinceSent() - onLine_ > std::max(kLate, 3 * slowest_) ? Arrival::late : Arrival::usual;
+AnswerClock::Arrival AnswerClock::arrival(double ago) const {
+    if (pace_ == Pace::byRate && isTooEarly(ago)) return Arrival::early;
+    return sinceSent() - ago - onLine_ > std::max(kLate, 3 * slowest_) ? Arrival::late : Arrival::usual;
 }
 
 void AnswerClock::taken(bool isProven) {

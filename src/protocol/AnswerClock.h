@@ -31,8 +31,8 @@ public:
 
     enum class Arrival { usual, early, late };
 
-    /// What to think of an answer that comes now.
-    Arrival arrival() const;
+    /// What to think of an answer that came so many seconds ago.
+    Arrival arrival(double ago = 0) const;
 
     /// An answer has come now and was taken for the last record's. A proven one, with nothing else owed, teaches how
     /// slow this device is and whether the rate says anything.
@@ -42,7 +42,7 @@ private:
     enum class Pace { unknown, byRate, free };
 
     double sinceSent() const;
-    bool isTooEarly() const;
+    bool isTooEarly(double ago = 0) const;
 
     Runtime& runtime_;
     Pace pace_ = Pace::unknown;

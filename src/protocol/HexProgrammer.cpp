@@ -82,7 +82,9 @@ HexProgrammer::Found HexProgrammer::attempt(const std::string& code) {
 
 /// A record that loses its ":" leaves a bare carriage return, which asks for the prompt. A prompt at any time but that
 /// of an answer, or behind the first segment, is taken for a restart.
-bool HexProgrammer::isAskedFor() const { return !isBeyond_ && clock_.arrival() == AnswerClock::Arrival::usual; }
+bool HexProgrammer::isAskedFor() const {
+    return !isBeyond_ && clock_.arrival(lines_.silence()) == AnswerClock::Arrival::usual;
+}
 
 HexProgrammer::Found HexProgrammer::judge(std::uint8_t answer) {
     if (lines_.along().answers() > 0) return Found::extra;

@@ -33,14 +33,12 @@ void LineReader::wait_comm_empty() {
 }
 
 std::uint8_t LineReader::wait_comm(double dTimeout, const std::string& strEcho) {
-    constexpr double kDay = 86400;
     session_.receivedLine.clear();
     rest_.clear();
     int taken = 0;
-    double noted = session_.runtime.secondsOfDay();
+    heardAt_ = session_.runtime.secondsOfDay();
     while (taken < kLongestLine && !session_.cancel.isRequested()) {
-        const double passed = session_.runtime.secondsOfDay() - noted;
-        if ((passed < 0 ? passed + kDay : passed) >= dTimeout) return 0;
+        if (silence() >= dTimeout) return 0;
         session_.runtime.WaitActivity(1);
         session_.runtime.DoEvents();
         if (session_.comm->InBufferCount() < 1) {
@@ -48,15 +46,21 @@ std::uint8_t LineReader::wait_comm(double dTimeout, const std::string& strEcho) 
             continue;
         }
         const auto bytes = bytesOf(session_.comm->CommInput());
+        heardAt_ = session_.runtime.secondsOfDay();
         for (std::size_t i = 0; i < bytes.size(); ++i, ++taken) {
             const auto end = take(bytes[i], strEcho);
             if (!end) continue;
             rest_.assign(bytes.begin() + static_cast<std::ptrdiff_t>(i) + 1, bytes.end());
             return end;
         }
-        noted = session_.runtime.secondsOfDay();
     }
     return 0;
+}
+
+double LineReader::silence() const {
+    constexpr double kDay = 86400;
+    const double passed = session_.runtime.secondsOfDay() - heardAt_;
+    return passed < 0 ? passed + kDay : passed;
 }
 
 bool LineReader::isPromptSeen() const { return holdsPrompt(session_.receivedLine) || along().prompt; }

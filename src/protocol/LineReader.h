@@ -36,6 +36,9 @@ public:
     /// What stood behind the end of the last reply, in what was read with it.
     Strays along() const { return straysIn(rest_); }
 
+    /// How many seconds ago its last byte came in. A prompt does not end a reply: silence does.
+    double silence() const;
+
     /// Whether the last reply, or what was read with it, holds a prompt.
     bool isPromptSeen() const;
 
@@ -51,6 +54,7 @@ private:
 
     DeviceSession& session_;
     Bytes rest_;
+    double heardAt_ = 0;  // s of the day: when the last reply's last byte came, or the wait for one began
 };
 
 }  // namespace corvane

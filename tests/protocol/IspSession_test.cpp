@@ -92,6 +92,26 @@ TEST_P(Isp, ErasesOnAcknowledgementWithinTenSeconds) {
     }
 }
 
+TEST_P(Isp, BeginsToProgramAfterALateEraseOnlyWhenTheBootLoaderPrompts) {
+    for (const bool prompts : {true, false}) {
+        auto& boot = connectPeer();
+        boot.answer("\x02X\r", "");
+        boot.say(begin + 10400, Bytes{6});  // the first one's, which the second command has not waited for
+        if (prompts) boot.say(begin + 14000, Bytes{6});
+        for (int i = 0; prompts && i < 4; ++i) boot.say(begin + 14001 + 50 * i, "\r\nAVR>");  // it was asked meanwhile
+        isp.beginDevice();
+        EXPECT_FALSE(isp.ISP_Erase());
+        EXPECT_TRUE(isp.wasEraseSilent());
+        EXPECT_EQ(isp.ISP_Erase(), prompts);
+        if (prompts) {
+            expectMs(14000 + 1500, 14000 + 1700);
+        } else {
+            expectMs(20400, 20800);
+        }
+        EXPECT_EQ(boot.heardText().substr(0, 7), "\x02X\r\x02X\r\r");
+    }
+}
+
 /// A HID port takes what it is given within a millisecond a report; only a slow line has bytes that wait.
 TEST(IspOnSerial, WaitsForTheTransmitBufferInFiveStepsAtMost) {
     fakes::SerialBench bench;

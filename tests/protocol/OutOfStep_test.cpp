@@ -1,0 +1,209 @@
+#include "Dialogue.h"
+#include "protocol/HexProgrammer.h"
+#include "support/FakeDigest.h"
+#include "text/Text.h"
+
+namespace corvane {
+namespace {
+
+/// Records by a letter, so that a row shows what goes over the line: "0" the one at address 0, "u" and "s" back to the
+/// first segment and on to the second, "g" to the second by an address record of type 2, "e" the end.
+const std::map<char, std::string> kRecords = {
+    {'0', ":0400000001020304F2"}, {'a', ":0400100005060708D2"}, {'b', ":04002000090A0B0CB2"},
+    {'c', ":040030000D0E0F1092"}, {'u', ":020000040000FA"},     {'s', ":020000040001F9"},
+    {'g', ":020000021000EC"},     {'e', ":00000001FF"},
+};
+
+std::string recordsOf(const std::string& letters) {
+    std::string all;
+    for (const char letter : letters) all += kRecords.at(letter) + "\r";
+    return all;
+}
+
+class OutOfStep : public Dialogue {
+protected:
+    /// A device that has been erased. Its first answer was to that; the first record has the second one.
+    void connectErased(std::initializer_list<std::string_view> faults = {}, std::uint32_t rate = 19200) {
+        auto options = bootLoader(faults);
+        options.baud = rate;
+        connect(options);
+        reopen(*device, std::to_string(rate) + ",N,8,1");
+        ASSERT_TRUE(isp.ISP_Erase());
+        programmer.beginDevice();
+        heardBefore = device->log().bytesHeard;
+    }
+
+    /// The device does not hear this sending, counted from 1; of a negative one it only misses the ":".
+    void lose(int sending, const std::string& wire) {
+        const auto place = static_cast<std::size_t>(std::abs(sending)) - 1;
+        const auto from = heardBefore + recordsOf(wire.substr(0, place)).size();
+        const auto size = sending < 0 ? 1 : kRecords.at(wire.at(place)).size() + 1;
+        for (std::size_t i = 1; i <= size; ++i) device->faults().add("drop-byte@" + std::to_string(from + i));
+    }
+
+    /// In letters, "?" for anything else.
+    std::string sent() const {
+        std::string letters;
+        const auto heard = textOf(device->log().heard.at(device->options().baud)).substr(heardBefore);
+        std::string_view line;
+        for (Lines lines(heard); lines.next(line);) {
+            char letter = '?';
+            for (const auto& [name, record] : kRecords) letter = record == line ? name : letter;
+            letters += letter;
+        }
+        return letters;
+    }
+
+    bool program(const std::string& letters) {
+        return programmer.ISP_Program(Image("x.hex", recordsOf(letters), digest));
+    }
+
+    void expectMemory(const std::string& letters) const {
+        EXPECT_EQ(models::comparison(device->flash(), models::imageOf(recordsOf(letters))), "memory equals image");
+    }
+
+    /// Tells of the record that was just taken.
+    struct Watch : Progress {
+        std::function<void()> onStep;
+        void progress(std::int64_t, std::int64_t) override {
+            if (onStep) onStep();
+        }
+        void transferred(std::int64_t, std::int64_t) override {}
+    };
+
+    fakes::FakeDigest digest;
+    Watch watch;
+    HexProgrammer programmer{session, watch, digest};
+    std::size_t heardBefore = 0;
+};
+
+TEST_P(OutOfStep, AnAnswerThatMayBeAnotherRecordsIsNotBelieved) {
+    const struct {
+        const char* name;
+        std::initializer_list<std::string_view> faults;  // the second answer is the first record's
+        std::vector<int> lost;
+        std::string serial, hid;  // what is sent
+    } cases[] = {
+        {"late, and the next one lost", {"delay@2=600"}, {3}, "aabb0e", "aabb0e"},
+        {"late twice, and the next one lost", {"delay@2=600", "delay@3=700"}, {3}, "aabb0e", "aabb0e"},
+        {"late within its time, its repetition lost", {"delay@2=300"}, {2}, "aaab0e", "aaab0e"},
+        // A HID reader may hand over the second copy later than the first.
+        {"twice at once, and the next one lost", {"noise@2=06"}, {2}, "aaab0e", "abab0e"},
+        {"twice, and the next one lost", {"noise@3=06", "pieces@3=2/5"}, {3}, "ab0b0e", "ab0b0e"},
+        {"refused, and accepted at once", {"noise@3=15"}, {3}, "abaab0e", "abaab0e"},
+        {"refused, a line of text, accepted", {"noise@3=1568690d", "pieces@3=5/20"}, {3}, "abaab0e", "abaab0e"},
+        // Only a port that counts what it has not sent yet shows this before anything is known of the device's pace.
+        {"the erase's twice, the first one lost", {"noise@1=06", "pieces@1=2/25"}, {1}, "aab0e", ""},
+        {"one refused", {"nak@:04002000090A0B0CB2"}, {}, "abb0e", "abb0e"},
+    };
+    for (const auto& one : cases) {
+        SCOPED_TRACE(one.name);
+        const auto& wire = isHid() ? one.hid : one.serial;
+        if (wire.empty()) continue;
+        connectErased(one.faults);
+        for (const int sending : one.lost) lose(sending, wire);
+        EXPECT_TRUE(program("0abe") && programmer.isQuiet());
+        EXPECT_EQ(sent(), wire);
+        expectMemory("0abe");
+    }
+}
+
+TEST_P(OutOfStep, ARestartOfTheBootLoaderEndsTheTry) {
+    const struct {
+        const char* name;
+        std::string file;
+        int restartsAtStep;  // 0: it does not
+        std::vector<std::string> faults;
+        int lost;
+        std::string wire;
+        bool isDone, mustErase;
+    } cases[] = {
+        {"its prompt where an answer was due",
+         "0abce",
+         3,
+         {"boot-deaf=300", "banner=0d0a4156523e"},
+         0,
+         "ababc0e",
+         true,
+         false},
+        {"its prompt before an answer", "0abce", 3, {"banner=0d0a4156523e"}, 0, "ababc0e", true, false},
+        {"not a word, first segment", "0abce", 3, {"boot-deaf=300"}, 0, "abbc0e", true, false},
+        {"not a word, behind it", "asbce", 4, {"boot-deaf=300"}, 0, "asbc", false, true},
+        {"none, but the prompt", "0abce", 0, {}, -3, "abcabc0e", true, false},
+        {"none, but the prompt behind", "asbce", 0, {}, -4, "asbc", false, true},
+    };
+    for (const auto& one : cases) {
+        SCOPED_TRACE(one.name);
+        connectErased();
+        for (const auto& fault : one.faults) device->faults().add(fault);
+        if (one.lost) lose(one.lost, one.wire);
+        int steps = 0;
+        watch.onStep = [&] {
+            if (++steps != one.restartsAtStep) return;
+            device->unplug();
+            device->plugIn(bench.runtime.micros());
+        };
+        EXPECT_EQ(program(one.file), one.isDone);
+        EXPECT_EQ(sent(), one.wire);
+        EXPECT_EQ(programmer.mustEraseAgain(), one.mustErase);
+        if (one.isDone) expectMemory(one.file);
+    }
+}
+
+TEST_P(OutOfStep, APromptThatNoRecordHasAskedForIsARestart) {
+    const auto first = bytesOf(recordsOf("a")), second = bytesOf(recordsOf("b")),
+               prompt = bytesOf(std::string("\r\nAVR>"));
+    for (const int after : {-1, 300}) {  // ms behind the second record; once before it is there
+        auto& boot = connectPeer();
+        boot.answer(first, after < 0 ? fakes::ScriptedPeer::Replies{{1, {6}}, {2, prompt}}
+                                     : fakes::ScriptedPeer::Replies{{1, {6}}});
+        if (after > 0) boot.answer(second, {{after, prompt}});
+        programmer.beginDevice();
+        EXPECT_FALSE(program("abce"));
+        EXPECT_EQ(boot.heardText(), recordsOf("ab"));
+        EXPECT_TRUE(programmer.mustEraseAgain());
+    }
+}
+
+TEST_P(OutOfStep, EachRecordLandsInItsSegmentInTheNextTry) {
+    const struct {
+        const char* fault;
+        std::string file, wire;
+    } cases[] = {
+        {"nak@:020000040000FAx3", "asaubce",
+         "asauuu"
+         "uasaubce"},
+        {"nak@:04002000090A0B0CB2x3", "agbe",
+         "agbgbgb"
+         "uagbe"},
+    };
+    for (const auto& one : cases) {
+        SCOPED_TRACE(one.file);
+        connectErased();
+        device->faults().add(one.fault);
+        EXPECT_FALSE(program(one.file));
+        EXPECT_FALSE(programmer.mustEraseAgain());
+        EXPECT_TRUE(program(one.file));
+        EXPECT_EQ(sent(), one.wire);
+        expectMemory(one.file);
+    }
+}
+
+TEST_P(OutOfStep, ASlowDeviceIsProgrammed) {
+    const std::string longest = ":FF010000" + std::string(2 * 255, '0') + "00\r";
+    for (const std::uint32_t rate : {9600U, 19200U}) {
+        for (const char* delay : {"delayx*=510", "delayx*=540"}) {
+            connectErased({delay}, rate);
+            EXPECT_TRUE(program("0abce") && programmer.isQuiet());
+            EXPECT_EQ(sent(), "aabc0e");
+        }
+    }
+    connectErased({}, 9600);
+    EXPECT_TRUE(programmer.ISP_Program(Image("x.hex", longest, digest)));
+    EXPECT_EQ(programmer.repeatedRecords(), 0);
+}
+
+CORVANE_OVER_EACH_PORT(OutOfStep);
+
+}  // namespace
+}  // namespace corvane
