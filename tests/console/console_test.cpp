@@ -89,6 +89,33 @@ TEST_F(UpdateCommand, AsksOnATerminalOnly) {
     }
 }
 
+TEST_F(UpdateCommand, InstallsAnUnsoundImageOnlyForWhoeverHasSeenWhatIsWrong) {
+    const struct {
+        std::vector<std::string> words;
+        std::deque<std::string> typed;  // on a terminal, when there is something
+        int code;
+        const char* said;
+    } cases[] = {
+        {{"--yes"}, {}, 1, "Nobody is there to answer the question; --accept-unsound"},
+        {{"--yes"}, {""}, 1, "the file has no end record"},
+        {{"--yes"}, {"y"}, 0, "the file has no end record"},
+        {{"--yes", "--accept-unsound"}, {}, 0, "Yes, as --accept-unsound says."},
+        {{"--accept-unsound"}, {}, 1, "Nobody is there to answer the question; --yes"},
+    };
+    auto& device = plug();
+    const auto cut = image("[INFO]\nPGM=TARN\n:0400000001020304F2\n");
+    for (const auto& one : cases) {
+        terminal.there = !one.typed.empty();
+        terminal.lines = one.typed;
+        std::vector<std::string> words = {"update", "--file", cut};
+        words.insert(words.end(), one.words.begin(), one.words.end());
+        const auto erases = device.log().erases;
+        EXPECT_EQ(run(words), one.code);
+        EXPECT_TRUE(says(one.said)) << err.text;
+        EXPECT_EQ(device.log().erases - erases, one.code == 0);
+    }
+}
+
 TEST_F(UpdateCommand, TakesTheDevicesPasswordFromWhereItIsGiven) {
     models::DeviceOptions options;
     options.password = "s\xE9same";

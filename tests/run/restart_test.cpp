@@ -1,0 +1,142 @@
+#include "RunBench.h"
+
+namespace corvane {
+namespace {
+
+/// What comes of the restart into the new application, and what is said of it.
+class Restart : public RunTest {
+protected:
+    Restart() { asksAfterwards(true); }
+
+    models::DeviceOptions updatable() const {
+        models::DeviceOptions options;
+        options.nextVersion = "TARN-R200 V5.2R1";
+        return options;
+    }
+
+    /// Runs, and lets something happen in the moment before the device is told to restart.
+    Outcome startAnd(const std::function<void()>& happens, bool force = false) {
+        loadImage();
+        when("Update Finish\r\n", [this, happens] {
+            restartAt = runtime.ms();
+            happens();
+        });
+        return start(force);
+    }
+
+    /// The restart command's letter, behind its STX, does not arrive as it was sent.
+    void harmRestart(const std::string& fault) {
+        device().faults().add(fault + "@" + std::to_string(device().log().bytesHeard + 2));
+    }
+
+    int finishes() {
+        int count = 0;
+        for (auto at = log().find("Update Finish"); at != std::string::npos; at = log().find("Update Finish", at + 1))
+            ++count;
+        return count;
+    }
+
+    RunJournal journal{folder};
+    std::int64_t restartAt = 0;
+};
+
+TEST_F(Restart, IsProven) {
+    const struct {
+        const char* name;
+        std::function<void()> happens;
+        RunEnd end;
+        DeviceState device;
+        int restarts;
+        std::int64_t atLeast, atMost;  // ms from the restart on
+        const char* cause = "";
+    } cases[] = {
+        {"obeyed", [] {}, RunEnd::updated, DeviceState::application, 1, 300, 1000},
+        {"refused", [this] { harmRestart("corrupt-byte"); }, RunEnd::updated, DeviceState::application, 1, 600, 2500},
+        {"lost", [this] { harmRestart("drop-byte"); }, RunEnd::updated, DeviceState::application, 1, 600, 2500},
+        {"a slow start",
+         [this] {
+             device().faults().add("deaf@01");
+             runtime.at(runtime.ms() + 3000, [this] { device().faults() = {}; });
+         },
+         RunEnd::updated, DeviceState::application, 1, 3000, 4500},
+        {"unheard", [this] { device().faults().add("deaf@01"); }, RunEnd::notHeardOf, DeviceState::unheard, 1, 8000,
+         10000},
+        {"unplugged", [this] { device().unplug(); }, RunEnd::notHeardOf, DeviceState::unheard, 0, 8000, 10000,
+         "COM1 was lost"},
+        {"an answer too many",
+         [this] { device().faults().add("noise@" + std::to_string(device().log().replies + 1) + "=06"); },
+         RunEnd::outOfStep, DeviceState::inDoubt, 1, 300, 1000},
+    };
+    for (const auto& one : cases) {
+        SCOPED_TRACE(one.name);
+        plugOnly({}, updatable());
+        EXPECT_TRUE(journal.clear());
+        const auto outcome = startAnd(one.happens);
+        EXPECT_EQ(outcome.end, one.end);
+        EXPECT_EQ(outcome.device, one.device);
+        EXPECT_EQ(outcome.cause, one.cause);
+        EXPECT_EQ(device().log().restarts, one.restarts);
+        EXPECT_GE(runtime.ms() - restartAt, one.atLeast);
+        EXPECT_LE(runtime.ms() - restartAt, one.atMost);
+        EXPECT_EQ(finishes(), 1);
+        EXPECT_EQ(journal.read().empty(), one.device == DeviceState::application);
+        EXPECT_EQ(memoryFault(), "");
+    }
+}
+
+TEST_F(Restart, IsTriedThreeTimes) {
+    models::DeviceOptions never;
+    never.kind = models::Kind::boot;
+    plugOnly({}, never);
+    const auto outcome = startAnd([] {}, true);
+    EXPECT_EQ(outcome.end, RunEnd::notRestarted);
+    EXPECT_EQ(outcome.device, DeviceState::bootLoaderComplete);
+    EXPECT_EQ(device().log().restarts, 3);
+    EXPECT_EQ(finishes(), 1);
+    EXPECT_FALSE(journal.read().empty());
+}
+
+TEST_F(Restart, LeadsToTheVersionThatWasInstalled) {
+    const struct {
+        Promise promise;
+        bool isOther;
+        RunEnd end;
+        std::size_t questions;
+    } cases[] = {
+        {Promise::version, false, RunEnd::updated, 1},
+        {Promise::version, true, RunEnd::otherVersion, 1},
+        {Promise::running, true, RunEnd::notConfirmed, 1},
+        {Promise::programmed, true, RunEnd::updated, 0},
+    };
+    for (const auto& one : cases) {
+        plugOnly({}, one.isOther ? models::DeviceOptions() : updatable());
+        loadImage();
+        updater.choices.promise = one.promise;
+        std::size_t asked = 0;
+        when("Update Finish\r\n", [&] { asked = device().log().requests.size(); });
+        const auto outcome = updater.run().run(false);
+        EXPECT_EQ(outcome.end, one.end);
+        EXPECT_EQ(outcome.device, DeviceState::application);
+        EXPECT_EQ(device().log().requests.size() - asked, one.questions);
+    }
+}
+
+TEST_F(Restart, OfTheBootLoaderMeanwhileIsFollowedByAnErase) {
+    plugOnly({}, updatable());
+    loadImage(
+        "[INFO]\nPGM=TARN\nVER=V5.2R1\nBUD=2024/01/31\n:0400100005060708D2\n:020000040001F9\n"
+        ":04002000090A0B0CB2\n:040030000D0E0F1092\n:00000001FF\n");
+    when("Programming...", [this] {
+        if (device().log().erases > 1) return;
+        device().faults().add("boot-deafx1=300");
+        runtime.at(runtime.ms() + 25, [this] {
+            device().unplug();
+            device().plugIn(runtime.micros());
+        });
+    });
+    EXPECT_EQ(start().end, RunEnd::updated);
+    EXPECT_EQ(device().log().erases, 2);
+}
+
+}  // namespace
+}  // namespace corvane
