@@ -5,7 +5,7 @@
 namespace corvane {
 
 std::string RunPorts::name() const {
-    const auto name = session_.comm->CommPort();
+    auto name = session_.comm->CommPort();
     const auto text = reader_.deviceText();
     if (name.empty() || text.compare(0, name.size(), name) != 0) return name;
     return name + " (F/W:" + reader_.firmwareText() + ")";

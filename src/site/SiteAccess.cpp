@@ -182,7 +182,7 @@ std::string SiteAccess::FTP_DownloadFirmware(const std::string& UrlFile, const C
                                                      : "the site's name for it, " + shown + ", may be no file's here"};
         return {};
     }
-    const auto path = folder_.resolve("\\Download\\" + name);
+    auto path = folder_.resolve("\\Download\\" + name);
     if (!FTP_Download(UrlFile, path, check)) return {};
     if (!choices_.offLine) return path;
     failure_ = FileExists(path) ? checked(path, check)
