@@ -9,7 +9,7 @@
 #include "bench/Report.h"
 #include "bench/Signals.h"
 #include "bench/Station.h"
-#include "text/HidBench.h"
+#include "cable/HidBench.h"
 #include "text/RuntimeError.h"
 #include "text/Text.h"
 

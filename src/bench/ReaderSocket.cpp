@@ -4,7 +4,7 @@
 #include <sys/socket.h>
 #include <sys/un.h>
 
-#include "text/HidBench.h"
+#include "cable/HidBench.h"
 
 namespace corvane::bench {
 namespace {

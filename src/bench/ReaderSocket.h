@@ -12,7 +12,7 @@
 namespace corvane::bench {
 
 /// The Unix socket at which the bench's build of the HID transport library finds the simulated readers (the format is
-/// in text/HidBench.h). A reader that is unplugged leaves the list and loses its connections; one that is plugged in
+/// in cable/HidBench.h). A reader that is unplugged leaves the list and loses its connections; one that is plugged in
 /// again is back. What a reader says while no program has it open is lost. The loop must live longer; the file is
 /// removed at the end.
 class ReaderSocket : public Timed {

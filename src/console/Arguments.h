@@ -33,7 +33,7 @@ struct Arguments {
 };
 
 /// Reads the words behind the program's name. Nothing when they are wrong, with a sentence about it in problem.
-std::optional<Arguments> parseArguments(const std::vector<std::string>& words, std::string& problem);
+[[nodiscard]] std::optional<Arguments> parseArguments(const std::vector<std::string>& words, std::string& problem);
 
 /// What --help prints.
 std::string usageText();

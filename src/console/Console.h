@@ -55,6 +55,6 @@ int checkCommand(Console& console, const Arguments& arguments);
 int checkSiteCommand(Console& console, const Arguments& arguments);
 
 /// Answers --version and --help, for which nothing needs to be set up; False for any other command.
-bool answersAlone(const Arguments& arguments, TextSink& out);
+[[nodiscard]] bool answersAlone(const Arguments& arguments, TextSink& out);
 
 }  // namespace corvane

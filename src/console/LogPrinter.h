@@ -26,7 +26,7 @@ public:
     LogPrinter(TextSink& out, bool json) : out_(out), json_(json) {}
 
     /// Writes the file anew; false when it cannot be opened.
-    bool copyTo(const std::string& path);
+    [[nodiscard]] bool copyTo(const std::string& path);
 
     /// False when something could not be written to the file.
     bool isCopyWhole() const { return !copy_.is_open() || copy_.good(); }

@@ -19,8 +19,8 @@ std::string FirmwareRecord::encoded() const {
 
 std::string GetField(std::string_view szRecord, int lIndex) {
     if (lIndex < 0 || lIndex > 4) return {};
-    for (char end = 1; end <= lIndex; ++end) {
-        const auto at = szRecord.find(end);
+    for (int end = 1; end <= lIndex; ++end) {
+        const auto at = szRecord.find(static_cast<char>(end));
         if (at == std::string_view::npos) return {};
         szRecord.remove_prefix(at + 1);
     }

@@ -19,10 +19,10 @@ public:
 
     /// Sends code, count and parameters. False when it was not accepted, or not sent at all: port closed, commands
     /// disabled, exchange running. Throws RuntimeError overflow for more than 255 parameters.
-    bool SendHIDCMD(std::uint8_t bCmd, const Bytes& bParams, Bytes& bResults);
+    [[nodiscard]] bool SendHIDCMD(std::uint8_t bCmd, const Bytes& bParams, Bytes& bResults);
 
     /// Sends the bytes as they are; says nothing about IsCommandNotSupported.
-    bool SendHIDRawCmd(const Bytes& bRawCmds, Bytes& bResults);
+    [[nodiscard]] bool SendHIDRawCmd(const Bytes& bRawCmds, Bytes& bResults);
 
     /// Ends the running exchange at its next turn.
     void CancelHIDCommand() { cancel_ = true; }

@@ -5,6 +5,7 @@
 
 #include "hid/HidIdentifiers.h"
 #include "text/Number.h"
+#include "text/SettingsText.h"
 #include "text/Text.h"
 
 namespace corvane {
@@ -17,15 +18,13 @@ constexpr int kClosePause = 50;                // ms
 constexpr std::int32_t kSilentProductId = 21;  // takes no commands
 constexpr char kSilentMark[] = "HID1";         // neither does one whose product text says this in brackets
 
-/// The rate that a settings text names, 0 when it names none. "57600N" is the rate 57600, as for a serial port.
+/// The rate that a settings text names, the last one where there are several; 0 when it names none.
 std::int32_t rateOf(const std::string& settings) {
     double rate = 0;
     for (const auto& field : split(settings, ',')) {
-        const double value = leadingNumber(field);
-        if (value == 0 && !isNumeric(field)) continue;
-        const bool stopBits = value == 1 || value == 1.5 || value == 2;
-        const bool dataBits = value >= 4 && value <= 8;
-        if (!stopBits && !dataBits) rate = std::trunc(value);
+        const auto kind = settingsFieldOf(field);
+        const bool isZero = kind == SettingsField::none && isNumeric(field);
+        if (kind == SettingsField::rate || isZero) rate = std::trunc(leadingNumber(field));
     }
     return toLong(rate);
 }

@@ -289,4 +289,14 @@ void VellIO::AsyncIO(bool bAsyncIO) {
     if (session_.handle) session_.library.setAsyncIO(session_.handle, bAsyncIO ? -1 : 0);
 }
 
+std::int32_t VellCallBackProc(std::int32_t hVell, std::intptr_t user, std::int32_t wParam, std::int32_t lParam) {
+    auto& control = *reinterpret_cast<VellIO*>(user);  // NOLINT(performance-no-int-to-ptr): a C interface's way
+    try {
+        return control.VellIOProc(hVell, wParam, lParam);
+    } catch (...) {
+        control.keepError(std::current_exception());  // it must not pass through the library's C frames
+        return 0;
+    }
+}
+
 }  // namespace corvane

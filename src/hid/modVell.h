@@ -107,7 +107,8 @@ public:
     Operation<decltype(vellGetIndexedString)> getIndexedString{*this, "vellGetIndexedString"};
 };
 
-/// What the library calls: turns the user value back into the control and hands over the other three.
+/// What the library calls, defined beside the control: turns the user value back into the control and hands over the
+/// other three.
 extern "C" std::int32_t VellCallBackProc(std::int32_t hVell, std::intptr_t user, std::int32_t wParam,
                                          std::int32_t lParam);
 

@@ -8,7 +8,7 @@
 #include <utility>
 
 #include "models/Peer.h"
-#include "text/HidReport.h"
+#include "cable/HidReport.h"
 
 namespace corvane::models {
 

@@ -5,6 +5,7 @@
 #include <string>
 
 #include "text/RuntimeError.h"
+#include "text/SettingsText.h"
 #include "text/Variant.h"
 
 namespace corvane {
@@ -32,17 +33,6 @@ enum CommEventCode : std::int32_t {
     kFramingError = 1004,
     kReceiveOverflow = 1008,
     kSendFull = 1010,
-};
-
-/// The four line settings of an open port: bits a second; 0 none, 1 odd, 2 even, 3 mark, 4 space; 4 to 8 data bits;
-/// 0, 1, 2 for one, one and a half, two stop bits.
-struct CommState {
-    std::uint32_t baudRate = 0;
-    std::uint8_t parity = 0;
-    std::uint8_t dataBits = 8;
-    std::uint8_t stopBits = 0;
-
-    bool operator==(const CommState&) const = default;
 };
 
 /// Why the last opening failed, for advice to the operator.

@@ -47,7 +47,10 @@ public:
     virtual std::string ParityReplace() { return {}; }
     virtual void ParityReplace(const std::string& /*szParityReplace*/) {}
     virtual bool PortOpen() { return false; }
-    virtual void PortOpen(bool /*bPortOpen*/) {}  ///< never throws; read it back to learn how it went
+
+    /// Read it back to learn how it went. A serial port keeps its control's errors to itself; a HID reader's pass, such
+    /// as a negative rate, which no reader can be told, or a port that is attached to nothing (RuntimeError).
+    virtual void PortOpen(bool /*bPortOpen*/) {}
     virtual std::int32_t RThreshold() { return 0; }
     virtual void RThreshold(std::int32_t /*lRThreshold*/) {}
     virtual bool RTSEnable() { return false; }

@@ -1,10 +1,10 @@
 #include "ports/clsMSComm.h"
 
-#include <cmath>
 #include <cstdio>
 #include <utility>
 
 #include "text/Number.h"
+#include "text/SettingsText.h"
 #include "text/Text.h"
 
 namespace corvane {
@@ -95,17 +95,21 @@ void clsMSComm::Settings(const std::string& szSettings) {
     const auto text = trimmed(szSettings);
     if (fields.size() != 4 || text.empty()) return;
     for (const auto& piece : split(text, ',')) {
-        const double value = leadingNumber(piece);
-        if (value == 0) {
-            const auto letter = upperCase(piece);
-            if (letter.size() == 1 && std::string_view("NOESM").find(letter) != std::string_view::npos)
+        switch (settingsFieldOf(piece)) {
+            case SettingsField::rate:
+                fields[0] = piece;
+                break;
+            case SettingsField::parity:
                 fields[1] = piece;
-        } else if (value == 1 || value == 1.5 || value == 2) {
-            fields[3] = piece;
-        } else if (value == 4 || value == 5 || value == 6 || value == 7 || value == 8) {
-            fields[2] = piece;
-        } else {
-            fields[0] = piece;
+                break;
+            case SettingsField::dataBits:
+                fields[2] = piece;
+                break;
+            case SettingsField::stopBits:
+                fields[3] = piece;
+                break;
+            case SettingsField::none:
+                break;
         }
     }
     m_szSettings = joined(fields, ",");
@@ -122,39 +126,17 @@ std::string clsMSComm::GetCOMMSettings(std::int32_t handle) {
         GetSystemErrorText(control().GetLastError());
         return {};
     }
-    static constexpr const char* kStopBits[] = {"1", "1.5", "2"};
-    if (state.parity > 4 || state.dataBits < 4 || state.dataBits > 8 || state.stopBits > 2) return {};
-    return std::to_string(state.baudRate) + "," + "NOEMS"[state.parity] + "," + std::to_string(state.dataBits) + "," +
-           kStopBits[state.stopBits];
+    return settingsTextOf(state).value_or(std::string());
 }
 
 namespace {
 
-bool isKnownRate(double rate) {
-    for (const double listed :
-         {110, 300, 600, 1200, 2400, 4800, 9600, 14400, 19200, 38400, 56000, 57600, 115200, 128000, 256000}) {
+/// The rates of ordinary ports, nearly all of them multiples of 150; 0 is one too and passes.
+bool isKnownRate(std::uint32_t rate) {
+    for (const std::uint32_t listed : {110, 56000, 128000, 256000}) {
         if (rate == listed) return true;
     }
-    return std::fmod(rate, 150) == 0;
-}
-
-/// The four fields as line values; False when one of them is none.
-bool parseSettings(const std::string& szSettings, CommState& state) {
-    const auto fields = split(szSettings, ',');
-    if (fields.size() != 4) return false;
-    const double rate = roundToEven(leadingNumber(fields[0]));
-    const auto parity = std::string_view("NOEMS").find(upperCase(fields[1]));
-    const double dataBits = roundToEven(leadingNumber(fields[2]));
-    const double stopBits = leadingNumber(fields[3]);
-    if (!isKnownRate(rate) || rate < 0 || rate > 4294967295.0) return false;
-    if (fields[1].size() != 1 || parity == std::string_view::npos) return false;
-    if (dataBits < 4 || dataBits > 8) return false;
-    if (stopBits != 1 && stopBits != 1.5 && stopBits != 2) return false;
-    state.baudRate = static_cast<std::uint32_t>(rate);
-    state.parity = static_cast<std::uint8_t>(parity);
-    state.dataBits = static_cast<std::uint8_t>(dataBits);
-    state.stopBits = static_cast<std::uint8_t>((stopBits - 1) * 2);
-    return true;
+    return rate % 150 == 0;
 }
 
 }  // namespace
@@ -162,8 +144,9 @@ bool parseSettings(const std::string& szSettings, CommState& state) {
 bool clsMSComm::SetCOMMSettings(std::int32_t handle, const std::string& szSettings) {
     CommState state;
     const bool read = control().GetCommState(handle, state);
-    if (read && !parseSettings(szSettings, state)) return false;
-    if (read && control().SetCommState(handle, state)) return true;
+    const auto wanted = parseSettingsText(szSettings);
+    if (read && (!wanted || !isKnownRate(wanted->baudRate))) return false;
+    if (read && control().SetCommState(handle, *wanted)) return true;
     GetSystemErrorText(control().GetLastError());
     return false;
 }

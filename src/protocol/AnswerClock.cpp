@@ -2,8 +2,7 @@
 
 #include <algorithm>
 
-#include "text/Number.h"
-#include "text/Text.h"
+#include "text/SettingsText.h"
 
 namespace corvane {
 namespace {
@@ -22,14 +21,11 @@ void AnswerClock::beginDevice(bool hasLine) {
 }
 
 void AnswerClock::settings(const std::string& text) {
-    const auto fields = split(text, ',');
-    const double rate = leadingNumber(fields.front());
-    double bits = 1 + 8 + 1;
-    if (fields.size() == 4) {
-        const auto parity = upperCase(trimmed(fields[1]));
-        bits = 1 + leadingNumber(fields[2]) + (parity == "N" ? 0 : 1) + leadingNumber(fields[3]);
+    byteTime_ = 0;
+    if (const auto line = parseSettingsText(text); line && line->baudRate > 0) {
+        const double bits = 1 + line->dataBits + (line->parity ? 1 : 0) + 1 + line->stopBits / 2.0;
+        byteTime_ = bits / line->baudRate;
     }
-    byteTime_ = rate >= 1 ? bits / rate : 0;
     onLine_ = 0;
 }
 

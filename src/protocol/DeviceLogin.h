@@ -15,16 +15,16 @@ public:
 
     /// Logs in when the device wants it. A refused password is asked for until the device takes one or the answer is
     /// empty; what was typed stands in szPass afterwards.
-    bool Login(std::string& szPass);
+    [[nodiscard]] bool Login(std::string& szPass);
 
     /// The device's version text, in Windows-1252; the time-out is the longest silence in ms.
-    bool GetVersion(std::string& szVersion, std::int32_t timeout = 3000);
+    [[nodiscard]] bool GetVersion(std::string& szVersion, std::int32_t timeout = 3000);
 
     /// Whether an answer of a boot loader's has come in while the version was asked for.
     bool takeStrayAck() { return query_.takeStrayAck(); }
 
     /// True when a boot loader answers a carriage return with its prompt.
-    bool DetectPrompt();
+    [[nodiscard]] bool DetectPrompt();
 
     /// Waits so many ms while events run.
     void Delay(std::int32_t lDelayTime);

@@ -15,11 +15,11 @@ public:
     /// is the longest silence in ms. True when the device accepted. The type of vReplay on entry selects how the
     /// reply's data is converted; a refused reply delivers its data too, every other failure leaves the empty value.
     /// The port must be in binary input mode.
-    bool Query(std::uint8_t bFunction, Variant& vReplay, const Variant& vParam, std::uint8_t bMachine,
-               std::int32_t dwTimeout);
+    [[nodiscard]] bool Query(std::uint8_t bFunction, Variant& vReplay, const Variant& vParam, std::uint8_t bMachine,
+                             std::int32_t dwTimeout);
 
     /// The same without interest in the reply's data.
-    bool Query(std::uint8_t bFunction, std::int32_t dwTimeout);
+    [[nodiscard]] bool Query(std::uint8_t bFunction, std::int32_t dwTimeout);
 
     /// Whether the last query got a sound reply, accepted or refused.
     bool wasAnswered() const { return answered_; }
@@ -29,7 +29,7 @@ public:
     bool takeStrayAck() { return std::exchange(strayAck_, false); }
 
 private:
-    bool exchange(const Bytes& frame, std::int32_t timeout, Variant& reply);
+    [[nodiscard]] bool exchange(const Bytes& frame, std::int32_t timeout, Variant& reply);
 
     DeviceSession& session_;
     void noteStrays(const Bytes& bytes);

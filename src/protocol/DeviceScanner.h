@@ -33,7 +33,7 @@ public:
     const PortCount& portCount() const { return portCount_; }
 
     /// Opens a port once more at settings at which a device was found, without a word in the log.
-    bool openAgain(const std::string& name, const std::string& settings);
+    [[nodiscard]] bool openAgain(const std::string& name, const std::string& settings);
 
     /// How a device was found, and is asked again: at these settings in this protocol, "TarnPlus" or "Tarn"; at every
     /// setting that a scan tries and in both when no protocol is known.
@@ -44,10 +44,10 @@ public:
 
     /// Asks the device on the current port for its version, without a word in the log; a TarnPlus device has so many ms
     /// to answer.
-    bool askVersion(const Way& way, std::int32_t timeout, std::string& version);
+    [[nodiscard]] bool askVersion(const Way& way, std::int32_t timeout, std::string& version);
 
     /// Changes the line's settings, unless they are those already; false on a port that was lost.
-    bool setSettings(const std::string& settings);
+    [[nodiscard]] bool setSettings(const std::string& settings);
 
     /// Whether an answer of a boot loader's has come in meanwhile.
     bool takeStrayAck() { return login_.takeStrayAck(); }

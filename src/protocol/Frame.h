@@ -15,7 +15,7 @@ std::int32_t BytesSize(const Bytes& bytes);
 
 /// The request: 0x01, address, function, count, parameters, CRC of all but the first, high byte first. Numbers go most
 /// significant byte first, texts not at all. Nothing when there are more than 255 parameter bytes.
-std::optional<Bytes> requestFrame(std::uint8_t machine, std::uint8_t function, const Variant& parameter);
+[[nodiscard]] std::optional<Bytes> requestFrame(std::uint8_t machine, std::uint8_t function, const Variant& parameter);
 
 /// Puts a reply together out of whatever arrives. It has a request's layout with a status in place of the function.
 class ReplyFrame {

@@ -42,13 +42,13 @@ public:
 
     /// Programs an image, all of its ":" lines. False when a record failed three times or a runtime error occurred,
     /// whose description the log shows; nothing is sent after that. Opens no file.
-    bool ISP_Program(const Image& image);
+    [[nodiscard]] bool ISP_Program(const Image& image);
 
     /// Programs an image file, read now. A file that cannot be read is the runtime error "File not found".
-    bool ISP_Program(const std::string& HexFile);
+    [[nodiscard]] bool ISP_Program(const std::string& HexFile);
 
     /// Sends one record with up to three tries, logging them with bShowCode. Passes the port's errors on.
-    bool ProgramHex(const std::string& code, bool bShowCode);
+    [[nodiscard]] bool ProgramHex(const std::string& code, bool bShowCode);
 
     /// Whether nothing has come in after the last record counted as taken; to be asked a moment after ISP_Program.
     bool isQuiet();

@@ -42,7 +42,7 @@ public:
 
     /// Switches a device that has fallen back into its application once more, without a word in the log; true when the
     /// prompt was seen then.
-    bool returnToBootLoader();
+    [[nodiscard]] bool returnToBootLoader();
 
     /// Waits in steps of 50 ms, up to the limit in ms, until the open port has sent everything.
     void wait_output_empty(std::int32_t limit);

@@ -186,7 +186,8 @@ void Installation::bringBack(const RunFacts& facts) {
     const auto bootSettings = session_.comm->Settings();
     std::string version;
     const bool runs = scanner_.askVersion({facts.settings, facts.protocolName}, kQuestion, version);
-    if (!runs || !isp_.returnToBootLoader()) scanner_.setSettings(bootSettings);
+    if (runs && isp_.returnToBootLoader()) return;
+    (void)scanner_.setSettings(bootSettings);  // a port that refuses them is met at the next question
 }
 
 /// The pause before the restart; an answer that comes in it is one too many.

@@ -5,7 +5,7 @@
 namespace corvane {
 
 std::string RunPorts::name() const {
-    const auto name = session_.comm->CommPort();
+    auto name = session_.comm->CommPort();
     const auto text = reader_.deviceText();
     if (name.empty() || text.compare(0, name.size(), name) != 0) return name;
     return name + " (F/W:" + reader_.firmwareText() + ")";
@@ -26,7 +26,8 @@ void RunPorts::close(RunView& view) {
     });
     session_.comm = &hidPort_;
     keptApart([&] {
-        if (hidPort_.PortOpen() && session_.loggedIn) query_.Query(kEndOfSession, 3000);
+        // A reader that does not answer this is closed all the same.
+        if (hidPort_.PortOpen() && session_.loggedIn) (void)query_.Query(kEndOfSession, 3000);
     });
     keptApart([&] {
         if (hidPort_.PortOpen()) hidPort_.PortOpen(false);

@@ -9,7 +9,7 @@ namespace corvane {
 
 /// Takes a file (the system's bytes) as the local image. False when it has no ":" line or cannot be read; no image is
 /// chosen then, and the choices say why.
-bool LoadHexInfo(Choices& choices, const std::string& path, Digest& digest);
+[[nodiscard]] bool LoadHexInfo(Choices& choices, const std::string& path, Digest& digest);
 
 /// Reads the chosen file again, for a run that is about to begin: it may have been built anew since it was chosen, and
 /// from here on the run opens it no more. When it cannot be read any longer, or holds no image, the choice stays as it

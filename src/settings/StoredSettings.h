@@ -27,10 +27,10 @@ public:
 
     /// The operator's account, server and mode; what else was chosen stays as it is.
     void load(Choices& choices) const;
-    bool save(const Choices& choices);
+    [[nodiscard]] bool save(const Choices& choices);
 
     ConnectionSettings connection() const;
-    bool save(const ConnectionSettings& connection);
+    [[nodiscard]] bool save(const ConnectionSettings& connection);
 
     /// In Windows-1252, as the site writes it; empty when none was ever chosen.
     std::string lastSection() const;

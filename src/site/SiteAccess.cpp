@@ -60,16 +60,15 @@ SiteFailure loginFailureOf(const ReadFailure& read, const std::string& server) {
 
 }  // namespace
 
-SiteAccess::SiteAccess(FTPDownload& ftp, AsyncReader& reader, Runtime& runtime, const Choices& choices,
-                       SettingsStore& settings, const ProgramFolder& folder, Log& log, Progress& progress)
-    : ftp_(ftp),
-      reader_(reader),
-      runtime_(runtime),
-      choices_(choices),
-      settings_(settings),
-      folder_(folder),
-      log_(log),
-      progress_(progress) {
+SiteAccess::SiteAccess(const SiteParts& parts)
+    : ftp_(parts.ftp),
+      reader_(parts.reader),
+      runtime_(parts.runtime),
+      choices_(parts.choices),
+      settings_(parts.settings),
+      folder_(parts.folder),
+      log_(parts.log),
+      progress_(parts.progress) {
     ftp_.GetProgress = [this](std::int32_t percent) { progress_.progress(percent, 100); };
     ftp_.AsyncReadProgress = [this](const AsyncResult& read) { progress_.transferred(read.bytesRead, read.bytesMax); };
 }
@@ -182,7 +181,7 @@ std::string SiteAccess::FTP_DownloadFirmware(const std::string& UrlFile, const C
                                                      : "the site's name for it, " + shown + ", may be no file's here"};
         return {};
     }
-    const auto path = folder_.resolve("\\Download\\" + name);
+    auto path = folder_.resolve("\\Download\\" + name);
     if (!FTP_Download(UrlFile, path, check)) return {};
     if (!choices_.offLine) return path;
     failure_ = FileExists(path) ? checked(path, check)

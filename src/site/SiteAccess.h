@@ -13,12 +13,23 @@
 
 namespace corvane {
 
+/// What the way to the site is put together from.
+struct SiteParts {
+    FTPDownload& ftp;
+    AsyncReader& reader;
+    Runtime& runtime;
+    const Choices& choices;
+    SettingsStore& settings;
+    const ProgramFolder& folder;
+    Log& log;
+    Progress& progress;
+};
+
 /// The maker's FTP site as a run uses it: login, downloads, and the idle watch that closes the session 180 seconds
 /// after the login. Owns nothing it is given.
 class SiteAccess {
 public:
-    SiteAccess(FTPDownload& ftp, AsyncReader& reader, Runtime& runtime, const Choices& choices, SettingsStore& settings,
-               const ProgramFolder& folder, Log& log, Progress& progress);
+    explicit SiteAccess(const SiteParts& parts);
     ~SiteAccess();
     SiteAccess(const SiteAccess&) = delete;
     SiteAccess& operator=(const SiteAccess&) = delete;

@@ -9,7 +9,7 @@
 #include <unistd.h>
 #include <utility>
 
-#include "text/HidBench.h"
+#include "cable/HidBench.h"
 #include "vellio/HidBackend.h"
 
 namespace corvane::vellio {

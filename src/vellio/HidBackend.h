@@ -6,7 +6,7 @@
 #include <string>
 #include <vector>
 
-#include "text/HidReport.h"
+#include "cable/HidReport.h"
 
 namespace corvane::vellio {
 

@@ -83,7 +83,7 @@ void prompt(std::string_view bytes) {
     if (login.GetVersion(version)) require(!version.empty(), "a version that was given is not empty");
     bench.face.answers = {"one", "two"};
     std::string password = "quill";
-    login.Login(password);
+    (void)login.Login(password);
 }
 
 void update(std::string_view bytes) {

@@ -7,7 +7,6 @@
 #include "fuzz/Targets.h"
 #include "platform/RawIni.h"
 #include "platform/serial/PortMapFile.h"
-#include "platform/serial/SettingsText.h"
 #include "run/JobRecord.h"
 #include "run/RunJournal.h"
 #include "support/FakeProgramFolder.h"
@@ -17,6 +16,7 @@
 #include "text/Json.h"
 #include "text/Number.h"
 #include "text/RuntimeError.h"
+#include "text/SettingsText.h"
 #include "text/Text.h"
 
 namespace corvane::fuzz {

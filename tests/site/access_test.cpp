@@ -26,7 +26,7 @@ protected:
 
     Choices choices;
     FTPDownload ftp{reader, runtime};
-    SiteAccess site{ftp, reader, runtime, choices, settings, folder, face, face};
+    SiteAccess site{{ftp, reader, runtime, choices, settings, folder, face, face}};
 };
 
 TEST_F(Access, LoginFailsWithItsOwnCauseAndLeavesNoConnection) {

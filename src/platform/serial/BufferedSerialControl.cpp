@@ -3,7 +3,6 @@
 #include <algorithm>
 #include <system_error>
 
-#include "platform/serial/SettingsText.h"
 
 namespace corvane {
 namespace {
@@ -91,7 +90,7 @@ void BufferedSerialControl::forgetLine() {
 
 void BufferedSerialControl::Settings(const std::string& settings) {
     const auto state = parseSettingsText(settings);
-    if (!state) throw PortError::invalidValue();
+    if (!state || state->baudRate == 0) throw PortError::invalidValue();
     if (PortOpen()) {
         lastError_ = writeLine(*state);
         if (lastError_) throw PortError::invalidValue();

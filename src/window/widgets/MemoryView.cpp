@@ -44,7 +44,9 @@ void MemoryView::paintBar(QPainter& painter, const QRect& bar) const {
     painter.fillRect(bar, colours.color(QPalette::Base));
     painter.fillRect(bar, QBrush(colours.color(QPalette::Mid), Qt::BDiagPattern));
     const double scale = bar.width() / static_cast<double>(map_->end - map_->first);
-    const auto place = [&](std::uint64_t address) { return static_cast<int>((address - map_->first) * scale); };
+    const auto place = [&](std::uint64_t address) {
+        return static_cast<int>(static_cast<double>(address - map_->first) * scale);
+    };
     for (const auto& segment : map_->segments) {
         const int left = std::min(place(segment.first), bar.width() - kLeast);
         const int right = std::max(place(segment.first + segment.bytes), left + kLeast);

@@ -1,4 +1,4 @@
-#include "text/HidBench.h"
+#include "cable/HidBench.h"
 
 #include <cstdio>
 

@@ -1,4 +1,4 @@
-#include "text/HidReport.h"
+#include "cable/HidReport.h"
 
 #include <algorithm>
 
