@@ -21,7 +21,6 @@ TEST_P(Line, EndsAReplyAsTheByteSays) {
         {"\002F\r\002F\002A\r", "F", 13, "A"},  // neither does a mere echo
         {"F1FA\r", "F", 13, "1FA"},             // cut after the first echo
         {"AF\r\x06", "F", 6, ""},
-        {"ab\x06", "", 6, "ab"},
         {"\x15", "", 21, ""},
         {std::string("\002x\0y\xE9\r", 6), "", 13, std::string("x\0y\xE9", 4)},
         {"no end", "", 0, "no end"},
