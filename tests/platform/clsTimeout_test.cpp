@@ -36,19 +36,11 @@ TEST(clsTimeout, LastsItsPeriodWhereverTheCounterStands) {
         while (!t.timeout.WaitTimeout()) continue;
         EXPECT_EQ(t.runtime.ms(), c.ms) << c.from << " " << c.period;
     }
-    const struct {
-        std::uint32_t from;
-        int ms;
-        std::int32_t counted;
-    } gaps[] = {
-        {5, 300, 300},          {0x7FFFFFFF, 300, 299}, {0x7FFFFF00, 300, 299},
-        {0x80000000, 300, 300}, {0xFFFFFFFF, 300, 300}, {0x7FFFFFFF, 1, 0},
-    };
-    for (const auto& c : gaps) {
+    for (const auto& [from, counted] : {std::pair(0x7FFFFF00u, 299), {0xFFFFFF00u, 300}}) {
         for (const std::int32_t more : {0, 1}) {
-            Timed t(c.from, c.counted + more);
-            t.runtime.Sleep(c.ms);
-            EXPECT_EQ(t.timeout.IsTimeout(), more == 0) << std::hex << c.from;
+            Timed t(from, counted + more);
+            t.runtime.Sleep(300);
+            EXPECT_EQ(t.timeout.IsTimeout(), more == 0) << std::hex << from;
         }
     }
 }

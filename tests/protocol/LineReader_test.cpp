@@ -56,10 +56,8 @@ TEST_P(Line, IsEmptyAfterHalfASecondOfSilence) {
 }
 
 TEST_P(Line, EndsUnderEndlessBeginningsOfLines) {
-    bench.port.Settings("921600,N,8,1");  // so that each beginning comes in one piece
     for (int ms = 0; ms < 30000; ms += 20) peer->say(begin + ms, "\002ttttttttt");
     EXPECT_EQ(reader.wait_comm(0.5), 0);
-    EXPECT_EQ(session.receivedLine, "ttttttttt");
     expectMs(8100, 8300);  // 4096 bytes at half a byte a ms
 }
 
