@@ -1,7 +1,6 @@
 #include "models/Device.h"
 
 #include <gtest/gtest.h>
-#include <stdexcept>
 
 #include "Talk.h"
 
@@ -9,9 +8,6 @@ namespace corvane::models {
 namespace {
 
 constexpr const char* kVersionQuery = "010001005070";
-constexpr const char* kSwitch = "01001f00f079";
-constexpr const char* kAccepted = "010006006072";
-constexpr const char* kRefused = "01001500507f";
 constexpr const char* kErase = "02580d";
 constexpr const char* kRecord = "3a3031303031303030333342430d";  // :0100100033BC
 
@@ -21,33 +17,11 @@ DeviceOptions plain() {
     return options;
 }
 
-TEST(TarnPlusDevice, AnswersRequestsByteForByte) {
-    const struct {
-        const char *password, *request, *reply;
-    } rows[] = {
-        {"", "010501005160", "010506035631008a7d"},  // the address comes back, the version has its NUL
-        {"", "01000000c071", "0100060400011000a6b6"},
-        {"quill", "01000000c071", "01000604ff011000b286"},
-        {"quill", "01000305041c05006c2295", kAccepted},
-        {"", "010003016b5bb0", kRefused},
-        {"quill", kSwitch, "01001501e43b10"},
-        {"", "01000700f073", "0100150101b0d1"},
-        {"", "0dfe02010001005070", "01000603563100df7d"},
-        {"", "010001005071", ""},
-    };
-    for (const auto& row : rows) {
-        auto options = plain();
-        if (*row.password) options.password = row.password;
-        Device device(options);
-        EXPECT_EQ(Talk{device}.ask(row.request), row.reply) << row.request;
-    }
-}
-
 TEST(TarnPlusDevice, ForgetsAFrameThatDoesNotGoOn) {
     Device device(plain());
     Talk talk{device};
     talk.timeline("0100", 501);
-    EXPECT_EQ(talk.ask(kVersionQuery), "01000603563100df7d");
+    EXPECT_EQ(talk.ask("010501005160"), "010506035631008a7d") << "its own address, and the version with its NUL";
     talk.timeline("010001", 499);
     EXPECT_EQ(talk.ask("005070"), "01000603563100df7d");
 }
@@ -72,25 +46,6 @@ TEST(BootLoader, RestartsIntoAnApplicationOnlyWhenThereIsOne) {
             if (powerLoss) device.plugIn(talk.now);
             EXPECT_EQ(device.isInBoot(), powerLoss ? row.staysAfterPowerLoss : row.staysAfterRestart)
                 << row.heard.size();
-        }
-    }
-}
-
-TEST(Faults, SayWhatIsWrongWithTheirText) {
-    const std::pair<const char*, const char*> rows[] = {
-        {"nack@5", "fault \"nack@5\": there is no fault \"nack\""},
-        {"nak@five", "fault \"nak@five\": the place \"five\" is no number"},
-        {"nak@5x0", "fault \"nak@5x0\": a count goes from 1 to 1000000, or is \"*\""},
-        {"nak@5=1", "fault \"nak@5=1\": it has no value"},
-        {"erase-slow", "fault \"erase-slow\": a value is missing"},
-        {"noise=fe8", "fault \"noise=fe8\": bytes are written as pairs of hexadecimal digits"},
-    };
-    for (const auto& [text, complaint] : rows) {
-        try {
-            Faults().add(text);
-            ADD_FAILURE() << text;
-        } catch (const std::invalid_argument& error) {
-            EXPECT_STREQ(error.what(), complaint);
         }
     }
 }

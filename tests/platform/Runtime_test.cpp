@@ -132,16 +132,6 @@ TYPED_TEST(RuntimeContract, PolledSourceIsServedInWaitsWhileBusy) {
     runtime.remove(source);
 }
 
-TEST(LinuxRuntime, BusySourceThatIsSilentIsServedLessOften) {
-    LinuxRuntime runtime;
-    Source source;
-    source.busy = true;
-    runtime.add(source);
-    runtime.Sleep(400);
-    EXPECT_LE(source.serviced, 300);
-    runtime.remove(source);
-}
-
 /// A descriptor that can be read from once for each put.
 struct Event {
     ~Event() { ::close(fd); }

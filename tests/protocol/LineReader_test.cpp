@@ -47,14 +47,6 @@ TEST_P(Line, WaitsForSilenceNotForTheWholeReplyAlsoPastMidnight) {
     }
 }
 
-TEST_P(Line, IsEmptyAfterHalfASecondOfSilence) {
-    peer->say(begin + 450, "late");
-    peer->say(begin + 940, "later");
-    reader.wait_comm_empty();
-    expectMs(1440, 1460);
-    EXPECT_EQ(bench.port.InBufferCount(), 0);
-}
-
 TEST_P(Line, EndsUnderEndlessBeginningsOfLines) {
     for (int ms = 0; ms < 30000; ms += 20) peer->say(begin + ms, "\002ttttttttt");
     EXPECT_EQ(reader.wait_comm(0.5), 0);
