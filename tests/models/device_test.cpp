@@ -1,7 +1,6 @@
 #include "models/Device.h"
 
 #include <gtest/gtest.h>
-#include <stdexcept>
 
 #include "Talk.h"
 
@@ -9,12 +8,8 @@ namespace corvane::models {
 namespace {
 
 constexpr const char* kVersionQuery = "010001005070";
-constexpr const char* kSwitch = "01001f00f079";
-constexpr const char* kAccepted = "010006006072";
-constexpr const char* kRefused = "01001500507f";
 constexpr const char* kErase = "02580d";
 constexpr const char* kRecord = "3a3031303031303030333342430d";  // :0100100033BC
-constexpr const char* kRestart = "02520d";
 
 DeviceOptions plain() {
     DeviceOptions options;
@@ -22,56 +17,23 @@ DeviceOptions plain() {
     return options;
 }
 
-TEST(TarnPlusDevice, AnswersRequestsByteForByte) {
-    const struct {
-        const char* what;
-        bool hasPassword;
-        const char* request;
-        const char* reply;
-    } rows[] = {
-        {"version with its NUL", false, kVersionQuery, "01000603563100df7d"},
-        {"another address comes back", false, "010501005160", "010506035631008a7d"},
-        {"no login needed", false, "01000000c071", "0100060400011000a6b6"},
-        {"login needed", true, "01000000c071", "01000604ff011000b286"},
-        {"password right", true, "01000305041c05006c2295", kAccepted},
-        {"password wrong", true, "010003016b5bb0", kRefused},
-        {"password not asked for", false, "010003016b5bb0", kRefused},
-        {"switch before a login", true, kSwitch, "01001501e43b10"},
-        {"switch", false, kSwitch, kAccepted},
-        {"end of session", false, "010004000073", kAccepted},
-        {"no such function", false, "01000700f073", "0100150101b0d1"},
-        {"garbage ahead of the frame", false, "0dfe02010001005070", "01000603563100df7d"},
-        {"a wrong CRC", false, "010001005071", ""},
-        {"text commands of the older kind", false, "024430300d", ""},
-    };
-    for (const auto& row : rows) {
-        auto options = plain();
-        if (row.hasPassword) options.password = "quill";
-        Device device(options);
-        EXPECT_EQ(Talk{device}.ask(row.request), row.reply) << row.what;
-    }
-}
-
 TEST(TarnPlusDevice, ForgetsAFrameThatDoesNotGoOn) {
     Device device(plain());
     Talk talk{device};
     talk.timeline("0100", 501);
-    EXPECT_EQ(talk.ask(kVersionQuery), "01000603563100df7d");
+    EXPECT_EQ(talk.ask("010501005160"), "010506035631008a7d") << "its own address, and the version with its NUL";
     talk.timeline("010001", 499);
     EXPECT_EQ(talk.ask("005070"), "01000603563100df7d");
 }
 
 TEST(BootLoader, RestartsIntoAnApplicationOnlyWhenThereIsOne) {
     const struct {
-        const char* what;
         std::vector<const char*> heard;
         bool staysAfterRestart, staysAfterPowerLoss;
-    } rows[] = {
-        {"nothing done", {}, false, false},
-        {"erased", {kErase}, true, true},
-        {"half programmed", {kErase, kRecord}, false, true},
-        {"end record in", {kErase, kRecord, "3a303030303030303146460d"}, false, false},
-    };
+    } rows[] = {{{}, false, false},
+                {{kErase}, true, true},
+                {{kErase, kRecord}, false, true},
+                {{kErase, kRecord, "3a303030303030303146460d"}, false, false}};
     for (const auto& row : rows) {
         for (const bool powerLoss : {false, true}) {
             auto options = plain();
@@ -79,71 +41,29 @@ TEST(BootLoader, RestartsIntoAnApplicationOnlyWhenThereIsOne) {
             Device device(options);
             Talk talk{device};
             for (const auto* bytes : row.heard) talk.ask(bytes);
-            if (powerLoss) {
-                device.unplug();
-                EXPECT_EQ(talk.ask("0d"), "");
-                device.plugIn(talk.now);
-            } else {
-                talk.ask(kRestart);
-            }
-            EXPECT_EQ(device.isInBoot(), powerLoss ? row.staysAfterPowerLoss : row.staysAfterRestart) << row.what;
-        }
-    }
-}
-
-TEST(Faults, SayWhatIsWrongWithTheirText) {
-    const struct {
-        const char* text;
-        const char* complaint;
-    } rows[] = {
-        {"", "fault \"\": there is no fault \"\""},
-        {"nack@5", "fault \"nack@5\": there is no fault \"nack\""},
-        {"nak@five", "fault \"nak@five\": the place \"five\" is no number"},
-        {"nak@0", "fault \"nak@0\": a place counts from 1"},
-        {"nak@", "fault \"nak@\": the place \"\" is no number"},
-        {"nak@5x0", "fault \"nak@5x0\": a count goes from 1 to 1000000, or is \"*\""},
-        {"nak@5=1", "fault \"nak@5=1\": it has no value"},
-        {"erase-nak@1", "fault \"erase-nak@1\": it has no place"},
-        {"erase-slow", "fault \"erase-slow\": a value is missing"},
-        {"erase-slow=1s", "fault \"erase-slow=1s\": the value \"1s\" is no number"},
-        {"refuse=e4", "fault \"refuse=e4\": a place is missing"},
-        {"deaf@100", "fault \"deaf@100\": the function \"100\" is not 0 to ff"},
-        {"noise=fe8", "fault \"noise=fe8\": bytes are written as pairs of hexadecimal digits"},
-        {"pieces=0", "fault \"pieces=0\": there is at least one piece"},
-        {"delay@4294967296=1", "fault \"delay@4294967296=1\": the place \"4294967296\" is no number"},
-    };
-    for (const auto& row : rows) {
-        try {
-            Faults().add(row.text);
-            ADD_FAILURE() << row.text;
-        } catch (const std::invalid_argument& error) {
-            EXPECT_STREQ(error.what(), row.complaint);
+            if (powerLoss) device.unplug();
+            EXPECT_EQ(talk.ask("02520d"), "");  // the request for a restart
+            if (powerLoss) device.plugIn(talk.now);
+            EXPECT_EQ(device.isInBoot(), powerLoss ? row.staysAfterPowerLoss : row.staysAfterRestart)
+                << row.heard.size();
         }
     }
 }
 
 TEST(Faults, OfReplies) {
     const struct {
-        const char* fault;
-        const char* first;  // what two version queries, a second apart, are answered
-        const char* second;
+        const char *fault, *first, *second;  // what two version queries, a second apart, are answered
     } rows[] = {
-        {"crc", "0:0100060256313c3b", "0:0100060256313c7b"},
         {"crc@01x2", "0:0100060256313c3b", "0:0100060256313c3b"},
         {"crc@02", "0:0100060256313c7b", "0:0100060256313c7b"},
-        {"corrupt@2", "0:0100060256313c7b", "0:0100060216313c7b"},
         {"corrupt@1=2", "0:0100460256313c7b", "0:0100060256313c7b"},
-        {"drop@1", "", "0:0100060256313c7b"},
         {"dropx*", "", ""},
         {"repeat@2", "0:0100060256313c7b", "0:0100060256313c7b0100060256313c7b"},
-        {"delay@1=300", "300:0100060256313c7b", "0:0100060256313c7b"},
         {"delay@1=1300", "", "300:0100060256313c7b0100060256313c7b"},
         {"pieces=3/50", "0:010006 50:025631 100:3c7b", "0:010006 50:025631 100:3c7b"},
-        {"pieces@2=20/1", "0:0100060256313c7b", "0:01 1:00 2:06 3:02 4:56 5:31 6:3c 7:7b"},
         {"noise=feff", "0:feff0100060256313c7b", "0:feff0100060256313c7b"},
         {"refuse@1=07", "0:0100150107b251", "0:0100150107b251"},
         {"deaf@1x1", "", "0:0100060256313c7b"},
-        {"drop-byte@3", "", "0:0100060256313c7b"},
         {"corrupt-byte@12", "0:0100060256313c7b", ""},
     };
     for (const auto& row : rows) {
@@ -169,10 +89,7 @@ TEST(Faults, KeepARecordsNumberInEveryTry) {
             said += talk.line(line);
         return said;
     };
-    EXPECT_EQ(round(), "061515");
-    EXPECT_EQ(round(), "06151506");
-    EXPECT_EQ(round(), "06060606");
-    EXPECT_EQ(device.log().records.size(), 12U);
+    EXPECT_EQ(round() + " " + round() + " " + round(), "061515 06151506 06060606");
     talk.ask(kErase);
     talk.line(":00000001FF");
     device.faults().add("nak@1");

@@ -76,12 +76,10 @@ TEST(LinuxLauncher, StartedProgramStandsOnItsOwnAndAddressesArriveWhole) {
 
 TEST(LinuxLauncher, WhatCannotRunIsTold) {
     LinuxSide side;
-    const auto missing = side.folder.at("missing"), lost = side.folder.file("lost", "#!/no/such/interpreter\n");
-    EXPECT_EQ(side.launcher.start(missing, {}), missing + ": No such file or directory");
+    const auto lost = side.folder.file("lost", "#!/no/such/interpreter\n");
     EXPECT_EQ(side.launcher.start(lost, {}), lost + ": No such file or directory");
     EXPECT_EQ(side.launcher.start(side.folder.path(), {}), side.folder.path() + ": Permission denied");
     EXPECT_NE(side.launcher.open("--help"), "");
-    EXPECT_NE(side.launcher.open(""), "");
     setenv("PATH", side.folder.at("nothing").c_str(), 1);
     EXPECT_EQ(side.launcher.open("https://corvane.example/"), "xdg-open: No such file or directory");
 }

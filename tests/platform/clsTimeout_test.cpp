@@ -8,14 +8,13 @@ namespace corvane {
 namespace {
 
 struct Timed {
-    explicit Timed(std::uint32_t tickAtStart, std::int32_t period) {
+    Timed(std::uint32_t tickAtStart, std::int32_t period) {
         runtime.tickAtStart(tickAtStart);
-        timeout.emplace(runtime);
-        timeout->Timeout(period);
+        timeout.Timeout(period);
     }
 
     fakes::FakeRuntime runtime;
-    std::optional<clsTimeout> timeout;
+    clsTimeout timeout{runtime};
 };
 
 /// The step over 2^31 counts one millisecond less than it took, the step over 2^32 exactly what it took.
@@ -26,32 +25,22 @@ TEST(clsTimeout, LastsItsPeriodWhereverTheCounterStands) {
         std::int64_t ms;
     } waits[] = {
         {0, 1000, 1000},
-        {0, 1, 1},
         {0, 0, 1},
         {0x7FFFFFFFu - 5000, 1000, 1000},
         {0x80000000u, 1000, 1000},
-        {0xFFFFFFFFu - 5000, 1000, 1000},
         {0x7FFFFFFFu - 100, 1000, 1001},
         {0xFFFFFFFFu - 100, 1000, 1000},
     };
     for (const auto& c : waits) {
         Timed t(c.from, c.period);
-        while (!t.timeout->WaitTimeout()) continue;
+        while (!t.timeout.WaitTimeout()) continue;
         EXPECT_EQ(t.runtime.ms(), c.ms) << c.from << " " << c.period;
     }
-    const struct {
-        std::uint32_t from;
-        int ms;
-        std::int32_t counted;
-    } gaps[] = {
-        {5, 300, 300},          {0x7FFFFFFF, 300, 299}, {0x7FFFFF00, 300, 299}, {0x80000000, 300, 300},
-        {0xFFFFFFFF, 300, 300}, {0xFFFFFF00, 300, 300}, {0x7FFFFFFF, 1, 0},     {0xFFFFFFFF, 1, 1},
-    };
-    for (const auto& c : gaps) {
+    for (const auto& [from, counted] : {std::pair(0x7FFFFF00u, 299), {0xFFFFFF00u, 300}}) {
         for (const std::int32_t more : {0, 1}) {
-            Timed t(c.from, c.counted + more);
-            t.runtime.Sleep(c.ms);
-            EXPECT_EQ(t.timeout->IsTimeout(), more == 0) << std::hex << c.from;
+            Timed t(from, counted + more);
+            t.runtime.Sleep(300);
+            EXPECT_EQ(t.timeout.IsTimeout(), more == 0) << std::hex << from;
         }
     }
 }
@@ -61,8 +50,6 @@ TEST(clsTimeout, ChargesOnlyTheTimeBetweenTwoChecks) {
     clsTimeout timeout(runtime);
     EXPECT_EQ(timeout.Timeout(), 1000);
     EXPECT_TRUE(timeout.IsTimeout()) << "a fresh one is over until it is started";
-    timeout.Timeout(0);
-    EXPECT_TRUE(timeout.IsTimeout());
     timeout.Timeout(100);
     for (const auto& [ms, isOver] : {std::pair(60, false), {0, false}, {39, false}, {1, true}}) {
         runtime.Sleep(ms);
@@ -77,10 +64,10 @@ TEST(clsTimeout, LetsEventsRunEvery200Milliseconds) {
     Timed t(0, 10000);
     std::vector<std::int64_t> moments;
     t.runtime.setPump([&] { moments.push_back(t.runtime.ms()); });
-    while (t.runtime.ms() < 450) t.timeout->WaitTimeout();
+    while (t.runtime.ms() < 450) t.timeout.WaitTimeout();
     EXPECT_EQ(moments, (std::vector<std::int64_t>{200, 400}));
     t.runtime.Sleep(200);  // one gap of 200 ms counts at once
-    t.timeout->WaitTimeout();
+    t.timeout.WaitTimeout();
     EXPECT_EQ(moments.back(), 651);
 }
 
@@ -92,7 +79,7 @@ TEST(clsTimeout, TimeOfTheOperatorIsChargedOrNot) {
             if (once) t.runtime.Sleep(500);
             once = false;
         });
-        while (!t.timeout->WaitTimeout(isFree)) continue;
+        while (!t.timeout.WaitTimeout(isFree)) continue;
         EXPECT_EQ(t.runtime.ms(), isFree ? 1500 : 1000);
     }
 }

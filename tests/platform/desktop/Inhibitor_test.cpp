@@ -10,7 +10,6 @@
 #include <unistd.h>
 
 #include "platform/linux/desktop/LogindInhibitor.h"
-#include "support/FakeInhibitor.h"
 
 namespace corvane {
 namespace {
@@ -76,53 +75,34 @@ private:
 
 const QString kBus = qEnvironmentVariable("DBUS_SESSION_BUS_ADDRESS");
 
-/// However often it is asked to.
-template <typename ComesTo>
-void holdsUntilItIsReleased(SleepInhibitor& inhibitor, ComesTo comesTo) {
-    inhibitor.release();
-    EXPECT_TRUE(comesTo(false));
-    for (int i = 0; i < 2; ++i) {
-        inhibitor.hold("A device is being programmed");
-        EXPECT_TRUE(comesTo(true));
-        inhibitor.hold("once more");
-        inhibitor.release();
-        EXPECT_TRUE(comesTo(false));
-        inhibitor.release();
-    }
-}
-
-TEST(SleepInhibitorContract, HoldsForBoth) {
-    fakes::FakeInhibitor fake;
-    holdsUntilItIsReleased(fake, [&](bool isHeld) { return fake.isHeld == isHeld; });
-    Logind logind;
-    LogindInhibitor real(kBus);
-    holdsUntilItIsReleased(real, [&](bool isHeld) { return logind.comesTo(0, isHeld ? 1 : 0); });
-    EXPECT_EQ(logind.asked[0].toStdString(),
-              "shutdown:sleep:idle:handle-lid-switch|Corvane|A device is being programmed|block");
-    EXPECT_EQ(logind.asked.size(), 2);
-}
-
-TEST(LogindInhibitor, IsReleasedWithTheProgramAndHoldsNothingByALateAnswer) {
+TEST(LogindInhibitor, HoldsUntilItIsReleasedAndNothingByALateAnswer) {
     Logind logind;
     {
         LogindInhibitor inhibitor(kBus);
+        inhibitor.release();
+        for (int times = 1; times <= 2; ++times) {
+            inhibitor.hold("A device is being programmed");
+            EXPECT_TRUE(logind.comesTo(times, 1));
+            inhibitor.hold("once more");
+            inhibitor.release();
+            EXPECT_TRUE(logind.comesTo(times, 0));
+        }
+        EXPECT_EQ(logind.asked.join(' ').toStdString(),
+                  "shutdown:sleep:idle:handle-lid-switch|Corvane|A device is being programmed|block "
+                  "shutdown:sleep:idle:handle-lid-switch|Corvane|A device is being programmed|block");
         inhibitor.hold("early");  // answered when this thread handles events
         inhibitor.release();
         inhibitor.hold("late");
-        EXPECT_TRUE(logind.comesTo(1, 1));
+        EXPECT_TRUE(logind.comesTo(3, 1));
     }
-    EXPECT_TRUE(logind.comesTo(1, 0));
+    EXPECT_TRUE(logind.comesTo(3, 0)) << "released with the program";
 }
 
 TEST(LogindInhibitor, IsSilentlyAbsentWithoutABusALogindOrItsConsent) {
-    LogindInhibitor lost("unix:path=/nowhere/bus");
-    lost.hold("no bus");
-    lost.release();
-
+    LogindInhibitor("unix:path=/nowhere/bus").hold("no bus");
     LogindInhibitor inhibitor(kBus);
     inhibitor.hold("no logind");
     inhibitor.release();
-
     Logind logind;
     logind.refuses = true;
     inhibitor.hold("refused");
@@ -131,7 +111,6 @@ TEST(LogindInhibitor, IsSilentlyAbsentWithoutABusALogindOrItsConsent) {
     logind.refuses = false;
     inhibitor.hold("agreed to");
     EXPECT_TRUE(logind.comesTo(2, 1));
-    inhibitor.release();
 }
 
 }  // namespace
