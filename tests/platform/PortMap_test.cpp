@@ -47,7 +47,8 @@ void knowsPathsAsItListedThemLast(PortMap& map, Unplug unplug) {
 }
 
 TEST(PortMapContract, HoldsForBoth) {
-    fakes::FakePortMap fake{{{"ttyS0", "COM1"}, {"ttyUSB0", "COM2"}}};
+    fakes::FakePortMap fake;
+    fake.entries = {{"ttyS0", "COM1"}, {"ttyUSB0", "COM2"}};
     knowsPathsAsItListedThemLast(fake, [&] { fake.entries.pop_back(); });
     Machine machine;
     machine.add("ttyS0", "4");

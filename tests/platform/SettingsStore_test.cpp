@@ -6,7 +6,7 @@
 
 #include "platform/linux/QtSettingsStore.h"
 #include "platform/linux/UserFolders.h"
-#include "support/FakeSettingsStore.h"
+#include "support/FakeSystem.h"
 #include "support/ScratchFolder.h"
 
 namespace corvane {

@@ -10,7 +10,7 @@
 #include <unistd.h>
 
 #include "platform/linux/desktop/LogindInhibitor.h"
-#include "support/FakeInhibitor.h"
+#include "support/FakeSystem.h"
 
 namespace corvane {
 namespace {
