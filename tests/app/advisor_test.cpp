@@ -2,7 +2,7 @@
 
 #include "app/PortAdvisor.h"
 #include "models/Device.h"
-#include "support/FakePortInspector.h"
+#include "support/FakeSystem.h"
 #include "support/SerialBench.h"
 
 namespace corvane {

@@ -37,13 +37,6 @@ public:
         return text;
     }
 
-    /// All that is left.
-    std::string_view rest() {
-        const auto text = rest_;
-        rest_ = {};
-        return text;
-    }
-
 private:
     std::string_view rest_;
 };

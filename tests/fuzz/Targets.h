@@ -6,37 +6,19 @@
 namespace corvane::fuzz {
 
 /// One way into the program: takes any bytes, and ends the process when something about them is not as it must be.
+using Run = void(std::string_view input);
+
 struct Target {
     const char* name;
-    void (*run)(std::string_view input);
+    Run* run;
 };
 
-// What a device says.
-void query(std::string_view input);
-void lines(std::string_view input);
-void prompt(std::string_view input);
-void update(std::string_view input);
+Run query, lines, prompt, update;                             ///< what a device says
+Run hid_reports, hid_commands;                                ///< what a HID reader says
+Run ftp_server, addresses, inf_list, inf_profile, site, hex;  ///< what a site says and holds
 
-// What a HID reader says.
-void hid_reports(std::string_view input);
-void hid_commands(std::string_view input);
-
-// What a site says and holds.
-void ftp_server(std::string_view input);
-void addresses(std::string_view input);
-void inf_list(std::string_view input);
-void inf_profile(std::string_view input);
-void site(std::string_view input);
-void hex(std::string_view input);
-
-// What the user's own files and the command line hold.
-void settings_text(std::string_view input);
-void settings_file(std::string_view input);
-void port_map(std::string_view input);
-void journal(std::string_view input);
-void arguments(std::string_view input);
-void notation(std::string_view input);
-void texts(std::string_view input);
+/// What the user's own files and the command line hold.
+Run settings_text, settings_file, port_map, journal, arguments, notation, texts;
 
 const std::vector<Target>& targets();
 

@@ -1,68 +1,125 @@
 // What a device says: reply frames, lines, prompts, and all of them in the course of a whole update.
 
-#include "fuzz/Talker.h"
+#include <utility>
+
+#include "fuzz/Input.h"
 #include "fuzz/Targets.h"
+#include "models/Frame.h"
 #include "protocol/DeviceLogin.h"
 #include "protocol/LineReader.h"
 #include "support/Program.h"
+#include "support/ScriptedPeer.h"
 
 namespace corvane::fuzz {
 namespace {
 
-/// An open port with such a device.
-struct Bench {
-    explicit Bench(Input& input) : talker(input) { serial.open(talker); }
+/// A device that says what the fuzzer likes: whenever the host has spoken and stopped, the next piece of the input. In
+/// it 0xFF ends a piece, 0xFE makes a pause of the next byte times 20 ms, 0xFD begins a sound reply frame of a status
+/// and data, 0xFC unplugs the device, 0xFB stands before a byte that is none of these. At the end of the input it is
+/// unplugged.
+class Talker : public fakes::ScriptedPeer {
+public:
+    explicit Talker(Input& input) : input_(input) {}
 
-    std::int64_t ms() const { return serial.runtime.ms(); }
+    void hear(models::Micros now, const Bytes& bytes, std::uint32_t /*hostRate*/) override {
+        if (!bytes.empty()) speaksAt_ = now + 2000;
+    }
 
-    Talker talker;
-    fakes::SerialBench serial;
-    fakes::RecordingFace face;
-    Cancel cancel;
-    DeviceSession session{serial.runtime, face, serial.port, cancel};
+    std::optional<models::Micros> nextAt() const override {
+        const auto next = ScriptedPeer::nextAt();
+        return speaksAt_ && (!next || *speaksAt_ < *next) ? speaksAt_ : next;
+    }
+
+    Bytes speak(models::Micros now) override {
+        if (speaksAt_ && *speaksAt_ <= now) {
+            speaksAt_.reset();
+            sayPiece(now / 1000);
+        }
+        return ScriptedPeer::speak(now);
+    }
+
+private:
+    void sayPiece(std::int64_t ms) {
+        if (input_.isEmpty()) unplugAt(0);
+        Input piece(input_.upTo('\xFF'));
+        Bytes bytes;
+        std::optional<std::uint8_t> status;  // of the frame that the bytes are for
+        const auto flush = [&] {
+            if (bytes.size() > 255) bytes.resize(255);
+            if (status) bytes = models::replyFrame(0, *std::exchange(status, std::nullopt), bytes);
+            say(ms, std::exchange(bytes, {}));
+        };
+        while (!piece.isEmpty()) {
+            const auto byte = piece.byte();
+            if (byte == 0xFE || byte == 0xFD) flush();
+            if (byte == 0xFE) {
+                ms += piece.byte() * 20;
+            } else if (byte == 0xFD) {
+                status = piece.byte();
+            } else if (byte == 0xFC) {
+                unplugAt(0);
+            } else {
+                bytes.push_back(byte == 0xFB ? piece.byte() : byte);
+            }
+        }
+        flush();
+    }
+
+    Input& input_;
+    std::optional<models::Micros> speaksAt_;
 };
 
-bool isEmptyValue(const Variant& value) {
-    const auto* bytes = std::get_if<Bytes>(&value);
-    const auto* byte = std::get_if<std::uint8_t>(&value);
-    const auto* integer = std::get_if<std::int16_t>(&value);
-    const auto* number = std::get_if<std::int32_t>(&value);
-    return !(bytes && !bytes->empty()) && !(byte && *byte) && !(integer && *integer) && !(number && *number);
-}
+/// An open port with such a device.
+struct Bench : fakes::SerialBench {
+    explicit Bench(std::string_view bytes) : input(bytes) { open(talker); }
+
+    bool goesOn() const { return !input.isEmpty() && talker.isPlugged(); }
+
+    /// What a call takes, in ms.
+    std::int64_t timed(const std::function<void()>& call) {
+        const auto start = runtime.ms();
+        call();
+        return runtime.ms() - start;
+    }
+
+    Input input;
+    Talker talker{input};
+    fakes::RecordingFace face;
+    Cancel cancel;
+    DeviceSession session{runtime, face, port, cancel};
+};
 
 }  // namespace
 
 void query(std::string_view bytes) {
-    constexpr std::int32_t kTimeout = 300;
-    constexpr std::int64_t kLongest = 6000;
-    Input input(bytes);
-    Bench bench(input);
+    Bench bench(bytes);
     DeviceQuery query(bench.session);
     const std::vector<Variant> replies = {{}, Bytes{1}, std::uint8_t{1}, std::int16_t{1}, std::int32_t{1}, "x"};
-    while (!input.isEmpty() && bench.talker.isPlugged()) {
-        Variant reply = replies[input.byte() % replies.size()];
-        const auto start = bench.ms();
-        const bool accepted = query.Query(1, reply, {}, 0, kTimeout);
-        require(bench.ms() - start <= kLongest, "a query ends whatever the device says");
+    const std::vector<Variant> none = {{}, Bytes{}, std::uint8_t{0}, std::int16_t{0}, std::int32_t{0}};
+    while (bench.goesOn()) {
+        Variant reply = replies[bench.input.byte() % replies.size()];
+        bool accepted = false;
+        const auto ms = bench.timed([&] { accepted = query.Query(1, reply, {}, 0, 300); });
+        require(ms <= 6000, "a query ends whatever the device says");
         require(!accepted || query.wasAnswered(), "no answer is no acceptance");
-        require(query.wasAnswered() || isEmptyValue(reply), "a reply that is none brings no data");
+        require(query.wasAnswered() || std::holds_alternative<std::string>(reply) ||
+                    std::count(none.begin(), none.end(), reply) == 1,
+                "a reply that is none brings no data");
     }
 }
 
 void lines(std::string_view bytes) {
-    Input input(bytes);
-    Bench bench(input);
+    Bench bench(bytes);
     LineReader reader(bench.session);
-    while (!input.isEmpty() && bench.talker.isPlugged()) {
-        const auto kind = input.byte();
+    while (bench.goesOn()) {
+        const auto kind = bench.input.byte() % 4;
         bench.session.send(std::string("\x02V\r"));
-        if (kind % 4 == 0) {
-            const auto start = bench.ms();
-            reader.wait_comm_empty();
-            require(bench.ms() - start <= kLongestDrain + 20, "draining ends whatever the device says");
+        if (kind == 0) {
+            const auto ms = bench.timed([&] { reader.wait_comm_empty(); });
+            require(ms <= kLongestDrain + 20, "draining ends whatever the device says");
             continue;
         }
-        const auto end = reader.wait_comm(0.3, kind % 4 == 1 ? "V" : "");
+        const auto end = reader.wait_comm(0.3, kind == 1 ? "V" : "");
         const auto& line = bench.session.receivedLine;
         require(end == 0 || end == 6 || end == 13 || end == 21, "a line ends with CR, ACK, NAK or not at all");
         require(end != 13 || !line.empty(), "a line that was received is not empty");
@@ -72,12 +129,11 @@ void lines(std::string_view bytes) {
 }
 
 void prompt(std::string_view bytes) {
-    Input input(bytes);
-    Bench bench(input);
+    Bench bench(bytes);
     DeviceLogin login(bench.session, bench.face);
-    const auto start = bench.ms();
-    const bool found = login.DetectPrompt();
-    require(bench.ms() - start <= 2 * (kLongestDrain + 200), "looking for a prompt ends whatever the device says");
+    bool found = false;
+    const auto ms = bench.timed([&] { found = login.DetectPrompt(); });
+    require(ms <= 2 * (kLongestDrain + 200), "looking for a prompt ends whatever the device says");
     require(!found || bytes.find('>') != std::string_view::npos, "a prompt has a >");
     std::string version;
     if (login.GetVersion(version)) require(!version.empty(), "a version that was given is not empty");
@@ -87,7 +143,6 @@ void prompt(std::string_view bytes) {
 }
 
 void update(std::string_view bytes) {
-    constexpr std::int64_t kLongestRun = 30 * 60 * 1000;
     Input input(bytes);
     const bool force = input.byte() % 2;
     Talker talker(input);
@@ -97,7 +152,7 @@ void update(std::string_view bytes) {
     fakes::Program program(bench);
     program.loadImage();
     bench.runtime.setPump(
-        [&bench] { require(bench.runtime.ms() < kLongestRun, "a run ends whatever the device says"); });
+        [&bench] { require(bench.runtime.ms() < 30 * 60 * 1000, "a run ends whatever the device says"); });
     const auto outcome = program.start(force);
     const auto verdict = program.updater.conclude(outcome);
     require(!bench.face.log.empty(), "a run says what happened");

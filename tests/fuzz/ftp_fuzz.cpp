@@ -1,8 +1,6 @@
 // What an FTP server says, through the real transfer library: a server on loopback, in this process and its one thread.
 
 #include <arpa/inet.h>
-#include <cstring>
-#include <netinet/in.h>
 #include <sys/epoll.h>
 #include <sys/socket.h>
 #include <unistd.h>
@@ -16,64 +14,41 @@
 namespace corvane::fuzz {
 namespace {
 
-constexpr int kPatience = 5;  // ms without a command; then the server says more
-
-/// A listening socket on loopback whose one caller at a time is the runtime's.
-class Listener {
-public:
-    Listener(LinuxRuntime& runtime, std::function<void(int)> take)
-        : runtime_(runtime), socket_(::socket(AF_INET, SOCK_STREAM | SOCK_NONBLOCK | SOCK_CLOEXEC, 0)) {
-        const int on = 1;
-        ::setsockopt(socket_, SOL_SOCKET, SO_REUSEADDR, &on, sizeof on);
-        sockaddr_in address{};
-        address.sin_family = AF_INET;
-        address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
-        socklen_t size = sizeof address;
-        require(::bind(socket_, reinterpret_cast<sockaddr*>(&address), size) == 0 && ::listen(socket_, 8) == 0 &&
-                    ::getsockname(socket_, reinterpret_cast<sockaddr*>(&address), &size) == 0,
-                "there is a port to listen on");
-        port_ = ntohs(address.sin_port);
-        runtime_.watch(socket_, EPOLLIN, [this, take](std::uint32_t) {
-            const int caller = ::accept4(socket_, nullptr, nullptr, SOCK_NONBLOCK | SOCK_CLOEXEC);
-            if (caller >= 0) take(caller);
-        });
-    }
-    ~Listener() {
-        runtime_.unwatch(socket_);
-        ::close(socket_);
-    }
-    Listener(const Listener&) = delete;
-    Listener& operator=(const Listener&) = delete;
-
-    std::string port() const { return std::to_string(port_); }
-
-private:
-    LinuxRuntime& runtime_;
-    int socket_;
-    int port_ = 0;
-};
-
 /// Says the input's pieces (up to a "~"), one for each command and more when no command comes; at its end it hangs up.
-/// It names its own data port whatever the piece says: nobody else's may be called.
+/// It names its own port for data whatever the piece says: nobody else's may be called.
 class Server {
 public:
-    Server(LinuxRuntime& runtime, Input& input) : runtime_(runtime), input_(input) { listenOn(); }
+    Server(LinuxRuntime& runtime, Input& input) : runtime_(runtime), input_(input) {
+        sockaddr_in address{AF_INET, 0, {htonl(INADDR_LOOPBACK)}, {}};
+        auto* any = reinterpret_cast<sockaddr*>(&address);
+        socklen_t size = sizeof address;
+        require(::bind(listener_, any, size) == 0 && ::listen(listener_, 8) == 0 &&
+                    ::getsockname(listener_, any, &size) == 0,
+                "there is a port to listen on");
+        port_ = std::to_string(ntohs(address.sin_port));
+        runtime_.watch(listener_, EPOLLIN, [this](std::uint32_t) { serve(); });
+        timer_ = runtime_.startTimer(5, [this] {
+            if (!std::exchange(hasHeard_, false)) say();
+        });
+    }
     ~Server() {
         runtime_.stopTimer(timer_);
-        hangUp(control_);
-        hangUp(data_);
+        for (auto* socket : {&control_, &data_, &listener_}) hangUp(*socket);
     }
     Server(const Server&) = delete;
     Server& operator=(const Server&) = delete;
 
-    std::string address() const { return "127.0.0.1:" + control.port(); }
+    std::string address() const { return "127.0.0.1:" + port_; }
 
     std::string sentData;  ///< of the last file
 
 private:
-    void serve(int caller) {
-        hangUp(control_);
-        control_ = caller;
+    void serve() {
+        const int caller = ::accept4(listener_, nullptr, nullptr, SOCK_NONBLOCK | SOCK_CLOEXEC);
+        auto& socket = std::exchange(awaitsData_, false) ? data_ : control_;
+        hangUp(socket);
+        socket = caller;
+        if (&socket == &data_) return;
         runtime_.watch(caller, EPOLLIN, [this](std::uint32_t) { hear(); });
         say();
     }
@@ -82,25 +57,16 @@ private:
         char text[4096];
         const auto count = ::recv(control_, text, sizeof text, 0);
         if (count <= 0) return hangUp(control_);
-        listenOn();
-        const std::string command(text, static_cast<std::size_t>(count));
-        if (command.compare(0, 4, "EPSV") == 0) {
-            sayDataPort();
-        } else if (command.compare(0, 4, "PASV") == 0) {
-            write("502 no\r\n");
-        } else if (command.compare(0, 4, "RETR") == 0 || command.compare(0, 4, "LIST") == 0) {
-            say();
-            sendData();
-            say();
-        } else {
-            say();
-        }
-    }
-
-    /// Starts to count anew how long no command has come.
-    void listenOn() {
-        if (timer_) runtime_.stopTimer(timer_);
-        timer_ = runtime_.startTimer(kPatience, [this] { say(); });
+        hasHeard_ = true;
+        const auto command = std::string(text, static_cast<std::size_t>(count)).substr(0, 4);
+        if (command == "EPSV") return sayDataPort();
+        if (command == "PASV") return write("502 no\r\n");
+        say();
+        if (command != "RETR" && command != "LIST") return;
+        sentData = input_.upTo('~');
+        ::send(data_, sentData.data(), sentData.size(), MSG_NOSIGNAL);
+        ::shutdown(data_, SHUT_WR);
+        say();
     }
 
     void say() {
@@ -112,21 +78,13 @@ private:
     void sayDataPort() {
         std::string text;
         for (const char c : input_.upTo('~')) {
-            text += c == '%' ? data.port() : std::string(1, c >= '0' && c <= '9' ? 'x' : c);
+            text += c == '%' ? port_ : std::string(1, c >= '0' && c <= '9' ? 'x' : c);
         }
+        awaitsData_ = text.find(port_) != std::string::npos;
         write("229 " + text);
     }
 
-    void sendData() {
-        sentData = input_.upTo('~');
-        if (data_ < 0) return;
-        ::send(data_, sentData.data(), sentData.size(), MSG_NOSIGNAL);
-        ::shutdown(data_, SHUT_WR);
-    }
-
-    void write(const std::string& text) {
-        if (control_ >= 0) ::send(control_, text.data(), text.size(), MSG_NOSIGNAL);
-    }
+    void write(const std::string& text) const { ::send(control_, text.data(), text.size(), MSG_NOSIGNAL); }
 
     /// Without a linger that would keep the port for a minute.
     void hangUp(int& socket) {
@@ -134,19 +92,15 @@ private:
         runtime_.unwatch(socket);
         const linger none{1, 0};
         ::setsockopt(socket, SOL_SOCKET, SO_LINGER, &none, sizeof none);
-        ::close(socket);
-        socket = -1;
+        ::close(std::exchange(socket, -1));
     }
 
     LinuxRuntime& runtime_;
     Input& input_;
-    int timer_ = 0;
-    int control_ = -1, data_ = -1;
-    Listener control{runtime_, [this](int caller) { serve(caller); }};
-    Listener data{runtime_, [this](int caller) {
-                      hangUp(data_);
-                      data_ = caller;
-                  }};
+    int listener_ = ::socket(AF_INET, SOCK_STREAM | SOCK_NONBLOCK | SOCK_CLOEXEC, 0);
+    int control_ = -1, data_ = -1, timer_ = 0;
+    bool awaitsData_ = false, hasHeard_ = false;
+    std::string port_;
 };
 
 }  // namespace

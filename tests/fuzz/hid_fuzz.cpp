@@ -2,8 +2,7 @@
 
 #include "fuzz/Input.h"
 #include "fuzz/Targets.h"
-#include "support/hid/HidBench.h"
-#include "vellio/vellio.h"
+#include "hid/ControlBench.h"
 
 namespace corvane::fuzz {
 namespace {
@@ -38,42 +37,6 @@ private:
     bool plugged_ = true;
 };
 
-/// A reader that answers each command with the next piece of the input (up to 0xFF): an even first byte makes the rest
-/// a sound message, an odd one a report as it is. At the end of the input it is unplugged.
-class Answerer : public fakes::ReportPeer {
-public:
-    explicit Answerer(Input& input) : input_(input) {}
-
-    bool isPlugged() const override { return !input_.isEmpty() || !replies_.empty(); }
-
-    void hear(const HidReport& report) override {
-        const auto content = hidContentOf(report);
-        if (!content || content->id != HidReportId::control || content->more) return;
-        const auto piece = input_.upTo('\xFF');
-        if (piece.empty()) return;
-        if (piece.front() % 2 == 0) {
-            for (const auto& reply : hidReportsOf(HidReportId::control, {piece.begin() + 1, piece.end()})) {
-                replies_.push_back(reply);
-            }
-            return;
-        }
-        HidReport reply{2};
-        std::copy_n(piece.begin() + 1, std::min(piece.size() - 1, reply.size() - 1), reply.begin() + 1);
-        replies_.push_back(reply);
-    }
-
-    std::optional<HidReport> speak() override {
-        if (replies_.empty()) return std::nullopt;
-        const auto reply = replies_.front();
-        replies_.pop_front();
-        return reply;
-    }
-
-private:
-    Input& input_;
-    std::deque<HidReport> replies_;
-};
-
 vellio::DeviceInfo infoOf(const char* path, const std::string& name) { return {path, 0x1209, 5, "", name, ""}; }
 
 /// What is given to the library's C functions while one input is at work.
@@ -85,21 +48,13 @@ std::int32_t listen(std::int32_t handle, std::intptr_t, std::int32_t code, std::
     return 0;
 }
 
-void checkBounds(std::int32_t handle) {
-    require(vellBytesToRead(handle) <= vellGetReadBufferSize(handle), "the read buffer keeps its size");
-    require(vellBytesToWrite(handle) <= vellGetWriteBufferSize(handle), "the write buffer keeps its size");
-    require(vellBytesToReadCtrl(handle) <= 1024, "the control channel's buffers keep theirs");
-    require(vellBytesToWriteCtrl(handle) <= 1024, "the control channel's buffers keep theirs");
-}
-
-/// The next byte chooses the call, those behind it its arguments.
+/// The next byte chooses the call, those before it its arguments. The buffers keep their sizes.
 void call(std::int32_t handle) {
     std::uint8_t array[300] = {};
     constexpr std::int32_t kSize = sizeof array;
     const std::int32_t start = current->byte(), count = current->byte() * 2;
     const std::vector<std::function<void()>> calls = {
-        [&] { vellOpen(handle, "HID1"); },
-        [&] { vellOpen(handle, "b"); },
+        [&] { vellOpen(handle, start % 2 ? "HID1" : "b"); },
         [&] { vellClose(handle); },
         [&] { vellService(handle); },
         [&] { vellDispatch(handle); },
@@ -112,10 +67,13 @@ void call(std::int32_t handle) {
         [&] { vellDiscardWriteCtrlBuffer(handle); },
         [&] { vellSetNumberInputBuffers(handle, count); },
         [&] { vellGetFeature(handle, array, kSize, start, count); },
-        [&] { vellNumberOfDevice(handle); },
         [&] { vellCheckDevicesIsChanged(handle, static_cast<std::int16_t>(start % 2)); },
     };
     calls[current->byte() % calls.size()]();
+    require(vellBytesToRead(handle) <= vellGetReadBufferSize(handle) &&
+                vellBytesToWrite(handle) <= vellGetWriteBufferSize(handle) && vellBytesToReadCtrl(handle) <= 1024 &&
+                vellBytesToWriteCtrl(handle) <= 1024,
+            "a buffer keeps its size");
 }
 
 }  // namespace
@@ -134,39 +92,41 @@ void hid_reports(std::string_view bytes) {
     while (!input.isEmpty()) {
         if (const auto what = input.byte(); what == 1) bus.unplug("a");
         call(handle);
-        checkBounds(handle);
     }
     vellDestroy(handle);
 }
 
+/// The reader answers each command with the next piece of the input (up to 0xFF): its first byte is a delay in ms.
 void hid_commands(std::string_view bytes) {
-    constexpr std::int64_t kLongest = 60000;  // ms of virtual time for every command below
-    Input input(bytes);
-    Answerer reader(input);
-    fakes::HidBench bench;
-    bench.bus.plug(infoOf("a", "Kestrel"), reader);
+    ControlBench bench;
+    for (Input input(bytes); !input.isEmpty();) {
+        Input piece(input.upTo('\xFF'));
+        ScriptedReader::Pieces reports;
+        for (const int ms = piece.byte(); !piece.isEmpty();) {
+            if (reports.empty() || reports.back().second.size() == kHidReportContent) reports.push_back({ms, {}});
+            reports.back().second.push_back(piece.byte());
+        }
+        bench.reader.reply(reports);
+    }
     auto& control = *bench.control;
-    bench.port.NumberOfCommPorts();
-    bench.port.CommPort("HID1");
-    bench.port.PortOpen(true);
+    control.CommPort("HID1");
+    control.PortOpen(true);
     const auto version = control.GetHIDVersion();
     require(version.size() <= 255 && version.find('\0') == std::string::npos, "a version is a text");
     std::int32_t serial = -7, ps2 = -7, extra = -7;
     const bool known = control.GetKestrelDefaultIODirect(serial, ps2, extra);
     require(known ? serial / 2 == 0 && ps2 / 2 == 0 && extra / 2 == 0 : serial == -7, "a direction is 0 or 1");
-    Bytes registers(8, 0x5A);
+    Bytes registers(8, 0x5A), results;
     control.KestrelGetRegister(300, registers, 2, 6);
     require(registers == Bytes(8, 0x5A), "the caller's buffer stays as it is");
-    Bytes results;
     for (int i = 0; i < 3; ++i) {
         if (!control.SendHIDCMD(static_cast<std::uint8_t>(i), Bytes(100, 1), results)) continue;
         require(results.size() <= 255 && !control.IsSendHIDCmdNAK(), "what was accepted was not refused");
     }
     control.SendHIDRawCmd({200, 0}, results);
-    bench.port.Settings("115200,N,8,1");
-    bench.port.PortOpen(false);
+    control.PortOpen(false);
     control.Terminate();
-    require(bench.runtime.ms() < kLongest, "commands end whatever the reader says");
+    require(bench.runtime.ms() < 60000, "commands end whatever the reader says");
 }
 
 }  // namespace corvane::fuzz

@@ -10,24 +10,20 @@
 #include "platform/linux/transfer/CurlSession.h"
 #include "site/FirmwareListParser.h"
 #include "site/SiteCheck.h"
-#include "support/AppBench.h"
-#include "text/Cp1252.h"
+#include "support/Program.h"
 #include "text/Text.h"
-#include "window/presenter/MainPresenter.h"
 
 namespace corvane::fuzz {
 namespace {
 
 constexpr char kImage[] = "[INFO]\nPGM=TARN-R200\n:0400000001020304F2\n:0400100005060708D2\n:00000001FF\n";
 
-class OkPrompts : public OperatorPrompts {
-public:
-    bool messageBox(Question, const std::string&) override { return true; }
-    void chooseFirmware(FirmwareDialog&) override {}
-};
-
-bool isPrintable(const std::string& text) {
-    return std::all_of(text.begin(), text.end(), [](char c) { return c > ' ' && c < 0x7F; });
+/// Without blanks around them.
+std::vector<std::string_view> linesOf(std::string_view text) {
+    std::vector<std::string_view> all;
+    std::string_view line;
+    for (Lines lines(text); lines.next(line);) all.push_back(trimmed(line));
+    return all;
 }
 
 }  // namespace
@@ -37,18 +33,18 @@ void addresses(std::string_view bytes) {
     if (!address || !address->fault().empty()) return;
     require(Address::parse(address->link()) == address, "a link leads where it was made for");
     const auto url = curlUrl(*address);
-    require(isPrintable(url.substr(url.find('/', 6))), "a path is escaped");
+    const auto isPrintable = [](char c) { return c > ' ' && c < 0x7F; };
+    require(std::all_of(url.begin() + 6, url.end(), isPrintable), "a path is escaped");
     // The transfer library must see the same host, and the path as one that begins at the root.
     CURLU* parts = curl_url();
     if (curl_url_set(parts, CURLUPART_URL, url.c_str(), CURLU_PATH_AS_IS) == CURLUE_OK) {
-        char* user = nullptr;
-        char* query = nullptr;
-        require(curl_url_get(parts, CURLUPART_USER, &user, 0) != CURLUE_OK, "no account gets into the address");
-        require(curl_url_get(parts, CURLUPART_QUERY, &query, 0) != CURLUE_OK, "nothing of a path is a query");
-        char* path = nullptr;
-        require(curl_url_get(parts, CURLUPART_PATH, &path, CURLU_URLDECODE) == CURLUE_OK, "the path can be decoded");
-        require(path == (address->path.empty() ? "/" : "/" + address->path), "the path is the one that was meant");
-        curl_free(path);
+        char* text = nullptr;
+        require(curl_url_get(parts, CURLUPART_USER, &text, 0) != CURLUE_OK, "no account gets into the address");
+        require(curl_url_get(parts, CURLUPART_QUERY, &text, 0) != CURLUE_OK, "nothing of a path is a query");
+        require(curl_url_get(parts, CURLUPART_PATH, &text, CURLU_URLDECODE) == CURLUE_OK &&
+                    text == (address->path.empty() ? "/" : "/" + address->path),
+                "the path is the one that was meant");
+        curl_free(text);
     }
     curl_url_cleanup(parts);
 }
@@ -59,10 +55,9 @@ void inf_list(std::string_view bytes) {
         require(startsWithNoCase(record.section, "PGM"), "only images are listed");
         versionValue(record.version);
     }
-    const auto list = encodeRecords(records);
-    OkPrompts prompts;
+    fakes::RecordingOperator prompts;
     for (const bool force : {false, true}) {
-        FirmwareDialog dialog("COM1", "TARN-R200 V5.1R23", list, force, false, "PGM_A");
+        FirmwareDialog dialog("COM1", "TARN-R200 V5.1R23", encodeRecords(records), force, false, "PGM_A");
         require(dialog.entries().size() <= records.size() + 1, "no image appears from nowhere");
         for (int i = 0; i < static_cast<int>(dialog.entries().size()); ++i) {
             dialog.select(i);
@@ -75,61 +70,52 @@ void inf_list(std::string_view bytes) {
 
 /// A value is one line, whatever section and key are asked for.
 void inf_profile(std::string_view bytes) {
-    const fakes::ScratchFolder folder;
-    const auto file = folder.file("firmware.inf", std::string(bytes));
-    const Profile profile{std::string(bytes)};
-    std::vector<std::string> sections = {"PGM_A", "pgm_a", "", "Corvane"}, keys = {"FILE", "Product", ""};
-    std::string_view line;
-    for (Lines lines(bytes); lines.next(line) && sections.size() < 12;) {
-        line = trimmed(line);
-        if (!line.empty() && line.front() == '[') sections.emplace_back(line.substr(1, line.find(']') - 1));
-        keys.emplace_back(line.substr(0, line.find('=')));
+    const std::string text(bytes);
+    const Profile profile(text);
+    std::vector<std::string> sections = {"PGM_A", "", "Corvane"}, keys = {"FILE", "Product", ""};
+    for (const auto line : linesOf(bytes)) {
+        auto& names = line.substr(0, 1) == "[" ? sections : keys;
+        const auto name = line.substr(&names == &sections, line.find_first_of("=]") - (&names == &sections));
+        if (names.size() < 10) names.emplace_back(name);
     }
-    keys.resize(std::min<std::size_t>(keys.size(), 8));
     for (const auto& section : sections) {
         for (const auto& key : keys) {
             const auto value = profile.value(section, key);
             require(value.size() <= 1023 && value.find_first_of("\r\n") == std::string::npos, "a value is one line");
         }
     }
+    const fakes::ScratchFolder folder;
     fakes::FakeDigest digest;
     SiteCheck check(digest, [](const std::string& path) {
         return path.size() % 2 ? std::optional<std::string>(kImage) : std::nullopt;
     });
-    static_cast<void>(check.check(file));
+    static_cast<void>(check.check(folder.file("firmware.inf", text)));
 }
 
 /// A whole update from such a site. Whatever it holds, nothing is written but where downloads belong.
 void site(std::string_view bytes) {
+    const std::string root = "ftp://u:p@h";
     fakes::AppBench bench;
-    models::Device device{models::DeviceOptions()};
-    bench.serial.plug(1, device);
-    const std::string information(bytes);
-    bench.reader.answers["ftp://u:p@h"].content = "listing";
-    bench.reader.answers["ftp://u:p@h/firmware/firmware.inf"].content = information;
-    std::string_view line;
-    for (Lines lines(information); lines.next(line);) {
+    auto& device = bench.plug();
+    bench.reader.answers[root].content = "listing";
+    bench.reader.answers[root + "/firmware/firmware.inf"].content = bytes;
+    for (const auto line : linesOf(bytes)) {
         const auto equals = line.find('=');
         if (equals == std::string_view::npos) continue;
-        const auto file = std::string(trimmed(line.substr(equals + 1)));
-        bench.reader.answers["ftp://u:p@h" + (file.compare(0, 1, "/") == 0 ? "" : std::string("/")) + file].content =
-            kImage;
+        const std::string file(trimmed(line.substr(equals + 1)));
+        bench.reader.answers[root + (file.compare(0, 1, "/") == 0 ? "" : "/") + file].content = kImage;
     }
-    Updater updater(bench.platform(), bench.face.face());
-    MainPresenter presenter(updater);
-    presenter.load();
-    presenter.account("h", "u", "p");
-    const auto report = presenter.start(true);
+    fakes::Program program(bench);
+    program.presenter.account("h", "u", "p");
+    const auto report = program.start(true);
     require(report.end != RunEnd::failed, "nothing unforeseen happens");
-    for (int i = 0; i < FirmwareInformation::kLinks; ++i) presenter.linkAddress(i);
-    updater.shutDown();
+    for (int i = 0; i < FirmwareInformation::kLinks; ++i) program.presenter.linkAddress(i);
     for (const auto& name : bench.folder.folder.names()) {
         require(equalsNoCase(name, "firmware.inf") || equalsNoCase(name, "Download"), "a file lies where none belongs");
     }
-    if (report.end == RunEnd::updated) {
-        require(models::comparison(device.flash(), models::imageOf(kImage)) == "memory equals image",
-                "updated is updated");
-    }
+    require(report.end != RunEnd::updated ||
+                models::comparison(device.flash(), models::imageOf(kImage)) == "memory equals image",
+            "updated is updated");
 }
 
 /// A sound image that was programmed is in the device; every other one does no harm to the program.

@@ -22,14 +22,6 @@
 namespace corvane::fuzz {
 namespace {
 
-/// A terminal that keeps what it is given.
-class Screen : public TextSink {
-public:
-    std::string text;
-    void write(std::string_view utf8) override { text += utf8; }
-    bool isTerminal() const override { return true; }
-};
-
 /// "key" or "group/key".
 bool isPlainName(const std::string& name) {
     const auto words = split(name, '/');
@@ -39,27 +31,31 @@ bool isPlainName(const std::string& name) {
            });
 }
 
-bool isSoundUtf8(const std::string& text) { return soundUtf8(text) == text; }
+/// A terminal that must not be commanded by what it is given.
+class Screen : public TextSink {
+public:
+    void write(std::string_view utf8) override {
+        require(utf8.find('\x1B') == utf8.npos && utf8.find("\xC2\x9B") == utf8.npos, "a terminal is not commanded");
+    }
+    bool isTerminal() const override { return true; }
+};
 
 }  // namespace
 
 /// The line settings of an open port: what was taken is read back, and is taken again.
 void settings_text(std::string_view bytes) {
-    Input input(bytes);
     fakes::ScriptedPeer nobody;
     fakes::SerialBench bench;
     bench.open(nobody);
     auto& port = bench.port;
-    while (!input.isEmpty()) {
+    for (Input input(bytes); !input.isEmpty();) {
         const std::string text(input.upTo('\n'));
         const auto before = port.GetCOMMSettings(port.CommID());
-        if (port.SetCOMMSettings(port.CommID(), text)) {
-            const auto taken = port.GetCOMMSettings(port.CommID());
-            require(!taken.empty() && port.SetCOMMSettings(port.CommID(), taken), "what was taken can be set again");
-            require(port.GetCOMMSettings(port.CommID()) == taken, "and is the same");
-        } else {
-            require(port.GetCOMMSettings(port.CommID()) == before, "what was refused changes nothing");
-        }
+        const bool isTaken = port.SetCOMMSettings(port.CommID(), text);
+        const auto after = port.GetCOMMSettings(port.CommID());
+        require(isTaken ? !after.empty() && port.SetCOMMSettings(port.CommID(), after) : after == before,
+                "what was taken can be set again, what was refused changes nothing");
+        require(port.GetCOMMSettings(port.CommID()) == after, "and is the same");
         try {
             port.Settings(text);
         } catch (const RuntimeError&) {
@@ -140,14 +136,13 @@ void notation(std::string_view bytes) {
 void texts(std::string_view bytes) {
     const std::string text(bytes);
     require(fromUtf8(toUtf8(text)) == text, "Windows-1252 survives the way to UTF-8 and back");
-    require(isSoundUtf8(toUtf8(text)) && isSoundUtf8(soundUtf8(text)), "what is made is UTF-8");
+    for (const auto& made : {toUtf8(text), soundUtf8(text), jsonString(text)}) {
+        require(soundUtf8(made) == made, "what is made is UTF-8");
+    }
     const auto json = jsonString(text);
-    require(json.size() >= 2 && isSoundUtf8(json), "JSON is UTF-8");
-    for (const char c : json) require(static_cast<unsigned char>(c) >= 0x20, "JSON has no control characters");
+    require(std::none_of(json.begin(), json.end(), [](char c) { return c >= 0 && c < ' '; }), "JSON has no controls");
     Screen screen;
     writeHarmless(screen, toUtf8(text));
-    require(screen.text.find('\x1B') == std::string::npos && screen.text.find("\xC2\x9B") == std::string::npos,
-            "a terminal is not commanded");
     const double number = leadingNumber(text);
     require(!isNumeric(text) || number == leadingNumber(std::string(trimmed(text))), "blanks do not count");
     try {

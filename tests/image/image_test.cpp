@@ -3,7 +3,7 @@
 
 #include "image/MemoryMap.h"
 #include "settings/LocalFile.h"
-#include "support/FakeDigest.h"
+#include "support/FakeSystem.h"
 #include "support/ScratchFolder.h"
 #include "text/Text.h"
 

@@ -107,7 +107,7 @@ TEST_F(Serial, AppliesOnlySoundSettings) {
     bench.control.refuse([](const CommState&) { return true; });
     EXPECT_FALSE(port.SetCOMMSettings(handle, "9600,N,8,1"));
     port.SetCOMMSettings(handle, "0,N,8,1");
-    EXPECT_EQ(bench.control.lineChanges().back().state.baudRate, 0U) << "a rate of zero is passed to the line";
+    EXPECT_EQ(bench.control.lineChanges().back().baudRate, 0U) << "a rate of zero is passed to the line";
 }
 
 TEST_F(Serial, KeepsItsSettingsAndPutsTheLineRight) {

@@ -1,7 +1,7 @@
 #include "protocol/HexProgrammer.h"
 
 #include "Dialogue.h"
-#include "support/FakeDigest.h"
+#include "support/FakeSystem.h"
 #include "support/ScratchFolder.h"
 
 namespace corvane {

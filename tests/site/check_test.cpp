@@ -1,7 +1,7 @@
 #include <gtest/gtest.h>
 
 #include "site/SiteCheck.h"
-#include "support/FakeDigest.h"
+#include "support/FakeSystem.h"
 #include "support/ScratchFolder.h"
 #include "text/Text.h"
 

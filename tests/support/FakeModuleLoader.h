@@ -1,5 +1,7 @@
 #pragma once
 
+#include <dlfcn.h>
+#include <gtest/gtest.h>
 #include <map>
 #include <string>
 
@@ -11,33 +13,58 @@ namespace corvane::fakes {
 /// is not open, and, at its end, when one was never released.
 class FakeModuleLoader : public ModuleLoader {
 public:
+    /// Functions by name, as reinterpret_cast<void*>(&function), or null for one that is missing. Any other is the test
+    /// program's own, when it has one of that name.
     using Exports = std::map<std::string, void*>;
 
-    ~FakeModuleLoader() override;
+    ~FakeModuleLoader() override {
+        for (const auto& [path, file] : files_) EXPECT_EQ(file.references, 0) << path << " was not released";
+    }
 
-    /// A file to load. Give each function as reinterpret_cast<void*>(&function).
     void provide(const std::string& path, Exports exports) { files_[path].exports = std::move(exports); }
-
-    /// Another part of the program holds it, as if it had been opened before.
-    void load(const std::string& path) { files_[path].heldElsewhere = true; }
 
     /// References that the code under test holds now.
     int references(const std::string& path) { return files_[path].references; }
 
-    Module open(const std::string& path) override;
-    Module opened(const std::string& path) override;
-    void* lookUp(Module module, const std::string& name) override;
-    void release(Module module) override;
+    Module open(const std::string& path) override {
+        problem_ = files_.count(path) ? "" : path + ": cannot open shared object file";
+        return problem_.empty() ? held(path) : nullptr;
+    }
+
+    Module opened(const std::string& path) override {
+        return files_.count(path) && references(path) ? held(path) : nullptr;
+    }
+
+    void* lookUp(Module module, const std::string& name) override {
+        if (!module) return nullptr;
+        const auto& exports = openFile(module).exports;
+        const auto found = exports.find(name);
+        return found == exports.end() ? ::dlsym(RTLD_DEFAULT, name.c_str()) : found->second;
+    }
+
+    void release(Module module) override {
+        if (module) --openFile(module).references;
+    }
+
     std::string problem() const override { return problem_; }
 
 private:
     struct File {
         Exports exports;
         int references = 0;
-        bool heldElsewhere = false;
     };
 
-    File* openFile(Module module);
+    Module held(const std::string& path) {
+        ++files_[path].references;
+        return &files_[path];
+    }
+
+    /// The file behind a handle, which must be open.
+    static File& openFile(Module module) {
+        auto& file = *static_cast<File*>(module);
+        EXPECT_GT(file.references, 0) << "a module is used that is not open";
+        return file;
+    }
 
     std::map<std::string, File> files_;  // a handle is the address of its file
     std::string problem_;

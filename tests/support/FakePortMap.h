@@ -10,9 +10,6 @@ namespace corvane::fakes {
 /// list cannot be read.
 class FakePortMap : public PortMap {
 public:
-    FakePortMap() = default;
-    explicit FakePortMap(std::vector<PortMapEntry> listed) : entries(std::move(listed)) {}
-
     std::vector<PortMapEntry> entries;
     bool isReadable = true;
     std::vector<std::string> faults;

@@ -1,16 +1,9 @@
 #include "support/FakeSerialControl.h"
 
 #include <algorithm>
+#include <cerrno>
 
 namespace corvane::fakes {
-namespace {
-
-constexpr std::uint32_t kInvalidArgument = 22;
-constexpr int kNotThere = 2;
-constexpr int kForbidden = 13;
-constexpr int kBusy = 16;
-
-}  // namespace
 
 FakeSerialControl::FakeSerialControl(FakeRuntime& runtime) : BufferedSerialControl(runtime), clock_(runtime) {
     clock_.attach(*this);
@@ -27,11 +20,11 @@ OpenFailure FakeSerialControl::openLine() {
     using Kind = OpenFailure::Kind;
     const auto number = CommPort();
     const std::string path = "/dev/fake" + std::to_string(number);
-    if (busy_.count(number)) return {Kind::inUse, path, kBusy};
-    if (forbidden_.count(number)) return {Kind::noPermission, path, kForbidden};
+    if (busy_.count(number)) return {Kind::inUse, path, EBUSY};
+    if (forbidden_.count(number)) return {Kind::noPermission, path, EACCES};
     const auto found = peers_.find(number);
     if (found != peers_.end()) found->second->speak(clock_.micros());  // nobody heard what it said before
-    if (found == peers_.end() || !found->second->isPlugged()) return {Kind::notThere, path, kNotThere};
+    if (found == peers_.end() || !found->second->isPlugged()) return {Kind::notThere, path, ENOENT};
     peer_ = found->second;
     ++handle_;
     return {Kind::none, path, 0};
@@ -51,8 +44,8 @@ std::uint32_t FakeSerialControl::writeLine(const CommState& state) {
     const bool impossible = state.baudRate == 0 || state.dataBits < 5 || state.dataBits > 8 || state.parity > 4 ||
                             state.stopBits > 2 || (state.stopBits == 1) != (state.stopBits > 0 && state.dataBits == 5);
     const bool taken = !impossible && !(isRefused_ && isRefused_(state));
-    lineChanges_.push_back({clock_.micros(), state, taken});
-    if (!taken) return kInvalidArgument;
+    lineChanges_.push_back(state);
+    if (!taken) return EINVAL;
     line_ = state;
     return 0;
 }
@@ -70,10 +63,6 @@ std::int64_t FakeSerialControl::nanosPerByte() const {
 void FakeSerialControl::enqueue(Queued item) {
     if (queue_.empty()) firstLeavesAt_ = clock_.micros() * 1000 + nanosPerByte();
     queue_.push_back(item);
-}
-
-void FakeSerialControl::addUnsent(int bytes) {
-    while (bytes-- > 0) enqueue({0, false});
 }
 
 void FakeSerialControl::send(const Bytes& bytes) {

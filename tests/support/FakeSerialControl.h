@@ -14,14 +14,6 @@ namespace corvane::fakes {
 /// exist.
 class FakeSerialControl : public BufferedSerialControl, private TimedSource {
 public:
-    /// One setting of the line that the code under test asked for.
-    struct LineChange {
-        Micros at;
-        CommState state;
-        bool taken;
-        bool operator==(const LineChange&) const = default;
-    };
-
     explicit FakeSerialControl(FakeRuntime& runtime);
     ~FakeSerialControl() override;
 
@@ -39,13 +31,15 @@ public:
     void raiseFramingError() { raise(kFramingError); }
 
     /// Bytes that nobody hears go out behind what is queued.
-    void addUnsent(int bytes);
+    void addUnsent(int bytes) {
+        while (bytes-- > 0) enqueue({0, false});
+    }
 
     void hold(bool carrier, bool clearToSend, bool dataSetReady) { inputs_ = {carrier, clearToSend, dataSetReady}; }
     void message(std::uint32_t code, std::string text) { messages_[code] = std::move(text); }
 
     /// Every setting of the line since the start, those at openings and refused ones too.
-    const std::vector<LineChange>& lineChanges() const { return lineChanges_; }
+    const std::vector<CommState>& lineChanges() const { return lineChanges_; }
 
     CommState line() const { return line_; }
     std::int32_t CommID() override { return PortOpen() ? handle_ : -1; }
@@ -89,7 +83,7 @@ private:
     std::deque<Queued> queue_;
     std::int64_t firstLeavesAt_ = 0;  // in nanoseconds
     bool news_ = false;
-    std::vector<LineChange> lineChanges_;
+    std::vector<CommState> lineChanges_;
 };
 
 }  // namespace corvane::fakes

@@ -25,20 +25,18 @@ public:
     int count(const std::string& event);
 
     /// The server falls silent, though its machine still accepts connections; or answers again.
-    void freeze();
-    void thaw();
+    void freeze() const;
+    void thaw() const;
 
     /// The server is gone at once, as after a power loss.
     void kill();
 
 private:
-    int recorded(const std::string& event) const;
     bool readEvents(int waitMs);
 
+    int stream_ = -1;  // its standard input and output
     pid_t process_ = -1;
-    int input_ = -1, output_ = -1;
-    std::string rest_, address_;
-    std::vector<std::string> events_;
+    std::string text_, address_;
 };
 
 }  // namespace corvane::fakes

@@ -5,7 +5,6 @@
 #include <ctime>
 #include <map>
 #include <random>
-#include <set>
 #include <sstream>
 
 #include "faults/explore/Attempt.h"
@@ -77,72 +76,33 @@ Wire::Plan planOf(const Events& events) {
     };
 }
 
-/// What has struck what, whatever its number.
-std::vector<std::string> kindsOf(const Outcome& outcome) {
-    std::vector<std::string> kinds;
-    for (const auto& event : outcome.struck) {
-        for (const auto& step : outcome.steps) {
-            if (step.side != event.side || step.number != event.number) continue;
-            const auto text = event.text();
-            kinds.push_back((step.side == 'a' ? "answer to " : "") + std::string(step.content) +
-                            text.substr(text.find(':')));
-        }
-    }
-    return kinds;
-}
-
-std::string joined(const std::vector<std::string>& kinds) {
-    std::string text;
-    for (const auto& kind : kinds) text += kind + ", ";
-    return text;
-}
-
 std::string endOf(const Outcome& outcome) {
     return "status " + std::to_string(outcome.status) + (outcome.isRight ? "" : ", memory differs") +
            (outcome.isRunning ? "" : ", in its boot loader");
 }
 
-/// What has come out so far. Shows what did not succeed, unless the same did not with an event less either.
+/// What has come out so far, with some examples of each way in which it did not succeed.
 class Tally {
 public:
-    /// Tells kinds apart by their events too, with one example of each; or by the outcome alone, with more.
-    explicit Tally(bool namesEvents) : namesEvents_(namesEvents) {}
-
-    void begin() {
-        tried_ = succeeded_ = modest_ = doubles_ = wrong_ = 0;
-        groups_.clear();
-        began_ = std::clock();
-    }
-
     void take(const Outcome& outcome, bool hasDouble = false) {
         ++tried_;
         succeeded_ += outcome.isSuccess();
         doubles_ += hasDouble;
         wrong_ += outcome.isWrong() && !hasDouble;
         if (outcome.isSuccess()) return;
-        modest_ += outcome.isRight && outcome.isRunning;
-        const auto kinds = namesEvents_ ? kindsOf(outcome) : std::vector<std::string>();
-        if (namesEvents_ && !isNews(kinds)) return;
-        auto& group = groups_[(hasDouble           ? "double "
-                               : outcome.isWrong() ? "WRONG  "
-                                                   : "failed ") +
-                              joined(kinds) + endOf(outcome)];
-        if (group.count++ < (namesEvents_ ? 1 : 12)) group.examples += "\n      \"" + textOf(outcome.struck) + "\"";
+        const auto* kind = hasDouble ? "double " : outcome.isWrong() ? "WRONG  " : "failed ";
+        auto& [count, examples] = groups_[kind + endOf(outcome)];
+        if (count++ < 12) examples += "\n      \"" + textOf(outcome.struck) + "\"";
     }
 
     void print(const std::string& what) const {
-        constexpr std::size_t kMost = 1000;
         const double ms = 1000.0 * static_cast<double>(std::clock() - began_) / CLOCKS_PER_SEC;
-        std::printf(
-            "%s: %ld tried, %ld updated, %ld failed (%ld of them with a device that is well), %ld not to be told "
-            "apart, %ld WRONG; ",
-            what.c_str(), tried_, succeeded_, tried_ - succeeded_ - doubles_ - wrong_, modest_, doubles_, wrong_);
+        std::printf("%s: %ld tried, %ld updated, %ld failed, %ld not to be told apart, %ld WRONG; ", what.c_str(),
+                    tried_, succeeded_, tried_ - succeeded_ - doubles_ - wrong_, doubles_, wrong_);
         std::printf("%.1f s of processor time, %.3f ms a run\n", ms / 1000, ms / static_cast<double>(tried_));
-        std::size_t shown = 0;
-        for (const auto& [kind, group] : groups_) {
-            if (shown++ < kMost) std::printf("  %ld %s%s\n", group.count, kind.c_str(), group.examples.c_str());
+        for (const auto& [end, group] : groups_) {
+            std::printf("  %ld %s%s\n", group.first, end.c_str(), group.second.c_str());
         }
-        if (shown > kMost) std::printf("  and %zu kinds more\n", shown - kMost);
         std::fflush(stdout);
     }
 
@@ -150,27 +110,9 @@ public:
     bool isPerfect() const { return succeeded_ == tried_; }
 
 private:
-    struct Group {
-        long count = 0;
-        std::string examples;
-    };
-
-    bool isNews(const std::vector<std::string>& kinds) {
-        bool isNew = true;
-        for (std::size_t i = 0; i < kinds.size(); ++i) {
-            auto fewer = kinds;
-            fewer.erase(fewer.begin() + static_cast<std::ptrdiff_t>(i));
-            isNew = isNew && !known_.count(joined(fewer));
-        }
-        known_.insert(joined(kinds));
-        return isNew;
-    }
-
-    bool namesEvents_;
     std::clock_t began_ = std::clock();
-    long tried_ = 0, succeeded_ = 0, modest_ = 0, doubles_ = 0, wrong_ = 0;
-    std::set<std::string> known_;  // kinds that did not succeed
-    std::map<std::string, Group> groups_;
+    long tried_ = 0, succeeded_ = 0, doubles_ = 0, wrong_ = 0;
+    std::map<std::string, std::pair<long, std::string>> groups_;  // how many, with examples, by the end
 };
 
 /// Every combination of so many events. Events are added in the order of the steps of the run without them, so each
@@ -184,7 +126,7 @@ public:
     bool run(std::size_t depth) {
         depth_ = depth;
         count_ = 0;
-        tally_.begin();
+        tally_ = {};
         progress_.clear();
         Events events;
         extend(events, 0);
@@ -233,7 +175,7 @@ private:
     std::size_t depth_ = 0;
     long count_ = 0;
     std::string progress_;
-    Tally tally_{true};
+    Tally tally_;
 };
 
 std::string record(const std::vector<unsigned>& bytes) {
@@ -313,7 +255,7 @@ bool holds(PortKind kind, const Options& options) {
     const TestImage image(options.random ? spreadRecords() : kFourRecords);
     if (!options.replay.empty()) return replay(kind, image, options.replay);
     if (options.random) {
-        Tally tally(false);
+        Tally tally;
         std::mt19937 random(options.seed);
         for (long i = 0; i < options.random; ++i) tally.take(attempt(kind, image, randomPlan(random)));
         tally.print(std::string(kPorts[static_cast<int>(kind)]) + ", random");

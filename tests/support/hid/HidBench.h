@@ -11,11 +11,10 @@
 namespace corvane::fakes {
 
 /// A device, not owned, behind a simulated reader.
-struct SimulatedReader : ReportPeer {
-    SimulatedReader(FakeRuntime& theRuntime, models::Peer& device, models::HidReaderOptions options = {})
-        : runtime(theRuntime), line(device), reader(line, std::move(options)) {}
+struct SimulatedReader : ReaderPeer {
+    SimulatedReader(FakeRuntime& runtime, models::Peer& device, models::HidReaderOptions options = {})
+        : ReaderPeer(reader, [&runtime] { return runtime.micros(); }), line(device), reader(line, std::move(options)) {}
 
-    FakeRuntime& runtime;
     models::PacedLine line;
     models::HidReader reader;
 
@@ -23,11 +22,6 @@ struct SimulatedReader : ReportPeer {
         const auto& is = reader.options();
         bus.plug({path, is.vendor, is.product, is.manufacturer, is.name, is.serialNumber}, *this);
     }
-
-    bool isPlugged() const override { return reader.isPlugged(); }
-    bool accepts() override { return reader.accepts(runtime.micros()); }
-    void hear(const HidReport& report) override { reader.hear(runtime.micros(), report); }
-    std::optional<HidReport> speak() override { return reader.speak(runtime.micros()); }
 };
 
 /// Virtual time and the real control on the real transport library, over the readers of a test.
@@ -43,7 +37,7 @@ struct HidControlBench {
     /// The library lacks these operations. One that is not served (vellService) tells of nothing by itself.
     explicit HidControlBench(bool userMode = true, const std::vector<std::string>& without = {}) {
         auto exports = vellModule();
-        for (const auto& name : without) exports.erase(name);
+        for (const auto& name : without) exports[name] = nullptr;
         loader.provide(kLibrary, exports);
         start(userMode);
     }

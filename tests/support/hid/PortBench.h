@@ -13,22 +13,42 @@ enum class PortKind { serial, hid };
 /// device is tested over both. Ports are numbered from 1, COM1 or HID1. Opening a HID port takes 150 ms and some
 /// commands, so tests count their times from where they start.
 class PortBench {
+    std::unique_ptr<SerialBench> serial_;
+    std::unique_ptr<HidBench> hid_;
+    models::Device nobody_{{}};
+    std::map<std::int16_t, std::unique_ptr<SimulatedReader>> readers_;
+
 public:
-    static std::unique_ptr<PortBench> make(PortKind kind);
-    virtual ~PortBench() = default;
+    explicit PortBench(PortKind kind)
+        : serial_(kind == PortKind::serial ? std::make_unique<SerialBench>() : nullptr),
+          hid_(serial_ ? nullptr : std::make_unique<HidBench>()) {}
 
-    FakeRuntime& runtime;
-    clsIMScomm& port;
+    FakeRuntime& runtime{serial_ ? serial_->runtime : hid_->runtime};
+    clsIMScomm& port{serial_ ? static_cast<clsIMScomm&>(serial_->port) : hid_->port};
 
-    virtual std::string name(std::int16_t number) const = 0;
+    std::string name(std::int16_t number) const { return (serial_ ? "COM" : "HID") + std::to_string(number); }
 
     /// A device, not owned, at that port, in place of the one that was there. Readers come in the order of their
     /// numbers.
-    virtual void plug(std::int16_t number, models::Peer& device) = 0;
-    virtual void unplugAll() = 0;
+    void plug(std::int16_t number, models::Peer& device) {
+        unplug(number);
+        if (serial_) return serial_->plug(number, device);
+        readers_[number] = std::make_unique<SimulatedReader>(runtime, device);
+        readers_[number]->plug(hid_->bus, name(number));
+        port.NumberOfCommPorts();
+    }
+
+    void unplugAll() {
+        if (serial_) serial_->map.entries.clear();
+        while (!readers_.empty()) unplug(readers_.begin()->first);
+    }
 
     /// The port is listed, and does not open.
-    virtual void refuse(std::int16_t number) = 0;
+    void refuse(std::int16_t number) {
+        plug(number, nobody_);
+        if (serial_) return serial_->control.markBusy(number);
+        hid_->bus.forbid(name(number));
+    }
 
     /// Plugs the device in at the first port and opens that.
     void open(models::Peer& device, const std::string& settings = "19200,N,8,1") {
@@ -38,8 +58,16 @@ public:
         port.PortOpen(true);
     }
 
-protected:
-    PortBench(FakeRuntime& theRuntime, clsIMScomm& thePort) : runtime(theRuntime), port(thePort) {}
+private:
+    void unplug(std::int16_t number) {
+        if (serial_) {
+            std::erase_if(serial_->map.entries, [&](const auto& entry) { return entry.port == name(number); });
+            return;
+        }
+        hid_->bus.unplug(name(number));
+        port.NumberOfCommPorts();  // the library lets go of it
+        readers_.erase(number);
+    }
 };
 
 /// A test of the dialogue with a device that runs over each kind of port.
@@ -47,11 +75,7 @@ class OverEachPort : public ::testing::TestWithParam<PortKind> {
 protected:
     static bool isHid() { return GetParam() == PortKind::hid; }
 
-private:
-    std::unique_ptr<PortBench> owned_ = PortBench::make(GetParam());
-
-protected:
-    PortBench& bench = *owned_;
+    PortBench bench{GetParam()};
 };
 
 inline std::string portKindName(const ::testing::TestParamInfo<PortKind>& kind) {

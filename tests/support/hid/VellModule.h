@@ -1,10 +1,14 @@
 #pragma once
 
 #include "support/FakeModuleLoader.h"
+#include "vellio/vellio.h"
 
 namespace corvane::fakes {
 
-/// The exports of the real transport library, over the FakeHidBus of the test.
-FakeModuleLoader::Exports vellModule();
+/// The real transport library, over the FakeHidBus of the test: one export of each of its files, or they would not be
+/// linked; the others are found in the test program.
+inline FakeModuleLoader::Exports vellModule() {
+    return {{"vellCreate", reinterpret_cast<void*>(&vellCreate)}, {"vellRead", reinterpret_cast<void*>(&vellRead)}};
+}
 
 }  // namespace corvane::fakes

@@ -1,0 +1,96 @@
+#pragma once
+
+#include <cstdio>
+#include <functional>
+#include <map>
+#include <set>
+
+#include "platform/Digest.h"
+#include "platform/Launcher.h"
+#include "platform/PortInspector.h"
+#include "platform/SettingsStore.h"
+#include "platform/SleepInhibitor.h"
+
+namespace corvane::fakes {
+
+/// 64 digits that differ where contents do, and that no cryptographer should look at.
+class FakeDigest : public Digest {
+public:
+    std::string sha256(std::string_view content) override {
+        const auto value = std::hash<std::string_view>()(content);
+        char digits[65];
+        std::snprintf(digits, sizeof digits, "%016zx%016zx%016zx%016zx", value, value * 31, value * 37, value * 41);
+        return digits;
+    }
+};
+
+/// Notes what keeps the computer awake.
+class FakeInhibitor : public SleepInhibitor {
+public:
+    std::vector<std::string> reasons;
+    bool isHeld = false;
+
+    void hold(const std::string& reason) override {
+        reasons.push_back(reason);
+        isHeld = true;
+    }
+    void release() override { isHeld = false; }
+};
+
+/// Notes what would have been started and shown. While a failure is set, that is the answer and nothing is noted.
+class FakeLauncher : public Launcher {
+public:
+    std::vector<std::string> started;  ///< a path, and behind it each variable that it was given, " NAME=value"
+    std::vector<std::string> shown;
+    std::string failure;
+
+    std::string start(const std::string& path, const std::vector<Variable>& variables) override {
+        std::string text = path;
+        for (const auto& [name, value] : variables) text.append(" ").append(name).append("=").append(value);
+        if (failure.empty()) started.push_back(text);
+        return failure;
+    }
+
+    std::string open(const std::string& address) override {
+        if (failure.empty()) shown.push_back(address);
+        return failure;
+    }
+};
+
+/// Nodes as a test says.
+class FakePortInspector : public PortInspector {
+public:
+    std::map<std::string, PortHolder> holders;
+    std::set<std::string> probed;
+
+    std::string userName() override { return "olive"; }
+    std::string groupOf(const std::string&) override { return "dialout"; }
+    std::optional<PortHolder> holderOf(const std::string& node) override {
+        const auto found = holders.find(node);
+        return found == holders.end() ? std::nullopt : std::optional(found->second);
+    }
+    bool isProbedForModems(const std::string& node) override { return probed.count(node) > 0; }
+};
+
+/// Settings in memory, by "application/section/key". As long as isReadOnly is set nothing can be saved.
+class FakeSettingsStore : public SettingsStore {
+public:
+    std::map<std::string, std::string> values;
+    std::map<std::string, std::string> before;  ///< what counts as long as nothing else is saved
+    bool isReadOnly = false;
+
+    std::string GetSetting(const std::string& application, const std::string& section, const std::string& key,
+                           const std::string& byDefault) override {
+        const auto name = application + "/" + section + "/" + key;
+        if (values.count(name)) return values[name];
+        return before.count(name) ? before[name] : byDefault;
+    }
+
+    bool SaveSetting(const std::string& application, const std::string& section, const std::string& key,
+                     const std::string& value) override {
+        if (!isReadOnly) values[application + "/" + section + "/" + key] = value;
+        return !isReadOnly;
+    }
+};
+
+}  // namespace corvane::fakes
