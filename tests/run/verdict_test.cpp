@@ -15,13 +15,6 @@ protected:
         loadImage();
         return updater.conclude(start());
     }
-
-    static bool says(const Verdict& verdict, const std::string& words) {
-        for (const auto& line : verdictLines(verdict)) {
-            if (line.find(words) != std::string::npos) return true;
-        }
-        return false;
-    }
 };
 
 TEST_F(VerdictOfARun, IsUpdatedWithItsProof) {
@@ -77,24 +70,6 @@ TEST_F(VerdictOfARun, SaysWhatTheDeviceIsNow) {
     const auto verdict = judge("");
     EXPECT_EQ(verdict.facts[1], "COM1 was lost: it was unplugged, or its cable came loose.");
     EXPECT_EQ(verdict.unplugText(), "");
-}
-
-TEST_F(VerdictOfARun, LeadsFromABootLoaderThatWasSeenToTheRescueAndItsProof) {
-    models::DeviceOptions options;
-    options.startsInBoot = true;
-    options.baud = 9600;
-    options.bootBaud = 57600;
-    options.nextVersion = "TARN-R200 V5.2R1";
-    plug(options, 3);
-    loadImage();
-    asksAfterwards(true);
-    auto verdict = updater.conclude(start());
-    EXPECT_EQ(verdict.headline, "A device waits in its boot loader; nothing was changed.");
-    EXPECT_TRUE(says(verdict, "2. Force an update (Force ISP, or --force on the console)"));
-    EXPECT_TRUE(verdict.callsForForce);
-    verdict = updater.conclude(start(true));
-    EXPECT_EQ(verdict.headline, "The device is updated.");
-    EXPECT_TRUE(says(verdict, "The device now answers with TARN-R200 V5.2R1."));
 }
 
 }  // namespace
