@@ -11,12 +11,13 @@ using Words = std::vector<std::string>;
 
 class WaysToFail;
 
-/// What goes wrong, and what the operator reads then; "$" is the program's folder.
+/// What goes wrong, what the operator reads then, and the log's last words; "$" is the program's folder.
 struct Way {
     Words words;
     int status;
     std::string sentence;
     std::function<void(WaysToFail&)> setUp = nullptr;
+    const char* last = "";
 };
 
 /// Every end that is not "updated" has its own cause, and the console says it.
@@ -82,6 +83,7 @@ TEST_P(WaysToFail, IsToldWithItsCause) {
     auto sentence = replaceAll(way.sentence, "$SUM", digest.sha256(fakes::kImage));
     sentence = replaceAll(replaceAll(sentence, "$DATA", folder.dataPath()), "$", folder.path());
     EXPECT_TRUE(says("corvane-cli: " + sentence + "\n")) << "not: " << sentence << "\nbut: " << err.text;
+    EXPECT_TRUE(out.text.ends_with(way.last)) << out.text;
 }
 
 using T = WaysToFail;
@@ -99,12 +101,12 @@ std::vector<Way> WaysToFail::atTheSite() {
     return {
         {kOnLineYes, 4,
          "The login failed: the dialogue with the server broke off: the server did not answer with data.",
-         [](T& t) { t.reader.answers.erase("ftp://upd:@host"); }},
+         [](T& t) { t.reader.answers.erase("ftp://upd:@host"); }, "Login Server... < NG\n"},
         {kOnLineYes, 1, "The run was cancelled.",
          [](T& t) { t.reader.answers["ftp://upd:@host"].ends = false, t.interruptAfter(500); }},
         {kOnLineYes, 4,
          "firmware.inf could not be fetched: the transfer broke off: the server did not answer with data.",
-         [](T& t) { t.reader.answers.erase("ftp://upd:@host/firmware/firmware.inf"); }},
+         [](T& t) { t.reader.answers.erase("ftp://upd:@host/firmware/firmware.inf"); }, "Downloading File... < NG\n"},
         {kOnLine, 4, closed, [](T& t) { t.type({"y"}, 190000); }},
         {kNewer, 4, "The newer program does not start: Exec format error.",
          [newer](T& t) {
@@ -120,14 +122,16 @@ std::vector<Way> WaysToFail::atTheSite() {
         {{"update", "--server", "host", "--user", "upd", "--select", "PGM X", "--yes"},
          4,
          "firmware.inf does not say what the chosen image is.",
-         [](T& t) { t.offer("/f/a.hex\n", "[PGM X]\nPRODUCT=TARN\nVERSION=V1\nDESC=\nFILE=x\n"); }},
+         [](T& t) { t.offer("/f/a.hex\n", "[PGM X]\nPRODUCT=TARN\nVERSION=V1\nDESC=\nFILE=x\n"); },
+         "No new version in server!!\nFirmware download fail!!(Not define)\n"},
         {kFolder, 1, "No image is on offer: there is no firmware.inf yet.",
-         [](T& t) { std::filesystem::remove(t.folder.folder.at("firmware.inf")); }},
+         [](T& t) { std::filesystem::remove(t.folder.folder.at("firmware.inf")); }, "Firmware file(s) not found !!!\n"},
         {kFolder, 1, "No image is on offer: none of those in firmware.inf lies in the Download folder.",
          [](T& t) { std::filesystem::remove(t.folder.folder.at("Download/a.hex")); }},
-        {kOnLine, 1, "No image was chosen.", [](T& t) { t.type({"n"}); }},
+        {kOnLine, 1, "No image was chosen.", [](T& t) { t.type({"n"}); }, "\n\nCancel Update!!!\n"},
         {kLocal, 1, "No image was chosen.", [](T& t) { t.type({"n"}); }},
-        {kLocalYes, 1, "None of the images is for this device.", [](T& t) { t.image("[INFO]\nPGM=ZETA\n:00\n"); }},
+        {kLocalYes, 1, "None of the images is for this device.", [](T& t) { t.image("[INFO]\nPGM=ZETA\n:00\n"); },
+         "Firmware not found!!!\n"},
     };
 }
 
@@ -149,7 +153,7 @@ std::vector<Way> WaysToFail::withoutAnImage() {
          "The image could not be had: the old $/Download/status cannot be replaced: Operation not permitted.",
          [](T& t) { t.replace("Download", "/proc/self"), t.offer("/f/status\n"); }},
         {kOnLineYes, 4, unsafe, isUnsafe},
-        {kFolder, 4, unsafe, isUnsafe},
+        {kFolder, 4, unsafe, isUnsafe, "\n\nFirmware download fail!!\n"},
         {kOnLineYes, 4, other, digests},
         {kFolder, 4, other, digests},
         {kFolder, 4, "The image is not there any more: a.hex does not lie in the Download folder.",
@@ -191,7 +195,8 @@ std::vector<Way> WaysToFail::atTheDevice() {
          "There is no port to look for a device at: COM9 is not there."},
         {kOnLineYes, 3, "No port could be opened.", [](T& t) { t.serial.control.markBusy(1); }},
         {kLocalYes, 3, "No device answered on any port.", [silent](T& t) { t.device("", silent); }},
-        {kLocalYes, 3, "COM1 answers with the prompt of a boot loader.", [boot](T& t) { t.device("", boot); }},
+        {kLocalYes, 3, "COM1 answers with the prompt of a boot loader.", [boot](T& t) { t.device("", boot); },
+         ", In ISP Mode!!\nCan not found any device on comm port!!\n"},
         {kLocalYes, 1, "The run was cancelled.", [silent](T& t) { t.device("", silent), t.interruptAfter(500); }},
         {kLocalYes, 5,
          "The device wants a password before it switches into its boot loader, and was given none that it takes.",
@@ -200,10 +205,11 @@ std::vector<Way> WaysToFail::atTheDevice() {
          [locked](T& t) { t.device("", locked); }},
         {kLocalYes, 5, "The device does not take the password that CORVANE_DEVICE_PASSWORD gives.",
          [locked](T& t) { t.device("", locked), t.devicePassword = "wrong"; }},
-        {kLocalYes, 5, "The device did not agree to switch into its boot loader.", faulty("refuse@1f=07")},
+        {kLocalYes, 5, "The device did not agree to switch into its boot loader.", faulty("refuse@1f=07"),
+         "< NG\nCan't enter ISP Mode!!\n"},
         {kLocalYes, 5, "The device was asked to switch into its boot loader and did not confirm it.", faulty("drop@2")},
         {kLocalYes, 5, "The device agreed to switch, but its boot loader does not answer at the rates tried.",
-         faulty("boot-deaf=9000")},
+         faulty("boot-deaf=9000"), "< OK\nCan't enter ISP Mode!!\n"},
         {kLocalYes, 5, lost, faulty("unplug-request@1f")},
         {kLocalYes, 5, lost, faulty("unplug@1")},
         {kLocalYes, 5, "Erasing failed three times.", faulty("erase-nakx*")},

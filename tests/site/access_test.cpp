@@ -57,35 +57,56 @@ TEST_F(Access, LoginFailsWithItsOwnCauseAndLeavesNoConnection) {
 TEST_F(Access, DownloadFailsWithItsOwnCause) {
     ASSERT_TRUE(site.login());
     const auto target = folder.folder.at("a");
+    const auto download = [this](const std::string& name, const std::string& to) {
+        EXPECT_FALSE(site.FTP_Download(name, to)) << name;
+    };
     EXPECT_FALSE(site.FTP_Download("/f/a.hex", target, [](const std::string&) { return "it is another one"; }));
     expect(Kind::wrongContent, "it is another one");
     EXPECT_TRUE(site.FTP_Download("f/a.hex", target));
     expect(Kind::none, "");  // a cause does not outlive its operation
-    EXPECT_FALSE(site.FTP_Download("/f/a.hex", "/proc/self/status"));
+    download("/f/a.hex", "/proc/self/status");
     expect(Kind::oldFileStays, "the old /proc/self/status cannot be replaced: Operation not permitted");
-    EXPECT_FALSE(site.FTP_Download("/f/", target));
+    download("/f/", target);
     expect(Kind::unusableName, "\"/f/\" names a folder and no file");
     reader.answers["ftp://u:p@host/f/b.hex"] = {.content = "", .failure = {ReadFailure::Kind::refused, "550"}};
-    EXPECT_FALSE(site.FTP_Download("/f/b.hex", target));
+    download("/f/b.hex", target);
     expect(Kind::notGiven, "the server does not give it: 550");
     folder.folder.file("full/x", "");
-    EXPECT_FALSE(site.FTP_Download("/f/a.hex", folder.folder.at("full")));
+    download("/f/a.hex", folder.folder.at("full"));
     EXPECT_EQ(site.failure().kind, Kind::notStored);
-    for (const auto& [name, words] : {std::pair("/f/", "\"/f/\" names a folder and no file"),
-                                      {"/f/..", "the site's name for it, \"/f/..\", may be no file's here"}}) {
-        EXPECT_EQ(site.FTP_DownloadFirmware(name), "");
-        expect(Kind::unusableName, words);
-    }
-    auto& answer = reader.answers["ftp://u:p@host/f/a.hex"];
-    answer.ends = false;
+    reader.answers["ftp://u:p@host/f/a.hex"].ends = false;
     runtime.at(runtime.ms() + 500, [this] { site.cancel(); });
-    EXPECT_FALSE(site.FTP_Download("/f/a.hex", target));
+    download("/f/a.hex", target);
     expect(Kind::cancelled, "it was cancelled");
-    EXPECT_FALSE(site.FTP_Download("/f/a.hex", target));  // until the idle watch ends it
-    const std::string closed = "the session with the site was closed, as it always is three minutes after the login";
-    expect(Kind::sessionClosed, closed);
-    EXPECT_EQ(site.FTP_DownloadFirmware("/f/a.hex"), "");
-    expect(Kind::sessionClosed, closed);
+    for (int i = 0; i < 2; ++i) {
+        download("/f/a.hex", target);  // the first one until the idle watch ends it
+        expect(Kind::sessionClosed,
+               "the session with the site was closed, as it always is three minutes after the login");
+    }
+}
+
+TEST_F(Access, NamesFromTheSiteLeadToFilesOfTheDownloadFolderOnly) {
+    const std::pair<std::string, std::string> names[] = {{"/a.hex", "a.hex"},
+                                                         {"b.hex", "b.hex"},
+                                                         {"/f/a b%20#1?.hex", "a b%20#1?.hex"},
+                                                         {"/f/gr\xF6\xDF.hex", "gr\xC3\xB6\xC3\x9F.hex"},
+                                                         {"/f/..", ""},
+                                                         {"", ""},
+                                                         {"..\\..\\x", ""},
+                                                         {"/f/a\x1b[2Jb", ""}};
+    ASSERT_TRUE(site.login());
+    for (const auto& [name, local] : names) {
+        const auto path = name.starts_with('/') ? name : "/" + name;
+        reader.answers["ftp://u:p@host" + path].content = name;
+        reader.calls.clear();
+        EXPECT_EQ(site.FTP_DownloadFirmware(name), local.empty() ? "" : folder.folder.at("Download/" + local));
+        EXPECT_EQ(reader.calls.empty(), local.empty()) << name;
+        EXPECT_EQ(site.failure().kind, local.empty() ? Kind::unusableName : Kind::none) << name;
+        if (!local.empty()) EXPECT_EQ(fakes::ScratchFolder::content(folder.folder.at("Download/" + local)), name);
+    }
+    EXPECT_EQ(folder.folder.names(), std::vector<std::string>{"Download"});
+    EXPECT_EQ(site.FTP_DownloadFirmware("/f/.."), "");
+    expect(Kind::unusableName, "the site's name for it, \"/f/..\", may be no file's here");
 }
 
 TEST_F(Access, OffLineSaysWhatIsMissingOrAnother) {

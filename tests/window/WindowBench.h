@@ -17,11 +17,8 @@ struct WindowBench {
     /// A sound image of so many records, a byte in each, and the end record.
     static std::string imageOf(int records) {
         std::string image = "[INFO]\nPGM=TARN-R200\nVER=V5.2R1\nBUD=2024/01/31\n";
-        for (int i = 0; i < records; ++i) {
-            const int checksum = -(1 + (i >> 8) + i) & 0xFF;
-            image += QString::asprintf(":01%04X0000%02X\n", static_cast<unsigned>(i), static_cast<unsigned>(checksum))
-                         .toStdString();
-        }
+        for (int i = 0; i < records; ++i)
+            image += QString::asprintf(":01%04X0000%02X\n", i, -(1 + (i >> 8) + i) & 0xFF).toStdString();
         return image + ":00000001FF\n";
     }
 
