@@ -7,8 +7,8 @@
 #include <string>
 #include <utility>
 
-#include "models/Peer.h"
 #include "cable/HidReport.h"
+#include "models/Peer.h"
 
 namespace corvane::models {
 

@@ -3,7 +3,6 @@
 #include <algorithm>
 #include <system_error>
 
-
 namespace corvane {
 namespace {
 
