@@ -1,6 +1,6 @@
 #include "Dialogue.h"
 #include "protocol/HexProgrammer.h"
-#include "support/FakeDigest.h"
+#include "support/FakeSystem.h"
 #include "text/Text.h"
 
 namespace corvane {
