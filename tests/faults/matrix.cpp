@@ -136,7 +136,7 @@ private:
         options.nextVersion = "TARN-R200 V5.2R1";
         options.baud = setup.baud;
         options.bootBaud = setup.bootBaud;
-        options.password = setup.password;
+        if (*setup.password) options.password = setup.password;
         return options;
     }
 
@@ -193,7 +193,8 @@ struct Extent {
 Extent extentOf(const Setup& setup) {
     World world({&setup, {}, {}, {}});
     const auto wrong = world.run(false, std::nullopt);
-    if (!world.isUpdated()) throw std::runtime_error("a run without faults fails: " + wrong);
+    if (!world.isUpdated())
+        throw std::runtime_error(std::string(setup.name) + ": a run without faults fails: " + wrong);
     return {world.device().log().replies, world.device().log().bytesHeard, world.ms()};
 }
 

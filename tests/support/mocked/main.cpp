@@ -40,9 +40,9 @@ public:
     void plug() {
         ++plugged_;  // the test bed keeps the far end of a node that has gone, so each one gets a name of its own
         const auto ioctls = folder_.file("ioctls", filled("reader.ioctl"));
-        umockdev_testbed_add_from_string(bed_, filled("reader.umockdev").c_str(), nullptr);
-        umockdev_testbed_load_ioctl(bed_, nullptr, ioctls.c_str(), nullptr);
-        descriptor_ = umockdev_testbed_get_dev_fd(bed_, ("/dev/" + name()).c_str());
+        const bool isShown = umockdev_testbed_add_from_string(bed_, filled("reader.umockdev").c_str(), nullptr) &&
+                             umockdev_testbed_load_ioctl(bed_, nullptr, ioctls.c_str(), nullptr);
+        descriptor_ = isShown ? umockdev_testbed_get_dev_fd(bed_, ("/dev/" + name()).c_str()) : -1;
         if (descriptor_ < 0) throw std::runtime_error("the mocked device has no far end");
         ::fcntl(descriptor_, F_SETFL, ::fcntl(descriptor_, F_GETFL) | O_NONBLOCK);
         pending_.clear();
