@@ -131,10 +131,11 @@ TEST_F(Serial, KeepsItsSettingsAndPutsTheLineRight) {
     bench.control.plug(1, next);
     port.PortOpen(true);
     EXPECT_EQ(port.Settings(), "57600,N,8,1") << "also after a loss";
+    port.Settings("4800,N,8,1");
     for (const bool rts : {true, false}) {  // when a line signal is set
         port.SetCOMMSettings(port.CommID(), "300,N,8,1");
         rts ? port.RTSEnable(true) : port.DTREnable(false);
-        EXPECT_EQ(bench.control.line(), (CommState{57600, 0, 8, 0}));
+        EXPECT_EQ(bench.control.line(), (CommState{4800, 0, 8, 0}));
     }
     EXPECT_TRUE(port.RTSEnable() && !port.DTREnable());
 }
