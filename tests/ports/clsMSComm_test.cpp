@@ -58,7 +58,7 @@ TEST_F(Serial, SelectsAPortByNameOrNumber) {
 
 TEST_F(Serial, ChangesTheSettingsItIsGiven) {
     const TextPairs changes = {{"7,E", "19200,E,7,1"},      {"1.5", "19200,N,8,1.5"}, {"8,N,2,115200", "115200,N,8,2"},
-                               {"O,300,M", "300,M,8,1"},    {"   ", "19200,N,8,1"},   {" 4800 ", "4800,N,8,1"},
+                               {"O,300,4,M", "300,M,4,1"},  {"   ", "19200,N,8,1"},   {" 4800 ", "4800,N,8,1"},
                                {"X,junk,S", "19200,S,8,1"}, {"3", "3,N,8,1"},         {"57600N,8,1", "57600N,N,8,1"}};
     for (const auto& [change, result] : changes) EXPECT_EQ(after(change, false), result) << change;
     EXPECT_EQ(after("57600N,8,1", true), "57600,N,8,1");
@@ -82,7 +82,7 @@ TEST_F(Serial, AppliesOnlySoundSettings) {
     port.PortOpen(true);
     const auto handle = port.CommID();
     const auto changes = bench.control.lineChanges().size();
-    for (const char* bad : {"9600,N,8", "9600,N,8,1,1", "9601,N,8,1", "-150,N,8,1", "9600,X,8,1", "9600,NN,8,1",
+    for (const char* bad : {"9600,N,8", "9600,N,8,1,1", "9675,N,8,1", "-150,N,8,1", "9600,X,8,1", "9600,NN,8,1",
                             "9600,N,3,1", "9600,N,9,1", "9600,N,8,3", "9600,N,8,1.2"}) {
         EXPECT_FALSE(port.SetCOMMSettings(handle, bad)) << bad;
     }
@@ -123,18 +123,19 @@ TEST_F(Serial, KeepsItsSettingsAndPutsTheLineRight) {
     port.PortOpen(true);  // twice is no error to the caller
     EXPECT_TRUE(port.PortOpen());
     EXPECT_EQ(port.Settings(), "38400,E,7,2");
+    port.Settings("57600,N,8,1");
     fakes::ScriptedPeer next;
     peer.unplugAt(bench.runtime.ms());
     bench.runtime.Sleep(5);
     EXPECT_FALSE(port.PortOpen());
     bench.control.plug(1, next);
     port.PortOpen(true);
-    EXPECT_EQ(port.Settings(), "38400,E,7,2") << "also after a loss";
-    port.Settings("57600,N,8,1");
+    EXPECT_EQ(port.Settings(), "57600,N,8,1") << "also after a loss";
+    port.Settings("4800,N,8,1");
     for (const bool rts : {true, false}) {  // when a line signal is set
         port.SetCOMMSettings(port.CommID(), "300,N,8,1");
         rts ? port.RTSEnable(true) : port.DTREnable(false);
-        EXPECT_EQ(bench.control.line(), (CommState{57600, 0, 8, 0}));
+        EXPECT_EQ(bench.control.line(), (CommState{4800, 0, 8, 0}));
     }
     EXPECT_TRUE(port.RTSEnable() && !port.DTREnable());
 }
