@@ -7,8 +7,7 @@
 namespace corvane {
 namespace {
 
-/// What a signal does: Cancel while that is possible; a device that is being programmed must be finished first. When
-/// the run is over, it ends the asking for the new version.
+/// What a signal does: Cancel while that is possible; a device that is being programmed must be finished first.
 void interruptRun(CommandScope& scope) {
     auto& run = scope.updater.run();
     if (run.isRunning() && !run.isCancellable() && !scope.face.isAskingAboutImage()) {
@@ -17,7 +16,6 @@ void interruptRun(CommandScope& scope) {
     }
     scope.face.abandonQuestions();
     run.cancel();
-    if (!run.isRunning()) scope.updater.cancelDialogue();
 }
 
 bool loadImage(CommandScope& scope, const std::string& path) {
