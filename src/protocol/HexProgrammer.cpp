@@ -69,8 +69,9 @@ HexProgrammer::Found HexProgrammer::attempt(const std::string& code) {
     if (before.prompt) return Found::restarted;
     if (before.answers() > 0 && !isSettled_) return Found::extra;
     isEchoPossible_ = !eraseEcho_.IsTimeout();
-    session_.comm->CommOutput(code + "\r");
+    // The clock first: this program may be kept waiting behind the other call for longer than an answer takes.
     clock_.sent(code.size() + 1);
+    session_.comm->CommOutput(code + "\r");
     const auto answer = lines_.wait_comm(clock_.untilCrossed() + clock_.patience(isSettled_));
     if (lines_.isPromptSeen()) return isAskedFor() ? Found::prompted : Found::restarted;
     if (answer != kAck && answer != kNak) return Found::silent;

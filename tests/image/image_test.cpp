@@ -90,7 +90,8 @@ TEST_F(ImageTest, HoldsAllItsRecordsAndStoresTheFirst32768) {
 }
 
 TEST_F(ImageTest, FillsMemory) {
-    const auto& report = image(kSound).report();
+    const auto sound = image(kSound);
+    const auto& report = sound.report();
     EXPECT_EQ(report.records, 6U);
     EXPECT_EQ(report.bytes, 12U);
     EXPECT_EQ(memoryMapOf(image(kSound))->words(),
