@@ -10,7 +10,7 @@ namespace {
 constexpr double kDay = 86400;
 constexpr double kAnswerTime = 0.5;   // s that the given dialogue waits for an answer
 constexpr double kLongestOwed = 1.5;  // s after which no answer comes any more
-constexpr double kLate = 0.29;        // s behind the crossing; a device that writes a page answers sooner
+constexpr double kLate = 0.25;        // s behind the crossing; a device that writes a page answers sooner
 constexpr double kCrossed = 7.0 / 8;  // of a record's time on the line; the rest is for clocks that differ
 
 }  // namespace

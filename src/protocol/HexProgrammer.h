@@ -30,8 +30,8 @@ namespace corvane {
 /// What nothing on the line shows: a boot loader that restarts without a word, within the first 64 KiB, and had part of
 /// a page in a buffer (the record lost in it is repeated, the rest of the page is not); a record that the device hears
 /// twice in a row while it never hears the next one; and a second copy of a record or an answer that comes so late that
-/// its answer falls, by chance, into the 0.3 s behind another record whose own answer does not come. Each looks like an
-/// answer that took a little longer.
+/// its answer falls, by chance, into the 0.25 s behind another record whose own answer does not come. Each looks like
+/// an answer that took a little longer.
 class HexProgrammer {
 public:
     HexProgrammer(DeviceSession& session, Progress& progress, Digest& digest)
