@@ -12,6 +12,6 @@ Run hid_reports, hid_commands;                    ///< what a HID reader says
 Run addresses, inf_list, inf_profile, site, hex;  ///< what a site names and holds
 
 /// What the user's own files and the command line hold.
-Run settings_text, settings_file, port_map, journal, arguments, notation, texts;
+Run settings_text, settings_file, port_map, journal, arguments, texts;
 
 }  // namespace corvane::fuzz
