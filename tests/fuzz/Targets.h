@@ -7,7 +7,7 @@ namespace corvane::fuzz {
 /// One way into the program: takes any bytes, and ends the process when something about them is not as it must be.
 using Run = void(std::string_view input);
 
-Run query, lines, prompt, update;                 ///< what a device says
+Run query, lines, update;                         ///< what a device says
 Run hid_reports, hid_commands;                    ///< what a HID reader says
 Run addresses, inf_list, inf_profile, site, hex;  ///< what a site names and holds
 
