@@ -1,8 +1,6 @@
 #include "models/Transcript.h"
 
-#include <cmath>
 #include <cstdio>
-#include <map>
 
 namespace corvane::models {
 namespace {
@@ -48,24 +46,6 @@ void Transcript::finish() {
     if (!taker_) return;
     for (const auto& passage : passages_) taker_(passage);
     passages_.clear();
-}
-
-std::size_t Transcript::bytes(Direction direction, Micros from, Micros to) const {
-    std::size_t count = 0;
-    for (const auto& passage : passages_) {
-        if (passage.direction == direction && passage.from >= from && passage.to <= to) count += passage.bytes.size();
-    }
-    return count;
-}
-
-Micros Transcript::wireTime(Micros from, Micros to) const {
-    std::map<std::uint32_t, std::size_t> bytesAt;
-    for (const auto& passage : passages_) {
-        if (passage.from >= from && passage.to <= to) bytesAt[passage.rate] += passage.bytes.size();
-    }
-    double seconds = 0;
-    for (const auto& [rate, count] : bytesAt) seconds += static_cast<double>(count) * 10 / rate;
-    return std::llround(seconds * 1e6);
 }
 
 }  // namespace corvane::models

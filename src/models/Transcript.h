@@ -1,7 +1,6 @@
 #pragma once
 
 #include <functional>
-#include <limits>
 #include <string>
 #include <vector>
 
@@ -30,20 +29,11 @@ public:
     /// Bytes that were handed over at a moment. They join the passage before them when they go on where it stopped.
     void add(Micros at, Direction direction, std::uint32_t rate, const Bytes& bytes);
 
-    const std::vector<Passage>& passages() const { return passages_; }
-
-    /// Bytes of a direction in whole passages within a span of time, and how long both directions keep the line busy
-    /// with theirs, at 10 bits a byte.
-    std::size_t bytes(Direction direction, Micros from = 0, Micros to = kEnd) const;
-    Micros wireTime(Micros from = 0, Micros to = kEnd) const;
-
     /// From now on passages are not kept but handed over, each when it is complete; finish completes the last one.
     void handOver(std::function<void(const Passage&)> taker) { taker_ = std::move(taker); }
     void finish();
 
 private:
-    static constexpr Micros kEnd = std::numeric_limits<Micros>::max();
-
     std::vector<Passage> passages_;
     std::function<void(const Passage&)> taker_;
 };

@@ -14,15 +14,16 @@ TEST(BenchOptions, ReadDevices) {
          "kind=tarn,baud=9600,boot-baud=57600,prompt=M51>,version=Größe\\, 1,next-version=V2,version-nul=no",
          "--device=port=1,kind=boot,in-boot=yes,password=p\\\\w,wrong-rate=garbage,fault=nak@5x2,fault=unplug,replug="
          "300",
+         "--device", "hid=yes,reader=Größer,reader-version=K 9,baud=9600", "--device", "hid=yes", "--device", "hid=no",
          "--config-dir=/c", "--setting", "FTP/Server=a=b", "--image", "i.hex", "--verify", "--", "run", "--me"});
-    ASSERT_EQ(options.devices.size(), 2U);
+    std::string names;
+    for (const auto& device : options.devices) names += (device.isReader ? "H" : "C") + std::to_string(device.port);
+    EXPECT_EQ(names, "C2C1H1H2C3") << "the lowest ones that nobody asks for";
     const auto& [first, second] = std::tie(options.devices[0], options.devices[1]);
-    EXPECT_EQ(first.port, 2) << "the lowest one that nobody asks for";
     EXPECT_EQ(first.device.kind, Kind::tarn);
     EXPECT_EQ(std::pair(first.device.baud, first.device.bootBaud), std::pair(9600U, 57600U));
     EXPECT_EQ(first.device.prompt + first.device.version + first.device.nextVersion, "M51>Gr\xF6\xDF\x65, 1V2");
     EXPECT_FALSE(first.device.versionEndsInNul || first.replugMs);
-    EXPECT_EQ(second.port, 1);
     EXPECT_EQ(second.device.kind, Kind::boot);
     EXPECT_TRUE(second.device.startsInBoot);
     EXPECT_EQ(second.device.password, "p\\w");
@@ -30,24 +31,13 @@ TEST(BenchOptions, ReadDevices) {
     EXPECT_TRUE(second.device.faults.has(models::FaultKind::nak) &&
                 second.device.faults.has(models::FaultKind::unplug));
     EXPECT_EQ(second.replugMs, 300);
+    const auto& [reader, other] = std::tie(options.devices[2].reader, options.devices[3].reader);
+    EXPECT_EQ(reader.name + reader.version, "Gr\xF6\xDF\x65rK 9");
+    EXPECT_NE(reader.serialNumber, other.serialNumber);
     EXPECT_EQ(options.configFolder, "/c");
-    ASSERT_EQ(options.settings.size(), 1U);
-    EXPECT_EQ(options.settings[0].section + "|" + options.settings[0].key + "|" + options.settings[0].value,
-              "FTP|Server|a=b");
+    const auto& setting = options.settings.at(0);
+    EXPECT_EQ(setting.section + "|" + setting.key + "|" + setting.value, "FTP|Server|a=b");
     EXPECT_EQ(options.command, (std::vector<std::string>{"run", "--me"}));
-}
-
-TEST(BenchOptions, NumberReadersApartFromSerialPorts) {
-    const auto options = benchOptions({"--device", "hid=yes,reader=Gr\u00f6\u00dfer,reader-version=K 9,baud=9600",
-                                       "--device", "", "--device", "hid=yes", "--device", "hid=no"});
-    std::string names;
-    for (const auto& device : options.devices) names += (device.isReader ? "H" : "C") + std::to_string(device.port);
-    EXPECT_EQ(names, "H1C1H2C2");
-    EXPECT_EQ(options.devices[0].reader.name,
-              "Gr\xF6\xDF"
-              "er");
-    EXPECT_EQ(options.devices[0].reader.version, "K 9");
-    EXPECT_NE(options.devices[0].reader.serialNumber, options.devices[2].reader.serialNumber);
 }
 
 TEST(BenchOptions, SayWhatIsWrong) {

@@ -41,16 +41,15 @@ TEST(Bench, RunsACommandAndJudgesTheMemory) {
         int status;
         std::string report;
     } rows[] = {
+        {right, "kill -9 $$", 10,
+         silent +
+             "COM4: 0 requests, 0 erases, 0 records, 0 restarts; heard 0 bytes, gave 0 replies; in its boot loader\n"
+             "The command ended with status 137.\nCOM1: memory untouched\nCOM4: memory untouched\n"},
         {right, std::string("STATUS=5;") + kUpdate, 5,
          updated + "The command ended with status 5.\nCOM1: memory untouched\nCOM4: memory equals image\n"},
         {wrong, std::string("STATUS=0;") + kUpdate, 10,
          updated + "COM1: memory untouched\n"
                    "COM4: memory differs at 0x00000: holds 0xFF, image 0x11; differing cells: 3\n"},
-        {right, "kill -9 $$", 10,
-         silent +
-             "COM4: 0 requests, 0 erases, 0 records, 0 restarts; heard 0 bytes, gave 0 replies; in its boot loader\n"
-             "The command ended with status 137.\nCOM1: memory untouched\nCOM4: memory untouched\n"},
-        {right, std::string("STATUS=0;") + kUpdate, 0, updated + "COM1: memory untouched\nCOM4: memory equals image\n"},
     };
     for (const auto& row : rows) {
         const auto run = runBench({"--device", "kind=TarnPlus", "--device", "port=4,kind=boot,baud=9600", "--image",

@@ -20,20 +20,17 @@ TEST(ConfigFolder, ShowsTheBenchAlone) {
     ScratchFolder scratch;
     const std::string map = scratch.at("config/Corvane/serialcomm.conf");
     const std::string settings = scratch.at("config/Corvane/Corvane.conf");
-    {
-        const ConfigFolder folder(scratch.at("config"));
-        folder.writePorts({{3, "/dev/pts/7"}, {12, "/dev/pts/9"}});
-        folder.writePorts({{12, "/dev/pts/9"}});
-        folder.writeSettings({{"FTP", "OffLine", "True"}, {"Query", "LastROM", "a;b"}, {"FTP", "Proxy", ""}});
-    }
+    const ConfigFolder folder(scratch.at("config"));
+    folder.writePorts({{3, "/dev/pts/7"}, {12, "/dev/pts/9"}});
+    folder.writePorts({{12, "/dev/pts/9"}});
+    folder.writeSettings({{"FTP", "OffLine", "True"}, {"Query", "LastROM", "a;b"}, {"FTP", "Proxy", ""}});
     EXPECT_EQ(ScratchFolder::content(map),
               "# Written by corvane-bench; a program that reads this sees simulated devices only.\n"
               "auto=off\n"
               "COM12=/dev/pts/9\n");
     EXPECT_EQ(ScratchFolder::content(settings), "[FTP]\nOffLine=True\nProxy=\n[Query]\nLastROM=a;b\n");
     for (const auto* name : {"config", "config/Corvane", "config/data"}) EXPECT_EQ(modeOf(scratch.at(name)), 0700U);
-    EXPECT_EQ(modeOf(map), 0600U);
-    EXPECT_EQ(modeOf(settings), 0600U);
+    for (const auto& file : {map, settings}) EXPECT_EQ(modeOf(file), 0600U);
     const ConfigFolder again(scratch.at("config"));  // which is its own, so nothing is thrown
 }
 

@@ -126,7 +126,7 @@ TEST_F(CurlAsyncReaderTest, SilentServerIsLeftWithoutWaiting) {
 
 TEST_F(CurlAsyncReaderTest, FaultsOfTheServerAreFailedReads) {
     for (const char* name : {"gone", "stalls", "mutters"}) root_.file(name, everyByte());
-    auto& site = serve(R"("drop": {"/gone": [1000, "both"]}, "stall": {"/stalls": 1000},
+    auto& site = serve(R"("sizes": false, "drop": {"/gone": [1000, "both"]}, "stall": {"/stalls": 1000},
                           "silent": ["/mutters"], "mutters": ["/mutters"])");
     reader({10000, 300});
     EXPECT_EQ(failure(address("/gone")).kind, ReadFailure::Kind::brokenOff);

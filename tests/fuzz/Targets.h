@@ -1,25 +1,17 @@
 #pragma once
 
 #include <string_view>
-#include <vector>
 
 namespace corvane::fuzz {
 
 /// One way into the program: takes any bytes, and ends the process when something about them is not as it must be.
 using Run = void(std::string_view input);
 
-struct Target {
-    const char* name;
-    Run* run;
-};
-
-Run query, lines, prompt, update;                             ///< what a device says
-Run hid_reports, hid_commands;                                ///< what a HID reader says
-Run ftp_server, addresses, inf_list, inf_profile, site, hex;  ///< what a site says and holds
+Run query, lines, update;                         ///< what a device says
+Run hid_reports, hid_commands;                    ///< what a HID reader says
+Run addresses, inf_list, inf_profile, site, hex;  ///< what a site names and holds
 
 /// What the user's own files and the command line hold.
-Run settings_text, settings_file, port_map, journal, arguments, notation, texts;
-
-const std::vector<Target>& targets();
+Run settings_text, settings_file, port_map, journal, arguments, texts;
 
 }  // namespace corvane::fuzz

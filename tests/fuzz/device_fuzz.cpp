@@ -1,11 +1,10 @@
-// What a device says: reply frames, lines, prompts, and all of them in the course of a whole update.
+// What a device says: reply frames, lines, and all of it, prompts too, in the course of a whole update.
 
 #include <utility>
 
 #include "fuzz/Input.h"
 #include "fuzz/Targets.h"
 #include "models/Frame.h"
-#include "protocol/DeviceLogin.h"
 #include "protocol/LineReader.h"
 #include "support/Program.h"
 #include "support/ScriptedPeer.h"
@@ -126,20 +125,6 @@ void lines(std::string_view bytes) {
         require(line.size() <= static_cast<std::size_t>(kLongestLine) + 4096, "a line has its limit");
         require(line.find_first_of("\r\x02\x06\x15") == std::string::npos, "what ends a line is not in it");
     }
-}
-
-void prompt(std::string_view bytes) {
-    Bench bench(bytes);
-    DeviceLogin login(bench.session, bench.face);
-    bool found = false;
-    const auto ms = bench.timed([&] { found = login.DetectPrompt(); });
-    require(ms <= 2 * (kLongestDrain + 200), "looking for a prompt ends whatever the device says");
-    require(!found || bytes.find('>') != std::string_view::npos, "a prompt has a >");
-    std::string version;
-    if (login.GetVersion(version)) require(!version.empty(), "a version that was given is not empty");
-    bench.face.answers = {"one", "two"};
-    std::string password = "quill";
-    (void)login.Login(password);
 }
 
 void update(std::string_view bytes) {

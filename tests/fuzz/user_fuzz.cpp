@@ -1,6 +1,5 @@
 // What the user's own files and the command lines hold.
 
-#include "bench/DeviceSpec.h"
 #include "console/Arguments.h"
 #include "console/TerminalText.h"
 #include "fuzz/Input.h"
@@ -119,18 +118,6 @@ void arguments(std::string_view bytes) {
     if (!arguments || arguments->command == Arguments::Command::help) return;
     require(!arguments->file || arguments->offLine == true, "a file means off line");
     require(!arguments->server || arguments->offLine == false, "a server means on line");
-}
-
-/// How devices and their faults are written.
-void notation(std::string_view bytes) {
-    try {
-        const auto spec = bench::deviceSpec(bytes);
-        require(spec.port >= 0 && spec.port <= 256 && spec.device.baud > 0, "a device is one that can be made");
-        models::Device device(spec.device);
-        device.hear(0, bytesOf(std::string("\r\x02V\r:00000001FF\r")), spec.device.baud);
-    } catch (const std::invalid_argument& wrong) {
-        require(wrong.what()[0] != '\0', "what is wrong is said");
-    }
 }
 
 void texts(std::string_view bytes) {

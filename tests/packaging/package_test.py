@@ -2,10 +2,10 @@
 """The Debian package as somebody gets it who installs it: made from this build, unpacked into an empty root, and used there by an
 ordinary user who can write nothing in it.
 
-    package_test.py CPACK BUILD SUPPORT     the cpack command, the build folder, the folder with ftp_site.py
+    package_test.py CPACK BUILD     the cpack command, the build folder
 """
 
-import json
+import gzip
 import os
 import pathlib
 import re
@@ -15,10 +15,13 @@ import sys
 import tempfile
 import unittest
 
+sys.path.insert(0, str(pathlib.Path(__file__).resolve().parents[1] / "support"))
+
+from black_box import LIMIT, start_site  # noqa: E402
+
 SKIPPED = 77    # as ctest knows it
 NOBODY = 65534
-LIMIT = 60      # seconds after which a test is lost, whatever it waits for
-CPACK, BUILD, SUPPORT = sys.argv[1:4]
+CPACK, BUILD = sys.argv[1:3]
 SITE = "usr/share/doc/corvane/example-site"
 IMAGE = SITE + "/firmware/images/c10_v30r2.hex"
 DEVICE = "kind=TarnPlus,baud=115200,version=KESTREL-C10 V2.9R1"
@@ -52,26 +55,12 @@ class Package(unittest.TestCase):
         return subprocess.run([str(word) for word in words], env={**environment, **variables}, cwd=self.home,
                               stdin=subprocess.DEVNULL, capture_output=True, text=True, timeout=LIMIT, check=False, **other)
 
-    def start_site(self):
-        server = subprocess.Popen(
-            ["/usr/bin/python3", SUPPORT + "/ftp_site.py",
-             json.dumps({"root": str(self.root / SITE), "accounts": {"customer": "practice"}})],
-            stdin=subprocess.PIPE, stdout=subprocess.PIPE, text=True)
-        self.addCleanup(server.communicate)
-        word, port = server.stdout.readline().split()
-        self.assertEqual(word, "port")
-        return "127.0.0.1:" + port
-
-    def fields(self):
-        text = subprocess.run(["dpkg-deb", "-f", self.package], check=True, capture_output=True, text=True).stdout
-        return dict(re.findall(r"^(\S+): (.*)", text, re.MULTILINE))
-
     def test_an_update_from_a_site_by_an_ordinary_user(self):
         before = sorted(self.root.rglob("*"))
         self.assertEqual(self.run_as_user("test", "-w", self.root / "usr/bin").returncode, 1)
         done = self.run_as_user("corvane-bench", "--config-dir", self.home / "bench", "--device", DEVICE, "--image",
                                 self.root / IMAGE, "--verify", "--",
-                                "corvane-cli", "update", "--server", self.start_site(), "--user", "customer",
+                                "corvane-cli", "update", "--server", start_site(self, self.root / SITE, {"customer": "practice"}), "--user", "customer",
                                 "--select", "PGM_C10", "--yes", CORVANE_FTP_PASSWORD="practice")
         self.assertEqual(done.returncode, 0, done.stdout + done.stderr)
         self.assertIn("COM1: memory equals image", done.stdout)
@@ -89,11 +78,11 @@ class Package(unittest.TestCase):
         self.assertEqual(done.stdout.splitlines()[0], "HID1\t\tHID1 Kestrel", done.stderr)
 
     def test_what_the_package_says(self):
-        fields = self.fields()
+        text = subprocess.run(["dpkg-deb", "-f", self.package], check=True, capture_output=True, text=True).stdout
+        fields = dict(re.findall(r"^(\S+): (.*)", text, re.MULTILINE))
         for needed in ("libcurl4", "libqt6widgets6", "libhidapi-hidraw0", "libudev1", "qt6-qpa-plugins"):
             self.assertRegex(fields["Depends"], r"(^|, )%s( |,|$)" % needed)
-        changes = subprocess.run(["zcat", self.root / "usr/share/doc/corvane/changelog.gz"], check=True,
-                                 capture_output=True, text=True).stdout
+        changes = gzip.decompress((self.root / "usr/share/doc/corvane/changelog.gz").read_bytes()).decode()
         self.assertTrue(changes.startswith("corvane (%s) " % fields["Version"]), changes)
         metainfo, = self.root.glob("usr/share/metainfo/*.xml")
         self.assertEqual(re.search(r'<release version="([^"]*)"', metainfo.read_text())[1], fields["Version"])
@@ -115,8 +104,7 @@ class Package(unittest.TestCase):
     def test_man_page_and_completion_know_every_option(self):
         for program in ("corvane-cli", "corvane-bench"):
             help_text = self.run_as_user(program, "--help").stdout
-            page = subprocess.run(["zcat", self.root / ("usr/share/man/man1/%s.1.gz" % program)], check=True,
-                                  capture_output=True, text=True).stdout.replace("\\-", "-")
+            page = gzip.decompress((self.root / ("usr/share/man/man1/%s.1.gz" % program)).read_bytes()).decode().replace("\\-", "-")
             completion = (self.root / "usr/share/bash-completion/completions" / program).read_text()
             words = set(re.findall(r"--[a-z][a-z0-9-]+", help_text))
             if program == "corvane-bench":      # keys and faults begin a line of two columns
@@ -160,4 +148,4 @@ if __name__ == "__main__":
     if not shutil.which("dpkg-deb") or not shutil.which("dpkg-shlibdeps"):
         print("skipped: dpkg-deb and dpkg-shlibdeps make the package, and this system has none")
         sys.exit(SKIPPED)
-    unittest.main(argv=sys.argv[:1] + sys.argv[4:])
+    unittest.main(argv=sys.argv[:1] + sys.argv[3:])

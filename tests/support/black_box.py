@@ -22,6 +22,15 @@ def image(records):
     return "\n".join(lines + [record(0, b"", 1)]) + "\n"
 
 
+def start_site(test, root, accounts, **faults):
+    """A server with this folder until the test ends; its address."""
+    options = json.dumps({"root": str(root), "accounts": accounts, **faults})
+    server = subprocess.Popen(["/usr/bin/python3", str(pathlib.Path(__file__).with_name("ftp_site.py")), options],
+                              stdin=subprocess.PIPE, stdout=subprocess.PIPE, text=True)
+    test.addCleanup(server.communicate)
+    return "127.0.0.1:" + server.stdout.readline().split()[1]
+
+
 class ProgramTest(unittest.TestCase):
     """Every test has a folder of its own; the image has so many records."""
     records = 30
@@ -68,8 +77,4 @@ class ProgramTest(unittest.TestCase):
         shutil.copy2(self.image, root / "firmware" / "a.hex")
         (root / "firmware" / "firmware.inf").write_text(
             "[PGM_A]\nPRODUCT=TARN-R200\nVERSION=V5.2R1\nDESC=d\nFILE=/firmware/a.hex\nISP_BAUDRATE=%d\n" % baud)
-        options = json.dumps({"root": str(root), "accounts": {"upd": "pw"}, **faults})
-        server = subprocess.Popen(["/usr/bin/python3", str(pathlib.Path(__file__).with_name("ftp_site.py")), options],
-                                  stdin=subprocess.PIPE, stdout=subprocess.PIPE, text=True)
-        self.addCleanup(server.communicate)
-        return "127.0.0.1:" + server.stdout.readline().split()[1]
+        return start_site(self, root, {"upd": "pw"}, **faults)

@@ -3,7 +3,6 @@
 The one argument is a JSON object:
   root      the folder that every account sees as "/"
   accounts  user name -> password
-  home      user name -> the folder that the login leads to ("/" by default)
   drop      path -> [bytes, "data" or "both"]: the transfer is cut off after so many bytes, with the control connection
             or without
   stall     path -> bytes: after so many bytes nothing more of the file comes
@@ -75,7 +74,6 @@ class Control(FTPHandler):
 
     def on_login(self, username):
         note("login " + username)
-        self.fs.cwd = SITE.get("home", {}).get(username, "/")
 
     def on_login_failed(self, username, password):
         note("refused " + username)

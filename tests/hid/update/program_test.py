@@ -56,18 +56,18 @@ class Updates:
         self.program = self.own(BIN / "corvane-cli")
 
     def run_with_reader(self, *command, reader="boot-baud=115200", verifies=True):
-        host = [*self.host, "--device", "hid=yes," + reader, *(["--image", self.image, "--verify"] if verifies else []), "--"]
-        environment = self.environment(CORVANE_VELLIO=self.library, QT_QPA_PLATFORM="offscreen")
-        environment["LC_ALL"] = "C"
-        return subprocess.run([str(word) for word in (*host, *command)], env=environment,
-                              stdin=subprocess.DEVNULL, capture_output=True, encoding="utf-8", timeout=LIMIT, check=False)
+        bench = [BIN / "corvane-bench", "--device", "hid=yes," + reader,
+                 *(["--image", self.image, "--verify"] if verifies else []), "--", *self.way]
+        return subprocess.run([str(word) for word in (*bench, *command)], stdin=subprocess.DEVNULL,
+                              env={**self.environment(QT_QPA_PLATFORM="offscreen"), "LC_ALL": "C"}, capture_output=True,
+                              encoding="utf-8", timeout=LIMIT, check=False)
 
     def test_update_at_the_rate_that_the_site_announces(self):
         done = self.run_with_reader(self.program, "update", "--yes", "--no-verify", "--server", self.site(57600), "--user",
                                     "upd", reader="boot-baud=57600")
         self.assertEqual((done.returncode, done.stdout[:len(LOG)]), (0, LOG), done.stderr)
         self.assertIn("memory equals image", done.stdout)
-        self.assertIn(self.seen_by_reader, done.stdout)
+        self.assertIn("its reader took 7 commands, rate 57600, direction 3", done.stdout)
 
     def test_unplugged_while_programming_and_back(self):
         # No rate is announced, so it is found without one: at 115200 baud, the second that is tried.
@@ -89,15 +89,11 @@ class Updates:
 
 
 class BenchLibrary(Updates, ProgramTest):
-    library = ""
-    host = [BIN / "corvane-bench"]
-    seen_by_reader = "its reader took 7 commands, rate 57600, direction 3"
+    way = []
 
 
 class RealLibrary(Updates, ProgramTest):
-    library = str(BIN / "VellIO.so")
-    host = [WRAPPER, BIN / "mocked-reader"]
-    seen_by_reader = ""
+    way = [WRAPPER, BIN / "mocked-reader"]
 
 
 if __name__ == "__main__":

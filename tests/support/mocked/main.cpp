@@ -1,43 +1,39 @@
 #include <csignal>
 #include <cstdio>
 #include <fcntl.h>
-#include <iostream>
+#include <poll.h>
 #include <sys/ioctl.h>
 #include <umockdev.h>
 #include <unistd.h>
 
-#include "bench/BenchOptions.h"
 #include "bench/ChildProcess.h"
-#include "bench/Loop.h"
-#include "bench/Outlet.h"
-#include "bench/Report.h"
 #include "support/ScratchFolder.h"
 #include "text/Cp1252.h"
 #include "text/Text.h"
+#include "vellio/HidBackend.h"
 
-// Shows a simulated HID reader with a device behind it to a program that it starts as its child, through the system's
-// own way to HID devices; otherwise as corvane-bench does. Run it under umockdev-wrapper:
+// Shows the first reader of a running corvane-bench to a program that it starts as its child, through the system's own
+// way to HID devices, and ends with the child's status:
 //
-//   umockdev-wrapper mocked-reader --device hid=yes[,KEY=VALUE]... [--image IMAGE.hex --verify] -- PROGRAM
-//   [ARGUMENT]...
-//
-// Ends with the child's status, or 10 when the device's memory then differs from the image.
+//   corvane-bench --device hid=yes[,KEY=VALUE]... -- umockdev-wrapper mocked-reader PROGRAM [ARGUMENT]...
 
 namespace {
 
 using namespace corvane;
-using bench::Micros;
+
+constexpr int kPatience = 1000;  // ms for the bench to take a report
 
 /// A hidraw device that this process and its children see. The reader's end of it is a byte stream of whole reports.
 class MockedHidraw {
 public:
-    explicit MockedHidraw(const models::HidReaderOptions& options) : options_(options), bed_(umockdev_testbed_new()) {}
+    MockedHidraw() = default;
     ~MockedHidraw() { g_object_unref(bed_); }
     MockedHidraw(const MockedHidraw&) = delete;
     MockedHidraw& operator=(const MockedHidraw&) = delete;
 
     /// Makes the system tell its listeners, as unplug does. Throws std::runtime_error when the test bed refuses.
-    void plug() {
+    void plug(const vellio::DeviceInfo& info) {
+        info_ = info;
         ++plugged_;  // the test bed keeps the far end of a node that has gone, so each one gets a name of its own
         const auto ioctls = folder_.file("ioctls", filled("reader.ioctl"));
         const bool isShown = umockdev_testbed_add_from_string(bed_, filled("reader.umockdev").c_str(), nullptr) &&
@@ -66,6 +62,7 @@ public:
     std::optional<HidReport> receive() {
         HidReport report{};
         char bytes[kHidReportSize];
+        if (descriptor_ < 0) return std::nullopt;
         const auto count = ::read(descriptor_, bytes, kHidReportSize - pending_.size());
         if (count > 0) pending_.append(bytes, static_cast<std::size_t>(count));
         if (pending_.size() < kHidReportSize) return std::nullopt;
@@ -87,101 +84,59 @@ private:
     std::string filled(const char* file) const {
         std::string text = readFile(CORVANE_MOCKED_FOLDER + std::string("/") + file);
         text = replaceAll(text, "@NODE@", name());
-        text = replaceAll(text, "@MAKER@", toUtf8(options_.manufacturer));
-        text = replaceAll(text, "@PRODUCT@", toUtf8(options_.name));
-        text = replaceAll(text, "@SERIAL@", toUtf8(options_.serialNumber));
+        text = replaceAll(text, "@MAKER@", toUtf8(info_.manufacturer));
+        text = replaceAll(text, "@PRODUCT@", toUtf8(info_.name));
+        text = replaceAll(text, "@SERIAL@", toUtf8(info_.serialNumber));
         return text;
     }
 
-    models::HidReaderOptions options_;
-    UMockdevTestbed* bed_;
+    vellio::DeviceInfo info_;
+    UMockdevTestbed* bed_ = umockdev_testbed_new();
     fakes::ScratchFolder folder_;
     int plugged_ = 0;  // times
     int descriptor_ = -1;
     std::string pending_;
 };
 
-class Station : public bench::Outlet, public bench::Timed {
-public:
-    Station(bench::Loop& loop, const bench::DeviceSpec& spec) : Outlet(spec), loop_(loop) {
-        node_.plug();
-        loop_.add(*this);
-    }
-    ~Station() override { loop_.remove(*this); }
+/// The child sees plugging as done or not begun, as with a real system.
+template <class Change>
+void whileStopped(const std::optional<bench::ChildProcess>& child, Change change) {
+    if (child) child->signal(SIGSTOP);
+    change();
+    if (child) child->signal(SIGCONT);
+}
 
-    int run(const std::vector<std::string>& command) {
-        child_.emplace(command, bench::Variables());
-        loop_.watch(child_->descriptor(), [this] { loop_.stop(); });
-        loop_.run();
-        return child_->status();
-    }
-
-    std::string path() const override { return {}; }
-
-    std::optional<Micros> nextAt() const override {
-        if (node_.descriptor() < 0) return comesBackAt_;
-        if (!device().isPlugged()) return 0;
-        const auto next = reader_.nextAt();
-        if (isListening_) return next;
-        return std::min(next.value_or(reader_.acceptsAt()), reader_.acceptsAt());
-    }
-
-    void act(Micros now) override {
-        if (node_.descriptor() < 0) {
-            comesBackAt_.reset();
-            device().plugIn(now);
-            reader_.restart();
-            change(&MockedHidraw::plug);
-        } else if (!device().isPlugged()) {  // a fault has unplugged it, and the reader with it
-            listen(false);
-            change(&MockedHidraw::unplug);
-            if (spec().replugMs) comesBackAt_ = now + *spec().replugMs * 1000LL;
-        } else {
-            while (const auto report = reader_.speak(now)) node_.send(*report);
-            listen(reader_.accepts(now));
+/// Passes reports on in both directions as long as the child runs; its exit status.
+int relay(const std::vector<std::string>& command) {
+    const auto bench = vellio::makeBackend();
+    MockedHidraw node;
+    std::unique_ptr<vellio::HidDevice> reader;
+    std::optional<bench::ChildProcess> child;
+    for (std::string problem;;) {
+        const auto readers = reader ? std::vector<vellio::DeviceInfo>() : bench->devices();
+        if (!readers.empty() && (reader = bench->open(readers.front().path, problem))) {
+            whileStopped(child, [&] { node.plug(readers.front()); });
         }
+        if (!child) child.emplace(command, bench::Variables{{"CORVANE_VELLIO", CORVANE_REAL_LIBRARY}});
+        auto moved = vellio::Moved::notNow;
+        HidReport report;
+        while (reader && (moved = reader->read(report)) == vellio::Moved::done) node.send(report);
+        for (auto next = node.receive(); next && moved != vellio::Moved::gone; next = node.receive()) {
+            moved = reader->write(*next, kPatience);
+        }
+        if (moved == vellio::Moved::gone) {
+            reader.reset();
+            whileStopped(child, [&] { node.unplug(); });
+        }
+        pollfd entries[] = {{child->descriptor(), POLLIN, 0}, {node.descriptor(), POLLIN, 0}};
+        ::poll(entries, 2, 1);
+        if (entries[0].revents) return child->status();
     }
-
-private:
-    /// The child sees plugging as done or not begun, as with a real system.
-    void change(void (MockedHidraw::*what)()) {
-        child_->signal(SIGSTOP);
-        (node_.*what)();
-        child_->signal(SIGCONT);
-    }
-
-    void listen(bool listens) {
-        if (listens == isListening_) return;
-        isListening_ = listens;
-        if (!listens) return loop_.unwatch(node_.descriptor());
-        loop_.watch(node_.descriptor(), [this] {
-            if (const auto report = node_.receive()) reader_.hear(loop_.now(), *report);
-            listen(reader_.accepts(loop_.now()));
-        });
-    }
-
-    bench::Loop& loop_;
-    models::HidReader reader_{line(), spec().reader};
-    MockedHidraw node_{spec().reader};
-    bool isListening_ = false;
-    std::optional<Micros> comesBackAt_;
-    std::optional<bench::ChildProcess> child_;
-};
+}
 
 }  // namespace
 
-int main(int argc, char** argv) {
-    try {
-        const auto options = bench::benchOptions({argv + 1, argv + argc});
-        bench::Loop loop;
-        Station station(loop, options.devices.at(0));
-        const int status = station.run(options.command);
-        if (!options.verifies) return status;
-        const auto verdict = bench::verdictOn(station.device(), models::imageOf(readFile(options.image)));
-        std::cout << verdict.text << std::endl;
-        return verdict.kind == bench::Verdict::Kind::equal ? status : 10;
-    } catch (const std::exception& error) {
-        std::fprintf(stderr, "mocked-reader: %s\n", error.what());
-        return 125;
-    }
+int main(int argc, char** argv) try { return relay({argv + 1, argv + argc}); } catch (const std::exception& error) {
+    std::fprintf(stderr, "mocked-reader: %s\n", error.what());
+    return 125;
 }
