@@ -54,7 +54,7 @@ Ending Installation::program(Promise promise, Outcome& outcome) {
     tries_ = 0;
     isFinished_ = false;
     while (eraseAndProgram(outcome)) {
-        const auto ending = restart(promise, outcome);
+        auto ending = restart(promise, outcome);
         if (ending.end != RunEnd::outOfStep || tries_ == kTries) return ending;
         endTry();
         if (isp_.returnToBootLoader()) continue;
