@@ -41,7 +41,6 @@ PortFrame::PortFrame() {
     layout->addWidget(labTrying_);
     layout->addLayout(ports);
     layout->addWidget(hint);
-    layout->addStretch();
 
     connect(cmdMovePanel_, &QPushButton::clicked, this, [this] { movePanel(); });
     connect(area_->horizontalScrollBar(), &QScrollBar::rangeChanged, this,
