@@ -1,6 +1,7 @@
 #include <QAccessible>
 #include <QComboBox>
 #include <QMenuBar>
+#include <QPushButton>
 #include <QRadioButton>
 #include <QRegularExpression>
 #include <set>
@@ -83,6 +84,26 @@ TEST_F(Access, IsWorkedByKeyboardAlone) {
     control<QWidget>("optLine0").setFocus();
     QTest::keyClick(window->focusWidget(), Qt::Key_Right);
     EXPECT_EQ(choice(), "off last|,,");
+}
+
+TEST_F(Access, ArrowsOnlyWalkAndTheDefaultStays) {
+    press("optLine1");
+    control<QWidget>("optLast").setFocus();
+    QTest::keyClick(window->focusWidget(), Qt::Key_Right);  // a dialog would be unexpected
+    EXPECT_EQ(choice(), "off file|,,");
+    EXPECT_FALSE(control<QWidget>("cmdStartCheck").isEnabled());
+    answers.expect("QFileDialog", [](QDialog& dialog) { dialog.reject(); });
+    QTest::keyClick(&control<QWidget>("optFile"), Qt::Key_Space);
+    pickImage();
+    plug();
+    answers.expect("frmQuery", [](QDialog& dialog) {
+        reachedByTab(dialog);
+        QTest::keyClick(dialog.focusWidget(), Qt::Key_Tab, Qt::ShiftModifier);
+        EXPECT_TRUE(dialog.findChild<QPushButton*>("cmdOK")->isDefault());
+        EXPECT_FALSE(dialog.findChild<QPushButton*>("cmdCancel")->isDefault());
+        dialog.reject();
+    });
+    press("cmdStartCheck");
 }
 
 TEST_F(Access, HasAKeyOfItsOwnForEachControlThatShows) {

@@ -154,7 +154,8 @@ TEST_F(WindowOnline, LogsInFetchesAndOffersTheLinks) {
     plug();
     offer(section);
     agree();
-    press("cmdStartCheck");
+    control<QWidget>("txtServer").setFocus();
+    QTest::keyClick(window->focusWidget(), Qt::Key_Return);  // does what the large button says
     auto& links = control<QListWidget>("lstRefer");
     ASSERT_EQ(links.count(), 2);
     EXPECT_EQ(links.item(1)->text(), "Manual");
