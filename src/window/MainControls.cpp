@@ -238,10 +238,12 @@ void MainControls::applyPalette(QWidget& window) {
                 "QPushButton#cmdDetails { border: none; padding: 4px 2px; text-align: left; }"
                 "QPushButton#cmdDetails:focus { text-decoration: underline; font-weight: bold; }"
                 "QListWidget#lstPorts { background: transparent; }"
-                "QPushButton:default { background: palette(highlight); color: palette(highlighted-text);"
+                "QFrame#frameButtons QPushButton:default { background: palette(highlight); color: "
+                "palette(highlighted-text);"
                 " border: 2px solid palette(highlight); border-radius: 6px; padding: 7px 20px; }"
-                "QPushButton:default:focus { border-color: palette(window-text); }"
-                "QPushButton:default:disabled { background: palette(button); color: %1; border-color: %1; }")
+                "QFrame#frameButtons QPushButton:default:focus { border-color: palette(window-text); }"
+                "QFrame#frameButtons QPushButton:default:disabled { background: palette(button); color: %1; "
+                "border-color: %1; }")
             .arg(line));
 }
 

@@ -80,7 +80,6 @@ void frmQuery::arrange() {
         named(new QLineEdit, "txtCheckVersion", tr("Comparison"), tr("How the image compares with the device"));
     txtCheckVersion_->setReadOnly(true);
     txtCheckVersion_->setFrame(false);
-    txtCheckVersion_->setStyleSheet("QLineEdit { background: transparent; }");  // nothing to type here
     txtView_ = named(new QPlainTextEdit, "txtView", tr("Details of the image"));
     txtView_->setReadOnly(true);
     txtView_->setTabChangesFocus(true);
@@ -190,9 +189,8 @@ void frmQuery::cmdOK_Click() {
 void frmQuery::showSelected() {
     const auto verdict = dialog_.verdict();
     txtCheckVersion_->setText(fromDevice(verdict.text));
-    auto palette = this->palette();
-    if (verdict.isWarning) palette.setColor(QPalette::Text, Qt::red);   // as it is given
-    txtCheckVersion_->setPalette(palette);
+    txtCheckVersion_->setStyleSheet(QString("QLineEdit { background: transparent; %1 }")  // nothing to type here
+                                        .arg(verdict.isWarning ? "color: red;" : ""));
     txtView_->setPlainText(fromDevice(dialog_.details()));
     showComparison();
     showMemory();
