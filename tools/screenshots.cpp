@@ -83,13 +83,13 @@ private:
 void takeIdle(const QString& folder, QSize size, const QString& name) { Scene(folder, size).take(name); }
 
 void takeOffline(const QString& folder) {
-    Scene scene(folder, {900, 640});
+    Scene scene(folder, {720, 640});
     scene.pickImage(WindowBench::imageOf(300));
     scene.take("offline");
 }
 
 void takeScan(const QString& folder) {
-    Scene scene(folder, {900, 640});
+    Scene scene(folder, {720, 640});
     DeviceOptions silent;
     silent.kind = corvane::models::Kind::silent;
     for (const int port : {1, 3, 4, 5, 7, 12}) scene.plug(silent, static_cast<std::int16_t>(port));
@@ -101,7 +101,7 @@ void takeScan(const QString& folder) {
 }
 
 void takeOnline(const QString& folder) {
-    Scene scene(folder, {900, 640});
+    Scene scene(folder, {720, 640});
     scene.plug(Scene::reader());
     scene.site();
     scene.answers.expect("frmQuery", [&](QDialog& dialog) {
@@ -119,7 +119,7 @@ void takeOnline(const QString& folder) {
 }
 
 void takeFailure(const QString& folder, const QString& name) {
-    Scene scene(folder, {900, 640});
+    Scene scene(folder, {720, 640});
     auto options = Scene::reader();
     options.faults.add("nak@20x*");
     scene.plug(options);
@@ -130,7 +130,7 @@ void takeFailure(const QString& folder, const QString& name) {
 }
 
 void takeRefused(const QString& folder, const QString& name, bool isBusy) {
-    Scene scene(folder, {900, 640});
+    Scene scene(folder, {720, 640});
     scene.bench.serial.list(3);
     if (isBusy) {
         scene.bench.serial.control.markBusy(3);
@@ -144,7 +144,7 @@ void takeRefused(const QString& folder, const QString& name, bool isBusy) {
 }
 
 void takeConnection(const QString& folder) {
-    Scene scene(folder, {900, 640});
+    Scene scene(folder, {720, 640});
     scene.answers.expect("frmConnection", [&](QDialog& dialog) {
         dialog.findChild<QComboBox*>("cmbAccessType")->setCurrentIndex(2);
         scene.take(dialog, "connection");
@@ -192,8 +192,8 @@ int main(int argc, char** argv) try {
         return 2;
     }
     const QString folder = argv[1];
-    takeIdle(folder, {900, 640}, "idle");
-    takeIdle(folder, {800, 600}, "small");
+    takeIdle(folder, {720, 640}, "idle");
+    takeIdle(folder, {640, 360}, "small");
     takeOffline(folder);
     takeScan(folder);
     takeOnline(folder);
@@ -203,6 +203,7 @@ int main(int argc, char** argv) try {
     takeConnection(folder);
     takeLong(folder);
     useDarkPalette();
+    takeIdle(folder, {720, 640}, "dark-idle");
     takeFailure(folder, "dark");
     return 0;
 } catch (const std::exception& error) {

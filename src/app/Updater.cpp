@@ -24,7 +24,8 @@ Updater::Updater(const Platform& platform, const Face& face)
       installation_(session_, {scanner_, isp_, programmer_}, journal_, platform.inhibitor, face.view),
       run_({choices, session_, ports_, scanner_, site_, online_, selection_, inf_, platform.folder, platform.digest,
             installation_, face.prompts, face.view}),
-      advisor_(platform.serial, platform.ports, platform.inspector) {
+      advisor_(platform.serial, platform.ports, platform.inspector),
+      portList_(platform.ports, platform.inspector, vellIO_) {
     session_.hasLine = [this] { return session_.comm != &serialPort_ || platform_.serial.hasLine(); };
     serialPort_.Attach(&platform_.serial, &commEvent_);
     serialPort_.InputMode(1);
@@ -55,7 +56,7 @@ void Updater::tellReader(std::int32_t event, const std::string& port, const std:
     constexpr std::int32_t kUnplugged = 0, kPlugged = 1;
     if (!onReader || (event != kUnplugged && event != kPlugged)) return;
     const auto name = toUtf8(device.empty() ? port : device);
-    onReader(name + (event == kPlugged ? " is plugged in." : " was unplugged."));
+    onReader(name + (event == kPlugged ? " is plugged in." : " was unplugged."), event == kPlugged);
 }
 
 /// The text of the reader that is open.

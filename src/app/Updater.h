@@ -1,6 +1,7 @@
 #pragma once
 
 #include "app/PortAdvisor.h"
+#include "app/PortList.h"
 #include "face/Face.h"
 #include "platform/Platform.h"
 #include "ports/clsMSComm.h"
@@ -23,7 +24,7 @@ public:
     Choices choices;
 
     /// A HID reader was plugged in or out; a text to show, in UTF-8.
-    std::function<void(const std::string& text)> onReader;
+    std::function<void(const std::string& text, bool isPluggedIn)> onReader;
 
     UpdateRun& run() { return run_; }
     DeviceScanner& scanner() { return scanner_; }
@@ -34,6 +35,7 @@ public:
     RunJournal& journal() { return journal_; }
     JobRecord& jobs() { return jobs_; }
     PortAdvisor& advisor() { return advisor_; }
+    PortList& portList() { return portList_; }
 
     /// Why the port that was tried last did not open and what helps, in UTF-8.
     std::string refusal(const std::string& port) { return advisor_.refusal(toUtf8(port)); }
@@ -89,6 +91,7 @@ private:
     Installation installation_;
     UpdateRun run_;
     PortAdvisor advisor_;
+    PortList portList_;
 };
 
 }  // namespace corvane

@@ -19,13 +19,20 @@ std::string folded(std::string_view text) {
     return result;
 }
 
+/// "V5.1R23" of "TARN-R200 V5.1R23 (a)".
+std::string versionToken(std::string_view text) {
+    const auto start = findNoCase(text, "V");
+    if (start == std::string_view::npos) return {};
+    text.remove_prefix(start);
+    return std::string(text.substr(0, text.find_first_of(" (")));
+}
+
 }  // namespace
 
 double versionValue(std::string_view text) {
-    const auto start = findNoCase(text, "V");
-    if (start == std::string_view::npos) return 0;
-    text.remove_prefix(start + 1);
-    text = text.substr(0, text.find_first_of(" ("));
+    const auto token = versionToken(text);
+    if (token.empty()) return 0;
+    text = std::string_view(token).substr(1);
     const auto point = text.find('.');
     const auto letter = findNoCase(text, "R");
     const auto minor = point == std::string_view::npos || (letter != std::string_view::npos && letter < point)
@@ -38,12 +45,8 @@ double versionValue(std::string_view text) {
 std::string versionStep(std::string_view deviceVersion, std::string_view imageVersion) {
     const double from = versionValue(deviceVersion), to = versionValue(imageVersion);
     if (from == 0 || to == 0) return {};
-    const auto token = [](std::string_view text) {
-        text.remove_prefix(findNoCase(text, "V"));
-        return std::string(text.substr(0, text.find_first_of(" (")));
-    };
-    if (from == to) return token(imageVersion) + " once more, the version that the device has";
-    return "from " + token(deviceVersion) + " to " + token(imageVersion) +
+    if (from == to) return versionToken(imageVersion) + " once more, the version that the device has";
+    return "from " + versionToken(deviceVersion) + " to " + versionToken(imageVersion) +
            (from < to ? ", a newer version" : ", an OLDER version");
 }
 
@@ -107,7 +110,7 @@ std::string FirmwareDialog::details() const {
 FirmwareDialog::Verdict FirmwareDialog::verdict() const {
     if (isFirmwareNotFound_) return {"Firmware Not Found", true};
     if (selected_ < 0) return {};
-    if (entries_[static_cast<std::size_t>(selected_)].isMarked()) return {"Different Firmware", true};
+    if (entry().isMarked()) return {"Different Firmware", true};
     const bool isOlder = versionValue(deviceVersion_) < versionValue(current().version);
     return {isOlder ? "Firmware version is out of date" : "Firmware version is latest version", false};
 }
@@ -116,11 +119,52 @@ std::string FirmwareDialog::step() const {
     return selected_ < 0 ? std::string() : versionStep(deviceVersion_, current().version);
 }
 
+FirmwareDialog::Comparison FirmwareDialog::comparison() const {
+    using Kind = Comparison::Kind;
+    if (selected_ < 0) return {};
+    const double from = versionValue(deviceVersion_), to = versionValue(current().version);
+    Comparison result{Kind::unknown, from == 0 ? "?" : versionToken(deviceVersion_),
+                      to == 0 ? "?" : versionToken(current().version), "not to be compared"};
+    if (!isFirmwareNotFound_ && entry().isMarked()) {
+        result.kind = Kind::otherProduct;
+        result.words = "made for another product";
+    } else if (from != 0 && to != 0) {
+        result.kind = from < to ? Kind::newer : from == to ? Kind::same : Kind::older;
+        result.words = from < to ? "a newer version" : from == to ? "the version that it has" : "an OLDER version";
+    }
+    return result;
+}
+
+std::string FirmwareDialog::madeFor() const {
+    if (selected_ < 0) return {};
+    return trimmed(current().product).empty() ? "unknown" : current().product;
+}
+
+std::vector<std::string> FirmwareDialog::cautions() const {
+    if (selected_ < 0) return {};
+    std::vector<std::string> sentences;
+    const bool isUnknown = trimmed(current().product).empty();
+    if (isUnknown) {
+        sentences.emplace_back("The image does not say what it is made for.");
+    } else if (isFirmwareNotFound_) {
+        sentences.push_back("The image is made for " + current().product + ".");
+    } else if (entry().isMarked()) {
+        sentences.push_back("The image is made for ANOTHER PRODUCT: " + current().product + ".");
+    }
+    if (isFirmwareNotFound_) sentences.emplace_back("The device sits in its boot loader and does not say what it is.");
+    if (const auto compared = comparison(); compared.kind == Comparison::Kind::older)
+        sentences.push_back("The image is OLDER than what the device runs: " + compared.to + " after " + compared.from +
+                            ".");
+    return sentences;
+}
+
 void FirmwareDialog::ok(OperatorPrompts& prompts) {
     if (selected_ < 0 || chosen_) return;
-    chosen_ = prompts.messageBox(Question::updateFirmware,
-                                 "Do you want to UPDATE firmware to \"" + current().section +
-                                     "\"?\r\nWarning: firmware update incorrectly will damage the unit!");
+    const auto unusual = cautions();
+    auto text = "Do you want to UPDATE firmware to \"" + current().section +
+                "\"?\r\nWarning: firmware update incorrectly will damage the unit!";
+    if (!unusual.empty()) text += "\r\n\r\n" + joined(unusual, "\r\n");
+    chosen_ = prompts.messageBox(unusual.empty() ? Question::updateFirmware : Question::unusualUpdate, text);
 }
 
 std::string FirmwareDialog::result() const { return current().section + " " + current().version; }

@@ -30,6 +30,15 @@ public:
         bool isWarning = false;  ///< shown in red
     };
 
+    /// How the selected entry stands to the device, for the eye.
+    struct Comparison {
+        enum class Kind { none, newer, same, older, otherProduct, unknown };
+
+        Kind kind = Kind::none;
+        std::string from, to;  ///< the versions; "?" where a text holds none
+        std::string words;     ///< "a newer version"
+    };
+
     FirmwareDialog(std::string port, std::string deviceVersion, const std::string& szROMList, bool isForced,
                    bool isFirmwareNotFound, const std::string& lastSection);
 
@@ -54,6 +63,13 @@ public:
 
     /// The step from the device's version to the selected entry's, in words.
     std::string step() const;
+    Comparison comparison() const;
+
+    /// The product that the selected entry says it is made for, or "unknown".
+    std::string madeFor() const;
+
+    /// What is unusual about the selected entry on this device, a sentence each; the question says it.
+    std::vector<std::string> cautions() const;
 
     /// Asks the question and, when the answer is OK, closes the dialog with the selected entry chosen.
     void ok(OperatorPrompts& prompts);
@@ -65,7 +81,8 @@ public:
 
 private:
     int preselected(const std::string& lastSection) const;
-    const FirmwareRecord& current() const { return entries_[static_cast<std::size_t>(selected_)].record; }
+    const Entry& entry() const { return entries_[static_cast<std::size_t>(selected_)]; }
+    const FirmwareRecord& current() const { return entry().record; }
 
     std::string port_;
     std::string deviceVersion_;

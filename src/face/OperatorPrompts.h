@@ -6,8 +6,17 @@ namespace corvane {
 
 class FirmwareDialog;
 
-/// What a message box asks about. An unsound image has Cancel as the default answer, everything else OK.
-enum class Question { updateFirmware, newerProgram, unsoundImage };
+/// What a message box asks about. OK is the default answer to what is usual, Cancel to the rest.
+enum class Question {
+    updateFirmware,
+    unusualUpdate,  ///< an older version, another product, an unknown one, a device that does not say what it is
+    newerProgram,
+    unsoundImage,
+};
+
+inline bool isUsual(Question question) {
+    return question == Question::updateFirmware || question == Question::newerProgram;
+}
 
 /// Questions to the operator that stop the run until they are answered.
 class OperatorPrompts {

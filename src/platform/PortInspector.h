@@ -11,6 +11,12 @@ struct PortHolder {
     std::string program;
 };
 
+/// What the adapter that a serial port belongs to says about itself; empty for a built-in port.
+struct PortAdapter {
+    std::string product;
+    std::string serialNumber;
+};
+
 /// Who may use a serial port's device node, and who does. Paths and names in the system's bytes; what cannot be found
 /// out is empty.
 class PortInspector {
@@ -19,6 +25,12 @@ public:
 
     /// The name of this program's user.
     virtual std::string userName() = 0;
+
+    virtual PortAdapter adapterOf(const std::string& node) = 0;
+
+    /// Whether the node is there, and whether this user may read and write it.
+    virtual bool isThere(const std::string& node) = 0;
+    virtual bool mayUse(const std::string& node) = 0;
 
     /// The name of the group that owns the node.
     virtual std::string groupOf(const std::string& node) = 0;

@@ -13,4 +13,7 @@ std::string programVersion();
 /// The FTP host that a new installation asks.
 std::string defaultServer();
 
+/// Where the account for it comes from, a sentence for people; UTF-8.
+std::string accountHint();
+
 }  // namespace corvane

@@ -34,13 +34,20 @@ std::string proofFact(const RunFacts& known, const std::string& version) {
     return text + "; the image's version is " + toUtf8(known.version) + ".";
 }
 
-Facts factsFor(const Outcome& outcome) {
+/// What happened, in words.
+Facts reasonsFor(const Outcome& outcome) {
     const auto& known = outcome.facts;
-    Facts facts;
+    Facts reasons;
     if (const std::string reason = rowOf(outcome.end).sentence; !reason.empty())
-        facts.push_back(sentence(reason, outcome.cause));
-    if (const auto* note = rowOf(outcome.device).note) facts.push_back(sentence(note, toUtf8(known.port)));
-    facts.insert(facts.end(), known.remarks.begin(), known.remarks.end());
+        reasons.push_back(sentence(reason, outcome.cause));
+    if (const auto* note = rowOf(outcome.device).note) reasons.push_back(sentence(note, toUtf8(known.port)));
+    reasons.insert(reasons.end(), known.remarks.begin(), known.remarks.end());
+    return reasons;
+}
+
+/// What was there, what went in, how it went.
+Facts numbersFor(const RunFacts& known) {
+    Facts facts;
     if (!known.deviceVersion.empty())
         facts.push_back(toUtf8(known.port) + ": " + toUtf8(known.deviceVersion) + " before the run.");
     if (!known.image.isNone()) facts.push_back(imageFact(known));
@@ -61,7 +68,10 @@ Verdict verdictFor(const Outcome& outcome) {
     Verdict verdict;
     verdict.kind = kindOf(outcome);
     verdict.headline = end.headline ? end.headline : device.headline;
-    verdict.facts = factsFor(outcome);
+    verdict.facts = verdict.reasons = reasonsFor(outcome);
+    for (auto& fact : numbersFor(outcome.facts)) verdict.facts.push_back(std::move(fact));
+    if (!outcome.facts.versionNow.empty())
+        verdict.reasons.push_back(proofFact(outcome.facts, outcome.facts.versionNow));
     for (const auto* step : end.steps) {
         if (step) verdict.steps.emplace_back(step);
     }

@@ -13,8 +13,9 @@ struct Verdict {
 
     Kind kind = Kind::untouched;
     std::string headline;
-    std::vector<std::string> facts;  ///< the cause first
-    std::vector<std::string> steps;  ///< what mends it, to be numbered
+    std::vector<std::string> facts;    ///< the cause first
+    std::vector<std::string> reasons;  ///< those of the facts that are no numbers, for a face that shows them apart
+    std::vector<std::string> steps;    ///< what mends it, to be numbered
     bool isSafeToUnplug = true;
     bool isUnplugged = false;
     bool callsForForce = false;  ///< the next run has to be a forced one

@@ -13,6 +13,12 @@ enum class Promise {
     version,     ///< and that says the image's version
 };
 
+/// A file that was to be the local image and is none.
+struct FileRefusal {
+    std::string path{};  ///< the system's bytes
+    ImageProblem problem{};
+};
+
 /// What the operator has chosen on the main window, or on the command line. Account and server in UTF-8.
 struct Choices {
     bool offLine = false;  ///< optLine(1)
@@ -22,6 +28,7 @@ struct Choices {
     std::string password;
     Image image;                ///< the local file that was picked; none when none was, or when it was no image
     ImageProblem imageProblem;  ///< why the local file is no image, or none any more
+    FileRefusal refusal;        ///< the file that was picked last, when it was no image
     Promise promise = Promise::running;
 
     /// What labFilePGM shows; Windows-1252.

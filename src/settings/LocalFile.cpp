@@ -14,6 +14,9 @@ ImageOrProblem loadLocalFile(const std::string& path, Digest& digest) {
 
 bool LoadHexInfo(Choices& choices, const std::string& path, Digest& digest) {
     const auto loaded = loadLocalFile(path, digest);
+    choices.refusal = {};
+    if (!loaded.image) choices.refusal = {path, loaded.problem};
+    if (!loaded.image && !choices.image.isNone()) return false;
     choices.image = loaded.image.value_or(Image());
     choices.imageProblem = loaded.problem;
     return loaded.image.has_value();

@@ -7,8 +7,8 @@
 
 namespace corvane {
 
-/// Takes a file (the system's bytes) as the local image. False when it has no ":" line or cannot be read; no image is
-/// chosen then, and the choices say why.
+/// Takes a file (the system's bytes) as the local image. False when it has no ":" line or cannot be read, and the
+/// choices say why: in refusal when an image had been chosen before, which stays, else in imageProblem.
 [[nodiscard]] bool LoadHexInfo(Choices& choices, const std::string& path, Digest& digest);
 
 /// Reads the chosen file again, for a run that is about to begin: it may have been built anew since it was chosen, and

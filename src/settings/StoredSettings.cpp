@@ -44,11 +44,15 @@ void StoredSettings::load(Choices& choices) const {
     choices.server = read(Keys::server, defaultServer());
 }
 
-bool StoredSettings::save(const Choices& choices) {
-    bool saved = write(Keys::userName, choices.userName);
-    saved = write(Keys::password, choices.password) && saved;
-    saved = write(Keys::offLine, textOf(choices.offLine)) && saved;
-    return write(Keys::server, choices.server) && saved;
+bool StoredSettings::writeChanged(const Key& key, const std::string& value, const std::string& loaded) {
+    return value == loaded || write(key, value);
+}
+
+bool StoredSettings::save(const Choices& choices, const Choices& loaded) {
+    bool saved = writeChanged(Keys::userName, choices.userName, loaded.userName);
+    saved = writeChanged(Keys::password, choices.password, loaded.password) && saved;
+    saved = writeChanged(Keys::offLine, textOf(choices.offLine), textOf(loaded.offLine)) && saved;
+    return writeChanged(Keys::server, choices.server, loaded.server) && saved;
 }
 
 ConnectionSettings StoredSettings::connection() const {
@@ -60,10 +64,11 @@ ConnectionSettings StoredSettings::connection() const {
     return connection;
 }
 
-bool StoredSettings::save(const ConnectionSettings& connection) {
-    bool saved = write(Keys::accessType, std::to_string(connection.accessType));
-    saved = write(Keys::proxy, connection.proxy) && saved;
-    return write(Keys::askVersion, textOf(connection.asksVersion)) && saved;
+bool StoredSettings::save(const ConnectionSettings& connection, const ConnectionSettings& loaded) {
+    bool saved =
+        writeChanged(Keys::accessType, std::to_string(connection.accessType), std::to_string(loaded.accessType));
+    saved = writeChanged(Keys::proxy, connection.proxy, loaded.proxy) && saved;
+    return writeChanged(Keys::askVersion, textOf(connection.asksVersion), textOf(loaded.asksVersion)) && saved;
 }
 
 std::string StoredSettings::lastSection() const { return fromUtf8(read(Keys::lastSection)); }

@@ -27,10 +27,13 @@ public:
 
     /// The operator's account, server and mode; what else was chosen stays as it is.
     void load(Choices& choices) const;
-    [[nodiscard]] bool save(const Choices& choices);
+
+    /// Writes what is another now than it was when it was loaded: a copy of the program that closes later does not undo
+    /// what another one has stored meanwhile.
+    [[nodiscard]] bool save(const Choices& choices, const Choices& loaded);
 
     ConnectionSettings connection() const;
-    [[nodiscard]] bool save(const ConnectionSettings& connection);
+    [[nodiscard]] bool save(const ConnectionSettings& connection, const ConnectionSettings& loaded);
 
     /// In Windows-1252, as the site writes it; empty when none was ever chosen.
     std::string lastSection() const;
@@ -46,6 +49,7 @@ private:
 
     std::string read(const Key& key, const std::string& byDefault = {}) const;
     bool write(const Key& key, const std::string& value);
+    bool writeChanged(const Key& key, const std::string& value, const std::string& loaded);
     std::vector<std::string> storedFiles() const;
 
     SettingsStore& store_;

@@ -1,21 +1,25 @@
 #include "window/MainControls.h"
 
-#include <QButtonGroup>
-#include <QFormLayout>
 #include <QLabel>
 #include <QLineEdit>
-#include <QListWidget>
 #include <QMenu>
 #include <QMenuBar>
 #include <QProgressBar>
 #include <QPushButton>
 #include <QRadioButton>
-#include <QStackedWidget>
+#include <QScrollArea>
+#include <QStyle>
+#include <QTextBrowser>
+#include <QVBoxLayout>
 
 #include "window/widgets/Naming.h"
+#include "window/widgets/Tones.h"
 
 namespace corvane {
 namespace {
+
+constexpr int kGrid = 8;            // pixels; every distance is a multiple of it
+constexpr int kWidestColumn = 760;  // pixels: longer lines are hard to read
 
 QString tr(const char* text) { return QObject::tr(text); }
 
@@ -28,55 +32,76 @@ QLabel* textLabel(const char* objectName, const QString& about) {
     return label;
 }
 
-/// The same for one line, however long.
-ElidedLabel* lineLabel(const char* objectName, const QString& about, Qt::TextElideMode mode = Qt::ElideRight) {
-    auto* label = namedLabel(new ElidedLabel(mode), objectName, about);
-    label->setTextFormat(Qt::PlainText);
+QLabel* headingFor(const QString& text, QWidget* control = nullptr) {
+    auto* label = new QLabel(text);
+    auto font = label->font();
+    font.setBold(true);
+    label->setFont(font);
+    label->setBuddy(control);
     return label;
 }
 
-QLabel* labelFor(const QString& text, QWidget* control) {
-    auto* label = new QLabel(text);
-    label->setBuddy(control);
-    return label;
+/// A box without a frame, with a heading.
+QVBoxLayout* section(QWidget* box, QLabel* heading) {
+    auto* layout = new QVBoxLayout(box);
+    layout->setContentsMargins(0, 0, 0, 0);
+    layout->setSpacing(kGrid / 2);
+    layout->addWidget(heading);
+    box->setSizePolicy(QSizePolicy::Preferred, QSizePolicy::Maximum);
+    return layout;
 }
 
 }  // namespace
 
 MainControls::MainControls(QMainWindow& window) {
     makeMenu(window);
-    auto* central = new QWidget;
     labRehearsal = textLabel("labRehearsal", tr("Rehearsal"));
-    labRehearsal->setWordWrap(false);
-    labRehearsal->setMargin(8);
+    labRehearsal->setAlignment(Qt::AlignCenter);
+    labRehearsal->setMargin(kGrid / 2);
     labRehearsal->setStyleSheet("QLabel { color: black; background: #ffd54f; border-radius: 4px; font-weight: bold; }");
     labRehearsal->hide();
-    notice = new NoticeStrip;
+    picLink = new LinkPicture;
+    labDevice = textLabel("labDevice", tr("Device"));
+    labDevice->setAlignment(Qt::AlignCenter);
+    makeCard();
+    makeChoices();
+    makeDevices();
+    makeReferences();
+    makeDetails();
 
-    auto* left = new QVBoxLayout;
-    left->addWidget(makeSource());
-    left->addWidget(makeDevice());
-    left->addWidget(makeUpdate());
-    left->addStretch(1);  // else a high window stretches the steps
-    auto* right = new QVBoxLayout;
-    txtVerdict = new VerdictCard;
-    right->addWidget(txtVerdict);
-    right->addWidget(makeLog(), 1);
-    labStatus = textLabel("labStatus", tr("Advice"));
-    labStatus->hide();
-    right->addWidget(labStatus);  // the log makes room for it, the steps could not
-    right->addWidget(makeReferences());
-    auto* columns = new QHBoxLayout;
-    columns->addLayout(left, 2);
-    columns->addLayout(right, 3);
+    auto* inner = new QWidget;
+    inner->setMaximumWidth(kWidestColumn);
+    auto* layout = new QVBoxLayout(inner);
+    layout->setContentsMargins(2 * kGrid, kGrid, 2 * kGrid, kGrid);
+    layout->setSpacing(kGrid);
+    for (QWidget* part :
+         {static_cast<QWidget*>(labRehearsal), static_cast<QWidget*>(picLink), static_cast<QWidget*>(labDevice),
+          static_cast<QWidget*>(card), choices, devices, references, static_cast<QWidget*>(cmdDetails)})
+        layout->addWidget(part);
+    layout->setAlignment(cmdDetails, Qt::AlignLeft);
+    layout->addWidget(details, 1);
+    layout->addStretch();
 
-    auto* head = new QHBoxLayout;
-    head->addWidget(labRehearsal);
-    head->addWidget(notice, 1);
-    auto* layout = new QVBoxLayout(central);
-    layout->addLayout(head);
-    layout->addLayout(columns, 1);
-    layout->addWidget(makeStatus());
+    auto* middle = new QWidget;
+    auto* centred = new QHBoxLayout(middle);
+    centred->setContentsMargins(0, 0, 0, 0);
+    centred->addStretch(1);
+    centred->addWidget(inner, 1000);
+    centred->addStretch(1);
+    column = new QScrollArea;
+    column->setObjectName("frameColumn");
+    column->setWidget(middle);
+    column->setWidgetResizable(true);
+    column->setFrameShape(QFrame::NoFrame);
+    column->setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
+    column->setFocusPolicy(Qt::NoFocus);
+
+    auto* central = new QWidget;
+    auto* whole = new QVBoxLayout(central);
+    whole->setContentsMargins(0, 0, 0, 0);
+    whole->setSpacing(0);
+    whole->addWidget(column, 1);
+    whole->addWidget(makeButtons());
     window.setCentralWidget(central);
     setTabOrder();
 }
@@ -92,161 +117,47 @@ void MainControls::makeMenu(QMainWindow& window) {
     mnuQuit = file->addAction(tr("&Quit"));
     mnuQuit->setObjectName("mnuQuit");
     mnuQuit->setShortcut(QKeySequence::Quit);
-    mnuRehearse = window.menuBar()->addMenu(tr("&Help"))->addAction(tr("&Rehearse an update…"));
+    auto* help = window.menuBar()->addMenu(tr("&Help"));
+    mnuRehearse = help->addAction(tr("&Rehearse an update…"));
     mnuRehearse->setObjectName("mnuRehearse");
 }
 
-QWidget* MainControls::makeSource() {
-    steps[0] = new StepBox(1, tr("What to install"));
-    optLine[0] =
-        named(new QRadioButton(tr("O&n Line")), "optLine0", tr("On Line"), tr("Images come from the maker's site"));
-    optLine[1] =
-        named(new QRadioButton(tr("Off L&ine")), "optLine1", tr("Off Line"), tr("Images come from this computer"));
-    cmdOption = named(new QPushButton(tr("&Options…")), "cmdOption", tr("Options"), tr("How the site is reached"));
-    auto* lines = new QButtonGroup(steps[0]);
-    auto* mode = new QHBoxLayout;
-    for (auto* button : optLine) {
-        lines->addButton(button);
-        mode->addWidget(button);
-    }
-    mode->addStretch();
-    mode->addWidget(cmdOption);
-    source = new QStackedWidget;
-    source->addWidget(makeSitePage());
-    source->addWidget(makeLocalPage());
-    steps[0]->body()->addLayout(mode);
-    steps[0]->body()->addWidget(source);
-    return steps[0];
-}
-
-QWidget* MainControls::makeSitePage() {
-    auto* page = new QWidget;
-    txtServer = named(new QLineEdit, "txtServer", tr("Server"), tr("The maker's FTP host"));
-    txtAccount[0] = named(new QLineEdit, "txtAccount0", tr("User name"));
-    txtAccount[1] = named(new QLineEdit, "txtAccount1", tr("Password"));
-    txtAccount[1]->setEchoMode(QLineEdit::Password);
-    auto* form = new QFormLayout(page);
-    form->setContentsMargins(0, 0, 0, 0);
-    form->addRow(tr("Ser&ver"), txtServer);
-    form->addRow(tr("&User name"), txtAccount[0]);
-    form->addRow(tr("&Password"), txtAccount[1]);
-    return page;
-}
-
-QWidget* MainControls::makeLocalPage() {
-    auto* page = new QWidget;
-    optLast = named(new QRadioButton(tr("&Download folder")), "optLast", tr("Download folder"),
-                    tr("Offers the images that were downloaded before"));
-    optFile =
-        named(new QRadioButton(tr("Loc&al file")), "optFile", tr("Local file"), tr("Installs one Intel HEX file"));
-    cmdLoadFile =
-        named(new QPushButton(tr("Choos&e file…")), "cmdLoadFile", tr("Choose file"), tr("Picks an Intel HEX file"));
-    cmdRecent = named(new QPushButton(tr("Recen&t")), "cmdRecent", tr("Recent files"),
-                      tr("Takes one of the files that were chosen last"));
-    mnuRecent = new QMenu(cmdRecent);
-    mnuRecent->setObjectName("mnuRecent");
-    mnuRecent->setToolTipsVisible(true);
-    cmdRecent->setMenu(mnuRecent);
-    auto* images = new QButtonGroup(page);
-    images->addButton(optLast);
-    images->addButton(optFile);
-    auto* choice = new QHBoxLayout;
-    choice->addWidget(optFile);
-    choice->addStretch();
-    choice->addWidget(cmdLoadFile);
-    choice->addWidget(cmdRecent);
-
-    picMemory = new MemoryView;
-    constexpr int kClose = 4;  // pixels
-    auto* layout = new QVBoxLayout(page);
-    layout->setContentsMargins(0, 0, 0, 0);
-    layout->setSpacing(kClose);
-    layout->addWidget(optLast);
-    layout->addLayout(choice);
-    layout->addLayout(makeFileLabels());
-    layout->addWidget(labFileStep);
-    layout->addWidget(picMemory);
-    layout->addStretch();
-    return page;
-}
-
-QLayout* MainControls::makeFileLabels() {
-    labFileName = lineLabel("labFileName", tr("Name of the local file"), Qt::ElideMiddle);
-    labFilePGM = lineLabel("labFilePGM", tr("Program of the local file"));
-    labFileVersion = lineLabel("labFileVersion", tr("Version of the local file"));
-    labFileDate = lineLabel("labFileDate", tr("Date of the local file"));
-    labFileStep = lineLabel("labFileStep", tr("Step from the device's version to the local file's"));
-    constexpr int kApart = 8;  // pixels
-    auto* version = new QHBoxLayout;
-    version->setSpacing(kApart);
-    version->addWidget(labFileVersion, 1);
-    version->addWidget(new QLabel(tr("Date")));
-    version->addWidget(labFileDate, 1);
-    auto* form = new QFormLayout;
-    form->setHorizontalSpacing(kApart);
-    form->addRow(tr("File"), labFileName);
-    form->addRow(tr("Program"), labFilePGM);
-    form->addRow(tr("Version"), version);
-    return form;
-}
-
-QWidget* MainControls::makeDevice() {
-    steps[1] = new StepBox(2, tr("Which device"));
-    labDevice = textLabel("labDevice", tr("Device"));
-    labDevice->setAlignment(Qt::AlignTop | Qt::AlignLeft);
-    frameComport = new PortFrame;
-    device = new QStackedWidget;  // both pages take the same room, so that nothing moves when a scan begins
-    device->addWidget(labDevice);
-    device->addWidget(frameComport);
-    steps[1]->body()->addWidget(device);
-    return steps[1];
-}
-
-QWidget* MainControls::makeUpdate() {
-    steps[2] = new StepBox(3, tr("Update"));
-    cmdStartCheck = named(new QPushButton(tr("&Start update")), "cmdStartCheck", tr("Start update"),
-                          tr("Finds the device, offers the images for it and installs one"));
-    cmdStartCheck->setDefault(true);
-    cmdForceISP = named(new QPushButton(tr("Fo&rce ISP")), "cmdForceISP", tr("Force ISP"),
-                        tr("Rescues a device that sits in its boot loader: takes it, and offers every image"));
-    cmdCancel = named(new QPushButton(tr("&Cancel")), "cmdCancel", tr("Cancel"),
-                      tr("Ends the run; possible as long as nothing on the device has changed"));
-    auto font = cmdStartCheck->font();
-    font.setBold(true);
-    cmdStartCheck->setFont(font);
-    pbProgram = named(new QProgressBar, "pbProgram", tr("Progress"));
+void MainControls::makeCard() {
+    card = new CardView;
+    pbProgram = named(new QProgressBar, "pbProgram", tr("Progress"), tr("How much of the whole update is done"));
+    pbProgram->setRange(0, 1000);
+    pbProgram->hide();
     labPhase = textLabel("labPhase", tr("What the run does"));
-    labPhase->setAlignment(Qt::AlignTop | Qt::AlignLeft);
-    labPhase->setMinimumHeight(2 * labPhase->fontMetrics().lineSpacing());  // so that nothing moves with its length
-
-    auto* buttons = new QHBoxLayout;
-    buttons->addWidget(cmdStartCheck, 1);
-    buttons->addWidget(cmdForceISP);
-    buttons->addWidget(cmdCancel);
-    steps[2]->body()->addLayout(buttons);
-    steps[2]->body()->addWidget(pbProgram);
-    steps[2]->body()->addWidget(labPhase);
-    return steps[2];
+    labStatus = textLabel("labStatus", tr("Advice"));
+    labPhase->hide();
+    labStatus->hide();
+    card->body()->addWidget(pbProgram);
+    card->body()->addWidget(labPhase);
+    card->body()->addWidget(labStatus);
 }
 
-QWidget* MainControls::makeLog() {
-    auto* box = new QWidget;
-    txtInfo = new LogPane;
-    cmdCopyLog =
-        named(new QPushButton(tr("Cop&y log")), "cmdCopyLog", tr("Copy log"), tr("Puts the log on the clipboard"));
-    cmdSaveLog = named(new QPushButton(tr("Save lo&g…")), "cmdSaveLog", tr("Save log"), tr("Writes the log to a file"));
-    auto* head = new QHBoxLayout;
-    head->addWidget(labelFor(tr("&Log"), txtInfo), 1);
-    head->addWidget(cmdCopyLog);
-    head->addWidget(cmdSaveLog);
-    auto* layout = new QVBoxLayout(box);
-    layout->setContentsMargins(0, 0, 0, 0);
-    layout->addLayout(head);
-    layout->addWidget(txtInfo, 1);
-    return box;
+void MainControls::makeChoices() {
+    choices = new QWidget;
+    section(choices, headingFor(tr("What to install")))->addWidget(source.box);
 }
 
-QWidget* MainControls::makeReferences() {
+void MainControls::makeDevices() {
+    devices = new QWidget;
+    lstPorts = new PortsView;
+    frameComport = new PortFrame;
+    frameComport->hide();
+    auto* layout = section(devices, headingFor(tr("Ports and readers")));
+    layout->addWidget(lstPorts);
+    layout->addWidget(frameComport);
+}
+
+void MainControls::showScan(bool isScanning) {
+    devices->setVisible(isScanning);
+    frameComport->setVisible(isScanning);
+    lstPorts->setVisible(!isScanning);
+}
+
+void MainControls::makeReferences() {
     references = new QWidget;
     lstRefer = named(new QListWidget, "lstRefer", tr("Reference links"), tr("Documents about the installed firmware"));
     // Else some styles activate a link at a click and others at a second one.
@@ -254,48 +165,131 @@ QWidget* MainControls::makeReferences() {
     lstRefer->setVerticalScrollMode(QAbstractItemView::ScrollPerPixel);
     lstRefer->setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
     lstRefer->setTextElideMode(Qt::ElideRight);
-    auto* layout = new QVBoxLayout(references);
-    layout->setContentsMargins(0, 0, 0, 0);
-    layout->addWidget(labelFor(tr("Reference lin&ks"), lstRefer));
-    layout->addWidget(lstRefer);
+    section(references, headingFor(tr("Reference lin&ks"), lstRefer))->addWidget(lstRefer);
     references->hide();
-    return references;
 }
 
-QWidget* MainControls::makeStatus() {
-    auto* bar = named(new QWidget, "statusBar");
-    labVersion = textLabel("labVersion", tr("Program version"));
-    labVersion->setWordWrap(false);
-    labJobs = textLabel("labJobs", tr("Devices updated since the start"));
-    labJobs->setWordWrap(false);
-    auto* layout = new QHBoxLayout(bar);
+void MainControls::makeDetails() {
+    cmdDetails = named(new QPushButton(tr("Detai&ls")), "cmdDetails", tr("Details"),
+                       tr("Shows the log, numbers and digests, or puts them away"));
+    cmdDetails->setCheckable(true);
+    labFacts = textLabel("labFacts", tr("Numbers of the last run"));
+    labFacts->hide();
+    picMemory = new MemoryView;
+    txtInfo = new LogPane;
+    txtInfo->setMinimumHeight(10 * txtInfo->fontMetrics().lineSpacing());
+    cmdCopyLog =
+        named(new QPushButton(tr("Cop&y log")), "cmdCopyLog", tr("Copy log"), tr("Puts the log on the clipboard"));
+    cmdSaveLog = named(new QPushButton(tr("Save lo&g…")), "cmdSaveLog", tr("Save log"), tr("Writes the log to a file"));
+    auto* head = new QHBoxLayout;
+    head->addWidget(headingFor(tr("Log")), 1);
+    head->addWidget(cmdCopyLog);
+    head->addWidget(cmdSaveLog);
+    details = new QWidget;
+    details->setObjectName("frameDetails");
+    auto* layout = new QVBoxLayout(details);
     layout->setContentsMargins(0, 0, 0, 0);
-    layout->addStretch();
-    layout->addWidget(labJobs);
-    layout->addWidget(labVersion);
+    layout->addWidget(labFacts);
+    layout->addWidget(picMemory);
+    layout->addLayout(head);
+    layout->addWidget(txtInfo, 1);
+    details->hide();
+    QObject::connect(cmdDetails, &QPushButton::toggled, details, [this](bool isOn) {
+        details->setVisible(isOn);
+        cmdDetails->setText((isOn ? "\u25be  " : "\u25b8  ") + tr("Detai&ls"));
+    });
+    cmdDetails->toggled(false);
+}
+
+QWidget* MainControls::makeButtons() {
+    cmdStartCheck =
+        named(new QPushButton, "cmdStartCheck", {}, tr("Finds the device, offers the images for it and installs one"));
+    cmdForceISP = named(new QPushButton, "cmdForceISP", {},
+                        tr("Rescues a device that sits in its boot loader: takes it, and offers every image"));
+    cmdCancel = named(new QPushButton(tr("&Cancel")), "cmdCancel", tr("Cancel"),
+                      tr("Ends the run; possible as long as nothing on the device has changed"));
+    labVersion = textLabel("labVersion", tr("Program version"));
+    labJobs = textLabel("labJobs", tr("Devices updated since the start"));
+    for (auto* label : {labVersion, labJobs}) label->setWordWrap(false);
+    cmdCancel->hide();
+    auto* bar = named(new QFrame, "frameButtons");
+    bar->setFrameShape(QFrame::StyledPanel);
+    buttons_ = new QHBoxLayout(bar);
+    buttons_->setContentsMargins(2 * kGrid, kGrid, 2 * kGrid, kGrid);
+    buttons_->addWidget(labVersion);
+    buttons_->addWidget(labJobs);
+    buttons_->addStretch();
+    buttons_->addWidget(cmdForceISP);
+    buttons_->addWidget(cmdCancel);
+    buttons_->addWidget(cmdStartCheck);
     return bar;
 }
 
+/// Styles draw the rings of radio buttons and the marks of a button that cannot be pressed from the window's colour
+/// alone, and on a dark one they vanish.
+void MainControls::applyPalette(QWidget& window) {
+    const auto line = lineColour(window.palette()).name();
+    window.setStyleSheet(
+        QString("QRadioButton::indicator { width: 11px; height: 11px; border: 2px solid %1; border-radius: 7px;"
+                " background: palette(base); }"
+                "QRadioButton::indicator:checked { border-color: palette(highlight); background: qradialgradient("
+                "cx: 0.5, cy: 0.5, radius: 0.5, fx: 0.5, fy: 0.5, stop: 0 palette(highlight), stop: 0.55"
+                " palette(highlight), stop: 0.65 palette(base), stop: 1 palette(base)); }"
+                "QPushButton#cmdDetails { border: none; padding: 4px 2px; text-align: left; }"
+                "QPushButton#cmdDetails:focus { text-decoration: underline; font-weight: bold; }"
+                "QListWidget#lstPorts { background: transparent; }"
+                "QFrame#frameButtons QPushButton:default { background: palette(highlight); color: "
+                "palette(highlighted-text);"
+                " border: 2px solid palette(highlight); border-radius: 6px; padding: 7px 20px; }"
+                "QFrame#frameButtons QPushButton:default:focus { border-color: palette(window-text); }"
+                "QFrame#frameButtons QPushButton:default:disabled { background: palette(button); color: %1; "
+                "border-color: %1; }")
+            .arg(line));
+}
+
+void MainControls::emphasize(bool force) {
+    auto* large = force ? cmdForceISP : cmdStartCheck;
+    auto* small = force ? cmdStartCheck : cmdForceISP;
+    if (large->isDefault()) return;
+    small->setDefault(false);
+    large->setDefault(true);
+    auto font = small->font();
+    font.setBold(false);
+    small->setFont(font);
+    font.setBold(true);
+    large->setFont(font);
+    for (auto* button : {small, large}) button->style()->polish(button);  // the default one looks another way
+    buttons_->removeWidget(large);
+    buttons_->addWidget(large);
+    buttons_->removeWidget(small);
+    buttons_->insertWidget(buttons_->indexOf(cmdCancel), small);
+    QWidget::setTabOrder(small, cmdCancel);
+    QWidget::setTabOrder(cmdCancel, large);
+}
+
 void MainControls::setTabOrder() {
-    QWidget* const order[] = {optLine[0],
-                              optLine[1],
-                              cmdOption,
-                              txtServer,
-                              txtAccount[0],
-                              txtAccount[1],
-                              optLast,
-                              optFile,
-                              cmdLoadFile,
-                              cmdRecent,
+    QWidget* const order[] = {card->findChild<QLabel*>("labNotice"),
+                              card->text(),
+                              source.optLine[0],
+                              source.optLine[1],
+                              source.cmdOption,
+                              source.txtServer,
+                              source.txtAccount[0],
+                              source.txtAccount[1],
+                              source.optLast,
+                              source.optFile,
+                              source.cmdLoadFile,
+                              source.cmdRecent,
+                              lstPorts,
                               frameComport->cmdMovePanel(),
-                              cmdStartCheck,
-                              cmdForceISP,
-                              cmdCancel,
-                              txtVerdict,
-                              txtInfo,
+                              lstRefer,
+                              cmdDetails,
                               cmdCopyLog,
                               cmdSaveLog,
-                              lstRefer};
+                              txtInfo,
+                              cmdForceISP,
+                              cmdCancel,
+                              cmdStartCheck};
     for (std::size_t i = 0; i + 1 < std::size(order); ++i) QWidget::setTabOrder(order[i], order[i + 1]);
 }
 

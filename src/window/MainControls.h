@@ -2,73 +2,61 @@
 
 #include <QMainWindow>
 
-#include "window/widgets/ElidedLabel.h"
+#include "window/SourceControls.h"
+#include "window/widgets/CardView.h"
+#include "window/widgets/LinkPicture.h"
 #include "window/widgets/LogPane.h"
 #include "window/widgets/MemoryView.h"
-#include "window/widgets/NoticeStrip.h"
 #include "window/widgets/PortFrame.h"
-#include "window/widgets/StepBox.h"
-#include "window/widgets/VerdictCard.h"
+#include "window/widgets/PortsView.h"
 
 class QAction;
-class QLabel;
-class QLineEdit;
-class QListWidget;
-class QMenu;
+class QHBoxLayout;
 class QProgressBar;
-class QPushButton;
-class QRadioButton;
-class QStackedWidget;
+class QScrollArea;
 
 namespace corvane {
 
-/// The main window's controls and how they are arranged: the three steps on the left, what the run says on the right.
-/// It knows nothing of what they do. The window owns all of them.
+/// The main window's controls and how they are arranged: one column that scrolls where it must, and below it the
+/// buttons, which are always seen. It knows nothing of what they do. The window owns all of them.
 struct MainControls {
     explicit MainControls(QMainWindow& window);
 
+    QScrollArea* column = nullptr;
     QLabel* labRehearsal = nullptr;
-    NoticeStrip* notice = nullptr;
-    StepBox* steps[3] = {};
+    LinkPicture* picLink = nullptr;
 
-    // What to install.
-    QRadioButton* optLine[2] = {};
-    QPushButton* cmdOption = nullptr;
-    QStackedWidget* source = nullptr;  ///< the site's page, the local one's
-    QLineEdit* txtServer = nullptr;
-    QLineEdit* txtAccount[2] = {};
-    QRadioButton* optLast = nullptr;
-    QRadioButton* optFile = nullptr;
-    QPushButton* cmdLoadFile = nullptr;
-    QPushButton* cmdRecent = nullptr;
-    QMenu* mnuRecent = nullptr;
-    ElidedLabel* labFileName = nullptr;
-    ElidedLabel* labFilePGM = nullptr;
-    ElidedLabel* labFileVersion = nullptr;
-    ElidedLabel* labFileDate = nullptr;
-    ElidedLabel* labFileStep = nullptr;
-    MemoryView* picMemory = nullptr;
-
-    // Which device.
-    QStackedWidget* device = nullptr;  ///< a text, the port panel
-    QLabel* labDevice = nullptr;
-    PortFrame* frameComport = nullptr;
-
-    // Update.
-    QPushButton* cmdStartCheck = nullptr;
-    QPushButton* cmdForceISP = nullptr;
-    QPushButton* cmdCancel = nullptr;
+    // How things stand.
+    CardView* card = nullptr;
     QProgressBar* pbProgram = nullptr;
     QLabel* labPhase = nullptr;
+    QLabel* labStatus = nullptr;
 
-    // What the run says.
-    VerdictCard* txtVerdict = nullptr;
+    SourceControls source;
+    QWidget* choices = nullptr;  ///< source with its heading
+
+    // Which device.
+    QWidget* devices = nullptr;
+    QLabel* labDevice = nullptr;
+    PortsView* lstPorts = nullptr;
+    PortFrame* frameComport = nullptr;
+
+    QWidget* references = nullptr;
+    QListWidget* lstRefer = nullptr;
+
+    // Details.
+    QPushButton* cmdDetails = nullptr;
+    QWidget* details = nullptr;
+    QLabel* labFacts = nullptr;
+    MemoryView* picMemory = nullptr;
     LogPane* txtInfo = nullptr;
     QPushButton* cmdCopyLog = nullptr;
     QPushButton* cmdSaveLog = nullptr;
-    QWidget* references = nullptr;
-    QListWidget* lstRefer = nullptr;
-    QLabel* labStatus = nullptr;
+
+    // What to press.
+    QPushButton* cmdStartCheck = nullptr;
+    QPushButton* cmdForceISP = nullptr;
+    QPushButton* cmdCancel = nullptr;
     QLabel* labJobs = nullptr;
     QLabel* labVersion = nullptr;
 
@@ -77,18 +65,26 @@ struct MainControls {
     QAction* mnuQuit = nullptr;
     QAction* mnuRehearse = nullptr;
 
+    /// Makes one of both buttons that start a run the large one.
+    void emphasize(bool force);
+
+    /// Colours that follow from the window's palette.
+    void applyPalette(QWidget& window);
+
+    /// During a scan the ports are buttons, else a list.
+    void showScan(bool isScanning);
+
 private:
     void makeMenu(QMainWindow& window);
-    QWidget* makeSource();
-    QWidget* makeSitePage();
-    QWidget* makeLocalPage();
-    QLayout* makeFileLabels();
-    QWidget* makeDevice();
-    QWidget* makeUpdate();
-    QWidget* makeLog();
-    QWidget* makeReferences();
-    QWidget* makeStatus();
+    void makeCard();
+    void makeChoices();
+    void makeDevices();
+    void makeReferences();
+    void makeDetails();
+    QWidget* makeButtons();
     void setTabOrder();
+
+    QHBoxLayout* buttons_ = nullptr;
 };
 
 }  // namespace corvane

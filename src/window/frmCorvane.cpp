@@ -15,27 +15,41 @@
 #include <QPushButton>
 #include <QRadioButton>
 #include <QScreen>
+#include <QScrollArea>
 #include <QShortcut>
-#include <QStackedWidget>
 #include <algorithm>
 
 #include "platform/ProgramInfo.h"
 #include "window/dialogs/frmConnection.h"
 #include "window/dialogs/frmJobs.h"
-#include "window/presenter/RunNotice.h"
 #include "window/widgets/Naming.h"
 #include "window/widgets/QtText.h"
 
 namespace corvane {
 namespace {
 
-constexpr int kSitePage = 0, kLocalPage = 1;
-constexpr int kDeviceText = 0, kDevicePorts = 1;
-
 /// A long name with its middle left out.
 QString shortened(const QString& name) {
     constexpr qsizetype kEnd = 18;
     return name.size() <= 2 * kEnd + 1 ? name : name.left(kEnd) + "\u2026" + name.right(kEnd);
+}
+
+/// A label that takes no room while it has nothing to say.
+void showIn(QLabel* label, const QString& text) {
+    label->setText(text);
+    label->setVisible(!text.isEmpty());
+}
+
+void showIn(QLineEdit* field, const std::string& text) {
+    const auto wanted = QString::fromStdString(text);
+    if (field->text() != wanted) field->setText(wanted);
+}
+
+/// What a button does, for the eye and for a screen reader, which needs no mark of the key.
+void showIn(QPushButton* button, const std::string& caption) {
+    const auto text = QString::fromStdString(caption);
+    button->setText(text);
+    button->setAccessibleName(QString(text).replace("&&", "\x01").remove('&').replace('\x01', '&'));
 }
 
 }  // namespace
@@ -46,27 +60,27 @@ frmCorvane::frmCorvane(const Platform& platform, const WindowOptions& options)
       ui_(*this),
       questions_(*this),
       updater_(platform_, face()),
-      presenter_(updater_) {
+      presenter_(updater_),
+      folder_(options.folder) {
     named(this, "frmCorvane");
     ui_.labVersion->setText(QString::fromStdString(programVersion()));
-    ui_.labRehearsal->setText(options_.rehearsal);
-    ui_.labRehearsal->setVisible(!options_.rehearsal.isEmpty());
-    folder_ = options_.folder;
-    showDevice({});
+    showIn(ui_.labRehearsal, options_.rehearsal);
+    ui_.emphasize(false);
+    ui_.applyPalette(*this);
     setAcceptDrops(true);
     connectChoices();
     connectRun();
-    connectLog();
+    connectDetails();
     constexpr std::uint32_t kPause = 30, kLongestPause = 40;  // ms
     platform_.runtime.setIdle([this] { pump(kPause); });
     platform_.runtime.setPump([this] { pump(kLongestPause); });
-    ui_.notice->say(noticeAtStart(updater_.journal().read()));
-    phase(RunPhase::idle);
     presenter_.load();
+    presenter_.lookAtPorts();
     if (!options_.remark.isEmpty()) say(options_.remark);
     for (const auto& problem : platform_.ports.problems()) say(QString::fromStdString(problem));
-    resize(QSize(900, 640).boundedTo(screen()->availableSize()));
-    ui_.cmdStartCheck->setFocus();
+    showProgress();
+    resize(QSize(720, 600).boundedTo(screen()->availableSize()));
+    (ui_.cmdForceISP->isDefault() ? ui_.cmdForceISP : ui_.cmdStartCheck)->setFocus();
 }
 
 frmCorvane::~frmCorvane() {
@@ -80,23 +94,29 @@ Face frmCorvane::face() {
 }
 
 void frmCorvane::connectChoices() {
+    const auto& source = ui_.source;
     presenter_.onChange = [this] { refresh(); };
     presenter_.pickFile = [this] { return pickFile(); };
     // "clicked" and not "toggled": a button that is set by refresh was not clicked.
-    connect(ui_.optLine[0], &QRadioButton::clicked, this, [this] { presenter_.optLine_Click(false); });
-    connect(ui_.optLine[1], &QRadioButton::clicked, this, [this] { presenter_.optLine_Click(true); });
-    connect(ui_.optLast, &QRadioButton::clicked, this, [this] { presenter_.optLast_Click(); });
-    connect(ui_.optFile, &QRadioButton::clicked, this, [this] { presenter_.optFile_Click(); });
-    connect(ui_.cmdLoadFile, &QPushButton::clicked, this, [this] { presenter_.cmdLoadFile_Click(); });
-    connect(ui_.mnuRecent, &QMenu::aboutToShow, this, [this] { fillRecent(); });
-    connect(ui_.cmdOption, &QPushButton::clicked, this, [this] { cmdOption_Click(); });
-    for (auto* field : {ui_.txtServer, ui_.txtAccount[0], ui_.txtAccount[1]}) {
+    connect(source.optLine[0], &QRadioButton::clicked, this, [this] { presenter_.optLine_Click(false); });
+    connect(source.optLine[1], &QRadioButton::clicked, this, [this] { presenter_.optLine_Click(true); });
+    connect(source.optLast, &QRadioButton::clicked, this, [this] { presenter_.optLast_Click(); });
+    connect(source.optFile, &QRadioButton::clicked, this,
+            [this] { ui_.source.isWalking() ? presenter_.optFile_Walked() : presenter_.optFile_Click(); });
+    connect(source.cmdLoadFile, &QPushButton::clicked, this, [this] { presenter_.cmdLoadFile_Click(); });
+    connect(source.mnuRecent, &QMenu::aboutToShow, this, [this] { fillRecent(); });
+    connect(source.cmdOption, &QPushButton::clicked, this, [this] { cmdOption_Click(); });
+    for (auto* field : {source.txtServer, source.txtAccount[0], source.txtAccount[1]}) {
         field->setAcceptDrops(false);  // a file that is dropped here is an image, too
         connect(field, &QLineEdit::textEdited, this, [this] {
-            presenter_.account(ui_.txtServer->text().toStdString(), ui_.txtAccount[0]->text().toStdString(),
-                               ui_.txtAccount[1]->text().toStdString());
+            presenter_.account(ui_.source.txtServer->text().toStdString(),
+                               ui_.source.txtAccount[0]->text().toStdString(),
+                               ui_.source.txtAccount[1]->text().toStdString());
         });
     }
+    constexpr int kPortLook = 1000;  // ms
+    connect(&portLook_, &QTimer::timeout, this, [this] { presenter_.lookAtPorts(); });
+    portLook_.start(kPortLook);
 }
 
 void frmCorvane::connectRun() {
@@ -110,23 +130,25 @@ void frmCorvane::connectRun() {
     };
     ui_.frameComport->onRefused = [this](const std::string& port) { portRefused(port); };
     ui_.frameComport->onScan = [this](const std::vector<std::string>& ports) {
-        ui_.device->setCurrentIndex(kDevicePorts);
+        ui_.showScan(true);
         for (const auto& advice : updater_.advisor().beforeScan(ports)) say(QString::fromStdString(advice));
     };
-    ui_.frameComport->onEnd = [this] { ui_.device->setCurrentIndex(kDeviceText); };
+    ui_.frameComport->onEnd = [this] { ui_.showScan(false); };
     connect(ui_.lstRefer, &QListWidget::itemActivated, this,
             [this](QListWidgetItem* item) { lstRefer_Click(item->data(Qt::UserRole).toInt()); });
-    updater_.onReader = [this](const std::string& text) {
-        if (presenter_.isBusy()) return;
-        hints_.clear();
-        say(QString::fromStdString(text));
+    updater_.onReader = [this](const std::string& text, bool isPluggedIn) {
+        presenter_.readerChanged(text, isPluggedIn);
+        showSituation();
     };
     questions_.localImage = [this](const FirmwareRecord& record) {
         return updater_.selection().localImage(record, platform_.digest);
     };
 }
 
-void frmCorvane::connectLog() {
+void frmCorvane::connectDetails() {
+    connect(qApp, &QApplication::focusChanged, this, [this](QWidget*, QWidget* now) {
+        if (now && ui_.column->widget()->isAncestorOf(now)) ui_.column->ensureWidgetVisible(now);
+    });
     connect(ui_.cmdCopyLog, &QPushButton::clicked, this, [this] { ui_.txtInfo->copyAll(); });
     connect(ui_.cmdSaveLog, &QPushButton::clicked, this, [this] { saveLog(); });
     connect(ui_.mnuSaveLog, &QAction::triggered, this, [this] { saveLog(); });
@@ -142,7 +164,7 @@ void frmCorvane::connectLog() {
 void frmCorvane::pump(std::uint32_t pause) {
     constexpr std::uint32_t kCalm = 500;  // ms
     if (platform_.runtime.tick() - lastPump_ < pause) return;
-    if (platform_.runtime.tick() - lastProgress_ >= kCalm) showProgress();
+    if (presenter_.isBusy() && platform_.runtime.tick() - lastProgress_ >= kCalm) showProgress();
     QCoreApplication::processEvents(presenter_.isBusy() ? QEventLoop::AllEvents : QEventLoop::ExcludeUserInputEvents);
     lastPump_ = platform_.runtime.tick();
 }
@@ -150,37 +172,25 @@ void frmCorvane::pump(std::uint32_t pause) {
 void frmCorvane::startRun(bool force) {
     if (presenter_.isBusy()) return;
     questions_.renew();
+    if (force) presenter_.takeRescueImage();
     const auto outcome = presenter_.start(force);
     if (outcome.end == RunEnd::handedOver) return handOver();
     conclude(outcome);
-    if (closesWhenFinished_) close();
+    if (presenter_.closesAfter(outcome)) close();
 }
 
 void frmCorvane::conclude(const Outcome& outcome) {
     const auto verdict = presenter_.conclude(outcome);
-    ui_.notice->say(noticeFor(verdict));
     const bool isUpdated = verdict.kind == Verdict::Kind::updated;
-    ui_.txtVerdict->showVerdict(verdict, isUpdated ? QStringList() : hints_);
-    clearHints();                                        // the card says what still matters
-    showDevice(isUpdated ? RunFacts() : outcome.facts);  // ready for the next one
+    meter_.end(isUpdated);
+    showProgress();
+    ui_.pbProgram->setVisible(isUpdated);
     const int devices = updater_.jobs().updatedDevices();
     if (devices > 0)
         ui_.labJobs->setText(devices == 1 ? tr("1 device updated") : tr("%1 devices updated").arg(devices));
-    // What to press next.
-    ui_.cmdStartCheck->setDefault(!verdict.callsForForce);
-    ui_.cmdForceISP->setDefault(verdict.callsForForce);
-    (verdict.callsForForce ? ui_.cmdForceISP : ui_.cmdStartCheck)->setFocus();
+    ui_.card->takeFocus();
+    ui_.column->ensureWidgetVisible(ui_.card);
 }
-
-void frmCorvane::showDevice(const RunFacts& facts) {
-    deviceVersion_ = facts.deviceVersion;
-    showStep();
-    ui_.labDevice->setText(facts.deviceVersion.empty()
-                               ? tr("Connect one device. All serial ports and USB readers are searched for it.")
-                               : fromDevice(facts.port + ": " + facts.deviceVersion));
-}
-
-void frmCorvane::showStep() { ui_.labFileStep->showText(fromDevice(presenter_.localStep(deviceVersion_))); }
 
 /// The newer program has been started and takes over; what was typed here is not saved over its settings.
 void frmCorvane::handOver() {
@@ -197,25 +207,33 @@ void frmCorvane::closeFromOutside() {
 }
 
 void frmCorvane::closeEvent(QCloseEvent* event) {
-    if (presenter_.isBusy()) {
-        event->ignore();
-        closesWhenFinished_ = true;
-        if (presenter_.controls().cancel || questions_.isAskingAboutImage()) {
-            presenter_.cmdCancel_Click();
-            questions_.abandon();
-        } else {
-            say(tr("The window closes when the update has finished."));
-        }
-        return;
-    }
-    event->accept();
-    if (hasEnded_) return;
+    const auto closing = presenter_.close(questions_.isAskingAboutImage());
+    event->setAccepted(closing == MainPresenter::Closing::now);
+    if (closing == MainPresenter::Closing::cancels) questions_.abandon();
+    showSituation();
+    if (!event->isAccepted() || hasEnded_) return;
     hasEnded_ = true;
+    portLook_.stop();
     if (presenter_.unload()) return;
     QMessageBox box(QMessageBox::Warning, kProgramTitle, tr("The settings could not be saved."), QMessageBox::Ok, this);
     named(&box, "frmProblem");
     box.button(QMessageBox::Ok)->setObjectName("cmdOK");
     box.exec();
+}
+
+/// Return does what the large button says, from the fields and from the card, as it does in a dialog.
+void frmCorvane::keyPressEvent(QKeyEvent* event) {
+    const auto* at = focusWidget();
+    const bool isReturn = event->key() == Qt::Key_Return || event->key() == Qt::Key_Enter;
+    const bool isOn =
+        at && (at->inherits("QLineEdit") || at->objectName() == "labNotice" || at->objectName() == "txtVerdict");
+    if (!isReturn || !isOn || presenter_.isBusy()) return QMainWindow::keyPressEvent(event);
+    (ui_.cmdForceISP->isDefault() ? ui_.cmdForceISP : ui_.cmdStartCheck)->click();
+}
+
+void frmCorvane::changeEvent(QEvent* event) {
+    QMainWindow::changeEvent(event);
+    if (event->type() == QEvent::ApplicationPaletteChange) ui_.applyPalette(*this);
 }
 
 /// One file of this computer is an image to install.
@@ -226,35 +244,42 @@ void frmCorvane::dragEnterEvent(QDragEnterEvent* event) {
 
 void frmCorvane::dropEvent(QDropEvent* event) {
     if (presenter_.isBusy()) return;
-    presenter_.optLine_Click(true);
-    presenter_.loadFile(toPath(event->mimeData()->urls().front().toLocalFile()));
+    presenter_.dropFile(toPath(event->mimeData()->urls().front().toLocalFile()));
     event->acceptProposedAction();
 }
 
 void frmCorvane::running(bool isRunning) {
+    presenter_.situation().running(isRunning);
     if (isRunning) {
-        clearHints();
-        ui_.txtVerdict->hide();
-        ui_.notice->say(noticeFor(RunPhase::login));
+        meter_.begin(!presenter_.choices().offLine, platform_.runtime.tick());
         QApplication::setOverrideCursor(Qt::WaitCursor);
     } else {
         QApplication::restoreOverrideCursor();
     }
+    for (QWidget* idle :
+         {ui_.choices, ui_.devices, static_cast<QWidget*>(ui_.cmdStartCheck), static_cast<QWidget*>(ui_.cmdForceISP)})
+        idle->setVisible(!isRunning);
+    ui_.pbProgram->setVisible(isRunning);
+    ui_.cmdCancel->setVisible(isRunning);
     refresh();
-    (isRunning ? ui_.cmdCancel : ui_.cmdStartCheck)->setFocus();
+    if (isRunning) ui_.cmdCancel->setFocus();
 }
 
-void frmCorvane::cancellable(bool /*isCancellable*/) { refresh(); }
+/// When Cancel is over, the card is what there is to know.
+void frmCorvane::cancellable(bool isCancellable) {
+    refresh();
+    if (!isCancellable && presenter_.isBusy()) ui_.card->takeFocus();
+}
 
 void frmCorvane::phase(RunPhase phase) {
-    if (phase != RunPhase::idle) ui_.notice->say(noticeFor(phase));
-    for (int i = 0; i < 3; ++i) ui_.steps[i]->setCurrent(i + 1 == stepOf(phase));
-    if (phase == RunPhase::selection) showDevice(updater_.run().facts());
+    presenter_.situation().phase(phase);
+    if (phase == RunPhase::selection) presenter_.situation().found(updater_.run().facts());
     meter_.phase(phase, platform_.runtime.tick());
     if (phase == RunPhase::program) {
         meter_.records(static_cast<std::int64_t>(updater_.run().facts().image.report().records));
     }
-    progress(0, 0);
+    showSituation();
+    showProgress();
 }
 
 void frmCorvane::transferred(std::int64_t bytes, std::int64_t total) {
@@ -263,22 +288,15 @@ void frmCorvane::transferred(std::int64_t bytes, std::int64_t total) {
 
 /// Noted here and shown by the pump: a bar that is painted for each record costs more than sending one.
 void frmCorvane::progress(std::int64_t value, std::int64_t maximum) {
-    progress_ = {value, maximum};
     meter_.progress(value, maximum, platform_.runtime.tick());
-    if (value == 0) showProgress();
 }
 
 void frmCorvane::showProgress() {
-    constexpr std::int64_t kMost = 2000000000;  // no image comes near that
     lastProgress_ = platform_.runtime.tick();
-    const auto [value, maximum] = progress_;
-    // A maximum of 0 is how Qt says that something goes on.
-    const auto shown = meter_.isUnmeasured() ? 0 : std::clamp<std::int64_t>(maximum, 1, kMost);
-    ui_.pbProgram->setRange(0, static_cast<int>(shown));
-    ui_.pbProgram->setTextVisible(value > 0);
-    ui_.pbProgram->setFormat(QString::number(meter_.percent()) + " %");  // of records, as the line below says
-    ui_.pbProgram->setValue(static_cast<int>(std::clamp<std::int64_t>(value, 0, kMost)));
-    ui_.labPhase->setText(QString::fromStdString(meter_.text()));
+    ui_.pbProgram->setValue(meter_.permille(lastProgress_));
+    ui_.pbProgram->setFormat(QString::number(meter_.percent()) + " %");
+    showIn(ui_.labPhase, QString::fromStdString(meter_.text()));
+    ui_.picLink->advance();
     const auto title = QString::fromStdString(meter_.title());
     const auto program =
         options_.rehearsal.isEmpty() ? QString(kProgramTitle) : tr("%1 (rehearsal)").arg(kProgramTitle);
@@ -304,20 +322,9 @@ void frmCorvane::links(const std::vector<ReferenceLink>& links) {
 
 void frmCorvane::advice(const std::string& text) { say(QString::fromStdString(text)); }
 
-/// Adds to what the status bar says; only the last few lines stay there.
 void frmCorvane::say(const QString& text) {
-    constexpr qsizetype kShown = 3, kKept = 20;
-    if (hints_.contains(text)) return;
-    hints_.append(text);
-    if (hints_.size() > kKept) hints_.removeFirst();
-    ui_.labStatus->setText(hints_.mid(std::max<qsizetype>(0, hints_.size() - kShown)).join('\n'));
-    ui_.labStatus->show();
-}
-
-void frmCorvane::clearHints() {
-    hints_.clear();
-    ui_.labStatus->clear();
-    ui_.labStatus->hide();  // its room is the log's
+    presenter_.situation().say(text.toStdString());
+    showSituation();
 }
 
 void frmCorvane::portRefused(const std::string& port) {
@@ -325,32 +332,56 @@ void frmCorvane::portRefused(const std::string& port) {
     if (!reason.empty()) say(QString::fromStdString(reason));
 }
 
-void frmCorvane::refresh() {
-    const auto& choices = presenter_.choices();
-    const auto enabled = presenter_.controls();
-    ui_.optLine[choices.offLine ? 1 : 0]->setChecked(true);
-    (choices.useFile ? ui_.optFile : ui_.optLast)->setChecked(true);
-    ui_.source->setCurrentIndex(choices.offLine ? kLocalPage : kSitePage);
-    const auto fill = [](QLineEdit* field, const std::string& text) {
-        const auto wanted = QString::fromStdString(text);
-        if (field->text() != wanted) field->setText(wanted);
-    };
-    fill(ui_.txtServer, choices.server);
-    fill(ui_.txtAccount[0], choices.userName);
-    fill(ui_.txtAccount[1], choices.password);
-    ui_.labFilePGM->showText(fromDevice(choices.programLabel()));
-    const auto path = fromPath(choices.image.path());
-    ui_.labFileName->showText(QFileInfo(path).fileName(), path);
-    ui_.labFileVersion->showText(fromDevice(choices.image.info().version));
-    ui_.labFileDate->showText(fromDevice(choices.image.info().date));
-    ui_.picMemory->showMap(presenter_.localMap());
-    showStep();
+void frmCorvane::showSituation() {
+    const auto& situation = presenter_.situation();
+    const auto card = situation.card();
+    const auto device = QString::fromStdString(situation.device());
+    ui_.card->show(card);
+    ui_.picLink->show(card.cable);
+    showIn(ui_.labStatus, QString::fromStdString(situation.hints()));
+    showIn(ui_.labDevice, device);
+    QStringList facts;
+    for (const auto& fact : situation.facts()) facts.append(QString::fromStdString(fact));
+    showIn(ui_.labFacts, facts.join('\n'));
+    showIn(ui_.cmdStartCheck, card.start);
+    showIn(ui_.cmdForceISP, card.force);
+    ui_.emphasize(card.callsForForce);
+    if (!card.isLarge && !presenter_.isBusy()) ui_.pbProgram->hide();
+}
 
-    QWidget* const choosing[] = {ui_.optLine[0],    ui_.optLine[1], ui_.cmdOption,  ui_.txtServer, ui_.txtAccount[0],
-                                 ui_.txtAccount[1], ui_.cmdCopyLog, ui_.cmdSaveLog, menuBar()};
+void frmCorvane::showChoices() {
+    const auto& choices = presenter_.choices();
+    const auto& source = ui_.source;
+    source.optLine[choices.offLine ? 1 : 0]->setChecked(true);
+    (choices.useFile ? source.optFile : source.optLast)->setChecked(true);
+    source.sitePage->setVisible(!choices.offLine);
+    source.localPage->setVisible(choices.offLine);
+    showIn(source.txtServer, choices.server);
+    showIn(source.txtAccount[0], choices.userName);
+    showIn(source.txtAccount[1], choices.password);
+    source.labFilePGM->showText(fromDevice(choices.programLabel()));
+    const auto path = fromPath(choices.image.path());
+    source.labFileName->showText(path.isEmpty() ? tr("Drop an Intel HEX file here") : QFileInfo(path).fileName(), path);
+    source.labFileVersion->showText(fromDevice(choices.image.info().version));
+    source.labFileDate->showText(fromDevice(choices.image.info().date));
+    source.labFileStep->showText(fromDevice(presenter_.localStep(presenter_.situation().deviceVersion())));
+    const auto map = presenter_.localMap();
+    ui_.picMemory->showMap(map);
+    ui_.picMemory->setVisible(choices.isLocalFile() && map.has_value());
+    ui_.lstPorts->showRows(updater_.portList().rows());
+}
+
+void frmCorvane::refresh() {
+    showChoices();
+    showSituation();
+    const auto enabled = presenter_.controls();
+    const auto& source = ui_.source;
+    QWidget* const choosing[] = {source.optLine[0], source.optLine[1],    source.cmdOption,
+                                 source.txtServer,  source.txtAccount[0], source.txtAccount[1],
+                                 ui_.cmdCopyLog,    ui_.cmdSaveLog,       menuBar()};
     for (auto* control : choosing) control->setEnabled(enabled.choices);
     ui_.mnuSaveLog->setEnabled(enabled.choices);  // its key works without the menu
-    QWidget* const local[] = {ui_.optLast, ui_.optFile, ui_.cmdLoadFile, ui_.cmdRecent};
+    QWidget* const local[] = {source.optLast, source.optFile, source.cmdLoadFile, source.cmdRecent};
     for (auto* control : local) control->setEnabled(enabled.localFile);
     ui_.cmdStartCheck->setEnabled(enabled.start);
     ui_.cmdForceISP->setEnabled(enabled.start);
@@ -359,17 +390,18 @@ void frmCorvane::refresh() {
 
 /// The files as they are when the list opens; each has its number as a key.
 void frmCorvane::fillRecent() {
-    ui_.mnuRecent->clear();
+    auto* menu = ui_.source.mnuRecent;
+    menu->clear();
     for (const auto& file : presenter_.recentFiles()) {
         const auto path = fromPath(file);
         const auto name = shortened(QFileInfo(path).fileName()), folder = shortened(QFileInfo(path).path());
-        const auto number = ui_.mnuRecent->actions().size() + 1;
+        const auto number = menu->actions().size() + 1;
         auto* action =
-            ui_.mnuRecent->addAction(QString("&%1 ").arg(number) + tr("%1 in %2").arg(name, folder).replace('&', "&&"),
-                                     this, [this, file] { presenter_.loadFile(file); });
+            menu->addAction(QString("&%1 ").arg(number) + tr("%1 in %2").arg(name, folder).replace('&', "&&"), this,
+                            [this, file] { presenter_.loadFile(file); });
         action->setToolTip(plainToolTip(path));
     }
-    if (ui_.mnuRecent->isEmpty()) ui_.mnuRecent->addAction(tr("No file has been chosen yet"))->setEnabled(false);
+    if (menu->isEmpty()) menu->addAction(tr("No file has been chosen yet"))->setEnabled(false);
 }
 
 void frmCorvane::mnuRehearse_Click() {
@@ -377,7 +409,10 @@ void frmCorvane::mnuRehearse_Click() {
     if (!problem.isEmpty()) say(tr("The rehearsal does not start: %1").arg(problem));
 }
 
-void frmCorvane::cmdOption_Click() { frmConnection(platform_.settings, this).exec(); }
+void frmCorvane::cmdOption_Click() {
+    frmConnection(platform_.settings, this).exec();
+    backFromDialog();
+}
 
 void frmCorvane::lstRefer_Click(int index) {
     const auto address = presenter_.linkAddress(index);
@@ -386,12 +421,18 @@ void frmCorvane::lstRefer_Click(int index) {
     if (!problem.empty()) say(tr("The link could not be opened: %1").arg(QString::fromStdString(problem)));
 }
 
+/// Some window managers leave the keyboard nowhere when a dialog has closed.
+void frmCorvane::backFromDialog() {
+    if (isVisible()) activateWindow();
+}
+
 std::optional<std::string> frmCorvane::pickFile() {
     // The operator reads the text before the patterns; some desktops tell "hex" from "HEX", so each case is listed.
     QFileDialog::Options options = QFileDialog::HideNameFilterDetails;
     options.setFlag(QFileDialog::DontUseNativeDialog, options_.usesQtDialogs);
     const auto filter = tr("Intel HEX (*.Hex)") + " (*.Hex *.hex *.HEX *.hEx *.heX *.HEx *.HeX *.hEX)";
     const auto path = QFileDialog::getOpenFileName(this, tr("Open Firmware File"), folder_, filter, nullptr, options);
+    backFromDialog();
     if (path.isEmpty()) return std::nullopt;
     folder_ = QFileInfo(path).path();
     return toPath(path);
@@ -401,6 +442,7 @@ void frmCorvane::saveLog() {
     const auto options = options_.usesQtDialogs ? QFileDialog::DontUseNativeDialog : QFileDialog::Options();
     const auto path =
         QFileDialog::getSaveFileName(this, tr("Save Log"), "corvane.log", tr("Text (*.log *.txt)"), nullptr, options);
+    backFromDialog();
     if (path.isEmpty()) return;
     const auto problem = ui_.txtInfo->save(path);
     if (!problem.isEmpty()) say(tr("The log could not be saved: %1").arg(problem));

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <QMainWindow>
+#include <QTimer>
 #include <functional>
 
 #include "window/MainControls.h"
@@ -34,10 +35,16 @@ public:
     /// As a click on the window's close button, also when a dialog is open.
     void closeFromOutside();
 
+    /// A port or a reader may have come or gone.
+    void lookAtPorts() { presenter_.lookAtPorts(); }
+
 protected:
     void closeEvent(QCloseEvent* event) override;
     void dragEnterEvent(QDragEnterEvent* event) override;
     void dropEvent(QDropEvent* event) override;
+
+    void keyPressEvent(QKeyEvent* event) override;
+    void changeEvent(QEvent* event) override;
 
 private:
     void running(bool isRunning) override;
@@ -51,23 +58,23 @@ private:
     Face face();
     void connectChoices();
     void connectRun();
-    void connectLog();
+    void connectDetails();
     void pump(std::uint32_t pause);
     void showProgress();
     void startRun(bool force);
     void conclude(const Outcome& outcome);
-    void showDevice(const RunFacts& facts);
-    void showStep();
     void handOver();
     void refresh();
+    void showSituation();
+    void showChoices();
     void say(const QString& text);
-    void clearHints();
     void portRefused(const std::string& port);
     void cmdOption_Click();
     void lstRefer_Click(int index);
     void fillRecent();
     void mnuRehearse_Click();
     void saveLog();
+    void backFromDialog();
     std::optional<std::string> pickFile();
 
     Platform platform_;
@@ -77,13 +84,10 @@ private:
     Updater updater_;
     MainPresenter presenter_;
     ProgressMeter meter_;
-    std::pair<std::int64_t, std::int64_t> progress_;  // value and maximum
-    std::string deviceVersion_;                       // of the device that labDevice names
-    QStringList hints_;                               // what was advised since the run began, the oldest first
-    QString folder_;                                  // of the last file dialog
-    std::uint32_t lastPump_ = 0;                      // ticks
+    QTimer portLook_;             // while no run is on
+    QString folder_;              // of the last file dialog
+    std::uint32_t lastPump_ = 0;  // ticks
     std::uint32_t lastProgress_ = 0;
-    bool closesWhenFinished_ = false;
     bool hasEnded_ = false;
 };
 

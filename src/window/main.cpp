@@ -13,6 +13,7 @@
 #include "platform/linux/LinuxPlatform.h"
 #include "platform/linux/Signals.h"
 #include "platform/linux/desktop/LogindInhibitor.h"
+#include "platform/linux/events/PortEvents.h"
 #include "window/frmCorvane.h"
 #include "window/rehearsal/Rehearsal.h"
 #include "window/rehearsal/frmRehearsal.h"
@@ -61,6 +62,7 @@ Arguments parsed(const QStringList& words) {
 int showWindow(LinuxPlatform& system, SleepInhibitor& inhibitor, const WindowOptions& options) {
     frmCorvane window(system.seams(inhibitor), options);
     const SignalSource signals(system.runtime(), [&window] { window.closeFromOutside(); });
+    const PortEvents portEvents(system.runtime(), [&window] { window.lookAtPorts(); });
     QSocketNotifier due(system.runtime().descriptor(), QSocketNotifier::Read);
     QObject::connect(&due, &QSocketNotifier::activated, &due, [&system] { system.runtime().dispatch(); });
     window.show();

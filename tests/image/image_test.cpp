@@ -76,9 +76,13 @@ TEST_F(ImageTest, OfTheOperatorsFileIsReadAgainForARun) {
     EXPECT_EQ(reloaded(), "Q|holds no Intel HEX record");  // the choice stays as it was shown
     std::filesystem::remove(file);
     EXPECT_EQ(reloaded(), "Q|cannot be read: No such file or directory");
+    choices.imageProblem = {};
     EXPECT_FALSE(LoadHexInfo(choices, folder.file("c", " " + kEnd), digest));
+    EXPECT_EQ(choices.programLabel() + choices.imageProblem.words + "|" + choices.refusal.problem.words,
+              "Q|holds no Intel HEX record");  // the good one stays
+    choices = {};
+    EXPECT_FALSE(LoadHexInfo(choices, folder.at("c"), digest));
     EXPECT_EQ(choices.programLabel() + choices.imageProblem.words, "Invalid File Format!!holds no Intel HEX record");
-    EXPECT_TRUE(choices.image.isNone());
 }
 
 TEST_F(ImageTest, HoldsAllItsRecordsAndStoresTheFirst32768) {

@@ -2,6 +2,7 @@
 #include <sys/stat.h>
 #include <sys/sysmacros.h>
 
+#include "platform/linux/events/PortEvents.h"
 #include "platform/linux/serial/ProcPortInspector.h"
 #include "support/ScratchFolder.h"
 
@@ -24,6 +25,24 @@ TEST(PortInspector, KnowsWhichAdaptersTheModemServiceProbes) {
     const auto entry = "udev/c" + std::to_string(major(status.st_rdev)) + ":" + std::to_string(minor(status.st_rdev));
     tree.file(entry, "E:ID_BUS=usb\nE:ID_MM_DEVICE_IGNORE=1\n");
     EXPECT_FALSE(inspector.isProbedForModems(adapter));
+}
+
+TEST(PortInspector, KnowsAnAdapterByWhatUsbSaysOfIt) {
+    using namespace std::string_view_literals;
+    fakes::ScratchFolder tree;
+    const auto node = tree.file("dev/ttyUSB0", "");
+    tree.file("sys/usb/1-2/idVendor", "1a86\n");
+    tree.file("sys/usb/1-2/product", "USB Serial\n");
+    tree.file("sys/usb/1-2/serial", "A9001\n");
+    tree.file("sys/usb/1-2/1-2:1.0/ttyUSB0/x", "");
+    tree.file("class/ttyUSB0/x", "");
+    std::filesystem::create_directory_symlink(tree.at("sys/usb/1-2/1-2:1.0/ttyUSB0"), tree.at("class/ttyUSB0/device"));
+    ProcPortInspector inspector({tree.at("proc"), tree.at("udev"), tree.at("class")});
+    const auto adapter = inspector.adapterOf(node);
+    EXPECT_EQ(adapter.product + "," + adapter.serialNumber, "USB Serial,A9001");
+    EXPECT_EQ(inspector.adapterOf(tree.file("dev/ttyS0", "")).product, "");
+    EXPECT_TRUE(PortEvents::isAboutPort("add@/devices/x\0ACTION=add\0SUBSYSTEM=tty\0SEQNUM=1\0"sv));
+    EXPECT_FALSE(PortEvents::isAboutPort("add@/devices/x\0SUBSYSTEM=tty_port\0"sv));
 }
 
 }  // namespace

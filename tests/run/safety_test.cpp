@@ -27,13 +27,13 @@ TEST_F(Safety, AsksBeforeAnUnsoundImageHarms) {
         boxes.push_back(text);
         return agrees || question == Question::updateFirmware;
     };
-    loadImage("[INFO]\nPGM=TARN\nVER=V1\n:0400000001020304F3\n");
+    loadImage("[INFO]\nPGM=TARN\nVER=V6\n:0400000001020304F3\n");
     start();
     EXPECT_EQ(boxes.back(),
               "This image does not add up:\r\nline 4 has a wrong checksum\r\nthe file has no end record\r\n"
               "Install it all the same?");
     EXPECT_EQ(device().log().switches, 0);
-    EXPECT_TRUE(log().ends_with("TARN V1()\r\n\r\n"));  // and not a word more
+    EXPECT_TRUE(log().ends_with("TARN V6()\r\n\r\n"));  // and not a word more
     agrees = true;
     EXPECT_EQ(start().end, RunEnd::programmingFailed);
 }

@@ -97,6 +97,42 @@ TEST(Selection, OffersWhatFitsOrEverythingAndJudgesIt) {
     }
 }
 
+TEST(Selection, SaysWhatIsUnusualBelowItsQuestion) {
+    const struct {
+        const char *product, *version, *device;
+        bool isNotFound;
+        Question question;
+        const char *words, *below;
+    } cases[] = {
+        {"TARN", "V5.2", "TARN V5.1", false, Question::updateFirmware, "V5.1 V5.2 a newer version", ""},
+        {"TARN", "V5.1", "TARN V5.1", false, Question::updateFirmware, "V5.1 V5.1 the version that it has", ""},
+        {"TARN", "V5.0", "TARN V5.1", false, Question::unusualUpdate, "V5.1 V5.0 an OLDER version",
+         "The image is OLDER than what the device runs: V5.0 after V5.1."},
+        {"ZETA", "V6", "TARN V5.1", false, Question::unusualUpdate, "V5.1 V6 made for another product",
+         "The image is made for ANOTHER PRODUCT: ZETA."},
+        {"", "", "TARN V5.1", false, Question::unusualUpdate, "V5.1 ? not to be compared",
+         "The image does not say what it is made for."},
+        {"TARN", "V5.2", "Unknown Device", true, Question::unusualUpdate, "? V5.2 not to be compared",
+         "The image is made for TARN.\r\nThe device sits in its boot loader and does not say what it is."},
+    };
+    for (const auto& one : cases) {
+        FirmwareDialog dialog("COM1", one.device, encodeRecords({{"S", one.product, one.version, "", ""}}), true,
+                              one.isNotFound, "");
+        const auto compared = dialog.comparison();
+        EXPECT_EQ(compared.from + " " + compared.to + " " + compared.words, one.words);
+        fakes::RecordingOperator face;
+        face.onBox = [&one](Question question, const std::string& text) {
+            const std::string given =
+                "Do you want to UPDATE firmware to \"S\"?\r\nWarning: firmware update incorrectly will damage the "
+                "unit!";
+            EXPECT_EQ(text, *one.below ? given + "\r\n\r\n" + one.below : given);
+            EXPECT_TRUE(question == one.question && isUsual(question) == !*one.below);
+            return false;
+        };
+        dialog.ok(face);
+    }
+}
+
 class Information : public ::testing::Test, protected fakes::AppBench {
 protected:
     bool check(const std::string& chosen) {

@@ -61,8 +61,12 @@ public:
 class FakePortInspector : public PortInspector {
 public:
     std::map<std::string, PortHolder> holders;
-    std::set<std::string> probed;
+    std::set<std::string> probed, forbidden, missing;
+    std::map<std::string, PortAdapter> adapters;
 
+    PortAdapter adapterOf(const std::string& node) override { return adapters[node]; }
+    bool isThere(const std::string& node) override { return missing.count(node) == 0; }
+    bool mayUse(const std::string& node) override { return forbidden.count(node) == 0; }
     std::string userName() override { return "olive"; }
     std::string groupOf(const std::string&) override { return "dialout"; }
     std::optional<PortHolder> holderOf(const std::string& node) override {

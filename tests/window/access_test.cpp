@@ -1,6 +1,7 @@
 #include <QAccessible>
 #include <QComboBox>
 #include <QMenuBar>
+#include <QPushButton>
 #include <QRadioButton>
 #include <QRegularExpression>
 #include <set>
@@ -85,6 +86,26 @@ TEST_F(Access, IsWorkedByKeyboardAlone) {
     EXPECT_EQ(choice(), "off last|,,");
 }
 
+TEST_F(Access, ArrowsOnlyWalkAndTheDefaultStays) {
+    press("optLine1");
+    control<QWidget>("optLast").setFocus();
+    QTest::keyClick(window->focusWidget(), Qt::Key_Right);  // a dialog would be unexpected
+    EXPECT_EQ(choice(), "off file|,,");
+    EXPECT_FALSE(control<QWidget>("cmdStartCheck").isEnabled());
+    answers.expect("QFileDialog", [](QDialog& dialog) { dialog.reject(); });
+    QTest::keyClick(&control<QWidget>("optFile"), Qt::Key_Space);
+    pickImage();
+    plug();
+    answers.expect("frmQuery", [](QDialog& dialog) {
+        reachedByTab(dialog);
+        QTest::keyClick(dialog.focusWidget(), Qt::Key_Tab, Qt::ShiftModifier);
+        EXPECT_TRUE(dialog.findChild<QPushButton*>("cmdOK")->isDefault());
+        EXPECT_FALSE(dialog.findChild<QPushButton*>("cmdCancel")->isDefault());
+        dialog.reject();
+    });
+    press("cmdStartCheck");
+}
+
 TEST_F(Access, HasAKeyOfItsOwnForEachControlThatShows) {
     for (const char* line : {"optLine0", "optLine1"}) {
         press(line);
@@ -139,13 +160,16 @@ TEST_F(Access, LeadsToEveryControlAndNamesIt) {
     check(*window);
 }
 
-TEST_F(Access, FitsA800By600Screen) {
-    window->resize(800, 600);
+TEST_F(Access, FitsASmallScreenByScrollingToWhatHasTheFocus) {
+    window->resize(640, 360);
     press("optLine1");
+    press("cmdDetails");
     QCoreApplication::processEvents();
-    EXPECT_EQ(window->size(), QSize(800, 600));
-    for (const char* name : {"cmdStartCheck", "cmdCancel", "labFileDate", "cmdSaveLog", "labVersion"}) {
-        const auto& widget = control<QWidget>(name);
+    EXPECT_EQ(window->size(), QSize(640, 360));
+    for (const char* name : {"cmdLoadFile", "cmdSaveLog", "cmdForceISP", "cmdStartCheck"}) {
+        auto& widget = control<QWidget>(name);
+        widget.setFocus();
+        QCoreApplication::processEvents();
         EXPECT_TRUE(window->rect().contains(QRect(widget.mapTo(window.get(), QPoint()), widget.size()))) << name;
         EXPECT_EQ(widget.visibleRegion().boundingRect(), widget.rect()) << name;
     }

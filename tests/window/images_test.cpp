@@ -21,7 +21,8 @@ protected:
     static std::string told(const QDialog& dialog) {
         const auto* map = dialog.findChild<QWidget*>("picMemory");
         const auto* heading = dialog.findChild<QLabel*>("labMemory");
-        return dialog.findChild<QLabel*>("labStep")->text().toStdString() + "|" +
+        const auto label = [&dialog](const char* name) { return dialog.findChild<QLabel*>(name)->text(); };
+        return (label("labFrom") + ">" + label("labTo") + " " + label("labStep")).toStdString() + "|" +
                (map->isVisible() ? map->accessibleDescription() + "|" + heading->text() : "no map").toStdString();
     }
 };
@@ -60,7 +61,7 @@ TEST_F(WindowImages, AreComparedWithTheDeviceAndShownOnceTheyWereDownloaded) {
     for (const auto& memory :
          {std::string("no map"), kMap + std::string("|Memory map of the copy on this computer, r200.hex")}) {
         answers.expect("frmQuery", [this, memory](QDialog& dialog) {
-            EXPECT_EQ(told(dialog), "from V5.1R23 to V5.2R1, a newer version|" + memory);
+            EXPECT_EQ(told(dialog), "V5.1R23>V5.2R1 \u25b2 a newer version|" + memory);
             answers.expect("frmMessage", DialogAnswers::pressing("cmdOK"));
             DialogAnswers::press(*dialog.findChild<QWidget*>("cmdOK"));
         });

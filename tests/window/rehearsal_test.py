@@ -80,7 +80,7 @@ class Rehearsal(unittest.TestCase):
         for kind, strips, said in (
                 ("healthy", [updated], "The device now answers with TARN-R200 V5.2R1."),
                 ("boot-loader", ["A device waits in its boot loader; nothing was changed.", updated],
-                 "Force an update (Force ISP, or --force on the console)"),
+                 'Press "Force ISP" to force an update'),
                 ("bad-cable", ["The device waits in its boot loader. It has no working firmware yet.", updated],
                  "The device now answers with TARN-R200 V5.2R1."),
                 ("reader", [updated], "")):

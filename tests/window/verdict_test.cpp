@@ -14,7 +14,7 @@ TEST_F(WindowRun, LeadsFromThreeFailuresToTheRescueAndKeepsBothInTheListOfJobs) 
     press("cmdStartCheck");
     EXPECT_EQ(text("labNotice"), "The device waits in its boot loader. It has no working firmware yet.");
     EXPECT_TRUE(verdict().starts_with("Programming failed in three tries.\n")) << verdict();
-    EXPECT_NE(verdict().find("Force an update (Force ISP, or --force on the console)"), std::string::npos);
+    EXPECT_NE(verdict().find("Press \"Rescue with local.hex\" to force an update"), std::string::npos);
     EXPECT_EQ(control<QWidget>("txtVerdict").accessibleDescription().toStdString(),
               text("labNotice") + "\n" + verdict());
     EXPECT_EQ(text("labDevice") + text("labJobs"), "COM1: TARN-R200 V5.1R23");

@@ -9,6 +9,7 @@
 
 #include "platform/ProgramInfo.h"
 #include "window/dialogs/frmQuery.h"
+#include "window/presenter/PasswordRemark.h"
 #include "window/widgets/Naming.h"
 #include "window/widgets/QtText.h"
 
@@ -43,6 +44,7 @@ bool Questions::show(QDialog& dialog) {
     dialog.exec();
     QApplication::restoreOverrideCursor();
     open_.removeLast();
+    if (owner()->isVisible()) owner()->activateWindow();  // some window managers leave the keyboard nowhere
     return !isAbandoned_;
 }
 
@@ -50,7 +52,8 @@ std::string Questions::inputBox(const std::string& prompt, const std::string& ti
     QInputDialog box(owner());
     named(&box, "frmPassword");
     box.setWindowTitle(fromDevice(title));
-    box.setLabelText(fromDevice(prompt));
+    box.setLabelText(fromDevice(prompt) + "\n\n" + QString::fromStdString(passwordRemark(passwordsAsked_++)));
+    box.setTextEchoMode(QLineEdit::Password);
     box.setTextValue(fromDevice(byDefault));
     box.setOkButtonText(QObject::tr("&OK"));  // also makes Qt create the controls that are named below
     named(box.findChild<QLineEdit*>(), "txtPassword", box.labelText());
@@ -63,7 +66,7 @@ bool Questions::messageBox(Question question, const std::string& text) {
                     owner());
     named(&box, "frmMessage");
     box.setTextFormat(Qt::PlainText);
-    box.setDefaultButton(question == Question::unsoundImage ? QMessageBox::Cancel : QMessageBox::Ok);
+    box.setDefaultButton(isUsual(question) ? QMessageBox::Ok : QMessageBox::Cancel);
     box.button(QMessageBox::Ok)->setObjectName("cmdOK");
     box.button(QMessageBox::Cancel)->setObjectName("cmdCancel");
     isAskingAboutImage_ = question == Question::unsoundImage;

@@ -23,7 +23,7 @@ public:
 
     /// Answers what is open, and what is still asked until the next renew, with Cancel.
     void abandon();
-    void renew() { isAbandoned_ = false; }
+    void renew() { isAbandoned_ = false, passwordsAsked_ = 0; }
 
     /// The question about an unsound image is open: the run has its image, but the device is still as it was.
     bool isAskingAboutImage() const { return isAskingAboutImage_; }
@@ -39,6 +39,7 @@ private:
     QWidget& window_;
     QList<QDialog*> open_;  // each asks for the one below it
     bool isAbandoned_ = false;
+    int passwordsAsked_ = 0;  // since the run began
     bool isAskingAboutImage_ = false;
 };
 

@@ -42,10 +42,10 @@ frmConnection::frmConnection(SettingsStore& store, QWidget* owner) : QDialog(own
     layout->addWidget(buttons);
     setMinimumWidth(380);
 
-    const auto settings = StoredSettings(store_).connection();
-    txtProxy_->setText(QString::fromStdString(settings.proxy));
-    cmbAccessType_->setCurrentIndex(settings.accessType);
-    chkAskVersion_->setChecked(settings.asksVersion);
+    loaded_ = StoredSettings(store_).connection();
+    txtProxy_->setText(QString::fromStdString(loaded_.proxy));
+    cmbAccessType_->setCurrentIndex(loaded_.accessType);
+    chkAskVersion_->setChecked(loaded_.asksVersion);
     cmbAccessType_Click();
     connect(cmbAccessType_, &QComboBox::currentIndexChanged, this, [this] { cmbAccessType_Click(); });
     connect(buttons, &QDialogButtonBox::accepted, this, [this] { cmdOK_Click(); });
@@ -63,7 +63,7 @@ void frmConnection::cmdOK_Click() {
     settings.accessType = cmbAccessType_->currentIndex();
     settings.proxy = txtProxy_->text().toStdString();
     settings.asksVersion = chkAskVersion_->isChecked();
-    if (StoredSettings(store_).save(settings)) return accept();
+    if (StoredSettings(store_).save(settings, loaded_)) return accept();
     labProblem_->setText(tr("The settings could not be saved. Is there room on the disk, and may you write them?"));
     labProblem_->show();
 }

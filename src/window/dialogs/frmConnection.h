@@ -3,6 +3,7 @@
 #include <QDialog>
 
 #include "platform/SettingsStore.h"
+#include "settings/ConnectionSettings.h"
 
 class QCheckBox;
 class QComboBox;
@@ -22,6 +23,7 @@ private:
     void cmdOK_Click();
 
     SettingsStore& store_;
+    ConnectionSettings loaded_;
     QComboBox* cmbAccessType_;
     QLineEdit* txtProxy_;
     QCheckBox* chkAskVersion_;

@@ -12,14 +12,40 @@
 #include <QSignalBlocker>
 #include <QStringListModel>
 
+#include "text/Text.h"
 #include "window/widgets/Naming.h"
 #include "window/widgets/QtText.h"
+#include "window/widgets/Tones.h"
 
 namespace corvane {
 namespace {
 
 /// Lists longer than this get a field to search them.
 constexpr int kShortList = 12;
+
+struct Look {
+    QString symbol;
+    Card::Tone tone;
+};
+
+/// The symbol says it without the colour.
+Look lookOf(FirmwareDialog::Comparison::Kind kind) {
+    using Kind = FirmwareDialog::Comparison::Kind;
+    switch (kind) {
+        case Kind::newer:
+            return {"\u25b2 ", Card::Tone::good};
+        case Kind::same:
+            return {"= ", Card::Tone::plain};
+        case Kind::older:
+            return {"\u25bc ", Card::Tone::caution};
+        case Kind::otherProduct:
+            return {"\u2715 ", Card::Tone::danger};
+        case Kind::none:
+        case Kind::unknown:
+            break;
+    }
+    return {"? ", Card::Tone::caution};
+}
 
 }  // namespace
 
@@ -59,10 +85,14 @@ void frmQuery::arrange() {
     txtView_->setTabChangesFocus(true);
     txtView_->setFont(fixed);
 
-    labStep_ = namedLabel(new QLabel, "labStep", tr("Step from the device's version to the image's"));
-    labStep_->setTextFormat(Qt::PlainText);
-    labStep_->setWordWrap(true);
-    labStep_->setIndent(2);  // as the field above it
+    labStep_ = namedLabel(new QLabel, "labStep", tr("How the versions compare"));
+    labFrom_ = namedLabel(new QLabel, "labFrom", tr("The device's version"));
+    labTo_ = namedLabel(new QLabel, "labTo", tr("The image's version"));
+    labMadeFor_ = namedLabel(new QLabel, "labMadeFor", tr("The product that the image is made for"));
+    labCaution_ = namedLabel(new QLabel, "labCaution", tr("What is unusual"));
+    for (auto* label : {labStep_, labFrom_, labTo_, labMadeFor_, labCaution_}) label->setTextFormat(Qt::PlainText);
+    labMadeFor_->setWordWrap(true);
+    labCaution_->setWordWrap(true);
     labMemory_ = named(new ElidedLabel(Qt::ElideMiddle), "labMemory");
     labMemory_->setTextFormat(Qt::PlainText);
     picMemory_ = new MemoryView;
@@ -76,7 +106,7 @@ void frmQuery::arrange() {
         txtFind_->setParent(this), txtFind_->hide();
     fields->addRow(tr("&Image"), cboROMs_);
     fields->addRow(tr("C&omparison"), txtCheckVersion_);
-    fields->addRow(tr("Step"), labStep_);
+    fields->addRow(tr("Made for"), labMadeFor_);
 
     auto* buttons = new QDialogButtonBox;
     cmdOK_ =
@@ -86,16 +116,38 @@ void frmQuery::arrange() {
     buttons->addButton(cmdOK_, QDialogButtonBox::ActionRole);
     buttons->addButton(cmdCancel, QDialogButtonBox::RejectRole);
     cmdOK_->setDefault(true);
+    cmdCancel->setAutoDefault(false);  // Return is for what is to be done, wherever the focus has been
     connect(cmdCancel, &QPushButton::clicked, this, &QDialog::reject);
 
     auto* layout = new QVBoxLayout(this);
-    layout->addWidget(labDevice);
+    layout->addWidget(makeVersions());
+    layout->addWidget(labCaution_);
     layout->addLayout(fields);
+    layout->addWidget(labDevice);
     layout->addWidget(txtView_, 1);
     layout->addWidget(labMemory_);
     layout->addWidget(picMemory_);
     layout->addWidget(buttons);
-    resize(560, 440);
+    resize(560, 480);
+}
+
+/// From version to version, in large letters, and how they compare.
+QWidget* frmQuery::makeVersions() {
+    constexpr double kLarge = 20;  // points
+    auto font = this->font();
+    font.setPointSizeF(kLarge);
+    auto* arrow = new QLabel("\u2192");
+    for (auto* label : {labFrom_, labTo_, arrow}) label->setFont(font);
+    auto* box = new QWidget;
+    auto* row = new QHBoxLayout(box);
+    row->setContentsMargins(0, 0, 0, 0);
+    row->addWidget(labFrom_);
+    row->addWidget(arrow);
+    row->addWidget(labTo_);
+    row->addSpacing(12);
+    row->addWidget(labStep_);
+    row->addStretch();
+    return box;
 }
 
 void frmQuery::makeList() {
@@ -137,15 +189,28 @@ void frmQuery::cmdOK_Click() {
 void frmQuery::showSelected() {
     const auto verdict = dialog_.verdict();
     txtCheckVersion_->setText(fromDevice(verdict.text));
-    auto palette = this->palette();
-    palette.setColor(QPalette::Base, palette.color(QPalette::Window));  // nothing to type here
-    if (verdict.isWarning) palette.setColor(QPalette::Text, Qt::red);
-    txtCheckVersion_->setPalette(palette);
+    txtCheckVersion_->setStyleSheet(QString("QLineEdit { background: transparent; %1 }")  // nothing to type here
+                                        .arg(verdict.isWarning ? "color: red;" : ""));
     txtView_->setPlainText(fromDevice(dialog_.details()));
-    labStep_->setText(fromDevice(dialog_.step()));
+    showComparison();
     showMemory();
     cboROMs_->setToolTip(plainToolTip(cboROMs_->currentText()));
     cmdOK_->setEnabled(dialog_.selected() >= 0);
+}
+
+void frmQuery::showComparison() {
+    const auto compared = dialog_.comparison();
+    const auto look = lookOf(compared.kind);
+    labFrom_->setText(fromDevice(compared.from));
+    labTo_->setText(fromDevice(compared.to));
+    labStep_->setText(look.symbol + fromDevice(compared.words));
+    labStep_->setStyleSheet(
+        QString("QLabel { color: %1; background: %2; border-radius: 9px; padding: 3px 10px; }")
+            .arg(this->palette().color(QPalette::Base).name(), toneColour(look.tone, this->palette()).name()));
+    labMadeFor_->setText(fromDevice(dialog_.madeFor()));
+    labCaution_->setText(fromDevice(joined(dialog_.cautions(), "\r\n")));
+    labCaution_->setVisible(!labCaution_->text().isEmpty());
+    labFrom_->parentWidget()->setVisible(!compared.to.empty());
 }
 
 /// Only an image that lies on this computer can be drawn. It may be older than the one on the site, so the heading says

@@ -32,7 +32,9 @@ private:
     void cboROMs_Click();
     void cmdOK_Click();
     void showSelected();
+    void showComparison();
     void showMemory();
+    QWidget* makeVersions();
 
     FirmwareDialog& dialog_;
     OperatorPrompts& prompts_;
@@ -41,7 +43,11 @@ private:
     QComboBox* cboROMs_ = nullptr;
     QStringListModel* listed_ = nullptr;  // the entries that were found
     QLineEdit* txtCheckVersion_ = nullptr;
+    QLabel* labFrom_ = nullptr;
+    QLabel* labTo_ = nullptr;
     QLabel* labStep_ = nullptr;
+    QLabel* labMadeFor_ = nullptr;
+    QLabel* labCaution_ = nullptr;
     QPlainTextEdit* txtView_ = nullptr;
     ElidedLabel* labMemory_ = nullptr;
     MemoryView* picMemory_ = nullptr;

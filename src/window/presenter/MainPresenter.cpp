@@ -1,5 +1,7 @@
 #include "window/presenter/MainPresenter.h"
 
+#include <utility>
+
 #include "settings/LocalFile.h"
 #include "text/Cp1252.h"
 #include "text/Text.h"
@@ -9,22 +11,30 @@ namespace corvane {
 void MainPresenter::load() {
     loading_ = true;
     stored().load(updater_.choices);
+    loaded_ = updater_.choices;
     optLine_Click(updater_.choices.offLine);
     loading_ = false;
     changed();
 }
 
 bool MainPresenter::unload() {
-    const bool saved = stored().save(updater_.choices);
+    const bool saved = stored().save(updater_.choices, loaded_);
     updater_.shutDown();
     return saved;
 }
 
 void MainPresenter::optLine_Click(bool offLine) {
     if (isBusy()) return;
+    updater_.choices.refusal = {};
     updater_.choices.offLine = offLine;
     if (!offLine) selectLast();
     changed();
+}
+
+void MainPresenter::optFile_Walked() {
+    loading_ = true;
+    optFile_Click();
+    loading_ = false;
 }
 
 void MainPresenter::optFile_Click() {
@@ -36,6 +46,7 @@ void MainPresenter::optFile_Click() {
 
 void MainPresenter::optLast_Click() {
     if (isBusy()) return;
+    updater_.choices.refusal = {};
     selectLast();
     changed();
 }
@@ -53,13 +64,26 @@ bool MainPresenter::loadFile(const std::string& path) {
     if (loaded) {
         // Whether settings can be written at all is said at the end of the session.
         stored().addRecentFile(path);
-        loading_ = true;  // selecting optFile must not ask for a file again
-        optFile_Click();
-        loading_ = false;
+        optFile_Walked();  // selecting optFile must not ask for a file again
     } else {
-        optLast_Click();
+        if (updater_.choices.image.isNone()) selectLast();
+        changed();
     }
     return loaded;
+}
+
+void MainPresenter::dropFile(const std::string& path) {
+    if (loadFile(path)) {
+        updater_.choices.offLine = true;
+        changed();
+    }
+}
+
+void MainPresenter::readerChanged(const std::string& text, bool isPluggedIn) {
+    lookAtPorts();
+    if (isBusy()) return;
+    if (isPluggedIn) situation_.changed();
+    situation_.say(text);
 }
 
 std::string MainPresenter::localStep(const std::string& deviceVersion) const {
@@ -74,14 +98,61 @@ std::string MainPresenter::localStep(const std::string& deviceVersion) const {
 }
 
 Outcome MainPresenter::start(bool force) {
+    updater_.choices.refusal = {};
     updater_.choices.promise = stored().connection().asksVersion ? Promise::running : Promise::programmed;
     if (!isBusy()) reloadLocalFile(updater_.choices, updater_.platform().digest);
     auto outcome = updater_.run().run(force);
-    changed();
+    if (onChange) onChange();
     return outcome;
 }
 
-Verdict MainPresenter::conclude(const Outcome& outcome) { return updater_.conclude(outcome); }
+void MainPresenter::takeRescueImage() {
+    const auto path = situation_.rescueImage();
+    if (path.empty()) return;
+    updater_.choices.offLine = true;
+    loadFile(path);
+}
+
+Verdict MainPresenter::conclude(const Outcome& outcome) {
+    auto verdict = updater_.conclude(outcome);
+    if (updater_.portList().look()) situation_.hasPorts(!updater_.portList().rows().empty());
+    situation_.conclude(outcome, verdict);
+    if (onChange) onChange();
+    return verdict;
+}
+
+MainPresenter::Closing MainPresenter::close(bool isQuestionOpen) {
+    if (!isBusy()) return Closing::now;
+    closes_ = true;
+    if (!updater_.run().isCancellable() && !isQuestionOpen) {
+        situation_.say("The window closes when the update has finished.");
+        return Closing::waits;
+    }
+    cmdCancel_Click();
+    return Closing::cancels;
+}
+
+bool MainPresenter::closesAfter(const Outcome& outcome) {
+    const bool isWanted = std::exchange(closes_, false);
+    switch (outcome.end) {
+        case RunEnd::updated:
+        case RunEnd::cancelled:
+        case RunEnd::declined:
+        case RunEnd::imageRefused:
+            return isWanted;
+        default:
+            return false;
+    }
+}
+
+void MainPresenter::lookAtPorts() {
+    auto& list = updater_.portList();
+    const auto before = list.rows().size();
+    if (isBusy() || !list.look()) return;
+    situation_.hasPorts(!list.rows().empty());
+    if (list.rows().size() > before) situation_.changed();
+    if (onChange) onChange();
+}
 
 void MainPresenter::cmdCancel_Click() { updater_.run().cancel(); }
 
@@ -98,6 +169,7 @@ void MainPresenter::account(const std::string& server, const std::string& userNa
     updater_.choices.server = server;
     updater_.choices.userName = userName;
     updater_.choices.password = password;
+    changed();
 }
 
 /// Start needs an image: without a local one the Download folder's (or the site's) must be selected.

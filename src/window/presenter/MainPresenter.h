@@ -6,6 +6,7 @@
 #include "app/Updater.h"
 #include "image/MemoryMap.h"
 #include "settings/StoredSettings.h"
+#include "window/presenter/Situation.h"
 
 namespace corvane {
 
@@ -21,7 +22,7 @@ struct Controls {
 /// It does not own the updater.
 class MainPresenter {
 public:
-    explicit MainPresenter(Updater& updater) : updater_(updater) {}
+    explicit MainPresenter(Updater& updater) : updater_(updater), situation_(updater) {}
 
     /// Called whenever something that the window shows may have changed.
     std::function<void()> onChange;
@@ -38,6 +39,9 @@ public:
 
     void optLine_Click(bool offLine);
     void optFile_Click();
+
+    /// The arrow keys went to optFile: it is selected, and asks for no file yet.
+    void optFile_Walked();
     void optLast_Click();
     void cmdLoadFile_Click();
     void cmdCancel_Click();
@@ -46,13 +50,39 @@ public:
     /// Runs an update, with a local file as it is now.
     Outcome start(bool force);
 
-    /// What follows a run: it is recorded, and the verdict is given.
-    [[nodiscard]] Verdict conclude(const Outcome& outcome);
+    /// Before a forced run: the image that a rescue installs becomes the chosen local file.
+    void takeRescueImage();
+
+    /// What follows a run: it is recorded, and the situation says how it ended.
+    Verdict conclude(const Outcome& outcome);
+
+    /// What a wish to close the window leads to.
+    enum class Closing {
+        now,
+        cancels,  ///< the run ends first, without harm
+        waits,    ///< a device is being programmed
+    };
+    Closing close(bool isQuestionOpen);
+
+    /// Whether the window that was asked to close does so after a run that ended like this. What needs somebody's eyes
+    /// keeps it open.
+    bool closesAfter(const Outcome& outcome);
+
+    Situation& situation() { return situation_; }
+
+    /// Looks whether ports or readers have come or gone.
+    void lookAtPorts();
 
     bool isBusy() const { return updater_.run().isRunning(); }
 
     /// Takes an image as if it had been picked, and remembers it as a recent one; False when it is none.
     bool loadFile(const std::string& path);
+
+    /// A file was dropped: when it is an image it is what is to be installed, off line; else nothing changes.
+    void dropFile(const std::string& path);
+
+    /// A reader came or went, as that text says.
+    void readerChanged(const std::string& text, bool isPluggedIn);
 
     /// The local images that were taken last.
     std::vector<std::string> recentFiles() const { return stored().recentFiles(); }
@@ -74,12 +104,16 @@ public:
 private:
     StoredSettings stored() const { return StoredSettings(updater_.platform().settings); }
     void selectLast();
-    void changed() const {
+    void changed() {
+        situation_.changed();
         if (onChange) onChange();
     }
 
     Updater& updater_;
+    Situation situation_;
+    Choices loaded_;  // the settings as they were read
     bool loading_ = false;
+    bool closes_ = false;
 };
 
 }  // namespace corvane

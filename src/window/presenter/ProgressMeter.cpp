@@ -9,6 +9,21 @@ namespace {
 constexpr std::uint32_t kRateWindow = 500;  // ms in which a rate is counted
 constexpr double kSmoothing = 0.3;          // the weight of the latest window
 
+/// What a phase takes of an usual run, in any unit, and the seconds after which half of it is thought to be done while
+/// nothing can be measured (0: it waits for the operator).
+struct Share {
+    RunPhase phase;
+    double weight, halfTime;
+    bool isOnLineOnly = false;
+};
+
+constexpr Share kShares[] = {
+    {RunPhase::login, 4, 2, true}, {RunPhase::information, 3, 1, true}, {RunPhase::scan, 12, 10},
+    {RunPhase::selection, 0, 0},   {RunPhase::image, 9, 5, true},       {RunPhase::bootLoader, 4, 2},
+    {RunPhase::erase, 8, 3},       {RunPhase::program, 52, 20},         {RunPhase::reset, 3, 1},
+    {RunPhase::proof, 5, 3},
+};
+
 /// Seconds as people want to read them: exact when few, else in steps.
 int calmSeconds(double seconds) {
     const double step = seconds < 10 ? 1 : seconds < 60 ? 5 : 30;
@@ -29,13 +44,24 @@ std::string sizeText(double bytes) {
 
 }  // namespace
 
+void ProgressMeter::begin(bool isOnLine, std::uint32_t tick) {
+    isOnLine_ = isOnLine;
+    shown_ = 0;
+    phase(RunPhase::idle, tick);
+}
+
 void ProgressMeter::phase(RunPhase phase, std::uint32_t tick) {
     phase_ = phase;
     value_ = maximum_ = done_ = bytes_ = bytesTotal_ = windowUnits_ = 0;
     rate_ = 0;
     remaining_.reset();
-    windowStart_ = tick;
+    windowStart_ = phaseStart_ = tick;
     if (phase == RunPhase::idle) total_ = 0;
+}
+
+void ProgressMeter::end(bool isUpdated) {
+    constexpr double kWhole = 1000;
+    shown_ = isUpdated ? kWhole : 0;
 }
 
 void ProgressMeter::progress(std::int64_t value, std::int64_t maximum, std::uint32_t tick) {
@@ -75,29 +101,33 @@ void ProgressMeter::showRemaining() {
     if (!remaining_ || calm < *remaining_ || seconds > *remaining_ * 1.5 + 2) remaining_ = calm;
 }
 
-int ProgressMeter::percent() const {
-    if (phase_ == RunPhase::program && total_ > 0) return static_cast<int>(std::min(done_, total_) * 100 / total_);
-    return maximum_ > 0 ? static_cast<int>(value_ * 100 / maximum_) : 0;
+double ProgressMeter::doneInPhase(std::uint32_t tick) const {
+    const auto share = [](std::int64_t done, std::int64_t whole) {
+        return static_cast<double>(std::min(done, whole)) / static_cast<double>(whole);
+    };
+    if (phase_ == RunPhase::program && total_ > 0) return share(done_, total_);
+    if (phase_ == RunPhase::image && bytesTotal_ > 0) return share(bytes_, bytesTotal_);
+    if (maximum_ > 0 && value_ > 0) return share(value_, maximum_);
+    for (const auto& one : kShares) {
+        const double seconds = (tick - phaseStart_) / 1000.0;
+        if (one.phase == phase_ && one.halfTime > 0) return seconds / (seconds + one.halfTime);
+    }
+    return 0;
 }
 
-bool ProgressMeter::isUnmeasured() const {
-    switch (phase_) {
-        case RunPhase::login:
-        case RunPhase::bootLoader:
-        case RunPhase::erase:
-        case RunPhase::reset:
-        case RunPhase::proof:
-            return true;
-        case RunPhase::information:
-        case RunPhase::image:
-            return bytes_ > 0 && bytesTotal_ <= 0;
-        case RunPhase::idle:
-        case RunPhase::scan:
-        case RunPhase::selection:
-        case RunPhase::program:
-            break;
+/// A try that is repeated starts its phases anew, and the share stays where it was.
+int ProgressMeter::permille(std::uint32_t tick) {
+    constexpr double kMost = 999;  // the whole is for a device that is updated
+    if (phase_ == RunPhase::idle) return static_cast<int>(shown_);
+    double whole = 0, before = 0;
+    for (const auto& one : kShares) {
+        if (one.isOnLineOnly && !isOnLine_) continue;
+        if (one.phase < phase_) before += one.weight;
+        if (one.phase == phase_) before += one.weight * doneInPhase(tick);
+        whole += one.weight;
     }
-    return false;
+    shown_ = std::max(shown_, std::min(kMost, before / whole * 1000));
+    return static_cast<int>(shown_);
 }
 
 std::string ProgressMeter::phaseText() const {
@@ -131,7 +161,7 @@ std::string ProgressMeter::phaseText() const {
 std::string ProgressMeter::text() const {
     auto text = phaseText();
     if (phase_ == RunPhase::program && done_ > 0) {
-        text += ": " + std::to_string(percent()) + " %, " + std::to_string(done_);
+        text += ": " + std::to_string(done_);
         if (total_ > 0) text += " of " + std::to_string(total_);
         text += " records";
         if (rate_ > 0) text += ", " + std::to_string(std::llround(rate_)) + " a second";
@@ -146,8 +176,7 @@ std::string ProgressMeter::text() const {
 
 std::string ProgressMeter::title() const {
     if (phase_ == RunPhase::idle) return {};
-    const bool counts = phase_ == RunPhase::program || (phase_ == RunPhase::image && maximum_ > 0);
-    return counts ? std::to_string(percent()) + " % " + phaseText() : phaseText();
+    return percent() > 0 ? std::to_string(percent()) + " % " + phaseText() : phaseText();
 }
 
 }  // namespace corvane

@@ -41,7 +41,6 @@ PortFrame::PortFrame() {
     layout->addWidget(labTrying_);
     layout->addLayout(ports);
     layout->addWidget(hint);
-    layout->addStretch();
 
     connect(cmdMovePanel_, &QPushButton::clicked, this, [this] { movePanel(); });
     connect(area_->horizontalScrollBar(), &QScrollBar::rangeChanged, this,
@@ -61,8 +60,10 @@ void PortFrame::addButton(int index, const std::string& name) {
     const auto port = fromDevice(name);
     const bool scanned = name.empty() || isScanned(name);
     auto caption = scanned ? port : tr("%1 (not scanned)").arg(port);
-    auto* button = named(new QPushButton(caption.replace('&', "&&")), "", port,
-                         scanned ? tr("Searches on %1 next").arg(port) : tr("The search leaves %1 out").arg(port));
+    auto* button = new QPushButton(caption.replace('&', "&&"));
+    if (!name.empty())  // the order's empty entry is never seen, and nothing is said of it
+        named(button, "", port,
+              scanned ? tr("Searches on %1 next").arg(port) : tr("The search leaves %1 out").arg(port));
     button->setObjectName("cmdComport" + QString::number(index));
     button->setFixedWidth(button->fontMetrics().horizontalAdvance(caption) + 20);
     button->setEnabled(scanned);

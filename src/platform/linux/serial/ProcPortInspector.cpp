@@ -24,10 +24,9 @@ std::string contentOf(const fs::path& path) {
     }
 }
 
-std::string programOf(const fs::path& process) {
-    const auto name = contentOf(process / "comm");
-    return name.substr(0, name.find('\n'));
-}
+std::string firstLine(const std::string& text) { return std::string(trimmed(text.substr(0, text.find('\n')))); }
+
+std::string programOf(const fs::path& process) { return firstLine(contentOf(process / "comm")); }
 
 bool isProcess(const fs::path& path) { return isNumeric(path.filename().string()); }
 
@@ -52,6 +51,22 @@ bool anyProcess(const std::string& proc, Function function) {
 }
 
 }  // namespace
+
+/// The nearest folder above the port's that describes a USB device.
+PortAdapter ProcPortInspector::adapterOf(const std::string& node) {
+    std::error_code error;
+    const auto name = fs::canonical(node, error).filename();
+    auto folder = error ? fs::path() : fs::canonical(fs::path(places_.ttys) / name / "device", error);
+    for (; !error && folder.has_relative_path(); folder = folder.parent_path()) {
+        if (!fs::exists(folder / "idVendor", error)) continue;
+        return {firstLine(contentOf(folder / "product")), firstLine(contentOf(folder / "serial"))};
+    }
+    return {};
+}
+
+bool ProcPortInspector::isThere(const std::string& node) { return access(node.c_str(), F_OK) == 0; }
+
+bool ProcPortInspector::mayUse(const std::string& node) { return access(node.c_str(), R_OK | W_OK) == 0; }
 
 std::string ProcPortInspector::userName() {
     const auto* user = getpwuid(geteuid());
