@@ -90,6 +90,7 @@ private:
     bool place(std::string_view address);
     bool mayRepeat() const;
     bool mayGoOn();
+    bool startOver();
     Found attempt(const std::string& code);
     bool isAskedFor() const;
     Found judge(std::uint8_t answer);
@@ -112,6 +113,8 @@ private:
     bool isEchoPossible_ = false;  // the last record was sent while a second erase might have been going on
     bool countsUnsent_ = true;     // unless the port reports bytes as unsent whose answer is there
     bool mustErase_ = false;
+    bool hasStrays_ = false;  // this line has been seen to double answers or to hold them back
+    bool isSecond_ = false;   // the image is being sent once more
     int doubts_ = 0;
     int lateTries_ = 0;  // that ended with an answer that came late, behind the first segment
     Found last_ = Found::taken;
