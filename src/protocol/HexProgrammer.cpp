@@ -13,6 +13,7 @@ constexpr std::int32_t kOwed = 1500;  // ms of silence; no answer to what was se
 constexpr int kMostDoubts = 16;       // that one try may mend
 constexpr int kLateTries = 2;         // after which answers that come late are taken for a habit of the device
 constexpr std::size_t kLargestPage = 4096;
+constexpr std::size_t kShortestText = 4;  // that a device says of itself; fewer bytes are damaged answers
 const std::string kToFirstSegment = ":020000040000FA";
 
 /// Where to begin again so that nothing of the page at hand is missing, had the device forgotten it.
@@ -90,6 +91,8 @@ bool HexProgrammer::isAskedFor() const {
 HexProgrammer::Found HexProgrammer::judge(std::uint8_t answer) {
     if (lines_.along().answers() > 0) return Found::extra;
     if (countsUnsent_ && session_.comm->OutBufferCount() > 0) return Found::extra;
+    // An odd byte before it may be the answer, damaged; then this one is another record's.
+    if (!session_.receivedLine.empty() && session_.receivedLine.size() < kShortestText) return Found::late;
     switch (clock_.arrival()) {
         case AnswerClock::Arrival::early:
             return Found::extra;
