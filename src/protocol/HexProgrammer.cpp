@@ -13,7 +13,7 @@ constexpr std::int32_t kOwed = 1500;  // ms of silence; no answer to what was se
 constexpr int kMostDoubts = 16;       // that one try may mend
 constexpr int kLateTries = 2;         // after which answers that come late are taken for a habit of the device
 constexpr std::size_t kLargestPage = 4096;
-constexpr std::size_t kShortestText = 4;  // that a device says of itself; fewer bytes are damaged answers
+constexpr std::size_t kShortestText = 2;  // that a device says of itself; a byte alone is a damaged answer
 const std::string kToFirstSegment = ":020000040000FA";
 
 /// Where to begin again so that nothing of the page at hand is missing, had the device forgotten it.
