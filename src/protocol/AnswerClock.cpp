@@ -10,14 +10,14 @@ namespace {
 constexpr double kDay = 86400;
 constexpr double kAnswerTime = 0.5;   // s that the given dialogue waits for an answer
 constexpr double kLongestOwed = 1.5;  // s after which no answer comes any more
-constexpr double kLate = 0.25;        // s behind the crossing; a device that writes a page answers sooner
+constexpr double kLate = 0.1;         // s behind the crossing; a device that writes a page answers sooner
 constexpr double kCrossed = 7.0 / 8;  // of a record's time on the line; the rest is for clocks that differ
 
 }  // namespace
 
 void AnswerClock::beginDevice(bool hasLine) {
     pace_ = hasLine ? Pace::unknown : Pace::free;
-    slowest_ = 0;
+    slowest_ = slow_ = 0;
 }
 
 void AnswerClock::settings(const std::string& text) {
@@ -43,14 +43,14 @@ double AnswerClock::untilCrossed() const { return std::max(0.0, onLine_ - sinceS
 
 double AnswerClock::patience(bool isNothingOwed) const {
     if (isNothingOwed) return kLongestOwed;
-    return std::clamp(1.5 * slowest_, kAnswerTime, kLongestOwed);
+    return std::clamp(1.5 * slow_, kAnswerTime, kLongestOwed);
 }
 
 bool AnswerClock::isTooEarly(double ago) const { return sinceSent() - ago < kCrossed * onLine_; }
 
 AnswerClock::Arrival AnswerClock::arrival(double ago) const {
     if (pace_ == Pace::byRate && isTooEarly(ago)) return Arrival::early;
-    return sinceSent() - ago - onLine_ > std::max(kLate, 3 * slowest_) ? Arrival::late : Arrival::usual;
+    return sinceSent() - ago - onLine_ > std::max(kLate, 3 * slow_) ? Arrival::late : Arrival::usual;
 }
 
 void AnswerClock::taken(bool isProven) {
@@ -59,7 +59,9 @@ void AnswerClock::taken(bool isProven) {
     if (pace_ == Pace::unknown) pace_ = isTooEarly() ? Pace::free : Pace::byRate;
     if (!isProven) return;
     if (isTooEarly()) pace_ = Pace::free;
-    slowest_ = std::max(slowest_, sinceSent() - onLine_);
+    const double took = sinceSent() - onLine_;
+    slow_ = std::max(slow_, std::min(took, slowest_));
+    slowest_ = std::max(slowest_, took);
 }
 
 }  // namespace corvane

@@ -50,6 +50,7 @@ private:
     double sentAt_ = 0;    // s of the day
     double onLine_ = 0;    // how long after that the last byte has crossed
     double slowest_ = 0;   // proven answer of this device, from the crossing on
+    double slow_ = 0;      // the slowest but one: a single one may have been held back on the way
 };
 
 }  // namespace corvane

@@ -13,6 +13,7 @@ constexpr std::int32_t kOwed = 1500;  // ms of silence; no answer to what was se
 constexpr int kMostDoubts = 16;       // that one try may mend
 constexpr int kLateTries = 2;         // after which answers that come late are taken for a habit of the device
 constexpr std::size_t kLargestPage = 4096;
+constexpr std::size_t kShortestText = 2;  // that a device says of itself; a byte alone is a damaged answer
 const std::string kToFirstSegment = ":020000040000FA";
 
 /// Where to begin again so that nothing of the page at hand is missing, had the device forgotten it.
@@ -32,7 +33,7 @@ void HexProgrammer::beginDevice(bool hasLine) {
     clock_.beginDevice(hasLine);
     repeated_ = 0;
     place_ = "";
-    isSettled_ = mustErase_ = false;
+    isSettled_ = mustErase_ = hasStrays_ = false;
     lateTries_ = 0;
     countsUnsent_ = true;
 }
@@ -90,6 +91,8 @@ bool HexProgrammer::isAskedFor() const {
 HexProgrammer::Found HexProgrammer::judge(std::uint8_t answer) {
     if (lines_.along().answers() > 0) return Found::extra;
     if (countsUnsent_ && session_.comm->OutBufferCount() > 0) return Found::extra;
+    // An odd byte before it may be the answer, damaged; then this one is another record's.
+    if (!session_.receivedLine.empty() && session_.receivedLine.size() < kShortestText) return Found::late;
     switch (clock_.arrival()) {
         case AnswerClock::Arrival::early:
             return Found::extra;
@@ -109,6 +112,10 @@ HexProgrammer::Found HexProgrammer::judge(std::uint8_t answer) {
 HexProgrammer::Found HexProgrammer::judgeSettled(std::uint8_t answer) {
     const auto along = lines_.along();
     if (answer == kNak && along.accepted == 0) return Found::refused;
+    // A device that is slow by nature answers late again.
+    if (along.answers() > 0 || (last_ == Found::late && clock_.arrival() != AnswerClock::Arrival::late)) {
+        hasStrays_ = true;
+    }
     if (session_.comm->OutBufferCount() > 0) countsUnsent_ = false;
     clock_.taken(true);
     if (along.answers() > 0) lines_.settle(kOwed);
@@ -119,6 +126,7 @@ HexProgrammer::Found HexProgrammer::judgeSettled(std::uint8_t answer) {
 HexProgrammer::Found HexProgrammer::settle(Found found) {
     const auto strays = lines_.settle(kOwed);
     isSettled_ = true;
+    hasStrays_ = hasStrays_ || found == Found::extra || strays.answers() > (found == Found::silent ? 1 : 0);
     if (strays.prompt && found != Found::prompted) return Found::restarted;
     if (strays.answers() == 0) return found;
     isAnswered_ = true;
@@ -128,6 +136,7 @@ HexProgrammer::Found HexProgrammer::settle(Found found) {
 bool HexProgrammer::isQuiet() {
     if (!session_.comm->PortOpen()) return true;
     const auto left = lines_.waiting();
+    hasStrays_ = hasStrays_ || left.answers() > 0;
     mustErase_ = left.prompt || (left.answers() > 0 && mayBeDisturbed());
     return !left.prompt && left.answers() == 0;
 }
@@ -158,13 +167,19 @@ bool HexProgrammer::ISP_Program(const Image& image) {
 bool HexProgrammer::sendImage(std::string_view content) {
     const auto plan = SendPlan::of(content);
     const auto size = static_cast<std::int64_t>(content.size());
-    isBegun_ = isBeyond_ = isAnswered_ = mustErase_ = false;
+    isBegun_ = isBeyond_ = isAnswered_ = isSecond_ = mustErase_ = false;
     doubts_ = 0;
     clock_.settings(session_.comm->Settings());
     progress_.progress(0, size);
     std::int64_t shown = 0;
     std::size_t before = 0;  // the record that was sent before the one at hand
-    for (std::size_t at = 0; at < plan.steps.size(); ++at) {
+    const auto end = plan.steps.size();
+    for (std::size_t at = 0;; ++at) {
+        if (at + 1 >= end && hasStrays_ && !isSecond_) {
+            if (!startOver()) return false;
+            at = 0;
+        }
+        if (at >= end) break;
         const auto& step = plan.steps[at];
         if (!step.record.empty() && !sendStep(step)) {
             if (!mayGoOn()) return false;
@@ -207,9 +222,19 @@ bool HexProgrammer::sendStep(const SendStep& step) {
     return false;
 }
 
+/// On a line that doubles answers or holds them back, one of them may by chance have stood for a record that was never
+/// heard, and nothing would show it. So the whole image is sent once more before its last record, and that one with
+/// nothing owed: the same chance would have to strike the same record twice.
+bool HexProgrammer::startOver() {
+    last_ = settle(Found::taken);
+    isSecond_ = true;
+    return last_ == Found::taken || mayGoOn();
+}
+
 bool HexProgrammer::place(std::string_view address) {
     if (!ProgramHex(address.empty() ? kToFirstSegment : std::string(address), false)) return false;
     place_ = address;
+    if (address.empty()) isBeyond_ = false;
     return true;
 }
 

@@ -27,11 +27,15 @@ namespace corvane {
 /// silence is enough) has forgotten the upper address and whatever it had not written yet, and a record that was heard
 /// twice may have been written behind an address record that came between.
 ///
+/// A line that is seen to double answers or to hold them back (a stray) may do so again unseen, just when a record is
+/// lost. Then the whole image is sent once more before its last record, which is sent with nothing owed: chance would
+/// have to strike the same record twice. A lone refusal, a lone loss and a slow device cost nothing of the kind.
+///
 /// What nothing on the line shows: a boot loader that restarts without a word, within the first 64 KiB, and had part of
 /// a page in a buffer (the record lost in it is repeated, the rest of the page is not); a record that the device hears
-/// twice in a row while it never hears the next one; and a second copy of a record or an answer that comes so late that
-/// its answer falls, by chance, into the 0.25 s behind another record whose own answer does not come. Each looks like
-/// an answer that took a little longer.
+/// twice in a row while it never hears the next one; and a second copy of a record or an answer, the only stray of the
+/// run, that comes so late that its answer falls, by chance, into the 0.1 s behind another record whose own answer does
+/// not come. Each looks like an answer that took a little longer.
 class HexProgrammer {
 public:
     HexProgrammer(DeviceSession& session, Progress& progress, Digest& digest)
@@ -90,6 +94,7 @@ private:
     bool place(std::string_view address);
     bool mayRepeat() const;
     bool mayGoOn();
+    bool startOver();
     Found attempt(const std::string& code);
     bool isAskedFor() const;
     Found judge(std::uint8_t answer);
@@ -112,6 +117,8 @@ private:
     bool isEchoPossible_ = false;  // the last record was sent while a second erase might have been going on
     bool countsUnsent_ = true;     // unless the port reports bytes as unsent whose answer is there
     bool mustErase_ = false;
+    bool hasStrays_ = false;  // this line has been seen to double answers or to hold them back
+    bool isSecond_ = false;   // the image is being sent once more
     int doubts_ = 0;
     int lateTries_ = 0;  // that ended with an answer that came late, behind the first segment
     Found last_ = Found::taken;

@@ -7,6 +7,7 @@ namespace {
 
 constexpr std::uint8_t kStx = 0x02, kAck = 0x06, kCr = 0x0D, kNak = 0x15;
 constexpr std::int32_t kSilence = 500;  // ms that count as an empty line
+constexpr int kShortestText = 4;        // bytes that a device says of itself
 
 }  // namespace
 
@@ -85,6 +86,7 @@ LineReader::Strays LineReader::settle(std::int32_t silence) {
     quiet.Timeout(silence);
     whole.Timeout(silence + kLongest);
     Bytes seen = bytesOf(session_.receivedLine);  // a prompt may have begun there
+    const auto before = seen.size();
     session_.receivedLine.clear();
     while (!quiet.IsTimeout() && !whole.IsTimeout() && session_.comm->PortOpen()) {
         session_.runtime.WaitActivity(1);
@@ -94,7 +96,10 @@ LineReader::Strays LineReader::settle(std::int32_t silence) {
         seen.insert(seen.end(), more.begin(), more.end());
         quiet.Reset();
     }
-    return straysIn(seen);
+    auto strays = straysIn(seen);
+    const auto other = static_cast<int>(seen.size() - before) - strays.accepted - strays.refused;
+    strays.damaged = other < kShortestText ? other : 0;
+    return strays;
 }
 
 /// The byte itself when it ends the reply, else 0.

@@ -28,9 +28,10 @@ public:
     struct Strays {
         int accepted = 0;
         int refused = 0;
+        int damaged = 0;  ///< odd bytes, so few that they are no text: answers that were damaged on the way
         bool prompt = false;
 
-        int answers() const { return accepted + refused; }
+        int answers() const { return accepted + refused + damaged; }
     };
 
     /// What stood behind the end of the last reply, in what was read with it.
