@@ -138,6 +138,21 @@ TEST_F(CurlAsyncReaderTest, FaultsOfTheServerAreFailedReads) {
     EXPECT_EQ(failure(address("/firmware/image.hex")).kind, ReadFailure::Kind::unreachable);
 }
 
+TEST_F(CurlAsyncReaderTest, WhatTheServerAnnouncesIsWhatItMustSend) {
+    for (const char* name : {"more", "fewer", "endless"}) root_.file(name, everyByte());
+    serve(R"("announces": {"/more": 1000, "/fewer": 5000, "/endless": 9000000000})");
+    reader();
+    EXPECT_EQ(failure(address("/more")).words, "the server sends more than the 1000 bytes that it announced");
+    EXPECT_EQ(failure(address("/fewer")).words, "3000 of 5000 bytes have come");
+    reader_->mostBytes(2999);
+    const auto tooLong = failure(address("/firmware/image.hex"));
+    EXPECT_EQ(tooLong.kind, ReadFailure::Kind::tooLong);
+    EXPECT_EQ(tooLong.words, "it is longer than 2999 bytes");
+    EXPECT_EQ(failure(address("/endless")).kind, ReadFailure::Kind::tooLong) << "before it comes";
+    reader_->mostBytes(3000);
+    EXPECT_EQ(log_->read(address("/firmware/image.hex"), local_.at("image.hex")).bytesMax, 3000);
+}
+
 TEST_F(CurlAsyncReaderTest, RouteDecidesAboutTheProxy) {
     using Access = SiteRoute::Access;
     auto& site = serve();

@@ -27,6 +27,7 @@ public:
 
     std::map<std::string, Answer> answers;
     SiteRoute routed;
+    std::int64_t most = 0;  ///< bytes that the next read may bring
 
     /// What has been asked of it: "start ADDRESS -> PROPERTY", "cancel *", "cancel PROPERTY", "close".
     std::vector<std::string> calls;
@@ -37,6 +38,7 @@ public:
     void cancel(const std::optional<std::string>& propertyName) override;
     void closeSession() override;
     void route(const SiteRoute& route) override { routed = route; }
+    void mostBytes(std::int64_t bytes) override { most = bytes; }
     ReadFailure failure() const override { return failure_; }
 
 private:
