@@ -16,7 +16,7 @@ Updater::Updater(const Platform& platform, const Face& face)
       ftp_(platform.reader, platform.runtime),
       site_({ftp_, platform.reader, platform.runtime, choices, platform.settings, platform.folder, face.log,
              face.progress}),
-      selfUpdate_(inf_, platform.folder, site_, face.prompts),
+      selfUpdate_(inf_, platform.folder, site_, face.prompts, platform.launcher, platform.digest),
       selection_(choices, platform.folder, inf_, platform.settings, face.prompts, face.log),
       journal_(platform.folder),
       jobs_(platform.folder),

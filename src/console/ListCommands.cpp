@@ -92,10 +92,8 @@ int imagesCommand(Console& console, const Arguments& arguments) {
         cancelled = true;
         site.cancel();
     };
-    const auto& folder = scope.updater.platform().folder;
     const bool fetched =
-        scope.updater.choices.offLine ||
-        (site.login() && !cancelled && site.FTP_Download("/firmware/firmware.inf", folder.resolve("\\firmware.inf")));
+        scope.updater.choices.offLine || (site.login() && !cancelled && site.fetchInformation(scope.updater.inf()));
     if (!fetched) {
         if (cancelled) return scope.end(kCancelled);
         scope.face.say("The site could not be read: " + site.failure().words + ".");

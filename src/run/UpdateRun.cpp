@@ -3,6 +3,7 @@
 #include "platform/Files.h"
 #include "run/EndTable.h"
 #include "text/Cp1252.h"
+#include "text/Number.h"
 #include "text/RuntimeError.h"
 #include "text/Text.h"
 
@@ -12,8 +13,9 @@ namespace {
 /// How a run ends whose image has such a problem.
 Ending endingFor(const ImageProblem& problem, const std::string& path) {
     if (problem.kind == ImageProblem::Kind::missing) return {RunEnd::imageNotThere, path};
-    const bool isEmpty = problem.kind == ImageProblem::Kind::empty;
-    return {isEmpty ? RunEnd::imageEmpty : RunEnd::imageUnreadable, lastPart(path) + " " + problem.words};
+    const auto words = lastPart(path) + " " + problem.words;
+    if (problem.kind == ImageProblem::Kind::tooLarge) return {RunEnd::imageTooLarge, words};
+    return {problem.kind == ImageProblem::Kind::empty ? RunEnd::imageEmpty : RunEnd::imageUnreadable, words};
 }
 
 }  // namespace
@@ -197,10 +199,12 @@ std::optional<Ending> UpdateRun::takeImage() {
 
 std::optional<Ending> UpdateRun::fetchImage() {
     ImageOrProblem loaded;
-    const auto path = p_.site.FTP_DownloadFirmware(information_.firmwareFile, [&](const std::string& fetched) {
-        loaded = loadImage(fetched, p_.digest);
+    // What is read here is what was fetched: another program may put another file in its place at any moment.
+    const auto read = [&](const std::string& fetched, const std::string& place) {
+        loaded = loadImage(fetched, p_.digest, {.mostBytes = p_.choices.mostImageBytes, .knownAs = place});
         return loaded.image ? digestFault(*loaded.image) : std::string();
-    });
+    };
+    const auto path = p_.site.FTP_DownloadFirmware(information_.firmwareFile, read);
     const auto& failure = p_.site.failure();
     switch (failure.kind) {
         case SiteFailure::Kind::none:
@@ -213,6 +217,9 @@ std::optional<Ending> UpdateRun::fetchImage() {
             return Ending{RunEnd::imageNotTheOne, failure.words};
         case SiteFailure::Kind::notDownloaded:
             return Ending{RunEnd::imageNotThere, failure.words};
+        case SiteFailure::Kind::tooLong:
+            return Ending{RunEnd::imageTooLarge, toUtf8(lastPart(information_.firmwareFile)) + " is larger than " +
+                                                     byteCount(static_cast<std::int64_t>(p_.choices.mostImageBytes))};
         default:
             return Ending{RunEnd::imageNotFetched, failure.words};
     }

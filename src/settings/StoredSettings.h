@@ -17,6 +17,7 @@ namespace corvane {
 ///     FTP/OffLine                      True: local files instead of the site
 ///     FTP/AccessType, Proxy            0 the environment's proxy, 1 none, 2 the one that Proxy names
 ///     Update/AskVersion                False: an updated device is not asked for its version
+///     Update/ImageLimit                MiB that an image may have; 64 when it is missing
 ///     Query/LastROM                    the section that was chosen last, the next selection's proposal
 ///     Recent/File1 to File5            the local images that were chosen last, the newest first
 class StoredSettings {
@@ -44,6 +45,8 @@ public:
     bool addRecentFile(const std::string& path);
 
 private:
+    std::size_t imageLimit() const;
+
     struct Key;
     struct Keys;
 

@@ -131,6 +131,8 @@ TEST_F(CurlAsyncReaderTest, FaultsOfTheServerAreFailedReads) {
     reader({10000, 300});
     EXPECT_EQ(failure(address("/gone")).kind, ReadFailure::Kind::brokenOff);
     EXPECT_EQ(failure(address("/stalls")).words, "the server has fallen silent");
+    reader({10000, 10000, 300});
+    EXPECT_EQ(failure(address("/stalls")).words, "it took too long");
     // Those words too many look like a confirmation that is there already, and the library is left waiting for it.
     EXPECT_EQ(failure(address("/mutters")).words, "the server did not confirm the transfer");
     EXPECT_EQ(log_->read(address("/firmware/image.hex"), local_.at("image.hex")).bytesRead, 3000);
