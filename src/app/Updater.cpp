@@ -16,6 +16,7 @@ Updater::Updater(const Platform& platform, const Face& face)
       ftp_(platform.reader, platform.runtime),
       site_({ftp_, platform.reader, platform.runtime, choices, platform.settings, platform.folder, face.log,
              face.progress}),
+      references_(site_, choices, platform.settings, platform.folder, platform.launcher),
       selfUpdate_(inf_, platform.folder, site_, face.prompts, platform.launcher, platform.digest),
       selection_(choices, platform.folder, inf_, platform.settings, face.prompts, face.log),
       journal_(platform.folder),

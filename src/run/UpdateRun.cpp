@@ -2,6 +2,7 @@
 
 #include "platform/Files.h"
 #include "run/EndTable.h"
+#include "site/References.h"
 #include "text/Cp1252.h"
 #include "text/Number.h"
 #include "text/RuntimeError.h"
@@ -246,7 +247,7 @@ void UpdateRun::fillLinks() {
     std::vector<ReferenceLink> links;
     for (int i = 1; i <= FirmwareInformation::kLinks; ++i) {
         const auto& title = information_.linkTitle[static_cast<std::size_t>(i - 1)];
-        if (!title.empty()) links.push_back({i, title});
+        if (!title.empty()) links.push_back({i, title, referenceKind(linkTarget(i)) != ReferenceKind::none});
     }
     p_.view.links(links);
 }

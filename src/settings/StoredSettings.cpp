@@ -18,7 +18,8 @@ struct StoredSettings::Key {
 struct StoredSettings::Keys {
     static inline const Key userName{"FTP", "UserName"}, password{"FTP", "Password"}, server{"FTP", "Server"},
         offLine{"FTP", "OffLine"}, accessType{"FTP", "AccessType"}, proxy{"FTP", "Proxy"},
-        askVersion{"Update", "AskVersion"}, imageLimit{"Update", "ImageLimit"}, lastSection{"Query", "LastROM"};
+        askVersion{"Update", "AskVersion"}, imageLimit{"Update", "ImageLimit"},
+        handOverAddress{"FTP", "HandOverAddress"}, lastSection{"Query", "LastROM"};
     static Key recentFile(std::size_t place) { return {"Recent", "File" + std::to_string(place + 1)}; }
 };
 
@@ -80,6 +81,8 @@ bool StoredSettings::save(const ConnectionSettings& connection, const Connection
     saved = writeChanged(Keys::proxy, connection.proxy, loaded.proxy) && saved;
     return writeChanged(Keys::askVersion, textOf(connection.asksVersion), textOf(loaded.asksVersion)) && saved;
 }
+
+bool StoredSettings::handsOverAddresses() const { return isTrue(read(Keys::handOverAddress, "False")); }
 
 std::string StoredSettings::lastSection() const { return fromUtf8(read(Keys::lastSection)); }
 

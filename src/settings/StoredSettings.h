@@ -15,6 +15,7 @@ namespace corvane {
 ///
 ///     FTP/UserName, Password, Server   the account and the site
 ///     FTP/OffLine                      True: local files instead of the site
+///     FTP/HandOverAddress              True: a reference of the site is opened by its address, password included
 ///     FTP/AccessType, Proxy            0 the environment's proxy, 1 none, 2 the one that Proxy names
 ///     Update/AskVersion                False: an updated device is not asked for its version
 ///     Update/ImageLimit                MiB that an image may have; 64 when it is missing
@@ -35,6 +36,9 @@ public:
 
     ConnectionSettings connection() const;
     [[nodiscard]] bool save(const ConnectionSettings& connection, const ConnectionSettings& loaded);
+
+    /// Whether the desktop gets the address of a site's file, with the account in it, instead of the file.
+    bool handsOverAddresses() const;
 
     /// In Windows-1252, as the site writes it; empty when none was ever chosen.
     std::string lastSection() const;

@@ -186,6 +186,12 @@ bool SiteAccess::fetchInformation(InfReader& reader) {
     return FTP_Download("/firmware/firmware.inf", reader.informationPath(), {.check = take, .keepsOld = true});
 }
 
+bool SiteAccess::fetchReference(const std::string& remote, const std::string& local) {
+    if (!resume() && !login()) return false;
+    download(remote, local, {});
+    return !failure_;
+}
+
 std::string SiteAccess::FTP_DownloadFirmware(const std::string& UrlFile, const Check& check) {
     const auto download = folder_.resolve("\\Download");
     makeFolder(download);

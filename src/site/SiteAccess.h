@@ -78,6 +78,9 @@ public:
     /// Fetches firmware.inf, and has the reader take what came.
     [[nodiscard]] bool fetchInformation(InfReader& reader);
 
+    /// Fetches a file that has nothing to do with updates, off line, too, and logs in for it when there is no session.
+    [[nodiscard]] bool fetchReference(const std::string& remote, const std::string& local);
+
     /// Why the last login or download was none; none when it was one.
     const SiteFailure& failure() const { return failure_; }
 
