@@ -1,5 +1,7 @@
 #include "run/UpdateRun.h"
 
+#include <algorithm>
+
 #include "platform/Files.h"
 #include "run/EndTable.h"
 #include "site/References.h"
@@ -99,7 +101,8 @@ Ending UpdateRun::noDevice() const {
         const auto& only = scanner.onlyPort();
         return {RunEnd::noPort, only.empty() ? std::string() : toUtf8(only) + " is not there"};
     }
-    return {scanner.portCount().opened == 0 ? RunEnd::noPortOpened : RunEnd::noDevice};
+    if (scanner.portCount().opened == 0) return {RunEnd::noPortOpened};
+    return {RunEnd::noDevice, scanner.unreadable()};
 }
 
 /// What the scan has found, for the verdict and for the log.
@@ -112,9 +115,15 @@ void UpdateRun::noteDevice(const std::string& version, bool inIsp) {
     if (!inIsp) facts.protocolName = p_.session.protocolName;
     facts.port = p_.ports.name();
     log("[Local Site]\r\n");
-    log("Comm Port : " + facts.port + "\r\n");
-    log("Device F/W: " + version + "\r\n\r\n");
+    logText("Comm Port : ", facts.port, "\r\n");
+    logText("Device F/W: ", version, "\r\n\r\n");
     letEventsRun();
+}
+
+/// A text that a device or a site wrote. It stays in its line, or it could say there what this program says.
+void UpdateRun::logText(const char* label, std::string text, const char* end) {
+    std::replace_if(text.begin(), text.end(), [](char c) { return c == '\r' || c == '\n'; }, ' ');
+    log(label + text + end);
 }
 
 /// Nothing when an image was chosen; its section and version are in the text then.
@@ -156,8 +165,8 @@ bool UpdateRun::defineFirmware(const std::string& chosen) {
 
 void UpdateRun::showFirmware() {
     log("[FTP Site]\r\n");
-    log("Product   : " + information_.product + "\r\n");
-    log("Version   : " + information_.version + "\r\n\r\n");
+    logText("Product   : ", information_.product, "\r\n");
+    logText("Version   : ", information_.version, "\r\n\r\n");
     log("[Update Information]\r\n");
     log(information_.updateInfo + "\r\n");
     letEventsRun();
