@@ -122,7 +122,8 @@ void UpdateRun::noteDevice(const std::string& version, bool inIsp) {
 
 /// A text that a device or a site wrote. It stays in its line, or it could say there what this program says.
 void UpdateRun::logText(const char* label, std::string text, const char* end) {
-    std::replace_if(text.begin(), text.end(), [](char c) { return c == '\r' || c == '\n'; }, ' ');
+    std::replace_if(
+        text.begin(), text.end(), [](char c) { return c == '\r' || c == '\n'; }, ' ');
     log(label + text + end);
 }
 

@@ -66,7 +66,7 @@ TEST_F(ImageTest, HasALimitThatASettingRaises) {
     const auto loads = [&](const char* limit) {
         settings.values["Corvane/Update/ImageLimit"] = limit;
         StoredSettings(settings).load(choices);
-        return LoadHexInfo(choices, folder.at("x.hex"), digest) ? "" : choices.imageProblem.words;
+        return LoadHexInfo(choices, folder.at("x.hex"), digest) ? "" : choices.refusal.problem.words;
     };
     folder.file("x.hex", kSound);
     std::filesystem::resize_file(folder.at("x.hex"), (64 << 20) + 1);
