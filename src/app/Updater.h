@@ -9,6 +9,7 @@
 #include "run/JobRecord.h"
 #include "run/UpdateRun.h"
 #include "run/Verdict.h"
+#include "site/References.h"
 #include "text/Cp1252.h"
 
 namespace corvane {
@@ -33,6 +34,7 @@ public:
     FirmwareSelection& selection() { return selection_; }
     InfReader& inf() { return inf_; }
     RunJournal& journal() { return journal_; }
+    References& references() { return references_; }
     JobRecord& jobs() { return jobs_; }
     PortAdvisor& advisor() { return advisor_; }
     PortList& portList() { return portList_; }
@@ -83,6 +85,7 @@ private:
     InfReader inf_;
     FTPDownload ftp_;
     SiteAccess site_;
+    References references_;
     SelfUpdate selfUpdate_;
     FirmwareSelection selection_;
     RunJournal journal_;

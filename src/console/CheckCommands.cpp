@@ -7,6 +7,7 @@
 #include "image/Image.h"
 #include "platform/Address.h"
 #include "platform/Files.h"
+#include "settings/StoredSettings.h"
 #include "site/SiteCheck.h"
 #include "site/SiteDigests.h"
 #include "text/Cp1252.h"
@@ -175,7 +176,10 @@ int checkServer(Console& console, const Arguments& arguments, const Address& add
 }  // namespace
 
 int checkCommand(Console& console, const Arguments& arguments) {
-    const auto loaded = loadImage(arguments.subject, console.platform.digest, ImageSource::fileOrPipe);
+    Choices choices;
+    StoredSettings(console.platform.settings).load(choices);
+    const auto loaded = loadImage(arguments.subject, console.platform.digest,
+                                  {.mostBytes = choices.mostImageBytes, .source = ImageSource::fileOrPipe});
     if (!loaded.image) {
         console.err.write("corvane-cli: " + arguments.subject + " " + loaded.problem.words + ".\n");
         return kFoundSomething;

@@ -49,7 +49,8 @@ int portsCommand(Console& console, const Arguments& arguments) {
                           "," + jsonPair("description", row.description) +
                           ",\"scanned\":" + (row.isScanned ? "true" : "false") + "}");
         if (arguments.json) continue;
-        auto line = row.name + "\t" + row.device + "\t" + toUtf8(row.description);
+        auto line = withoutControls(row.name) + "\t" + withoutControls(row.device) + "\t" +
+                    withoutControls(toUtf8(row.description));
         if (!row.isScanned) line += "not scanned";
         writeHarmless(console.out, line + "\n");
     }
@@ -69,6 +70,7 @@ int scanCommand(Console& console, const Arguments& arguments) {
     const auto version = scope.updater.scanner().DeviceScan(inIsp, arguments.force);
     if (version.empty()) {
         scope.face.ShowInfo("Can not found any device on comm port!!\r\n");
+        if (const auto noise = scope.updater.scanner().unreadable(); !noise.empty()) scope.face.say(noise + ".");
         return scope.end(session.cancel.isRequested() ? kCancelled : kNoDevice);
     }
     scope.face.ShowInfo("\r\n");
@@ -78,7 +80,7 @@ int scanCommand(Console& console, const Arguments& arguments) {
         console.out.write("{" + jsonPair("port", port) + "," + jsonPair("settings", settings) + "," +
                           jsonPair("version", version) + ",\"bootLoader\":" + (inIsp ? "true" : "false") + "}\n");
     } else {
-        writeHarmless(console.out, port + "\t" + onOneLine(toUtf8(version)) + "\n");
+        writeHarmless(console.out, port + "\t" + withoutControls(toUtf8(version)) + "\n");
     }
     return scope.end(0);
 }
@@ -92,10 +94,8 @@ int imagesCommand(Console& console, const Arguments& arguments) {
         cancelled = true;
         site.cancel();
     };
-    const auto& folder = scope.updater.platform().folder;
     const bool fetched =
-        scope.updater.choices.offLine ||
-        (site.login() && !cancelled && site.FTP_Download("/firmware/firmware.inf", folder.resolve("\\firmware.inf")));
+        scope.updater.choices.offLine || (site.login() && !cancelled && site.fetchInformation(scope.updater.inf()));
     if (!fetched) {
         if (cancelled) return scope.end(kCancelled);
         scope.face.say("The site could not be read: " + site.failure().words + ".");
@@ -108,9 +108,10 @@ int imagesCommand(Console& console, const Arguments& arguments) {
                           jsonPair("version", record.version) + "," + jsonPair("description", record.description) +
                           "," + jsonPair("file", record.file) + "}");
         if (arguments.json) continue;
-        writeHarmless(
-            console.out,
-            toUtf8(record.section + "\t" + record.product + "\t" + record.version + "\t" + record.file) + "\n");
+        std::vector<std::string> cells;
+        for (const auto* cell : {&record.section, &record.product, &record.version, &record.file})
+            cells.push_back(withoutControls(toUtf8(*cell)));
+        writeHarmless(console.out, joined(cells, "\t") + "\n");
     }
     if (arguments.json) console.out.write(jsonList("images", objects));
     if (records.empty()) scope.face.ShowInfo("Firmware file(s) not found !!!\r\n");

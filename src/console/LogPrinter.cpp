@@ -8,7 +8,10 @@
 namespace corvane {
 namespace {
 
-std::string asUtf8Lines(std::string_view logged) { return replaceAll(toUtf8(logged), "\r\n", "\n"); }
+/// Without what a terminal would obey, which is none of the log's business; the pane of the window shows it as it came.
+std::string asUtf8Lines(std::string_view logged) {
+    return withoutControls(replaceAll(toUtf8(logged), "\r\n", "\n"), "\n");
+}
 
 }  // namespace
 

@@ -24,6 +24,7 @@ enum class RunPhase {
 struct ReferenceLink {
     int index = 0;
     std::string title;
+    bool leads = true;  ///< somewhere; else it is a text and nothing more
 };
 
 /// What a run tells the face beside log and progress.

@@ -183,6 +183,7 @@ void FTPDownload::onComplete(AsyncResult AsyncProp) {
 }
 
 bool FTPDownload::putInPlace(const AsyncResult& AsyncProp) {
+    if (isWanted && !isWanted(AsyncProp.value)) return false;
     std::error_code error;
     std::filesystem::rename(AsyncProp.value, AsyncProp.propertyName, error);
     if (error) m_oFailure = {ReadFailure::Kind::storage, AsyncProp.propertyName + ": " + error.message()};

@@ -26,6 +26,10 @@ public:
     /// Percentage of a download, 0 to 100; not raised when the size is not known.
     std::function<void(std::int32_t lDone)> GetProgress;
 
+    /// Asked about a file that has come whole, while it still lies under a name of this program's own: False keeps it
+    /// from being put in place, and the download has failed.
+    std::function<bool(const std::string& path)> isWanted;
+
     /// Starts a read. AsyncType 1 reads into a file, the only kind there is; an error counts as an answer of 0 bytes.
     /// A target that is one text has its parts escaped.
     void AsyncRead(const std::string& Target, std::int32_t AsyncType,

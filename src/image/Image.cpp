@@ -5,6 +5,7 @@
 #include <system_error>
 
 #include "platform/Files.h"
+#include "text/Number.h"
 #include "text/Profile.h"
 #include "text/Text.h"
 
@@ -29,14 +30,19 @@ std::vector<std::string_view> recordsOf(std::string_view content) {
     return records;
 }
 
-/// Reads a file to its end. The system's error number when that fails, else 0.
-int read(const std::string& path, std::string& bytes) {
+/// Reads a file to its end, or until there are more bytes than those. The system's error number when that fails, else
+/// 0.
+int read(const std::string& path, std::size_t most, std::string& bytes) {
     const auto close = [](std::FILE* file) { std::fclose(file); };
     errno = 0;
     const std::unique_ptr<std::FILE, decltype(close)> file(std::fopen(path.c_str(), "rb"), close);
     if (!file) return errno;
     char block[65536];
-    while (const auto count = std::fread(block, 1, sizeof block, file.get())) bytes.append(block, count);
+    while (bytes.size() <= most) {
+        const auto count = std::fread(block, 1, sizeof block, file.get());
+        if (count == 0) break;
+        bytes.append(block, count);
+    }
     return std::ferror(file.get()) ? errno : 0;
 }
 
@@ -63,18 +69,22 @@ ImageProblem Image::emptiness() const {
     return {};
 }
 
-ImageOrProblem loadImage(const std::string& path, Digest& digest, ImageSource source) {
+ImageOrProblem loadImage(const std::string& path, Digest& digest, const ImageReading& how) {
     using Kind = ImageProblem::Kind;
     if (FolderExists(path)) return {std::nullopt, {Kind::unreadable, "is a folder"}};
-    if (source == ImageSource::file && isSpecialFile(path)) {
+    if (how.source == ImageSource::file && isSpecialFile(path)) {
         return {std::nullopt, {Kind::unreadable, "is no ordinary file"}};
     }
     std::string bytes;
-    if (const int error = read(path, bytes)) {
+    if (const int error = read(path, how.mostBytes, bytes)) {
         const auto kind = error == ENOENT ? Kind::missing : Kind::unreadable;
         return {std::nullopt, {kind, "cannot be read: " + std::generic_category().message(error)}};
     }
-    return {Image(path, std::move(bytes), digest), {}};
+    if (bytes.size() > how.mostBytes) {
+        return {std::nullopt,
+                {Kind::tooLarge, "is larger than " + byteCount(static_cast<std::int64_t>(how.mostBytes))}};
+    }
+    return {Image(how.knownAs.empty() ? path : how.knownAs, std::move(bytes), digest), {}};
 }
 
 }  // namespace corvane

@@ -28,7 +28,8 @@ struct ImageProblem {
         none,
         missing,     ///< nothing lies there
         unreadable,  ///< something does, and it is no file or cannot be read
-        empty,       ///< a file without records, or without data in them
+        tooLarge,
+        empty,  ///< a file without records, or without data in them
     };
 
     Kind kind = Kind::none;
@@ -86,8 +87,17 @@ struct ImageOrProblem {
 /// operator's choice that is read again for each run.
 enum class ImageSource { file, fileOrPipe };
 
+/// How an image is read, beside where it lies.
+struct ImageReading {
+    static constexpr std::size_t kMostBytes = 64 << 20;
+
+    std::size_t mostBytes = kMostBytes;  ///< a longer file is none, and is not read to its end
+    ImageSource source = ImageSource::file;
+    std::string knownAs{};  ///< its path for words, when it does not lie there yet; the one it is read from when empty
+};
+
 /// Reads an image file, the only function that does. Whatever can be read is an image here, also when nothing in it is
 /// a record.
-ImageOrProblem loadImage(const std::string& path, Digest& digest, ImageSource source = ImageSource::file);
+ImageOrProblem loadImage(const std::string& path, Digest& digest, const ImageReading& how = {});
 
 }  // namespace corvane

@@ -29,6 +29,7 @@ struct ReadFailure {
         refused,      ///< the server accepts the login and gives nothing
         brokenOff,    ///< it began and did not come to its end
         storage,      ///< what came could not be stored
+        tooLong,      ///< it is longer than what was to be read
     };
     Kind kind = Kind::none;
     std::string words{};
@@ -65,6 +66,9 @@ public:
 
     /// In force from the next connection on.
     virtual void route(const SiteRoute& route) = 0;
+
+    /// How many bytes a read may bring, in force from the next one on; one that brings or announces more fails.
+    virtual void mostBytes(std::int64_t most) = 0;
 
     /// Why the last read failed; none when it did not.
     virtual ReadFailure failure() const = 0;

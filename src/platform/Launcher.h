@@ -5,7 +5,7 @@
 
 namespace corvane {
 
-/// Starts other programs, detached from this one. Both return an empty text, or why it did not work.
+/// Starts other programs, detached from this one. Each returns an empty text, or why it did not work.
 class Launcher {
 public:
     virtual ~Launcher() = default;
@@ -14,6 +14,10 @@ public:
     struct Variable {
         std::string name, value;
     };
+
+    /// Why this machine can start no such program: it is none, is for another kind of machine, or is not whole. Empty
+    /// when it can. In UTF-8.
+    virtual std::string fault(const std::string& path) = 0;
 
     /// Runs a program file; the owner's execute bit is set first.
     virtual std::string start(const std::string& path, const std::vector<Variable>& variables) = 0;

@@ -19,6 +19,10 @@ public:
     /// Where this user's records are kept, in the system's bytes; it need not exist yet.
     virtual std::string dataPath() const = 0;
 
+    /// A new empty folder of a name that nobody can guess, which only this user can look into; empty when none can be
+    /// made. It stays when the program ends, and is cleared away once another program asks for one.
+    virtual std::string privateFolder() const = 0;
+
     /// "\Download\x.hex" below the folder: "\" and "/" both separate, and each part matches an existing entry without
     /// regard to case (the exact one first, else the first in the order of bytes). Parts that do not exist stay as they
     /// are given; empty ones, "." and ".." are dropped, so that nothing outside is ever meant.

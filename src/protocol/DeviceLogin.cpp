@@ -74,7 +74,7 @@ bool DeviceLogin::waitForPrompt(std::string& collected, clsTimeout& whole) {
     silence.Timeout(kPromptSilence);
     while (!silence.IsTimeout() && !whole.IsTimeout() && !session_.cancel.isRequested()) {
         if (session_.comm->InBufferCount() >= 1) {
-            collected += textOf(session_.comm->CommInput());
+            collected += textOf(session_.takeInput());
             if (holdsPrompt(collected)) return true;
             collected.erase(0, collected.size() - std::min(collected.size(), kPromptLength - 1));
             silence.Reset();

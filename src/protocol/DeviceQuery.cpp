@@ -26,7 +26,7 @@ bool DeviceQuery::exchange(const Bytes& frame, std::int32_t timeout, Variant& re
     clsTimeout whole(session_.runtime);
     silence.Timeout(timeout);
     whole.Timeout(timeout + kLongestReplyOverrun);
-    if (session_.comm->InBufferCount() > 0) noteStrays(bytesOf(session_.comm->CommInput()));
+    if (session_.comm->InBufferCount() > 0) noteStrays(session_.takeInput());
     session_.discardInput();  // what comes before the question is no answer to it
     if (session_.cancel.isRequested() || !session_.send(frame)) return false;
     ReplyFrame received;
@@ -38,7 +38,7 @@ bool DeviceQuery::exchange(const Bytes& frame, std::int32_t timeout, Variant& re
             if (!session_.comm->PortOpen()) return false;
             continue;
         }
-        const auto bytes = bytesOf(session_.comm->CommInput());
+        const auto bytes = session_.takeInput();
         if (!received.isBegun()) noteStrays(bytes);
         if (!received.take(bytes)) silence.Reset();
     }

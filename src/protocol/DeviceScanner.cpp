@@ -2,7 +2,9 @@
 
 #include <algorithm>
 
+#include "text/Cp1252.h"
 #include "text/Number.h"
+#include "text/Text.h"
 
 namespace corvane {
 namespace {
@@ -50,6 +52,7 @@ std::vector<std::string> DeviceScanner::scanOrder() {
 std::string DeviceScanner::DeviceScan(bool& bInISP, bool bAcceptISP) {
     session_.manualPort = false;
     bootLoaderPort_.clear();
+    unreadable_.clear();
     order_ = scanOrder();
     portCount_ = {static_cast<int>(std::count_if(order_.begin(), order_.end(),
                                                  [](const std::string& name) { return !name.empty(); })),
@@ -159,6 +162,7 @@ bool DeviceScanner::tryPort(int index, bool& bInISP, bool bAcceptISP, std::strin
 DeviceScanner::Outcome DeviceScanner::trySettings(const std::string& settings, bool& bInISP, bool bAcceptISP,
                                                   std::string& version) {
     session_.log.ShowInfo("   Scan by " + settings);
+    session_.hasHeard = false;
     applySettings(settings);
     pause();
     bInISP = login_.DetectPrompt();
@@ -179,7 +183,17 @@ DeviceScanner::Outcome DeviceScanner::trySettings(const std::string& settings, b
     if (isTarn) session_.protocolName = "Tarn";
     // Written even when a Tarn device has just been found: people know this log by heart.
     session_.log.ShowInfo(", No Device!!\r\n");
+    if (!isTarn && session_.hasHeard)
+        unreadable_.push_back(session_.comm->CommPort() + " at " + settings.substr(0, settings.find(',')));
     return isTarn ? Outcome::found : Outcome::nothing;
+}
+
+std::string DeviceScanner::unreadable() const {
+    constexpr std::size_t kMostPlaces = 3;
+    if (unreadable_.empty()) return {};
+    const auto end = unreadable_.begin() + static_cast<std::ptrdiff_t>(std::min(unreadable_.size(), kMostPlaces));
+    return "something answers on " + toUtf8(joined({unreadable_.begin(), end}, " and on ")) +
+           ", but not in a way that can be read: noise, or another kind of device";
 }
 
 void DeviceScanner::applySettings(const std::string& settings) {

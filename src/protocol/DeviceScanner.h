@@ -25,6 +25,10 @@ public:
     /// The port at which the last scan saw a boot loader that it was not to take; empty when it saw none.
     const std::string& bootLoaderPort() const { return bootLoaderPort_; }
 
+    /// Where something answered the last scan that was no reply, "something answers on COM1 at 19200, but not in a way
+    /// that can be read: noise, or another kind of device"; empty when nothing did. UTF-8.
+    std::string unreadable() const;
+
     /// How many ports the last scan had before it, and how many of those it tried did open.
     struct PortCount {
         int found = 0;
@@ -78,6 +82,7 @@ private:
     PortPanel& panel_;
     std::string onlyPort_;
     std::string bootLoaderPort_;
+    std::vector<std::string> unreadable_;  // "COM1 at 19200"
     PortCount portCount_;
     std::vector<std::string> order_;
     std::vector<std::size_t> nextSetting_;  // by the order's index; a port that is returned to goes on there

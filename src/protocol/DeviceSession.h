@@ -31,6 +31,7 @@ struct DeviceSession {
     std::int32_t ispBaudRate = -1;  ///< the boot loader's rate; 0 keeps the settings, -1 tries 115200 too
     std::string receivedLine;       ///< what wait_comm collected
     std::string rememberedPort;     ///< where the next scan starts
+    bool hasHeard = false;          ///< something has come in since whoever asks set this back
     bool loggedIn = false;          ///< the device has accepted a password
     std::int16_t busyDepth = 0;     ///< runs and queries in progress
 
@@ -47,8 +48,16 @@ struct DeviceSession {
         }
     }
 
+    /// Takes what has come in, and remembers that something has.
+    Bytes takeInput() {
+        auto bytes = bytesOf(comm->CommInput());
+        hasHeard = hasHeard || !bytes.empty();
+        return bytes;
+    }
+
     /// Drops what has come in and was not read.
-    void discardInput() const {
+    void discardInput() {
+        hasHeard = hasHeard || comm->InBufferCount() > 0;
         try {
             comm->InBufferCount(0);
         } catch (const RuntimeError&) {

@@ -28,7 +28,7 @@ void LineReader::wait_comm_empty() {
         session_.runtime.WaitActivity(1);
         session_.runtime.DoEvents();
         if (session_.comm->InBufferCount() < 1) continue;
-        session_.comm->CommInput();
+        session_.takeInput();
         silence.Reset();
     }
 }
@@ -46,7 +46,7 @@ std::uint8_t LineReader::wait_comm(double dTimeout, const std::string& strEcho) 
             if (!session_.comm->PortOpen()) return 0;
             continue;
         }
-        const auto bytes = bytesOf(session_.comm->CommInput());
+        const auto bytes = session_.takeInput();
         heardAt_ = session_.runtime.secondsOfDay();
         for (std::size_t i = 0; i < bytes.size(); ++i, ++taken) {
             const auto end = take(bytes[i], strEcho);

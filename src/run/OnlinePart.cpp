@@ -20,12 +20,11 @@ std::optional<Ending> OnlinePart::enter(std::vector<std::string>& remarks) {
     view_.phase(RunPhase::login);
     if (!site_.login()) return loginEnding(site_.failure());
     view_.phase(RunPhase::information);
-    if (!site_.FTP_Download("/firmware/firmware.inf", inf_.informationPath())) {
+    if (!site_.fetchInformation(inf_)) {
         const Ending ending{RunEnd::informationMissing, site_.failure().words};
         site_.disconnect();
         return ending;
     }
-    inf_.forget();
     if (selfUpdate_.CheckNewVersion()) return handOver();
     if (const auto& failure = selfUpdate_.failure()) {
         remarks.push_back("The newer program could not be fetched: " + failure.words + ". This one went on.");

@@ -42,6 +42,7 @@ enum class RunEnd {
     imageNotThere,
     imageNotTheOne,  ///< its digest is another one than firmware.inf says
     imageUnreadable,
+    imageTooLarge,
     imageEmpty,    ///< it holds no data
     imageRefused,  ///< it does not add up, and the operator did not want it all the same
     // The device.

@@ -1,8 +1,12 @@
 #include "run/UpdateRun.h"
 
+#include <algorithm>
+
 #include "platform/Files.h"
 #include "run/EndTable.h"
+#include "site/References.h"
 #include "text/Cp1252.h"
+#include "text/Number.h"
 #include "text/RuntimeError.h"
 #include "text/Text.h"
 
@@ -12,8 +16,9 @@ namespace {
 /// How a run ends whose image has such a problem.
 Ending endingFor(const ImageProblem& problem, const std::string& path) {
     if (problem.kind == ImageProblem::Kind::missing) return {RunEnd::imageNotThere, path};
-    const bool isEmpty = problem.kind == ImageProblem::Kind::empty;
-    return {isEmpty ? RunEnd::imageEmpty : RunEnd::imageUnreadable, lastPart(path) + " " + problem.words};
+    const auto words = lastPart(path) + " " + problem.words;
+    if (problem.kind == ImageProblem::Kind::tooLarge) return {RunEnd::imageTooLarge, words};
+    return {problem.kind == ImageProblem::Kind::empty ? RunEnd::imageEmpty : RunEnd::imageUnreadable, words};
 }
 
 }  // namespace
@@ -96,7 +101,8 @@ Ending UpdateRun::noDevice() const {
         const auto& only = scanner.onlyPort();
         return {RunEnd::noPort, only.empty() ? std::string() : toUtf8(only) + " is not there"};
     }
-    return {scanner.portCount().opened == 0 ? RunEnd::noPortOpened : RunEnd::noDevice};
+    if (scanner.portCount().opened == 0) return {RunEnd::noPortOpened};
+    return {RunEnd::noDevice, scanner.unreadable()};
 }
 
 /// What the scan has found, for the verdict and for the log.
@@ -109,9 +115,16 @@ void UpdateRun::noteDevice(const std::string& version, bool inIsp) {
     if (!inIsp) facts.protocolName = p_.session.protocolName;
     facts.port = p_.ports.name();
     log("[Local Site]\r\n");
-    log("Comm Port : " + facts.port + "\r\n");
-    log("Device F/W: " + version + "\r\n\r\n");
+    logText("Comm Port : ", facts.port, "\r\n");
+    logText("Device F/W: ", version, "\r\n\r\n");
     letEventsRun();
+}
+
+/// A text that a device or a site wrote. It stays in its line, or it could say there what this program says.
+void UpdateRun::logText(const char* label, std::string text, const char* end) {
+    std::replace_if(
+        text.begin(), text.end(), [](char c) { return c == '\r' || c == '\n'; }, ' ');
+    log(label + text + end);
 }
 
 /// Nothing when an image was chosen; its section and version are in the text then.
@@ -153,8 +166,8 @@ bool UpdateRun::defineFirmware(const std::string& chosen) {
 
 void UpdateRun::showFirmware() {
     log("[FTP Site]\r\n");
-    log("Product   : " + information_.product + "\r\n");
-    log("Version   : " + information_.version + "\r\n\r\n");
+    logText("Product   : ", information_.product, "\r\n");
+    logText("Version   : ", information_.version, "\r\n\r\n");
     log("[Update Information]\r\n");
     log(information_.updateInfo + "\r\n");
     letEventsRun();
@@ -197,10 +210,12 @@ std::optional<Ending> UpdateRun::takeImage() {
 
 std::optional<Ending> UpdateRun::fetchImage() {
     ImageOrProblem loaded;
-    const auto path = p_.site.FTP_DownloadFirmware(information_.firmwareFile, [&](const std::string& fetched) {
-        loaded = loadImage(fetched, p_.digest);
+    // What is read here is what was fetched: another program may put another file in its place at any moment.
+    const auto read = [&](const std::string& fetched, const std::string& place) {
+        loaded = loadImage(fetched, p_.digest, {.mostBytes = p_.choices.mostImageBytes, .knownAs = place});
         return loaded.image ? digestFault(*loaded.image) : std::string();
-    });
+    };
+    const auto path = p_.site.FTP_DownloadFirmware(information_.firmwareFile, read);
     const auto& failure = p_.site.failure();
     switch (failure.kind) {
         case SiteFailure::Kind::none:
@@ -213,6 +228,9 @@ std::optional<Ending> UpdateRun::fetchImage() {
             return Ending{RunEnd::imageNotTheOne, failure.words};
         case SiteFailure::Kind::notDownloaded:
             return Ending{RunEnd::imageNotThere, failure.words};
+        case SiteFailure::Kind::tooLong:
+            return Ending{RunEnd::imageTooLarge, toUtf8(lastPart(information_.firmwareFile)) + " is larger than " +
+                                                     byteCount(static_cast<std::int64_t>(p_.choices.mostImageBytes))};
         default:
             return Ending{RunEnd::imageNotFetched, failure.words};
     }
@@ -239,7 +257,7 @@ void UpdateRun::fillLinks() {
     std::vector<ReferenceLink> links;
     for (int i = 1; i <= FirmwareInformation::kLinks; ++i) {
         const auto& title = information_.linkTitle[static_cast<std::size_t>(i - 1)];
-        if (!title.empty()) links.push_back({i, title});
+        if (!title.empty()) links.push_back({i, title, referenceKind(linkTarget(i)) != ReferenceKind::none});
     }
     p_.view.links(links);
 }

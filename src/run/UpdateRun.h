@@ -69,6 +69,7 @@ private:
     void fillLinks();
     void end(const Ending& ending, std::uint32_t start);
     void disableCancel();
+    void logText(const char* label, std::string text, const char* end);
     void log(const std::string& text) { p_.session.log.ShowInfo(text); }
     void letEventsRun() { p_.session.runtime.DoEvents(); }
 

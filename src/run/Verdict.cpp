@@ -72,6 +72,9 @@ Verdict verdictFor(const Outcome& outcome) {
     for (auto& fact : numbersFor(outcome.facts)) verdict.facts.push_back(std::move(fact));
     if (!outcome.facts.versionNow.empty())
         verdict.reasons.push_back(proofFact(outcome.facts, outcome.facts.versionNow));
+    for (auto* lines : {&verdict.facts, &verdict.reasons}) {
+        for (auto& line : *lines) line = withoutControls(line);
+    }
     for (const auto* step : end.steps) {
         if (step) verdict.steps.emplace_back(step);
     }

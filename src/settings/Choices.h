@@ -29,6 +29,7 @@ struct Choices {
     Image image;                ///< the local file that was picked; none when none was, or when it was no image
     ImageProblem imageProblem;  ///< why the local file is no image, or none any more
     FileRefusal refusal;        ///< the file that was picked last, when it was no image
+    std::size_t mostImageBytes = ImageReading::kMostBytes;  ///< of an image, a local one or a site's
     Promise promise = Promise::running;
 
     /// What labFilePGM shows; Windows-1252.

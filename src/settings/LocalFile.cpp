@@ -4,8 +4,8 @@ namespace corvane {
 namespace {
 
 /// A file with records in it.
-ImageOrProblem loadLocalFile(const std::string& path, Digest& digest) {
-    auto loaded = loadImage(path, digest);
+ImageOrProblem loadLocalFile(const std::string& path, const Choices& choices, Digest& digest) {
+    auto loaded = loadImage(path, digest, {.mostBytes = choices.mostImageBytes});
     if (loaded.image && loaded.image->records().empty()) return {std::nullopt, loaded.image->emptiness()};
     return loaded;
 }
@@ -13,7 +13,7 @@ ImageOrProblem loadLocalFile(const std::string& path, Digest& digest) {
 }  // namespace
 
 bool LoadHexInfo(Choices& choices, const std::string& path, Digest& digest) {
-    const auto loaded = loadLocalFile(path, digest);
+    const auto loaded = loadLocalFile(path, choices, digest);
     choices.refusal = {};
     if (!loaded.image) choices.refusal = {path, loaded.problem};
     if (!loaded.image && !choices.image.isNone()) return false;
@@ -24,7 +24,7 @@ bool LoadHexInfo(Choices& choices, const std::string& path, Digest& digest) {
 
 void reloadLocalFile(Choices& choices, Digest& digest) {
     if (!choices.useFile || choices.image.isNone()) return;
-    const auto loaded = loadLocalFile(choices.image.path(), digest);
+    const auto loaded = loadLocalFile(choices.image.path(), choices, digest);
     if (loaded.image) choices.image = *loaded.image;
     choices.imageProblem = loaded.problem;
 }

@@ -1,5 +1,7 @@
 #include "settings/StoredSettings.h"
 
+#include <algorithm>
+
 #include "platform/Files.h"
 #include "platform/ProgramInfo.h"
 #include "text/Cp1252.h"
@@ -16,7 +18,8 @@ struct StoredSettings::Key {
 struct StoredSettings::Keys {
     static inline const Key userName{"FTP", "UserName"}, password{"FTP", "Password"}, server{"FTP", "Server"},
         offLine{"FTP", "OffLine"}, accessType{"FTP", "AccessType"}, proxy{"FTP", "Proxy"},
-        askVersion{"Update", "AskVersion"}, lastSection{"Query", "LastROM"};
+        askVersion{"Update", "AskVersion"}, imageLimit{"Update", "ImageLimit"},
+        handOverAddress{"FTP", "HandOverAddress"}, lastSection{"Query", "LastROM"};
     static Key recentFile(std::size_t place) { return {"Recent", "File" + std::to_string(place + 1)}; }
 };
 
@@ -42,6 +45,14 @@ void StoredSettings::load(Choices& choices) const {
     choices.password = read(Keys::password);
     choices.offLine = isTrue(read(Keys::offLine, "False"));
     choices.server = read(Keys::server, defaultServer());
+    choices.mostImageBytes = imageLimit();
+}
+
+/// A number of MiB that is none, or below 1, leaves the limit as it is.
+std::size_t StoredSettings::imageLimit() const {
+    constexpr double kMiB = 1 << 20, kMost = 1024;
+    const double limit = leadingNumber(read(Keys::imageLimit));
+    return limit < 1 ? ImageReading::kMostBytes : static_cast<std::size_t>(std::min(limit, kMost) * kMiB);
 }
 
 bool StoredSettings::writeChanged(const Key& key, const std::string& value, const std::string& loaded) {
@@ -70,6 +81,8 @@ bool StoredSettings::save(const ConnectionSettings& connection, const Connection
     saved = writeChanged(Keys::proxy, connection.proxy, loaded.proxy) && saved;
     return writeChanged(Keys::askVersion, textOf(connection.asksVersion), textOf(loaded.asksVersion)) && saved;
 }
+
+bool StoredSettings::handsOverAddresses() const { return isTrue(read(Keys::handOverAddress, "False")); }
 
 std::string StoredSettings::lastSection() const { return fromUtf8(read(Keys::lastSection)); }
 

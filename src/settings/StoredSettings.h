@@ -15,8 +15,10 @@ namespace corvane {
 ///
 ///     FTP/UserName, Password, Server   the account and the site
 ///     FTP/OffLine                      True: local files instead of the site
+///     FTP/HandOverAddress              True: a reference of the site is opened by its address, password included
 ///     FTP/AccessType, Proxy            0 the environment's proxy, 1 none, 2 the one that Proxy names
 ///     Update/AskVersion                False: an updated device is not asked for its version
+///     Update/ImageLimit                MiB that an image may have; 64 when it is missing
 ///     Query/LastROM                    the section that was chosen last, the next selection's proposal
 ///     Recent/File1 to File5            the local images that were chosen last, the newest first
 class StoredSettings {
@@ -35,6 +37,9 @@ public:
     ConnectionSettings connection() const;
     [[nodiscard]] bool save(const ConnectionSettings& connection, const ConnectionSettings& loaded);
 
+    /// Whether the desktop gets the address of a site's file, with the account in it, instead of the file.
+    bool handsOverAddresses() const;
+
     /// In Windows-1252, as the site writes it; empty when none was ever chosen.
     std::string lastSection() const;
     bool saveLastSection(const std::string& section);
@@ -44,6 +49,8 @@ public:
     bool addRecentFile(const std::string& path);
 
 private:
+    std::size_t imageLimit() const;
+
     struct Key;
     struct Keys;
 

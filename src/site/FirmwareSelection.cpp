@@ -41,7 +41,8 @@ Image FirmwareSelection::localImage(const FirmwareRecord& record, Digest& digest
     if (choices_.isLocalFile()) return choices_.image;
     const auto name = localName(record);
     const auto path = isSafeFileName(name) ? folder_.resolve("\\Download\\" + name) : std::string();
-    return FileExists(path) ? loadImage(path, digest).image.value_or(Image()) : Image();
+    if (!FileExists(path)) return {};
+    return loadImage(path, digest, {.mostBytes = choices_.mostImageBytes}).image.value_or(Image());
 }
 
 SelectionEnd FirmwareSelection::SelectFirmware(std::string& szFileVersion, const std::string& szPort,

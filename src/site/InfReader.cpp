@@ -16,6 +16,11 @@ std::string InfReader::ReadInfValue(std::string_view section, std::string_view k
     }
 }
 
+bool InfReader::take(const std::string& path) {
+    information_ = SiteInformation::load(path);
+    return information_.has_value();
+}
+
 const SiteInformation* InfReader::information() {
     if (!information_) information_ = SiteInformation::load(informationPath());
     return information_ ? &*information_ : nullptr;

@@ -26,7 +26,10 @@ public:
     /// was until it is forgotten.
     const SiteInformation* information();
 
-    /// A new run begins, or another file has come in its place.
+    /// Takes another file for it, which is to become firmware.inf; False when that cannot be read.
+    [[nodiscard]] bool take(const std::string& path);
+
+    /// A new run begins.
     void forget() { information_.reset(); }
 
 private:

@@ -2,6 +2,8 @@
 
 #include "platform/Files.h"
 #include "platform/ProgramInfo.h"
+#include "text/Cp1252.h"
+#include "text/Text.h"
 
 namespace corvane {
 
@@ -20,9 +22,20 @@ bool SelfUpdate::CheckNewVersion() {
     }
     makeFolder(folder_.resolve("\\download"));
     path_ = folder_.resolve("\\download\\Corvane.exe");
-    if (site_.FTP_Download(remote, path_)) return true;
+    const auto digest = lowerCase(offer->value("Corvane", "SHA256"));
+    const auto check = [&](const std::string& fetched, const std::string&) { return faultOf(fetched, digest); };
+    if (site_.FTP_Download(remote, path_,
+                           {.mostBytes = SiteAccess::kMostProgramBytes, .check = check, .keepsOld = true}))
+        return true;
     failure_ = site_.failure();
     return false;
+}
+
+std::string SelfUpdate::faultOf(const std::string& program, const std::string& digest) const {
+    if (const auto fault = launcher_.fault(program); !fault.empty()) return fault;
+    const auto found = digest.empty() ? std::string() : digest_.sha256(readFile(program));
+    if (found == digest) return {};
+    return "its SHA-256 is " + found + ", but firmware.inf says " + toUtf8(digest);
 }
 
 }  // namespace corvane

@@ -41,6 +41,8 @@ SiteFailure failureOf(const ReadFailure& read, const std::string& server) {
             return {Kind::notGiven, "the server does not give it: " + read.words};
         case ReadFailure::Kind::brokenOff:
             return {Kind::brokenOff, "the transfer broke off: " + read.words};
+        case ReadFailure::Kind::tooLong:
+            return {Kind::tooLong, read.words + ", which is more than is taken"};
         case ReadFailure::Kind::storage:
             return {Kind::notStored, "it could not be stored: " + read.words};
     }
@@ -54,6 +56,7 @@ SiteFailure loginFailureOf(const ReadFailure& read, const std::string& server) {
         return {Kind::listingRefused,
                 "the server accepted user name and password, but gives no listing: " + read.words};
     }
+    if (failure.kind == Kind::tooLong) return {Kind::tooLong, "the server's listing is too long: " + read.words};
     if (failure.kind == Kind::brokenOff) failure.words = "the dialogue with the server broke off: " + read.words;
     return failure;
 }
@@ -100,6 +103,7 @@ bool SiteAccess::login() {
     ftp_.Password(choices_.password);
     reader_.route(StoredSettings(settings_).connection().route());
     log_.ShowInfo("Login Server...");
+    reader_.mostBytes(kMostListingBytes);
     bool connected = false;
     {
         const Flag flag(connecting_);
@@ -132,41 +136,60 @@ SiteFailure SiteAccess::withoutSession() const {
     return {Kind::noSession, "there is no session with the site"};
 }
 
-bool SiteAccess::FTP_Download(const std::string& strRemoteFile, const std::string& strLocalFile, const Check& check) {
+bool SiteAccess::FTP_Download(const std::string& strRemoteFile, const std::string& strLocalFile, const Terms& terms) {
     failure_ = {};
-    if (choices_.offLine) return true;
-    ftp_.ErrorLogClear();
-    if (!ftp_.IsConnected()) {
-        failure_ = withoutSession();
-        return false;
-    }
-    progress_.progress(0, 100);
-    log_.ShowInfo("Downloading File...");
-    failure_ = fetch(strRemoteFile, strLocalFile);
-    if (!failure_) {
-        failure_ = checked(strLocalFile, check);
-        std::string why;
-        if (failure_ && !deleteFile(strLocalFile, why)) failure_.words += ", and it cannot be deleted: " + why;
-    }
-    progress_.progress(0, 100);
-    log_.ShowInfo(failure_ ? " < NG\r\n" : " < OK\r\n");
-    if (failure_) log_.ShowInfo(ftp_.ErrorLogText());
+    if (!choices_.offLine) download(strRemoteFile, strLocalFile, terms);
     return !failure_;
 }
 
-SiteFailure SiteAccess::fetch(const std::string& remote, const std::string& local) {
+void SiteAccess::download(const std::string& remote, const std::string& local, const Terms& terms) {
+    ftp_.ErrorLogClear();
+    if (!ftp_.IsConnected()) {
+        failure_ = withoutSession();
+        return;
+    }
+    progress_.progress(0, 100);
+    log_.ShowInfo("Downloading File...");
+    failure_ = fetch(remote, local, terms);
+    progress_.progress(0, 100);
+    log_.ShowInfo(failure_ ? " < NG\r\n" : " < OK\r\n");
+    if (failure_) log_.ShowInfo(ftp_.ErrorLogText());
+}
+
+SiteFailure SiteAccess::fetch(const std::string& remote, const std::string& local, const Terms& terms) {
     std::string why;
-    if (!deleteFile(local, why)) return {Kind::oldFileStays, "the old " + local + " cannot be replaced: " + why};
-    const Flag flag(transferActive_);
-    if (ftp_.GetFile(remote.starts_with('/') ? remote : "/" + remote, local)) return {};
+    if (!terms.keepsOld && !deleteFile(local, why))
+        return {Kind::oldFileStays, "the old " + local + " cannot be replaced: " + why};
+    std::string fault;
+    ftp_.isWanted = [&](const std::string& fetched) {
+        if (terms.check) fault = terms.check(fetched, local);
+        return fault.empty();
+    };
+    reader_.mostBytes(terms.mostBytes);
+    bool isFetched = false;
+    {
+        const Flag flag(transferActive_);
+        isFetched = ftp_.GetFile(remote.starts_with('/') ? remote : "/" + remote, local);
+    }
+    ftp_.isWanted = nullptr;
+    if (isFetched) return {};
+    if (!fault.empty()) return {Kind::wrongContent, fault};
     // The idle watch may have closed the session in the middle of the transfer.
     if (!ftp_.failure() && !ftp_.IsConnected()) return withoutSession();
     return failureOf(ftp_.failure(), choices_.server);
 }
 
-SiteFailure SiteAccess::checked(const std::string& local, const Check& check) const {
-    const auto fault = check ? check(local) : std::string();
-    return fault.empty() ? SiteFailure{} : SiteFailure{Kind::wrongContent, fault};
+bool SiteAccess::fetchInformation(InfReader& reader) {
+    const Check take = [&reader](const std::string& fetched, const std::string&) {
+        return reader.take(fetched) ? std::string() : "what has come cannot be read";
+    };
+    return FTP_Download("/firmware/firmware.inf", reader.informationPath(), {.check = take, .keepsOld = true});
+}
+
+bool SiteAccess::fetchReference(const std::string& remote, const std::string& local) {
+    if (!resume() && !login()) return false;
+    download(remote, local, {});
+    return !failure_;
 }
 
 std::string SiteAccess::FTP_DownloadFirmware(const std::string& UrlFile, const Check& check) {
@@ -182,10 +205,14 @@ std::string SiteAccess::FTP_DownloadFirmware(const std::string& UrlFile, const C
         return {};
     }
     auto path = folder_.resolve("\\Download\\" + name);
-    if (!FTP_Download(UrlFile, path, check)) return {};
+    const auto most = static_cast<std::int64_t>(choices_.mostImageBytes);
+    if (!FTP_Download(UrlFile, path, {.mostBytes = most, .check = check})) return {};
     if (!choices_.offLine) return path;
-    failure_ = FileExists(path) ? checked(path, check)
-                                : SiteFailure{Kind::notDownloaded, name + " does not lie in the Download folder"};
+    if (!FileExists(path)) {
+        failure_ = {Kind::notDownloaded, name + " does not lie in the Download folder"};
+    } else if (const auto fault = check ? check(path, path) : std::string(); !fault.empty()) {
+        failure_ = {Kind::wrongContent, fault};
+    }
     return failure_.kind == Kind::wrongContent ? std::string() : path;
 }
 

@@ -9,6 +9,7 @@
 #include "platform/ProgramFolder.h"
 #include "settings/Choices.h"
 #include "settings/StoredSettings.h"
+#include "site/InfReader.h"
 #include "site/SiteFailure.h"
 
 namespace corvane {
@@ -46,19 +47,39 @@ public:
     /// Aborts a login or a transfer in progress; the session stays.
     void cancel();
 
-    /// Says why a fetched file is not the one that was meant; empty when it is.
-    using Check = std::function<std::string(const std::string& path)>;
+    /// Looks at a fetched file where it lies before it is put in its place, which another program may share: what it
+    /// reads there is what was fetched. Says why that is not what was meant; empty when it is.
+    using Check = std::function<std::string(const std::string& fetched, const std::string& place)>;
 
-    /// Fetches one file to a local path (system's bytes). The caller chooses that path and takes no part of it
-    /// unchecked from the site, which could otherwise write anywhere. Off line it does nothing and is True. False
-    /// without a session, with nothing logged. A file that does not pass the check is a failed download, and is not
-    /// kept.
+    /// What a file may be, and what becomes of an older one.
+    struct Terms {
+        std::int64_t mostBytes = kMostBytes;
+        Check check = nullptr;
+        bool keepsOld = false;  ///< until the new one takes its place; else it goes before anything is asked
+    };
+
+    static constexpr std::int64_t kMostBytes = 64 << 20;          ///< of a file
+    static constexpr std::int64_t kMostListingBytes = 1 << 20;    ///< that answers a login
+    static constexpr std::int64_t kMostProgramBytes = 256 << 20;  ///< of a newer copy of this program
+
+    /// Fetches one file to a local path (system's bytes), whole or not at all. The caller chooses that path and takes
+    /// no part of it unchecked from the site, which could otherwise write anywhere. Off line it does nothing and is
+    /// True. False without a session, with nothing logged. A file that does not pass the check is a failed download.
+    [[nodiscard]] bool FTP_Download(const std::string& strRemoteFile, const std::string& strLocalFile) {
+        return FTP_Download(strRemoteFile, strLocalFile, Terms());
+    }
     [[nodiscard]] bool FTP_Download(const std::string& strRemoteFile, const std::string& strLocalFile,
-                                    const Check& check = nullptr);
+                                    const Terms& terms);
 
     /// Fetches an image into the Download folder under its own name; its path, or an empty text. Off line it is the one
     /// that lies there, if it passes the check.
     [[nodiscard]] std::string FTP_DownloadFirmware(const std::string& UrlFile, const Check& check = nullptr);
+
+    /// Fetches firmware.inf, and has the reader take what came.
+    [[nodiscard]] bool fetchInformation(InfReader& reader);
+
+    /// Fetches a file that has nothing to do with updates, off line, too, and logs in for it when there is no session.
+    [[nodiscard]] bool fetchReference(const std::string& remote, const std::string& local);
 
     /// Why the last login or download was none; none when it was one.
     const SiteFailure& failure() const { return failure_; }
@@ -67,8 +88,8 @@ public:
     SiteFailure withoutSession() const;
 
 private:
-    SiteFailure fetch(const std::string& remote, const std::string& local);
-    SiteFailure checked(const std::string& local, const Check& check) const;
+    void download(const std::string& remote, const std::string& local, const Terms& terms);
+    SiteFailure fetch(const std::string& remote, const std::string& local, const Terms& terms);
     void FtpTimer_Timer();
     void stopTimer();
 

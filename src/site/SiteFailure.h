@@ -18,6 +18,7 @@ struct SiteFailure {
         unusableName,    ///< the site's name for the file names a folder, or nothing that may be written here
         oldFileStays,    ///< what lies where the file belongs cannot be replaced
         notStored,       ///< the disk did not take the file
+        tooLong,         ///< it has more bytes than its kind of file may have
         wrongContent,    ///< the file is not the one that the site announces
         notDownloaded,   ///< off line: it does not lie in the Download folder
         noSession,       ///< nobody is logged in

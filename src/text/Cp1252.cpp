@@ -84,4 +84,19 @@ std::string soundUtf8(std::string_view bytes) {
     return out;
 }
 
+std::string withoutControls(std::string_view utf8, std::string_view kept) {
+    std::string out;
+    out.reserve(utf8.size());
+    for (std::size_t at = 0; at < utf8.size(); ++at) {
+        const auto code = static_cast<std::uint8_t>(utf8[at]);
+        const auto next = at + 1 < utf8.size() ? static_cast<std::uint8_t>(utf8[at + 1]) : std::uint8_t{0};
+        const bool isUpper =
+            code == 0xC2 && next >= 0x80 && next < 0xA0;  // U+0080 to U+009F, which terminals obey, too
+        const bool isControl = (code < 0x20 && kept.find(utf8[at]) == std::string_view::npos) || code == 0x7F;
+        out += isControl || isUpper ? ' ' : utf8[at];
+        if (isUpper) ++at;
+    }
+    return out;
+}
+
 }  // namespace corvane

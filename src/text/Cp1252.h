@@ -15,4 +15,9 @@ std::string fromUtf8(std::string_view utf8);
 /// The text as it is, but for bytes that are not UTF-8 (a path may hold some): each becomes U+FFFD.
 std::string soundUtf8(std::string_view bytes);
 
+/// With a blank for every control character (line ends and tabs are some), but for those that are to be kept. A text of
+/// a device or a site so stays what it is wherever it is shown: a terminal, a viewer of logs, whoever reads a JSON
+/// text.
+std::string withoutControls(std::string_view utf8, std::string_view kept = {});
+
 }  // namespace corvane

@@ -71,4 +71,9 @@ std::optional<std::uint32_t> hexNumber(std::string_view digits) {
     return value;
 }
 
+std::string byteCount(std::int64_t bytes) {
+    constexpr std::int64_t kMiB = 1 << 20;
+    return bytes > 0 && bytes % kMiB == 0 ? std::to_string(bytes / kMiB) + " MiB" : std::to_string(bytes) + " bytes";
+}
+
 }  // namespace corvane

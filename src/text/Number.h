@@ -2,6 +2,7 @@
 
 #include <cstdint>
 #include <optional>
+#include <string>
 #include <string_view>
 
 namespace corvane {
@@ -21,5 +22,8 @@ std::int16_t toInteger(double value);
 
 /// The value of a text of hexadecimal digits only (either case, at most 8); nothing for any other text.
 std::optional<std::uint32_t> hexNumber(std::string_view digits);
+
+/// "64 MiB" where it is as many, else "3000 bytes".
+std::string byteCount(std::int64_t bytes);
 
 }  // namespace corvane

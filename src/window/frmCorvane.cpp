@@ -309,6 +309,7 @@ void frmCorvane::links(const std::vector<ReferenceLink>& links) {
         auto* item = new QListWidgetItem(fromDevice(link.title), ui_.lstRefer);
         item->setData(Qt::UserRole, link.index);
         item->setToolTip(plainToolTip(item->text()));
+        if (!link.leads) continue;
         item->setForeground(palette().link());
         auto font = item->font();
         font.setUnderline(true);
@@ -415,10 +416,24 @@ void frmCorvane::cmdOption_Click() {
 }
 
 void frmCorvane::lstRefer_Click(int index) {
-    const auto address = presenter_.linkAddress(index);
-    if (address.empty()) return;
-    const auto problem = platform_.launcher.open(address);
-    if (!problem.empty()) say(tr("The link could not be opened: %1").arg(QString::fromStdString(problem)));
+    const auto opened = presenter_.openLink(index);
+    if (!opened.problem.empty())
+        say(tr("The link could not be opened: %1").arg(QString::fromStdString(opened.problem)));
+    if (presenter_.closesAfterFetching()) {
+        close();
+    } else if (!opened.file.empty()) {
+        saveFetched(opened.file);
+    }
+}
+
+/// For a file that the desktop might run when it is asked to open it.
+void frmCorvane::saveFetched(const std::string& file) {
+    const auto options = options_.usesQtDialogs ? QFileDialog::DontUseNativeDialog : QFileDialog::Options();
+    const auto name = QFileInfo(fromPath(file)).fileName();
+    const auto path = QFileDialog::getSaveFileName(this, tr("Save the File"), name, {}, nullptr, options);
+    if (path.isEmpty()) return;
+    const auto problem = presenter_.saveFetched(file, toPath(path));
+    if (!problem.empty()) say(tr("The file could not be saved: %1").arg(QString::fromStdString(problem)));
 }
 
 /// Some window managers leave the keyboard nowhere when a dialog has closed.

@@ -71,6 +71,7 @@ private:
     void portRefused(const std::string& port);
     void cmdOption_Click();
     void lstRefer_Click(int index);
+    void saveFetched(const std::string& file);
     void fillRecent();
     void mnuRehearse_Click();
     void saveLog();

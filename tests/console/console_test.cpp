@@ -58,7 +58,7 @@ TEST_F(UpdateCommand, WritesOneJsonObjectALine) {
     EXPECT_TRUE(out.text.starts_with(
         "{\"event\":\"clear\"}\n{\"event\":\"clear\"}\n{\"event\":\"log\",\"text\":\"Open COM1 ...\"}\n"
         "{\"event\":\"log\",\"text\":\" < OK\\n\"}\n{\"event\":\"log\",\"text\":\"   Scan"));
-    EXPECT_TRUE(prints("Device F/W: TARN-R200 \\\"\\\\\\u0009\xC3\xA9\\u001B\\n\\n\"}"));
+    EXPECT_TRUE(prints("Device F/W: TARN-R200 \\\"\\\\ \xC3\xA9 \\n\\n\"}"));
     EXPECT_TRUE(
         prints("{\"event\":\"progress\",\"value\":76,\"maximum\":119}\n{\"event\":\"log\",\"text\":\" < OK\\n\"}"));
     EXPECT_TRUE(prints(
@@ -309,9 +309,8 @@ TEST_F(ConsoleTest, KeepsATerminalSafeFromWhatDevicesSay) {
         for (const char* own : {"\0337", "\0338", "\033[K"}) all = replaceAll(all, own, "");
         EXPECT_EQ(all.find_first_of("\x1b\x7f"), std::string::npos) << words[0] << all;
         EXPECT_EQ(all.find("\xc2\x9d"), std::string::npos) << words[0];
-        EXPECT_NE(all.find('?'), std::string::npos) << words[0];
     }
-    EXPECT_TRUE(prints("Device F/W: TARN-R200 ?[2J?\n"));
+    EXPECT_TRUE(prints("Device F/W: TARN-R200  [2J \n"));
     EXPECT_TRUE(says("\0337 63 %\033[K\0338\033[K"));
 }
 

@@ -131,11 +131,28 @@ TEST_F(CurlAsyncReaderTest, FaultsOfTheServerAreFailedReads) {
     reader({10000, 300});
     EXPECT_EQ(failure(address("/gone")).kind, ReadFailure::Kind::brokenOff);
     EXPECT_EQ(failure(address("/stalls")).words, "the server has fallen silent");
+    reader({10000, 10000, 300});
+    EXPECT_EQ(failure(address("/stalls")).words, "it took too long");
     // Those words too many look like a confirmation that is there already, and the library is left waiting for it.
     EXPECT_EQ(failure(address("/mutters")).words, "the server did not confirm the transfer");
     EXPECT_EQ(log_->read(address("/firmware/image.hex"), local_.at("image.hex")).bytesRead, 3000);
     site.kill();
     EXPECT_EQ(failure(address("/firmware/image.hex")).kind, ReadFailure::Kind::unreachable);
+}
+
+TEST_F(CurlAsyncReaderTest, WhatTheServerAnnouncesIsWhatItMustSend) {
+    for (const char* name : {"more", "fewer", "endless"}) root_.file(name, everyByte());
+    serve(R"("announces": {"/more": 1000, "/fewer": 5000, "/endless": 9000000000})");
+    reader();
+    EXPECT_EQ(failure(address("/more")).words, "the server sends more than the 1000 bytes that it announced");
+    EXPECT_EQ(failure(address("/fewer")).words, "3000 of 5000 bytes have come");
+    reader_->mostBytes(2999);
+    const auto tooLong = failure(address("/firmware/image.hex"));
+    EXPECT_EQ(tooLong.kind, ReadFailure::Kind::tooLong);
+    EXPECT_EQ(tooLong.words, "it is longer than 2999 bytes");
+    EXPECT_EQ(failure(address("/endless")).kind, ReadFailure::Kind::tooLong) << "before it comes";
+    reader_->mostBytes(3000);
+    EXPECT_EQ(log_->read(address("/firmware/image.hex"), local_.at("image.hex")).bytesMax, 3000);
 }
 
 TEST_F(CurlAsyncReaderTest, RouteDecidesAboutTheProxy) {

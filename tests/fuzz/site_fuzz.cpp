@@ -109,7 +109,7 @@ void site(std::string_view bytes) {
     program.presenter.account("h", "u", "p");
     const auto report = program.start(true);
     require(report.end != RunEnd::failed, "nothing unforeseen happens");
-    for (int i = 0; i < FirmwareInformation::kLinks; ++i) program.presenter.linkAddress(i);
+    for (int i = 0; i < FirmwareInformation::kLinks; ++i) (void)program.presenter.openLink(i);
     for (const auto& name : bench.folder.folder.names()) {
         require(equalsNoCase(name, "firmware.inf") || equalsNoCase(name, "Download"), "a file lies where none belongs");
     }

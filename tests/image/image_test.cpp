@@ -3,6 +3,7 @@
 
 #include "image/MemoryMap.h"
 #include "settings/LocalFile.h"
+#include "settings/StoredSettings.h"
 #include "support/FakeSystem.h"
 #include "support/ScratchFolder.h"
 #include "text/Text.h"
@@ -58,6 +59,20 @@ TEST_F(ImageTest, SaysWhyAFileIsNone) {
         EXPECT_FALSE(loadImage(path, digest).image) << path;
         EXPECT_EQ(loadImage(path, digest).problem.words, reason);
     }
+}
+
+TEST_F(ImageTest, HasALimitThatASettingRaises) {
+    fakes::FakeSettingsStore settings;
+    const auto loads = [&](const char* limit) {
+        settings.values["Corvane/Update/ImageLimit"] = limit;
+        StoredSettings(settings).load(choices);
+        return LoadHexInfo(choices, folder.at("x.hex"), digest) ? "" : choices.refusal.problem.words;
+    };
+    folder.file("x.hex", kSound);
+    std::filesystem::resize_file(folder.at("x.hex"), (64 << 20) + 1);
+    for (const auto* limit : {"", "none", "0", "-3"}) EXPECT_EQ(loads(limit), "is larger than 64 MiB");
+    EXPECT_EQ(loads("65"), "");
+    EXPECT_EQ(loads("1"), "is larger than 1 MiB");
 }
 
 TEST_F(ImageTest, OfTheOperatorsFileIsReadAgainForARun) {

@@ -84,5 +84,30 @@ TEST(LinuxLauncher, WhatCannotRunIsTold) {
     EXPECT_EQ(side.launcher.open("https://corvane.example/"), "xdg-open: No such file or directory");
 }
 
+TEST(LinuxLauncher, ProgramIsAWholeOneForThisMachineOrAScript) {
+    LinuxSide side;
+    const auto own = fakes::ScratchFolder::content("/proc/self/exe");
+    const auto with = [&own](std::size_t place, char byte) { return std::string(own).replace(place, 1, 1, byte); };
+    const auto cut = "it is a part of a program only: it ends before its contents do";
+    const std::pair<std::string, std::string> kFiles[] = {
+        {own, ""},
+        {"#!/bin/sh -e\n", ""},
+        {"#! /bin/sh", ""},
+        {own.substr(0, own.size() / 2), cut},
+        {own.substr(0, own.size() - 1), cut},
+        {own.substr(0, 30), cut},
+        {with(4, 1), "it is made for another kind of machine"},
+        {with(18, 40), "it is made for another kind of machine"},
+        {with(16, 1), "it is no program, but another kind of ELF file"},
+        {"#!/no/such/interpreter\n", "what is to run it, \"/no/such/interpreter\", is not there"},
+        {"#!sh\n", "what is to run it, \"sh\", is not there"},
+        {"#!", "what is to run it, \"\", is not there"},
+        {"<html>", "it is no program"},
+        {"", "it is no program"},
+    };
+    for (const auto& [content, fault] : kFiles)
+        EXPECT_EQ(side.launcher.fault(side.folder.file("it", content)), fault) << content.substr(0, 30);
+}
+
 }  // namespace
 }  // namespace corvane

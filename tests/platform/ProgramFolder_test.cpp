@@ -1,6 +1,8 @@
 #include <cstdlib>
 #include <filesystem>
 #include <gtest/gtest.h>
+#include <sys/wait.h>
+#include <unistd.h>
 
 #include "platform/linux/LinuxProgramFolder.h"
 #include "support/ScratchFolder.h"
@@ -46,6 +48,21 @@ TEST(LinuxProgramFolder, InstalledCopiesUseTheUsersFolderAndAPrivateLibrary) {
     setenv("CORVANE_VELLIO", "/opt/other.so", 1);
     EXPECT_EQ(installed.transportLibrary(), "/opt/other.so");
     unsetenv("CORVANE_VELLIO");
+}
+
+TEST(LinuxProgramFolder, PrivateFoldersAreThisUsersAndGoAfterTheirProgram) {
+    const fakes::ScratchFolder folder;
+    const LinuxProgramFolder program({folder.at("x"), "lib", folder.at("data")});
+    const auto gone = fork();
+    if (gone == 0) _exit(0);
+    waitpid(gone, nullptr, 0);
+    const auto left = folder.file("data/fetched/" + std::to_string(gone) + "-abc/x.pdf", "");
+    const auto one = program.privateFolder(), another = program.privateFolder();
+    EXPECT_NE(one, another);
+    EXPECT_EQ(fs::status(one).permissions(), fs::perms::owner_all);
+    EXPECT_TRUE(fs::is_directory(one));
+    EXPECT_FALSE(fs::exists(fs::path(left).parent_path()));
+    EXPECT_EQ(LinuxProgramFolder({folder.at("x"), "lib", "/proc/no"}).privateFolder(), "");
 }
 
 }  // namespace

@@ -47,6 +47,9 @@ TEST_F(Access, LoginFailsWithItsOwnCauseAndLeavesNoConnection) {
         expect(one.kind, one.words);
         EXPECT_EQ(reader.calls.back(), "close");
     }
+    reader.answers["ftp://u:p@host"].content = std::string((1 << 20) + 1, 'x');
+    EXPECT_FALSE(site.login());
+    expect(Kind::tooLong, "the server's listing is too long: it is longer than 1048576 bytes");
     EXPECT_FALSE(site.FTP_Download("/f/a.hex", folder.folder.at("a")));
     expect(Kind::noSession, "there is no session with the site");
     choices.server = "h/st";
@@ -60,8 +63,16 @@ TEST_F(Access, DownloadFailsWithItsOwnCause) {
     const auto download = [this](const std::string& name, const std::string& to) {
         EXPECT_FALSE(site.FTP_Download(name, to)) << name;
     };
-    EXPECT_FALSE(site.FTP_Download("/f/a.hex", target, [](const std::string&) { return "it is another one"; }));
+    const auto check = [&](const std::string& fetched, const std::string& place) {
+        return fakes::ScratchFolder::content(fetched) == fakes::kImage && place == target ? "it is another one" : "";
+    };
+    write("a", "old");
+    EXPECT_FALSE(site.FTP_Download("/f/a.hex", target, {.check = check, .keepsOld = true}));
     expect(Kind::wrongContent, "it is another one");
+    EXPECT_EQ(fakes::ScratchFolder::content(target), "old");
+    EXPECT_FALSE(site.FTP_Download("/f/a.hex", target, {.mostBytes = 10}));
+    expect(Kind::tooLong, "it is longer than 10 bytes, which is more than is taken");
+    EXPECT_TRUE(folder.folder.names().empty()) << "neither it nor what was to be replaced";
     EXPECT_TRUE(site.FTP_Download("f/a.hex", target));
     expect(Kind::none, "");  // a cause does not outlive its operation
     download("/f/a.hex", "/proc/self/status");
@@ -114,7 +125,7 @@ TEST_F(Access, OffLineSaysWhatIsMissingOrAnother) {
     EXPECT_EQ(site.FTP_DownloadFirmware("/f/a.hex"), folder.folder.at("Download/a.hex"));
     expect(Kind::notDownloaded, "a.hex does not lie in the Download folder");
     write("Download/a.hex", "x");
-    EXPECT_EQ(site.FTP_DownloadFirmware("/f/a.hex", [](const std::string&) { return "another"; }), "");
+    EXPECT_EQ(site.FTP_DownloadFirmware("/f/a.hex", [](auto&, auto&) { return "another"; }), "");
     expect(Kind::wrongContent, "another");
 }
 

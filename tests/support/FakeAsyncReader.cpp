@@ -34,14 +34,18 @@ void FakeAsyncReader::plan(int ms, std::function<void()> report) {
 void FakeAsyncReader::complete(const Answer& answer, const std::string& propertyName) {
     reading_.reset();
     AsyncResult result{0, 0, propertyName, {}};
-    if (!answer.content.empty() && onComplete) result.value = store(answer.content, propertyName);
+    const bool isTooLong = static_cast<std::int64_t>(answer.content.size()) > most;
+    if (!isTooLong && !answer.content.empty() && onComplete) result.value = store(answer.content, propertyName);
     if (result.value.empty()) {
-        failure_ = answer.failure;
+        failure_ = isTooLong
+                       ? ReadFailure{ReadFailure::Kind::tooLong, "it is longer than " + std::to_string(most) + " bytes"}
+                       : answer.failure;
     } else {
         result.bytesRead = static_cast<std::int64_t>(answer.content.size());
         result.bytesMax = answer.isSizeKnown ? result.bytesRead : 0;
     }
     if (onComplete) onComplete(result);
+    if (onDelivered && result.bytesRead > 0) onDelivered(propertyName);
 }
 
 /// Empty when the folder is not there.

@@ -1,5 +1,7 @@
 #pragma once
 
+#include <functional>
+#include <limits>
 #include <map>
 #include <optional>
 #include <string>
@@ -27,6 +29,10 @@ public:
 
     std::map<std::string, Answer> answers;
     SiteRoute routed;
+    std::int64_t most = std::numeric_limits<std::int64_t>::max();  ///< bytes that the next read may bring
+
+    /// Called when a file has been handed over, with its property.
+    std::function<void(const std::string&)> onDelivered;
 
     /// What has been asked of it: "start ADDRESS -> PROPERTY", "cancel *", "cancel PROPERTY", "close".
     std::vector<std::string> calls;
@@ -37,6 +43,7 @@ public:
     void cancel(const std::optional<std::string>& propertyName) override;
     void closeSession() override;
     void route(const SiteRoute& route) override { routed = route; }
+    void mostBytes(std::int64_t bytes) override { most = bytes; }
     ReadFailure failure() const override { return failure_; }
 
 private:

@@ -14,6 +14,10 @@ public:
 
     std::string path() const override { return folder.path(); }
     std::string dataPath() const override { return data.at("Corvane"); }
+    std::string privateFolder() const override {
+        std::filesystem::create_directory(data.at("private"));
+        return data.at("private");
+    }
 };
 
 }  // namespace corvane::fakes

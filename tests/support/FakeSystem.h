@@ -43,6 +43,9 @@ public:
     std::vector<std::string> started;  ///< a path, and behind it each variable that it was given, " NAME=value"
     std::vector<std::string> shown;
     std::string failure;
+    std::string faultOfAll;  ///< of each program that somebody wants to start
+
+    std::string fault(const std::string&) override { return faultOfAll; }
 
     std::string start(const std::string& path, const std::vector<Variable>& variables) override {
         std::string text = path;

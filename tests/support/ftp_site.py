@@ -9,6 +9,7 @@ The one argument is a JSON object:
   silent    paths whose transfer is never confirmed
   mutters   paths whose transfer is announced with a line too many, which is no reply
   sizes     false: the size of a file is not to be had
+  announces path -> bytes: what the server says that the file has
   anonymous true: a login without an account is accepted
 
 The first line of output is "port " and its number, every further one an event: "login NAME", "refused NAME",
@@ -90,9 +91,13 @@ class Control(FTPHandler):
         super().pre_process_command(line, cmd, arg)
 
     def ftp_SIZE(self, path):
-        if SITE.get("sizes", True):
+        announced = SITE.get("announces", {}).get(self.fs.fs2ftp(path))
+        if announced is not None:
+            self.respond("213 %d" % announced)
+        elif SITE.get("sizes", True):
             return super().ftp_SIZE(path)
-        self.respond("502 Not offered.")
+        else:
+            self.respond("502 Not offered.")
 
     def respond(self, resp, logfun=logging.getLogger("pyftpdlib").debug):
         if resp.startswith("226") and self.path in SITE.get("silent", []):

@@ -12,6 +12,8 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include "platform/linux/ProgramFile.h"
+
 namespace corvane {
 namespace {
 
@@ -65,6 +67,8 @@ LinuxLauncher::~LinuxLauncher() {
         ::close(ended);
     }
 }
+
+std::string LinuxLauncher::fault(const std::string& path) { return programFault(path); }
 
 std::string LinuxLauncher::start(const std::string& path, const std::vector<Variable>& variables) {
     struct stat file {};

@@ -16,6 +16,7 @@ public:
     LinuxLauncher(const LinuxLauncher&) = delete;
     LinuxLauncher& operator=(const LinuxLauncher&) = delete;
 
+    std::string fault(const std::string& path) override;
     std::string start(const std::string& path, const std::vector<Variable>& variables) override;
 
     /// Through xdg-open; an address that it would take for an option is refused.

@@ -1,10 +1,14 @@
 #include "platform/linux/LinuxProgramFolder.h"
 
+#include <cerrno>
+#include <csignal>
 #include <cstdlib>
 #include <filesystem>
+#include <limits>
 #include <unistd.h>
 
 #include "platform/linux/UserFolders.h"
+#include "text/Number.h"
 
 namespace corvane {
 namespace {
@@ -36,6 +40,22 @@ LinuxProgramFolder::LinuxProgramFolder(const Places& places) : data_(places.data
     }
     beside_ = (folder / kLibraryName).string();
     private_ = (privateLibrary / kLibraryName).string();
+}
+
+std::string LinuxProgramFolder::privateFolder() const {
+    const fs::path all = fs::path(data_) / "fetched";
+    std::error_code error;
+    fs::create_directories(all, error);
+    // Each begins with the number of the process that made it.
+    for (fs::directory_iterator at(all, error), end; !error && at != end; at.increment(error)) {
+        const double process = leadingNumber(at->path().filename().string());
+        const bool isProcess = process >= 1 && process <= std::numeric_limits<pid_t>::max();
+        std::error_code ignored;
+        if (isProcess && ::kill(static_cast<pid_t>(process), 0) < 0 && errno == ESRCH)
+            fs::remove_all(at->path(), ignored);
+    }
+    auto name = (all / (std::to_string(::getpid()) + "-XXXXXX")).string();
+    return ::mkdtemp(name.data()) ? name : std::string();
 }
 
 std::string LinuxProgramFolder::transportLibrary() const {

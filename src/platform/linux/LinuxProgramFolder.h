@@ -20,6 +20,7 @@ public:
 
     std::string path() const override { return path_; }
     std::string dataPath() const override { return data_; }
+    std::string privateFolder() const override;
 
     /// The HID transport library: the file that CORVANE_VELLIO names, else the one beside the executable, else the one
     /// in the private library folder. Whether it exists shows when it is opened.

@@ -1,5 +1,6 @@
 #include "window/presenter/MainPresenter.h"
 
+#include <filesystem>
 #include <utility>
 
 #include "settings/LocalFile.h"
@@ -124,7 +125,7 @@ Verdict MainPresenter::conclude(const Outcome& outcome) {
 MainPresenter::Closing MainPresenter::close(bool isQuestionOpen) {
     if (!isBusy()) return Closing::now;
     closes_ = true;
-    if (!updater_.run().isCancellable() && !isQuestionOpen) {
+    if (!isCancellable() && !isQuestionOpen) {
         situation_.say("The window closes when the update has finished.");
         return Closing::waits;
     }
@@ -145,6 +146,8 @@ bool MainPresenter::closesAfter(const Outcome& outcome) {
     }
 }
 
+bool MainPresenter::closesAfterFetching() { return std::exchange(closes_, false); }
+
 void MainPresenter::lookAtPorts() {
     auto& list = updater_.portList();
     const auto before = list.rows().size();
@@ -154,15 +157,23 @@ void MainPresenter::lookAtPorts() {
     if (onChange) onChange();
 }
 
-void MainPresenter::cmdCancel_Click() { updater_.run().cancel(); }
+void MainPresenter::cmdCancel_Click() {
+    if (updater_.references().isFetching()) return updater_.references().cancel();
+    updater_.run().cancel();
+}
 
-std::string MainPresenter::linkAddress(int index) const {
-    const auto target = updater_.run().linkTarget(index);
-    if (target.empty()) return {};
-    const auto& choices = updater_.choices;
-    Address address{choices.userName, choices.password, {}, 0, target.starts_with('/') ? target : "/" + target};
-    address.server(choices.server);
-    return address.link();
+References::Opened MainPresenter::openLink(int index) {
+    if (isBusy()) return {};
+    updater_.references().onFetching = [this] {
+        if (onChange) onChange();
+    };
+    return updater_.references().open(updater_.run().linkTarget(index));
+}
+
+std::string MainPresenter::saveFetched(const std::string& file, const std::string& target) const {
+    std::error_code error;
+    std::filesystem::copy_file(file, target, std::filesystem::copy_options::overwrite_existing, error);
+    return error ? target + ": " + error.message() : std::string();
 }
 
 void MainPresenter::account(const std::string& server, const std::string& userName, const std::string& password) {
@@ -178,7 +189,7 @@ Controls MainPresenter::controls() const {
     Controls controls;
     controls.choices = !isBusy();
     controls.start = !isBusy() && !(choices.useFile && choices.image.isNone());
-    controls.cancel = updater_.run().isCancellable();
+    controls.cancel = isCancellable();
     controls.localFile = !isBusy() && choices.offLine;
     return controls;
 }

@@ -68,12 +68,16 @@ public:
     /// keeps it open.
     bool closesAfter(const Outcome& outcome);
 
+    /// The same for the fetching of a reference.
+    bool closesAfterFetching();
+
     Situation& situation() { return situation_; }
 
     /// Looks whether ports or readers have come or gone.
     void lookAtPorts();
 
-    bool isBusy() const { return updater_.run().isRunning(); }
+    /// A run is on, or a reference is fetched.
+    bool isBusy() const { return updater_.run().isRunning() || updater_.references().isFetching(); }
 
     /// Takes an image as if it had been picked, and remembers it as a recent one; False when it is none.
     bool loadFile(const std::string& path);
@@ -94,14 +98,18 @@ public:
     /// yet. Windows-1252.
     std::string localStep(const std::string& deviceVersion) const;
 
-    /// The full address of a reference link, with the account in it; empty when the link leads nowhere. UTF-8.
-    std::string linkAddress(int index) const;
+    /// Opens a reference link of the last run; does nothing when it leads nowhere, or something else is going on.
+    References::Opened openLink(int index);
+
+    /// Copies a fetched file to where the operator wants it: why that did not work, or an empty text. UTF-8.
+    std::string saveFetched(const std::string& file, const std::string& target) const;
 
     const Choices& choices() const { return updater_.choices; }
     void account(const std::string& server, const std::string& userName, const std::string& password);
     Controls controls() const;
 
 private:
+    bool isCancellable() const { return updater_.run().isCancellable() || updater_.references().isFetching(); }
     StoredSettings stored() const { return StoredSettings(updater_.platform().settings); }
     void selectLast();
     void changed() {

@@ -2,13 +2,16 @@
 
 #include <algorithm>
 #include <exception>
+#include <stdexcept>
 #include <system_error>
 #include <utility>
+
+#include "text/Number.h"
 
 namespace corvane {
 namespace {
 
-constexpr int kLongestSilenceCheck = 1000;  // ms between two looks
+constexpr int kLongestPause = 1000;  // ms between two looks
 
 }  // namespace
 
@@ -42,9 +45,9 @@ void CurlAsyncReader::begin(const Address& address) {
     read_->file = std::make_unique<DownloadFile>(read_->propertyName);
     openSession(address);
     session_->begin(address);
-    lastSign_ = runtime_.tick();
-    silenceTimer_ =
-        runtime_.startTimer(std::clamp(limits_.silenceMs / 2, 1, kLongestSilenceCheck), [this] { checkSilence(); });
+    lastSign_ = read_->begun = runtime_.tick();
+    const int pause = std::min(limits_.silenceMs, limits_.wholeMs) / 2;
+    timer_ = runtime_.startTimer(std::clamp(pause, 1, kLongestPause), [this] { checkTime(); });
 }
 
 void CurlAsyncReader::openSession(const Address& address) {
@@ -69,22 +72,27 @@ void CurlAsyncReader::closeSession() {
 void CurlAsyncReader::drop() {
     if (!read_) return;
     if (!read_->isOver) session_.reset();
-    stopSilenceTimer();
+    stopTimer();
     runtime_.forget(this);
     read_.reset();
 }
 
 void CurlAsyncReader::onData(std::string_view bytes) {
     lastSign_ = runtime_.tick();
+    const auto size = static_cast<std::int64_t>(bytes.size());
+    if (std::max(session_ ? session_->size() : 0, read_->bytes + size) > most_) {
+        read_->fault = {ReadFailure::Kind::tooLong, "it is longer than " + byteCount(most_)};
+        throw std::runtime_error(read_->fault.words);
+    }
     read_->file->write(bytes);
-    read_->bytes += static_cast<std::int64_t>(bytes.size());
+    read_->bytes += size;
     if (std::exchange(read_->isProgressDue, true)) return;
     runtime_.post(this, [this] { reportProgress(); });
 }
 
 void CurlAsyncReader::onDone(const ReadFailure& failure) {
     constexpr std::string_view kEmptyFolder = "total 0\r\n";
-    failure_ = failure;
+    failure_ = read_->fault ? read_->fault : failure;
     read_->isOver = true;
     try {
         // A login that leads to an empty folder is a login: its listing must not look like no answer.
@@ -93,18 +101,23 @@ void CurlAsyncReader::onDone(const ReadFailure& failure) {
         failure_ = {ReadFailure::Kind::storage, error.what()};
     }
     if (!failure_ && read_->bytes == 0) failure_ = {ReadFailure::Kind::refused, "the file is empty"};
-    stopSilenceTimer();
+    stopTimer();
     runtime_.post(this, [this] { reportCompletion(); });
 }
 
-void CurlAsyncReader::checkSilence() {
-    if (runtime_.tick() - lastSign_ < static_cast<std::uint32_t>(limits_.silenceMs)) return;
-    session_.reset();
-    onDone({ReadFailure::Kind::brokenOff, "the server has fallen silent"});
+void CurlAsyncReader::checkTime() {
+    const auto now = runtime_.tick();
+    if (now - lastSign_ >= static_cast<std::uint32_t>(limits_.silenceMs)) return giveUp("the server has fallen silent");
+    if (now - read_->begun >= static_cast<std::uint32_t>(limits_.wholeMs)) giveUp("it took too long");
 }
 
-void CurlAsyncReader::stopSilenceTimer() {
-    if (silenceTimer_) runtime_.stopTimer(*std::exchange(silenceTimer_, std::nullopt));
+void CurlAsyncReader::giveUp(const std::string& words) {
+    session_.reset();
+    onDone({ReadFailure::Kind::brokenOff, words});
+}
+
+void CurlAsyncReader::stopTimer() {
+    if (timer_) runtime_.stopTimer(*std::exchange(timer_, std::nullopt));
 }
 
 void CurlAsyncReader::reportProgress() {

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <limits>
 #include <memory>
 #include <optional>
 #include <string>
@@ -18,6 +19,7 @@ public:
     struct Limits {
         int connectMs = 30000;  ///< until the server has accepted the login
         int silenceMs = 60000;  ///< without any byte from the server
+        int wholeMs = 1800000;  ///< for one read, login included
     };
 
     explicit CurlAsyncReader(LinuxRuntime& runtime) : CurlAsyncReader(runtime, Limits()) {}
@@ -30,6 +32,7 @@ public:
     void cancel(const std::optional<std::string>& propertyName) override;
     void closeSession() override;
     void route(const SiteRoute& route) override { route_ = route; }
+    void mostBytes(std::int64_t most) override { most_ = most; }
     ReadFailure failure() const override { return failure_; }
 
 private:
@@ -40,6 +43,8 @@ private:
         bool isOver = false;
         bool isProgressDue = false;
         std::int64_t bytes = 0;
+        ReadFailure fault{};      // found here, not by the session
+        std::uint32_t begun = 0;  // tick
     };
 
     void begin(const Address& address);
@@ -47,18 +52,20 @@ private:
     void drop();
     void onData(std::string_view bytes);
     void onDone(const ReadFailure& failure);
-    void checkSilence();
-    void stopSilenceTimer();
+    void checkTime();
+    void giveUp(const std::string& words);
+    void stopTimer();
     void reportProgress();
     void reportCompletion();
 
     LinuxRuntime& runtime_;
     Limits limits_;
     SiteRoute route_;
+    std::int64_t most_ = std::numeric_limits<std::int64_t>::max();
     ReadFailure failure_;
     std::unique_ptr<CurlSession> session_;
     std::unique_ptr<Read> read_;
-    std::optional<int> silenceTimer_;
+    std::optional<int> timer_;
     std::uint32_t lastSign_ = 0;  // tick of the last byte from the server
 };
 

@@ -1,6 +1,7 @@
 #include "platform/linux/transfer/CurlSession.h"
 
 #include <algorithm>
+#include <charconv>
 #include <cstddef>
 #include <exception>
 #include <linux/tcp.h>
@@ -33,6 +34,13 @@ bool isAtEnd(int socket) {
     return ::recv(socket, &next, 1, MSG_PEEK | MSG_DONTWAIT) == 0;
 }
 
+/// The number at the front of a text; 0 when none stands there.
+std::int64_t numberAt(std::string_view text) {
+    std::int64_t number = 0;
+    std::from_chars(text.data(), text.data() + text.size(), number);
+    return std::max<std::int64_t>(number, 0);
+}
+
 CurlSession& session(void* self) { return *static_cast<CurlSession*>(self); }
 
 }  // namespace
@@ -63,6 +71,8 @@ CurlSession::CurlSession(LinuxRuntime& runtime, const Address& address, const Si
     set(CURLOPT_WRITEDATA, this);
     set(CURLOPT_HEADERFUNCTION, &onHeader);
     set(CURLOPT_HEADERDATA, this);
+    set(CURLOPT_PREREQFUNCTION, &onConnected);
+    set(CURLOPT_PREREQDATA, this);
     set(CURLOPT_OPENSOCKETFUNCTION, &onOpen);
     set(CURLOPT_OPENSOCKETDATA, this);
     set(CURLOPT_CLOSESOCKETFUNCTION, &onClose);
@@ -92,6 +102,7 @@ CurlSession::~CurlSession() {
     if (multi_ && easy_) curl_multi_remove_handle(multi_, easy_);
     curl_easy_cleanup(easy_);
     if (multi_) curl_multi_cleanup(multi_);
+    curl_slist_free_all(question_);
     if (timer_ >= 0) {
         runtime_.unwatch(timer_);
         ::close(timer_);
@@ -115,13 +126,32 @@ void CurlSession::applyRoute(const SiteRoute& route) {
 
 void CurlSession::begin(const Address& address) {
     curl_multi_remove_handle(multi_, easy_);
-    received_ = 0;
+    received_ = announced_ = 0;
     isReplyAwaited_ = isTurnOver_ = hasReplied_ = isDataOver_ = false;
     ownFailure_ = {};
     error_.fill(0);
     set(CURLOPT_URL, curlUrl(address).c_str());
+    askForSize(address);
     const CURLMcode code = curl_multi_add_handle(multi_, easy_);
     if (code != CURLM_OK) throw std::runtime_error(curl_multi_strerror(code));
+}
+
+/// The library would ask by itself, stop reading at the size that it is told and take what it has for the whole. So it
+/// is told to ask without heeding the answer, which is compared here with what comes.
+void CurlSession::askForSize(const Address& address) {
+    curl_slist_free_all(std::exchange(question_, nullptr));
+    if (!address.isFolder())
+        question_ = curl_slist_append(
+            nullptr, ("*SIZE " + std::string(address.path[0] == '/' ? "" : "/") + address.path).c_str());
+    set(CURLOPT_PREQUOTE, question_);
+    set(CURLOPT_IGNORE_CONTENT_LENGTH, 1L);
+}
+
+/// A proxy keeps its connection: only the length that it names ends what it sends.
+int CurlSession::onConnected(void* self, char*, char*, int, int) {
+    auto& that = session(self);
+    if (that.isOverHttp()) that.set(CURLOPT_IGNORE_CONTENT_LENGTH, 0L);
+    return CURL_PREREQFUNC_OK;
 }
 
 bool CurlSession::isFor(const Address& address) const {
@@ -135,6 +165,7 @@ bool CurlSession::isOpen() const {
 }
 
 std::int64_t CurlSession::size() const {
+    if (!isOverHttp()) return announced_;
     curl_off_t size = -1;
     curl_easy_getinfo(easy_, CURLINFO_CONTENT_LENGTH_DOWNLOAD_T, &size);
     return std::max<curl_off_t>(size, 0);
@@ -165,6 +196,12 @@ int CurlSession::onTimeChange(CURLM*, long ms, void* self) {
 std::size_t CurlSession::onBody(char* bytes, std::size_t size, std::size_t count, void* self) {
     auto& that = session(self);
     const std::string_view body(bytes, size * count);
+    const auto announced = that.size();
+    if (announced > 0 && that.received_ + static_cast<std::int64_t>(body.size()) > announced) {
+        that.ownFailure_ = {ReadFailure::Kind::brokenOff,
+                            "the server sends more than the " + std::to_string(announced) + " bytes that it announced"};
+        return 0;
+    }
     try {
         if (that.isReplyMissing(body.size())) {
             that.isReplyAwaited_ = true;
@@ -184,13 +221,24 @@ std::size_t CurlSession::onBody(char* bytes, std::size_t size, std::size_t count
     }
 }
 
-std::size_t CurlSession::onHeader(char*, std::size_t size, std::size_t count, void* self) {
+std::size_t CurlSession::onHeader(char* bytes, std::size_t size, std::size_t count, void* self) {
     auto& that = session(self);
     that.hasReplied_ = true;
     that.lastCall_ = that.runtime_.tick();
     that.replied_ += size * count;
+    that.takeReply({bytes, size * count});
     that.onReply();
     return size * count;
+}
+
+/// The answer to the question for the size, or what some servers say of it when the file begins to come.
+void CurlSession::takeReply(std::string_view line) {
+    const auto code = line.substr(0, 4);
+    if (code == "213 ") announced_ = numberAt(line.substr(code.size()));
+    const auto place = line.rfind('(');
+    const bool namesSize = place != std::string_view::npos && line.find(" bytes)", place) != std::string_view::npos;
+    if (announced_ == 0 && question_ && namesSize && (code == "150 " || code == "125 "))
+        announced_ = numberAt(line.substr(place + 1));
 }
 
 curl_socket_t CurlSession::onOpen(void* self, curlsocktype, curl_sockaddr* address) {
@@ -306,12 +354,17 @@ void CurlSession::awaitReply() {
 
 ReadFailure CurlSession::failureOf(CURLcode code) const {
     if (ownFailure_) return ownFailure_;
+    if (code == CURLE_REMOTE_FILE_NOT_FOUND) return {kindOf(code), "The file does not exist"};
     if (code != CURLE_OK) return {kindOf(code), error_[0] ? error_.data() : curl_easy_strerror(code)};
     long answer = 0;
     curl_easy_getinfo(easy_, CURLINFO_RESPONSE_CODE, &answer);
     // A proxy that sends its user elsewhere has not sent the file.
     if (isOverHttp() && answer != 200) {
         return {ReadFailure::Kind::brokenOff, "the proxy's answer was " + std::to_string(answer)};
+    }
+    if (received_ < size()) {
+        return {ReadFailure::Kind::brokenOff,
+                std::to_string(received_) + " of " + std::to_string(size()) + " bytes have come"};
     }
     return {};
 }

@@ -42,7 +42,8 @@ public:
     /// False when there is no connection, or the server has ended it.
     bool isOpen() const;
 
-    /// Bytes that the running read will bring; 0 when the server does not say.
+    /// Bytes that the running read will bring, as the server announces; 0 when it does not. A file that turns out
+    /// to have more or fewer is none.
     std::int64_t size() const;
 
 private:
@@ -52,6 +53,7 @@ private:
     static int onTimeChange(CURLM*, long ms, void* self);
     static std::size_t onBody(char* bytes, std::size_t size, std::size_t count, void* self);
     static std::size_t onHeader(char* bytes, std::size_t size, std::size_t count, void* self);
+    static int onConnected(void* self, char*, char*, int, int);
     static curl_socket_t onOpen(void* self, curlsocktype, curl_sockaddr* address);
     static int onClose(void* self, curl_socket_t socket);
     static int onProgress(void* self, curl_off_t, curl_off_t, curl_off_t, curl_off_t);
@@ -59,6 +61,8 @@ private:
     template <class Value>
     void set(CURLoption option, Value value);
     void applyRoute(const SiteRoute& route);
+    void askForSize(const Address& address);
+    void takeReply(std::string_view line);
     void onSocket(int socket, std::uint32_t events);
     void setTimer(long ms);
     void onTimer();
@@ -82,7 +86,9 @@ private:
     int timer_;
     std::vector<int> sockets_;   // open ones, oldest first: the dialogue's, then the data's
     std::int64_t received_ = 0;  // bytes of the running read
-    std::uint64_t replied_ = 0;  // bytes of the dialogue that the library has shown
+    std::int64_t announced_ = 0;
+    curl_slist* question_ = nullptr;  // for the size, as the library sends it
+    std::uint64_t replied_ = 0;       // bytes of the dialogue that the library has shown
     bool hasReplied_ = false;
     bool isReplyAwaited_ = false;  // a held read goes on with the server's next words
     bool isTurnOver_ = false;      // ... or after the other events that are due
