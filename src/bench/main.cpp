@@ -5,6 +5,7 @@
 #include <stdexcept>
 
 #include "bench/Bench.h"
+#include "platform/linux/files/StandardDescriptors.h"
 
 namespace {
 
@@ -22,6 +23,7 @@ int runBench(const corvane::bench::BenchOptions& options) {
 }  // namespace
 
 int main(int count, char** arguments) {
+    corvane::fillStandardDescriptors();
     signal(SIGPIPE, SIG_IGN);
     try {
         const auto options = corvane::bench::benchOptions({arguments + 1, arguments + count});

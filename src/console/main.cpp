@@ -6,6 +6,7 @@
 #include "platform/linux/LinuxConsole.h"
 #include "platform/linux/LinuxPlatform.h"
 #include "platform/linux/Signals.h"
+#include "platform/linux/files/StandardDescriptors.h"
 
 namespace {
 
@@ -40,7 +41,8 @@ int runProgram(const corvane::Arguments& arguments, corvane::StandardStream& out
 
 int main(int argc, char** argv) {
     constexpr int kWrongUsage = 2, kFailed = 4;
-    corvane::ignoreBrokenPipes();
+    corvane::fillStandardDescriptors();
+    corvane::ignoreIdleSignals();
     auto out = corvane::StandardStream::output(), err = corvane::StandardStream::error();
     std::string problem;
     const auto arguments = corvane::parseArguments({argv + 1, argv + argc}, problem);

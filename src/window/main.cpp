@@ -14,6 +14,7 @@
 #include "platform/linux/Signals.h"
 #include "platform/linux/desktop/LogindInhibitor.h"
 #include "platform/linux/events/PortEvents.h"
+#include "platform/linux/files/StandardDescriptors.h"
 #include "window/frmCorvane.h"
 #include "window/rehearsal/Rehearsal.h"
 #include "window/rehearsal/frmRehearsal.h"
@@ -83,15 +84,15 @@ WindowOptions options() {
 
 /// Its exit status is the simulated device's, which tells whether it was updated.
 int rehearse(const RehearsalKind* kind) {
-    releaseSignals();  // the window that has started this one holds them back
     if (!kind) {
+        releaseSignals();  // nothing would be left half done
         frmRehearsal question;
         if (question.exec() != QDialog::Accepted) return kCancelled;
         kind = &question.chosen();
+        // From here there are files to put away, so who wants the program to end waits for the window that takes the
+        // signals.
+        holdEndingSignals();
     }
-    // From here there are files to put away, so who wants the program to end waits for the window that takes the
-    // signals.
-    holdEndingSignals();
     QApplication::setOverrideCursor(Qt::WaitCursor);
     Rehearsal rehearsal(*kind);
     QApplication::restoreOverrideCursor();
@@ -127,11 +128,16 @@ int runProgram(const Arguments& arguments) {
 }  // namespace
 
 int main(int argc, char** argv) try {
+    fillStandardDescriptors();
     for (int i = 1; i < argc; ++i) {  // both need no display
         const std::string word = argv[i];
         if (word == "--version") return std::cout << "corvane " << programVersion() << "\n", 0;
         if (word == "--help" || word == "-h") return std::cout << usageText(), 0;
     }
+    // Before Qt begins threads of its own: a signal goes to any thread that does not hold it back.
+    ignoreIdleSignals();
+    releaseSignals();  // a window that has started this one holds them back
+    holdEndingSignals();
     QApplication application(argc, argv);
     std::setlocale(LC_NUMERIC, "C");  // Qt takes the user's, which is for what people read
     QCoreApplication::setApplicationName(kProgramTitle);

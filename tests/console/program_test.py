@@ -73,9 +73,13 @@ class Program(ProgramTest):
         self.assertEqual((done.returncode, done.stdout), (0, "Open COM1 ... < OK\n"), done.stderr + self.report.read_text())
         self.assertIn("memory equals image", self.report.read_text())
 
-    def test_a_closed_standard_output(self):
-        done = self.run_bench("sh", "-c", 'exec "$@" >&- 2>&-', "sh", *self.update())
+    def test_closed_standard_streams(self):
+        """What it says about the signal goes nowhere, and not to the device, which would have the descriptor's number."""
+        done = self.run_bench("sh", "-c", 'CORVANE_VELLIO=none "$@" <&- >&- 2>&- & '
+                              "while [ ! -e $XDG_DATA_HOME/Corvane/interrupted-runs ]; do kill -0 $! || exit; done; "
+                              "kill $!; wait $!", "sh", *self.update())
         self.assertEqual(done.returncode, 0, done.stderr + self.report.read_text())
+        self.assertIn("heard 1353 bytes", self.report.read_text())
 
     def terminal_run(self, on_text):
         """corvane-cli with a controlling terminal; on_text(all text so far) True hangs up. (exit status, text)"""

@@ -5,6 +5,7 @@
 
 #include "platform/linux/LinuxConsole.h"
 #include "platform/linux/Signals.h"
+#include "platform/linux/files/StandardDescriptors.h"
 
 namespace corvane {
 namespace {
@@ -37,9 +38,11 @@ TEST(SignalSource, TurnsSignalsThatAreNotIgnoredIntoCallsWhileItLives) {
     LinuxRuntime runtime;
     int calls = 0;
     std::signal(SIGHUP, SIG_IGN);
+    ignoreIdleSignals();
     {
         const SignalSource source(runtime, [&] { ++calls; });
-        for (const int one : {SIGINT, SIGTERM, SIGHUP, SIGPIPE}) {
+        for (const int one : {SIGINT, SIGTERM, SIGHUP, SIGQUIT, SIGPIPE, SIGXFSZ, SIGUSR1, SIGUSR2, SIGALRM, SIGVTALRM,
+                              SIGPROF, SIGXCPU, SIGIO, SIGPWR, SIGSTKFLT, SIGRTMIN, SIGRTMAX}) {
             const int before = calls;
             raise(one);
             runtime.WaitActivity(1);
@@ -49,9 +52,19 @@ TEST(SignalSource, TurnsSignalsThatAreNotIgnoredIntoCallsWhileItLives) {
         raise(SIGTERM);  // nobody looks any more
     }
     runtime.DoEvents();
-    EXPECT_EQ(calls, 2);
-    std::signal(SIGHUP, SIG_DFL);
-    std::signal(SIGPIPE, SIG_DFL);
+    EXPECT_EQ(calls, 3);
+    for (int one = 1; one <= SIGRTMAX; ++one) std::signal(one, SIG_DFL);
+}
+
+TEST(StandardDescriptors, AreThereBeforeAnythingElseIsOpened) {
+    const auto startedWithoutThem = [] {
+        for (const int one : {STDIN_FILENO, STDOUT_FILENO, STDERR_FILENO}) close(one);
+        fillStandardDescriptors();
+        _exit(open("/dev/null", O_RDONLY));
+    };
+    const int first = open("/dev/null", O_RDONLY);  // what a program opens that was started with all three
+    close(first);
+    EXPECT_EXIT(startedWithoutThem(), testing::ExitedWithCode(first), "");
 }
 
 }  // namespace

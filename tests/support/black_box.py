@@ -52,15 +52,15 @@ class ProgramTest(unittest.TestCase):
         return dict(os.environ, HOME=str(self.folder), XDG_CONFIG_HOME=str(self.folder / "config"),
                     XDG_DATA_HOME=str(self.folder / "data"), CORVANE_FTP_PASSWORD="pw", LC_ALL="C.UTF-8", **more)
 
-    def bench(self, program, device, *command):
+    def bench(self, program, device, *command, setting="FTP/OffLine=False"):
         """The bench, with or without a command that it runs; it says at the end whether the memory equals the image."""
         words = [program, "--config-dir", self.folder / "config", "--device", device, "--image", self.image, "--verify",
-                 "--report", self.report]
+                 "--report", self.report, "--setting", setting]
         return [str(word) for word in words + (["--", *command] if command else [])]
 
-    def plug(self, program, device):
+    def plug(self, program, device, **options):
         """The bench, with its ports there, until unplug: its command does nothing but tell that."""
-        words = self.bench(program, device, "sh", "-c", "echo; exec cat")
+        words = self.bench(program, device, "sh", "-c", "echo; exec cat", **options)
         self.process = subprocess.Popen(words, env=self.environment(), stdin=subprocess.PIPE, stdout=subprocess.PIPE)
         self.addCleanup(self.process.kill)
         self.assertEqual(self.process.stdout.readline(), b"\n", "the bench did not start")

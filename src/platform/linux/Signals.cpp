@@ -12,7 +12,17 @@
 namespace corvane {
 namespace {
 
-constexpr std::initializer_list<int> kEndingSignals = {SIGINT, SIGTERM, SIGHUP};
+constexpr std::initializer_list<int> kEndingSignals = {SIGINT, SIGTERM, SIGHUP, SIGQUIT};
+
+/// Signals that end a program which does not know them, and that ask nothing of this one. After SIGPIPE and SIGXFSZ the
+/// write says what is wrong.
+constexpr std::initializer_list<int> kIdleSignals = {SIGPIPE, SIGXFSZ, SIGUSR1, SIGUSR2, SIGALRM,  SIGVTALRM,
+                                                     SIGPROF, SIGXCPU, SIGIO,   SIGPWR,  SIGSTKFLT};
+
+void setIdleSignals(sighandler_t what) {
+    for (const int one : kIdleSignals) std::signal(one, what);
+    for (int one = SIGRTMIN; one <= SIGRTMAX; ++one) std::signal(one, what);
+}
 
 /// The signals that cancel, except those that the program was started with to ignore, as nohup does.
 sigset_t cancelSignals() {
@@ -32,7 +42,6 @@ SignalSource::SignalSource(LinuxRuntime& runtime, std::function<void()> handler)
     : runtime_(runtime), handler_(std::move(handler)) {
     const sigset_t signals = cancelSignals();
     sigprocmask(SIG_BLOCK, &signals, nullptr);
-    ignoreBrokenPipes();
     descriptor_ = signalfd(-1, &signals, SFD_NONBLOCK | SFD_CLOEXEC);
     if (descriptor_ < 0) throw std::system_error(errno, std::generic_category(), "signalfd");
     runtime_.watch(descriptor_, EPOLLIN, [this](std::uint32_t) {
@@ -56,7 +65,7 @@ SignalSource::~SignalSource() {
     sigprocmask(SIG_UNBLOCK, &signals, nullptr);
 }
 
-void ignoreBrokenPipes() { std::signal(SIGPIPE, SIG_IGN); }
+void ignoreIdleSignals() { setIdleSignals(SIG_IGN); }
 
 void releaseSignals() {
     sigset_t none;
@@ -73,6 +82,7 @@ void holdEndingSignals() {
 
 std::function<void()> companionSetup() {
     return [parent = ::getpid()] {
+        setIdleSignals(SIG_DFL);
         releaseSignals();
         prctl(PR_SET_PDEATHSIG, SIGTERM);
         if (::getppid() != parent) ::_exit(1);  // it has ended before it could be watched

@@ -6,8 +6,8 @@
 
 namespace corvane {
 
-/// Turns SIGINT, SIGTERM and SIGHUP, as far as they are not ignored, into calls of a handler from DoEvents, and ignores
-/// SIGPIPE, while it lives.
+/// Turns SIGINT, SIGTERM, SIGHUP and SIGQUIT, as far as they are not ignored, into calls of a handler from DoEvents
+/// while it lives. In a program with several threads they must have been held back before the second one began.
 class SignalSource {
 public:
     SignalSource(LinuxRuntime& runtime, std::function<void()> handler);
@@ -23,14 +23,17 @@ private:
     int descriptor_;
 };
 
-/// A reader of this program's output that goes away is an error of a write then, and does not end the program.
-void ignoreBrokenPipes();
+/// Nothing but those four, the signals of a fault and SIGKILL ends the program from here on: a reader of its output
+/// that goes away, or a limit to the size of files, is an error of a write then. Timers, real-time signals and the like
+/// have no meaning for it, and must not cost a device its firmware.
+void ignoreIdleSignals();
 
 /// Lets signals do again what they do in a freshly started program. A program inherits from the one that starts it
 /// which signals are held back, and a SignalSource there holds back those that it takes.
 void releaseSignals();
 
-/// Keeps SIGINT, SIGTERM and SIGHUP for the SignalSource that is made next, so that nothing is left half done.
+/// Keeps the four for the SignalSource that is made next, so that nothing is left half done; in this thread and in
+/// those that it begins.
 void holdEndingSignals();
 
 /// What a child process calls before it becomes another program: it takes signals as a fresh one does and gets SIGTERM
