@@ -1,12 +1,16 @@
 #include "app/Updater.h"
 
+#include <algorithm>
+
+#include "text/Number.h"
+
 namespace corvane {
 
 Updater::Updater(const Platform& platform, const Face& face)
     : platform_(platform),
       vellIO_(platform.runtime, platform.modules, platform.hidLibrary, cancel_),
       serialPort_(platform.ports),
-      reader_(vellIO_),
+      reader_(vellIO_, platform_),
       session_(platform.runtime, face.log, serialPort_, cancel_),
       ports_(session_, serialPort_, hidPort_, reader_),
       scanner_(session_, serialPort_, hidPort_, face.password, face.panel),
@@ -19,8 +23,8 @@ Updater::Updater(const Platform& platform, const Face& face)
       references_(site_, choices, platform.settings, platform.folder, platform.launcher),
       selfUpdate_(inf_, platform.folder, site_, face.prompts, platform.launcher, platform.digest),
       selection_(choices, platform.folder, inf_, platform.settings, face.prompts, face.log),
-      journal_(platform.folder),
-      jobs_(platform.folder),
+      journal_(platform.folder, platform.files, platform.processes),
+      jobs_(platform.folder, platform.files),
       online_(site_, selfUpdate_, inf_, {platform.launcher, platform.hidLibrary}, face.log, face.view),
       installation_(session_, {scanner_, isp_, programmer_}, journal_, platform.inhibitor, face.view),
       run_({choices, session_, ports_, scanner_, site_, online_, selection_, inf_, platform.folder, platform.digest,
@@ -42,8 +46,10 @@ Updater::Updater(const Platform& platform, const Face& face)
 
 Verdict Updater::conclude(Outcome outcome) {
     auto& facts = outcome.facts;
-    if (rowOf(outcome.end).isJob && !jobs_.add(jobOf(outcome, platform_.runtime.timestamp())))
-        facts.remarks.push_back("The record " + jobs_.path() + " could not be written.");
+    const auto problem =
+        rowOf(outcome.end).isJob ? jobs_.add(jobOf(outcome, platform_.runtime.timestamp())) : std::string();
+    if (!problem.empty())
+        facts.remarks.push_back("The record " + jobs_.path() + " could not be written: " + problem + ".");
     return verdictFor(outcome);
 }
 
@@ -58,6 +64,15 @@ void Updater::tellReader(std::int32_t event, const std::string& port, const std:
     if (!onReader || (event != kUnplugged && event != kPlugged)) return;
     const auto name = toUtf8(device.empty() ? port : device);
     onReader(name + (event == kPlugged ? " is plugged in." : " was unplugged."), event == kPlugged);
+}
+
+std::string Updater::HidReader::place(const std::string& port) {
+    if (vellIO_.PortOpen()) return toUtf8(vellIO_.GetDeviceSerialNumber(port));
+    const auto node = platform_.ports.devicePath(static_cast<int>(leadingNumber(port.substr(std::min<std::size_t>(3, port.size())))));
+    if (!node) return {};
+    const auto adapter = platform_.inspector.adapterOf(*node);
+    if (!adapter.serialNumber.empty()) return std::string(trimmed(adapter.product + " " + adapter.serialNumber));
+    return adapter.socket.empty() ? std::string() : "USB socket " + adapter.socket;
 }
 
 /// The text of the reader that is open.

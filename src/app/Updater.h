@@ -60,12 +60,14 @@ public:
 private:
     class HidReader : public OpenReader {
     public:
-        explicit HidReader(VellIO& vellIO) : vellIO_(vellIO) {}
+        HidReader(VellIO& vellIO, const Platform& platform) : vellIO_(vellIO), platform_(platform) {}
         std::string deviceText() override;
         std::string firmwareText() override { return vellIO_.GetHIDVersion(); }
+        std::string place(const std::string& port) override;
 
     private:
         VellIO& vellIO_;
+        const Platform& platform_;
     };
 
     void tellReader(std::int32_t event, const std::string& port, const std::string& device);

@@ -1,5 +1,4 @@
 #include <filesystem>
-#include <fstream>
 #include <random>
 
 #include "console/Console.h"
@@ -111,12 +110,9 @@ bool writeDigests(Console& console, const std::string& file, const SiteCheck::Fe
         const auto content = fetch(path);
         return content ? console.platform.digest.sha256(*content) : std::string();
     });
-    const auto fresh = file + ".new";
-    std::error_code error;
-    if (!(std::ofstream(fresh, std::ios::binary) << text).flush()) error = std::make_error_code(std::errc::io_error);
-    if (!error) std::filesystem::rename(fresh, file, error);
-    if (error) console.err.write("corvane-cli: " + file + " cannot be written.\n");
-    return !error;
+    const auto problem = console.platform.files.replace(file, text);
+    if (!problem.empty()) console.err.write("corvane-cli: " + file + " cannot be written: " + problem + ".\n");
+    return problem.empty();
 }
 
 /// A site that lies in a folder. A path like "/../x" leads out of it, so what it names is not on the site.

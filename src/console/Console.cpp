@@ -19,6 +19,7 @@ CommandScope::CommandScope(Console& console, const Arguments& arguments, TextSin
     if (arguments.user) choices.userName = *arguments.user;
     if (console.ftpPassword) choices.password = *console.ftpPassword;
     updater.selection().remembersEntry(false);
+    for (const auto& problem : StoredSettings(console.platform.settings).problems()) face.say(problem);
     for (const auto& problem : console.platform.ports.problems()) face.say(problem);
 }
 

@@ -92,19 +92,19 @@ bool ConsoleFace::messageBox(Question question, const std::string& text) {
         if (!arguments_.selfUpdate) say("A newer program is on the site; --self-update installs it.");
         return arguments_.selfUpdate;
     }
-    const bool isUnsound = question == Question::unsoundImage;
-    if (isUnsound && arguments_.acceptUnsound) {
-        say(asLines(text) + " Yes, as --accept-unsound says.");
+    const bool isHarm = isAboutHarm(question), isUnsound = question == Question::unsoundImage;
+    const std::string option = isUnsound ? "--accept-unsound" : "--yes";
+    if (isUnsound ? arguments_.acceptUnsound : arguments_.yes) {
+        if (isHarm) say(asLines(text) + " Yes, as " + option + " says.");
         return true;
     }
-    if (!isUnsound && arguments_.yes) return true;
-    isAskingAboutImage_ = isUnsound;
+    isAskingAboutHarm_ = isHarm;
     const auto answer = ask(asLines(text) + " [y/N] ", true);
-    isAskingAboutImage_ = false;
+    isAskingAboutHarm_ = false;
     if (!answer && !terminal_.isThere()) {
-        if (isUnsound) say(asLines(text));
-        say(isUnsound ? "Nobody is there to answer the question; --accept-unsound installs the image all the same."
-                      : "Nobody is there to answer the question; --yes answers it with OK.");
+        if (isHarm) say(asLines(text));
+        say("Nobody is there to answer the question; " + option +
+            (isHarm ? " installs the image all the same." : " answers it with OK."));
     }
     const auto word = std::string(trimmed(answer.value_or("")));
     return equalsNoCase(word, "y") || equalsNoCase(word, "yes") || equalsNoCase(word, "ok");

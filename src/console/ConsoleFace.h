@@ -28,8 +28,8 @@ public:
     /// Cancel was pressed: a question that is open counts as answered with Cancel.
     void abandonQuestions() { abandoned_ = true; }
 
-    /// The question about an unsound image is open: the image is there, but the device is still as it was.
-    bool isAskingAboutImage() const { return isAskingAboutImage_; }
+    /// The last question before the device is changed is open: the run has its image, but the device is as it was.
+    bool isAskingAboutHarm() const { return isAskingAboutHarm_; }
 
     /// A line on standard error.
     void say(const std::string& utf8);
@@ -70,7 +70,7 @@ private:
     std::optional<std::string> devicePassword_;  // until it has been given
     bool isDevicePasswordUsed_ = false;
     bool abandoned_ = false;
-    bool isAskingAboutImage_ = false;
+    bool isAskingAboutHarm_ = false;
     int shownPercent_ = -1;
 };
 

@@ -27,14 +27,9 @@ std::string PlainLog::clearing() {
     return wasOpen ? "\n" : "";
 }
 
-bool LogPrinter::copyTo(const std::string& path) {
-    copy_.open(path, std::ios::trunc);
-    return copy_.is_open();
-}
-
 void LogPrinter::plain(const std::string& text) {
     if (!json_) writeHarmless(out_, text);
-    if (copy_.is_open()) copy_ << text << std::flush;
+    if (copy_) copy_->write(text);
 }
 
 void LogPrinter::text(std::string_view logged) {

@@ -1,10 +1,11 @@
 #pragma once
 
 #include <cstdint>
-#include <fstream>
+#include <memory>
 #include <string>
 #include <string_view>
 
+#include "platform/FileStore.h"
 #include "platform/TextSink.h"
 #include "run/Verdict.h"
 
@@ -25,11 +26,11 @@ class LogPrinter {
 public:
     LogPrinter(TextSink& out, bool json) : out_(out), json_(json) {}
 
-    /// Writes the file anew; false when it cannot be opened.
-    [[nodiscard]] bool copyTo(const std::string& path);
+    /// Copies the log into the file from here on.
+    void copyTo(std::unique_ptr<OutputFile> file) { copy_ = std::move(file); }
 
-    /// False when something could not be written to the file.
-    bool isCopyWhole() const { return !copy_.is_open() || copy_.good(); }
+    /// Why the copy is not whole, in words; empty when it is, or when there is none.
+    std::string copyFailure() const { return copy_ ? copy_->failure() : std::string(); }
 
     void text(std::string_view logged);
     void clear();
@@ -43,7 +44,7 @@ private:
     TextSink& out_;
     bool json_;
     PlainLog plain_;
-    std::ofstream copy_;
+    std::unique_ptr<OutputFile> copy_;
 };
 
 }  // namespace corvane

@@ -1,6 +1,6 @@
-#include <filesystem>
-
 #include "console/Console.h"
+#include "platform/Files.h"
+#include "platform/ProgramInfo.h"
 #include "settings/LocalFile.h"
 #include "text/Text.h"
 
@@ -10,7 +10,7 @@ namespace {
 /// What a signal does: Cancel while that is possible; a device that is being programmed must be finished first.
 void interruptRun(CommandScope& scope) {
     auto& run = scope.updater.run();
-    if (run.isRunning() && !run.isCancellable() && !scope.face.isAskingAboutImage()) {
+    if (run.isRunning() && !run.isCancellable() && !scope.face.isAskingAboutHarm()) {
         scope.face.say("The device is being programmed and cannot be left like this; the run goes on to its end.");
         return;
     }
@@ -35,21 +35,54 @@ void keepToPort(CommandScope& scope, const std::string& wanted) {
     scope.updater.scanner().onlyPort(wanted);
 }
 
-/// The log is written anew, so it must not be the image.
-bool openLog(CommandScope& scope, const Arguments& arguments) {
-    std::error_code error;
-    const bool isImage = arguments.file && std::filesystem::equivalent(*arguments.logFile, *arguments.file, error);
-    if (!isImage && scope.printer.copyTo(*arguments.logFile)) return true;
-    scope.face.say("The log file " + *arguments.logFile + (isImage ? " is the image." : " cannot be written."));
-    return false;
+/// What the file is to this program; empty when it is nothing: an output that is written over it would destroy it.
+std::string roleOf(const std::string& path, CommandScope& scope, const Arguments& arguments) {
+    const auto& platform = scope.updater.platform();
+    std::vector<std::pair<std::string, const char*>> files = {
+        {platform.ports.file(), "the list of the ports"},
+        {platform.settings.file(kProgramTitle), "the settings file"},
+        {platform.folder.resolve("\\firmware.inf"), "the list of the images"},
+        {scope.updater.journal().path(), "the journal"}};
+    if (arguments.file) files.emplace_back(*arguments.file, "the image");
+    const auto downloads = platform.folder.resolve("\\Download");
+    for (const auto& name : filesIn(downloads)) files.emplace_back(downloads + "/" + name, "a downloaded image");
+    for (const auto& [file, role] : files) {
+        if (!file.empty() && isSameFile(path, file)) return role;
+    }
+    return {};
+}
+
+/// Whether the files that are to be written may be, and can.
+bool openOutputs(CommandScope& scope, const Arguments& arguments) {
+    const auto refuse = [&scope](const std::string& words) {
+        scope.face.say(words + ".");
+        return false;
+    };
+    const auto& log = arguments.logFile;
+    const auto& record = arguments.record;
+    if (record) {
+        const auto role = roleOf(*record, scope, arguments);
+        if (!role.empty()) return refuse("The job record " + *record + " is " + role);
+        if (isSpecialFile(*record) || FolderExists(*record))
+            return refuse("The job record " + *record + " is no ordinary file");
+        scope.updater.jobs().keepIn(*record);
+    }
+    if (!log) return true;
+    const bool isRecord = isSameFile(*log, scope.updater.jobs().path());
+    const auto role = isRecord ? "the job record" : roleOf(*log, scope, arguments);
+    if (!role.empty()) return refuse("The log file " + *log + " is " + role);
+    std::string why;
+    auto file = scope.updater.platform().files.create(*log, why);
+    if (!file) return refuse("The log file " + *log + " cannot be written: " + why);
+    scope.printer.copyTo(std::move(file));
+    return true;
 }
 
 int perform(CommandScope& scope, const Arguments& arguments) {
     constexpr int kEndedWithoutUpdate = 1;
     if (arguments.file && !loadImage(scope, *arguments.file)) return kEndedWithoutUpdate;
     if (arguments.port) keepToPort(scope, *arguments.port);
-    if (arguments.record) scope.updater.jobs().keepIn(*arguments.record);
-    for (const auto& left : scope.updater.journal().read()) scope.face.say(left.text());
+    for (const auto& left : scope.updater.journal().left()) scope.face.say(left.text());
     if (arguments.verify) scope.updater.choices.promise = Promise::version;
     if (arguments.noVerify) scope.updater.choices.promise = Promise::programmed;
     const auto outcome = scope.updater.run().run(arguments.force);
@@ -64,11 +97,11 @@ int perform(CommandScope& scope, const Arguments& arguments) {
 int updateCommand(Console& console, const Arguments& arguments) {
     constexpr int kWrongUsage = 2;
     CommandScope scope(console, arguments, console.out, arguments.json);
-    if (arguments.logFile && !openLog(scope, arguments)) return kWrongUsage;
+    if (!openOutputs(scope, arguments)) return kWrongUsage;
     console.interrupt = [&scope] { interruptRun(scope); };
     const int code = scope.end(perform(scope, arguments));
-    if (!scope.printer.isCopyWhole())
-        scope.face.say("The log file " + *arguments.logFile + " is not complete: writing failed.");
+    if (const auto failure = scope.printer.copyFailure(); !failure.empty())
+        scope.face.say("The log file " + *arguments.logFile + " is not complete: " + failure + ".");
     scope.printer.result(code);
     return code;
 }

@@ -57,7 +57,9 @@ int main(int argc, char** argv) {
             code = kFailed;
         }
     }
-    err.finish();
     out.finish();
+    if (const auto failure = out.failure(); !failure.empty())
+        err.write("corvane-cli: standard output is not complete: " + failure + ".\n");
+    err.finish();
     return code;
 }

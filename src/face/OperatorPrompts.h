@@ -12,10 +12,16 @@ enum class Question {
     unusualUpdate,  ///< an older version, another product, an unknown one, a device that does not say what it is
     newerProgram,
     unsoundImage,
+    noJournal,  ///< a device that would be forgotten if the program or the computer failed
 };
 
 inline bool isUsual(Question question) {
     return question == Question::updateFirmware || question == Question::newerProgram;
+}
+
+/// The last questions before the device is changed.
+inline bool isAboutHarm(Question question) {
+    return question == Question::unsoundImage || question == Question::noJournal;
 }
 
 /// Questions to the operator that stop the run until they are answered.

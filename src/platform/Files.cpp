@@ -20,6 +20,13 @@ bool isSpecialFile(const std::string& path) {
     return std::filesystem::is_other(path, error);
 }
 
+bool isSameFile(const std::string& one, const std::string& other) {
+    namespace fs = std::filesystem;
+    std::error_code error;
+    if (fs::exists(one, error) || fs::exists(other, error)) return fs::equivalent(one, other, error);
+    return fs::weakly_canonical(fs::absolute(one, error), error) == fs::weakly_canonical(fs::absolute(other, error), error);
+}
+
 std::vector<std::string> filesIn(const std::string& folder) {
     std::vector<std::string> names;
     std::error_code error;

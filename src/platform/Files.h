@@ -13,6 +13,9 @@ bool FolderExists(const std::string& path);
 /// True when something lies at the path that is neither a file nor a folder: a pipe, a device, a socket.
 bool isSpecialFile(const std::string& path);
 
+/// True when both paths mean one file, by whatever links and names, or would mean one that does not exist yet.
+bool isSameFile(const std::string& one, const std::string& other);
+
 /// The names of the files in a folder; none when it cannot be read.
 std::vector<std::string> filesIn(const std::string& folder);
 

@@ -4,10 +4,12 @@
 
 #include "platform/AsyncReader.h"
 #include "platform/Digest.h"
+#include "platform/FileStore.h"
 #include "platform/Launcher.h"
 #include "platform/ModuleLoader.h"
 #include "platform/PortInspector.h"
 #include "platform/PortMap.h"
+#include "platform/Processes.h"
 #include "platform/ProgramFolder.h"
 #include "platform/Runtime.h"
 #include "platform/SerialControl.h"
@@ -29,6 +31,8 @@ struct Platform {
     Digest& digest;
     PortInspector& inspector;
     SleepInhibitor& inhibitor;
+    FileStore& files;
+    Processes& processes;
     std::string hidLibrary;  ///< path of the HID transport library, which need not exist
 };
 

@@ -15,6 +15,7 @@ struct PortHolder {
 struct PortAdapter {
     std::string product;
     std::string serialNumber;
+    std::string socket;  ///< that it is plugged into, "1-2.4"
 };
 
 /// Who may use a serial port's device node, and who does. Paths and names in the system's bytes; what cannot be found

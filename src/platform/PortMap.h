@@ -27,6 +27,9 @@ public:
     /// What is wrong with the map file as the last list had it (made now if there was none), a sentence a line that
     /// could not be used.
     virtual std::vector<std::string> problems() = 0;
+
+    /// The map file, in the system's bytes; empty where there is none.
+    virtual std::string file() const { return {}; }
 };
 
 }  // namespace corvane

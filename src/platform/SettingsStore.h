@@ -1,6 +1,7 @@
 #pragma once
 
 #include <string>
+#include <vector>
 
 namespace corvane {
 
@@ -16,6 +17,13 @@ public:
     /// On disk when it returns; False when it could not be written, with the old value kept.
     virtual bool SaveSetting(const std::string& application, const std::string& section, const std::string& key,
                              const std::string& value) = 0;
+
+    /// What is wrong with an application's file, and what was done about it, a sentence each, in UTF-8: one that others
+    /// may read is taken from them when it holds a secret.
+    virtual std::vector<std::string> problems(const std::string& /*application*/, bool /*holdsSecret*/) { return {}; }
+
+    /// An application's file, in the system's bytes; empty where there is none.
+    virtual std::string file(const std::string& /*application*/) const { return {}; }
 };
 
 }  // namespace corvane

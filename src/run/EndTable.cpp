@@ -151,6 +151,10 @@ constexpr EndRow kEnds[] = {
      kWithoutUpdate,
      "The image does not add up and was not installed",
      {"Fetch the image again, or ask its maker for a sound one.", "corvane-cli check says what is wrong with it."}},
+    {RunEnd::notRemembered,
+     kWithoutUpdate,
+     "The journal of devices without firmware could not be written, and nothing was installed without it",
+     {"Make room on the disk, or make the folder one that this user may write to.", "Then start again."}},
 
     {RunEnd::switchLocked,
      kLeftInBootLoader,

@@ -20,28 +20,45 @@ private:
     SleepInhibitor& inhibitor_;
 };
 
+/// The journal's entry belongs to a run as long as this lives.
+class AtWork {
+public:
+    explicit AtWork(RunJournal& journal) : journal_(journal) {}
+    ~AtWork() { (void)journal_.leave(); }  // at its worst the entry stays this process's for as long as that lives
+    AtWork(const AtWork&) = delete;
+    AtWork& operator=(const AtWork&) = delete;
+
+private:
+    RunJournal& journal_;
+};
+
 }  // namespace
 
+std::string Installation::remember(const Outcome& outcome) {
+    const auto& facts = outcome.facts;
+    const bool isInBootLoader = outcome.device == DeviceState::leftInBootLoader;
+    const auto firmware = isInBootLoader ? InterruptedRun::Firmware::none : InterruptedRun::Firmware::old;
+    return journal_.begin({session_.runtime.timestamp(), toUtf8(facts.portName), toUtf8(facts.deviceVersion),
+                           facts.image.path(), facts.place, firmware},
+                          isInBootLoader);
+}
+
 Ending Installation::install(Promise promise, Outcome& outcome) {
+    const AtWork atWork(journal_);
     auto& facts = outcome.facts;
     wasInBootLoader_ = outcome.device == DeviceState::leftInBootLoader;
     if (!wasInBootLoader_) {
         if (auto ending = enterBootLoader(outcome.device)) {
             log("Can't enter ISP Mode!!\r\n");
+            closeJournal(outcome);
             return session_.comm->PortOpen() ? *ending : Ending{RunEnd::lostInSwitch, toUtf8(facts.port)};
         }
     }
     log("\r\n[ISP Mode]\r\n");
     const Awake awake(inhibitor_, "A device is being programmed");
-    openJournal(facts);
     auto ending = program(promise, outcome);
     facts.repeatedRecords = programmer_.repeatedRecords();
-    if (outcome.device == DeviceState::application) {
-        // A device that was found in its boot loader, at a port that the journal does not name, may be the one that an
-        // earlier run left behind at another port: all entries go.
-        const bool isAnyones = wasInBootLoader_ && !wasInJournal_;
-        closeJournal(isAnyones ? journal_.clear() : journal_.remove(toUtf8(facts.portName)), facts);
-    }
+    closeJournal(outcome);
     session_.runtime.DoEvents();  // a click or a signal meanwhile is told, while the run is on, that it came too late
     return ending;
 }
@@ -124,21 +141,25 @@ std::optional<Ending> Installation::enterBootLoader(DeviceState& device) {
     return Ending{RunEnd::switchRefused};
 }
 
-/// From here to the reset the device has no firmware, and the next start must know even if this one is killed.
-void Installation::openJournal(RunFacts& facts) {
-    const auto port = toUtf8(facts.portName);
-    const auto known = journal_.read();
-    wasInJournal_ = std::any_of(known.begin(), known.end(), [&port](const auto& run) { return run.port == port; });
-    if (journal_.add({session_.runtime.timestamp(), port, toUtf8(facts.deviceVersion), facts.image.path()})) return;
-    facts.remarks.push_back("The journal " + journal_.path() +
-                            " could not be written: had the program or the computer failed meanwhile, the next start "
-                            "would not have known of this device.");
+/// What the next start would say of the device, were this program killed now.
+void Installation::note(InterruptedRun::Firmware firmware, RunFacts& facts) {
+    if (journal_.note(firmware)) return;
+    const auto remark = "The journal " + journal_.path() +
+                        " could not be kept up: had the program or the computer failed meanwhile, the next start would "
+                        "not have known how far it came.";
+    if (std::find(facts.remarks.begin(), facts.remarks.end(), remark) == facts.remarks.end())
+        facts.remarks.push_back(remark);
 }
 
-void Installation::closeJournal(bool isClosed, RunFacts& facts) {
-    if (isClosed) return;
-    facts.remarks.push_back("The journal " + journal_.path() +
-                            " could not be written: the next start still names this device, which is well.");
+/// The entry goes when the device is well. It is, too, when it was asked to switch and does not answer: its firmware is
+/// whole, and the verdict says what starts it.
+void Installation::closeJournal(Outcome& outcome) {
+    const auto device = outcome.device;
+    const bool isWell = device == DeviceState::application || device == DeviceState::mayBeInBootLoader ||
+                        device == DeviceState::bootLoaderWhole;
+    if (!isWell || journal_.end()) return;
+    outcome.facts.remarks.push_back("The journal " + journal_.path() +
+                                    " could not be written: the next start still names this device, which is well.");
 }
 
 /// Tries until one succeeds, three in all. An erase that has succeeded is not repeated, unless what was programmed
@@ -151,6 +172,7 @@ bool Installation::eraseAndProgram(Outcome& outcome) {
         view_.phase(RunPhase::erase);
         if (!isErased) {
             if (outcome.device != DeviceState::bootLoaderEmpty) outcome.device = DeviceState::bootLoaderDoubtful;
+            note(InterruptedRun::Firmware::none, outcome.facts);
             isErased = isp_.ISP_Erase();
             if (isErased) {
                 outcome.device = DeviceState::bootLoaderEmpty;
@@ -159,7 +181,10 @@ bool Installation::eraseAndProgram(Outcome& outcome) {
         }
         if (isErased) {
             view_.phase(RunPhase::program);
-            if (programmer_.ISP_Program(outcome.facts.image) && isQuietAfterwards()) return true;
+            if (programmer_.ISP_Program(outcome.facts.image) && isQuietAfterwards()) {
+                note(InterruptedRun::Firmware::whole, outcome.facts);
+                return true;
+            }
         }
         endTry();
         if (isErased && programmer_.mustEraseAgain()) {

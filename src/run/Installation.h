@@ -31,6 +31,11 @@ public:
           inhibitor_(inhibitor),
           view_(view) {}
 
+    /// Writes into the journal that the outcome's device is to get its image; comes before install. Empty when it stands
+    /// there, else why not, in words: had the program or the computer to stop meanwhile, nobody would know of the device.
+    [[nodiscard]] std::string remember(const Outcome& outcome);
+    std::string journalPath() const { return journal_.path(); }
+
     /// Installs the outcome's image on the device at the session's port. Port and device version stand in it, too; what
     /// becomes of the device stands in it at every moment.
     [[nodiscard]] Ending install(Promise promise, Outcome& outcome);
@@ -44,8 +49,8 @@ private:
     void bringBack(const RunFacts& facts);
     [[nodiscard]] Ending restart(Promise promise, Outcome& outcome);
     [[nodiscard]] Ending prove(Promise promise, bool mayBeDisturbed, Outcome& outcome);
-    void openJournal(RunFacts& facts);
-    void closeJournal(bool isClosed, RunFacts& facts);
+    void note(InterruptedRun::Firmware firmware, RunFacts& facts);
+    void closeJournal(Outcome& outcome);
     void log(const std::string& text) { session_.log.ShowInfo(text); }
 
     static constexpr int kTries = 3;
@@ -60,7 +65,6 @@ private:
     int tries_ = 0;
     bool isFinished_ = false;       // the log has its last line
     bool wasInBootLoader_ = false;  // when it was found
-    bool wasInJournal_ = false;     // the port, when the erase began
 };
 
 }  // namespace corvane

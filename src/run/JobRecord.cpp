@@ -2,7 +2,6 @@
 
 #include <algorithm>
 #include <filesystem>
-#include <fstream>
 
 #include "platform/Files.h"
 #include "run/Verdict.h"
@@ -15,9 +14,24 @@ namespace {
 
 constexpr char kHead[] = "time,port,device before,device after,image,SHA-256,repeated records,verdict";
 
-std::string csvField(std::string text) {
-    if (!text.empty() && std::string_view("=+-@\t\r").find(text.front()) != std::string_view::npos) text.insert(0, "'");
-    if (text.find_first_of("\",\r\n") == std::string::npos) return text;
+/// Also those of two bytes, U+0080 to U+009F.
+std::string withoutControls(const std::string& utf8) {
+    std::string text;
+    for (std::size_t at = 0; at < utf8.size(); ++at) {
+        const auto code = static_cast<unsigned char>(utf8[at]);
+        const auto next = static_cast<unsigned char>(at + 1 < utf8.size() ? utf8[at + 1] : '\0');
+        const bool isPair = code == 0xC2 && next >= 0x80 && next < 0xA0;
+        text += isPair || code < 0x20 || code == 0x7F ? ' ' : utf8[at];
+        if (isPair) ++at;
+    }
+    return text;
+}
+
+std::string csvField(const std::string& given) {
+    auto text = withoutControls(given);
+    const auto first = trimmed(text).substr(0, 1);
+    if (!first.empty() && std::string_view("=+-@").find(first.front()) != std::string_view::npos) text.insert(0, "'");
+    if (text.find_first_of("\",") == std::string::npos) return text;
     return "\"" + replaceAll(text, "\"", "\"\"") + "\"";
 }
 
@@ -65,15 +79,11 @@ std::vector<std::string> jobFields(std::string_view line) {
     return fields;
 }
 
-bool JobRecord::add(const Job& job) {
+std::string JobRecord::add(const Job& job) {
     if (job.verdict == verdictName(Verdict::Kind::updated)) ++updated_;
     const auto folder = std::filesystem::path(path_).parent_path().string();
-    if (!folder.empty() && !makeFolder(folder)) return false;
-    const bool isNew = !FileExists(path_);
-    std::ofstream file(path_, std::ios::binary | std::ios::app);
-    if (isNew) file << kHead << "\r\n";
-    file << csvLine(job) << "\r\n";
-    return static_cast<bool>(file.flush());
+    if (!folder.empty() && !makeFolder(folder)) return "the folder cannot be made";
+    return files_.append(path_, std::string(kHead) + "\r\n", csvLine(job) + "\r\n", named_);
 }
 
 std::vector<std::string> JobRecord::last(std::size_t most) const {

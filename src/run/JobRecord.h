@@ -4,6 +4,7 @@
 #include <string_view>
 #include <vector>
 
+#include "platform/FileStore.h"
 #include "platform/ProgramFolder.h"
 #include "run/Outcome.h"
 
@@ -23,8 +24,8 @@ struct Job {
 
 Job jobOf(const Outcome& outcome, const std::string& time);
 
-/// The line without its end: fields in quotes where they need them. A field that a spreadsheet would take for a formula
-/// gets a ' in front, since devices and sites write some of them.
+/// The line without its end: fields in quotes where they need them. Devices and sites write some of them, so each is
+/// inert text: a control character is a blank, and one that a spreadsheet would take for a formula gets a ' in front.
 std::string csvLine(const Job& job);
 
 /// A line of the record in its fields, in the order of Job, as the head line names them.
@@ -33,13 +34,16 @@ std::vector<std::string> jobFields(std::string_view line);
 /// A CSV file that grows by a line a run, with a head line; the user's own unless another file is named.
 class JobRecord {
 public:
-    explicit JobRecord(const ProgramFolder& folder) : path_(folder.dataPath() + "/jobs.csv") {}
+    JobRecord(const ProgramFolder& folder, FileStore& files) : path_(folder.dataPath() + "/jobs.csv"), files_(files) {}
 
-    void keepIn(const std::string& path) { path_ = path; }
+    void keepIn(const std::string& path) {
+        path_ = path;
+        named_ = FileStore::Named::byOperator;
+    }
     const std::string& path() const { return path_; }
 
-    /// False when it could not be written.
-    [[nodiscard]] bool add(const Job& job);
+    /// Empty when it was written, else why not, in words.
+    [[nodiscard]] std::string add(const Job& job);
 
     /// The last lines, the newest first, as they stand in the file.
     std::vector<std::string> last(std::size_t most) const;
@@ -49,6 +53,8 @@ public:
 
 private:
     std::string path_;
+    FileStore& files_;
+    FileStore::Named named_ = FileStore::Named::byProgram;
     int updated_ = 0;
 };
 

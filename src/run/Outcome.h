@@ -45,6 +45,7 @@ enum class RunEnd {
     imageTooLarge,
     imageEmpty,    ///< it holds no data
     imageRefused,  ///< it does not add up, and the operator did not want it all the same
+    notRemembered,  ///< the journal could not be written, and the operator did not want to go on without it
     // The device.
     switchLocked,      ///< it wants a password first
     switchRefused,     ///< it did not agree to leave its application
@@ -85,6 +86,7 @@ struct Ending {
 struct RunFacts {
     std::string port;           ///< as the log shows it
     std::string portName;       ///< as it opens
+    std::string place;          ///< what the adapter or the reader at the port is known by; UTF-8
     std::string settings;       ///< of the line when the device was found
     std::string protocolName;   ///< empty for a boot loader, which tells nothing of its application's
     std::string deviceVersion;  ///< as the device said it before

@@ -1,28 +1,122 @@
 #include "run/RunJournal.h"
 
+#include <algorithm>
+#include <array>
 #include <filesystem>
-#include <fstream>
+#include <map>
 
 #include "platform/Files.h"
+#include "text/Number.h"
 #include "text/RuntimeError.h"
 #include "text/Text.h"
 
 namespace corvane {
 namespace {
 
-/// The file has a line for each value, so a value must not hold line ends; they are left out.
-std::string oneLine(std::string text) {
+using Firmware = InterruptedRun::Firmware;
+using Runs = std::vector<InterruptedRun>;
+
+constexpr std::array<const char*, 3> kFirmware = {"old", "none", "whole"};
+
+/// Every value is a line of the file.
+std::string withoutLineEnds(std::string text) {
     std::erase_if(text, [](char c) { return c == '\n' || c == '\r'; });
     return text;
 }
 
-bool readRun(Lines& lines, InterruptedRun& run) {
-    std::string_view line;
-    for (auto* value : {&run.time, &run.port, &run.device, &run.image}) {
-        if (!lines.next(line)) return false;
-        *value = line;
+/// A line for each value, "name=value", and an empty one.
+std::string entryOf(const InterruptedRun& run) {
+    const std::pair<const char*, std::string> values[] = {
+        {"time", run.time},
+        {"port", run.port},
+        {"device", run.device},
+        {"image", run.image},
+        {"place", run.place},
+        {"firmware", kFirmware[static_cast<std::size_t>(run.firmware)]},
+        {"process", run.process.number == 0 ? "" : std::to_string(run.process.number) + " " + run.process.start}};
+    std::string lines;
+    for (const auto& [name, value] : values) lines.append(name).append("=").append(value).append("\n");
+    return lines + "\n";
+}
+
+InterruptedRun runOf(std::map<std::string, std::string, std::less<>>& values) {
+    InterruptedRun run{values["time"], values["port"], values["device"], values["image"], values["place"]};
+    for (std::size_t i = 0; i < kFirmware.size(); ++i) {
+        if (values["firmware"] == kFirmware[i]) run.firmware = static_cast<Firmware>(i);
     }
-    return true;
+    const auto& process = values["process"];
+    if (const auto blank = process.find(' '); blank != std::string::npos)
+        run.process = {static_cast<int>(leadingNumber(process.substr(0, 9))), process.substr(blank + 1)};
+    return run;
+}
+
+/// Entries of the versions before 1.1: four lines, without names.
+Runs readOld(Lines lines) {
+    Runs runs;
+    std::string_view line;
+    for (InterruptedRun run;; runs.push_back(run)) {
+        for (auto* value : {&run.time, &run.port, &run.device, &run.image}) {
+            if (!lines.next(line)) return runs;
+            *value = line;
+        }
+    }
+}
+
+Runs parsed(const std::string& content) {
+    if (!content.starts_with("time=")) return readOld(Lines(content));
+    Runs runs;
+    std::map<std::string, std::string, std::less<>> values;
+    std::string_view line;
+    for (Lines lines(content); lines.next(line);) {
+        const auto equals = line.find('=');
+        if (equals != std::string_view::npos) {
+            values[std::string(line.substr(0, equals))] = line.substr(equals + 1);
+        } else if (line.empty()) {
+            if (!values["port"].empty()) runs.push_back(runOf(values));
+            values.clear();
+        }
+    }
+    return runs;
+}
+
+/// Nothing when it is there and cannot be read: what it says must not be lost then.
+std::optional<Runs> readJournal(const std::string& path) {
+    try {
+        return parsed(readFile(path));
+    } catch (const RuntimeError&) {
+        if (FileExists(path)) return std::nullopt;
+        return Runs();
+    }
+}
+
+bool isSamePlace(const InterruptedRun& one, const InterruptedRun& other) {
+    return one.place.empty() || other.place.empty() ? one.port == other.port : one.place == other.place;
+}
+
+/// How much speaks for it that an entry is about a device in its boot loader; 0 for nothing.
+int likeness(const InterruptedRun& entry, const InterruptedRun& run) {
+    if (!entry.place.empty() && entry.place == run.place) return 3;
+    if (isSamePlace(entry, run)) return 2;
+    return entry.image == run.image ? 1 : 0;
+}
+
+/// The entry of an earlier run that this device is in: one that runs its application cannot be the one that was left
+/// without any, even though it is at the same place. In its boot loader it may have moved to another place, and is
+/// known by its image, or because nothing else is missed.
+Runs::iterator entryFor(const InterruptedRun& run, bool isInBootLoader, Runs& runs,
+                        const std::vector<Runs::iterator>& left) {
+    auto found = runs.end();
+    for (const auto entry : left) {
+        if (isInBootLoader) {
+            const bool isOnly = left.size() == 1;
+            if (!isOnly && likeness(*entry, run) == 0) continue;
+            if (found == runs.end() || likeness(*entry, run) >= likeness(*found, run)) found = entry;
+        } else if (isSamePlace(*entry, run) && (entry->firmware == Firmware::whole ||
+                                                (entry->firmware == Firmware::old && entry->device == run.device))) {
+            found = entry;
+        }
+    }
+    return found;
 }
 
 }  // namespace
@@ -33,50 +127,106 @@ std::string InterruptedRun::brief() const {
 }
 
 std::string InterruptedRun::text() const {
-    return "A device was left in its boot loader at " + brief() + ". To go on, force an update with the image " +
-           image + ".";
+    const auto force = "force an update with the image " + image + ".";
+    const auto at = " at " + brief() + (place.empty() ? "" : " (" + place + ")");
+    switch (firmware) {
+        case Firmware::old:
+            return "An update was cut off before the erase" + at +
+                   ". Switch the device off and on: it has its firmware still. If it does not start, " + force;
+        case Firmware::whole:
+            return "An update was cut off when all was programmed" + at +
+                   ". Switch the device off and on: it has its new firmware. If it does not start, " + force;
+        case Firmware::none:
+            break;
+    }
+    return "A device was left in its boot loader" + at + ". To go on, " + force;
 }
 
-std::vector<InterruptedRun> RunJournal::read() const {
-    std::vector<InterruptedRun> runs;
-    try {
-        const auto content = readFile(path());
-        Lines lines(content);
-        for (InterruptedRun run; readRun(lines, run);) runs.push_back(run);
-    } catch (const RuntimeError&) {
-        return {};  // nothing was interrupted
-    }
+bool RunJournal::isAtWork(const InterruptedRun& run) const {
+    return run.process.number != 0 && run.process != processes_.own() && processes_.isAlive(run.process);
+}
+
+std::vector<InterruptedRun> RunJournal::left() const {
+    auto runs = readJournal(path()).value_or(Runs());
+    std::erase_if(runs, [this](const auto& run) { return isAtWork(run) || run == own_; });
     return runs;
 }
 
-bool RunJournal::add(const InterruptedRun& run) const {
-    auto runs = read();
-    std::erase_if(runs, [&run](const InterruptedRun& other) { return other.port == run.port; });
-    runs.push_back(run);
-    return write(runs);
-}
-
-bool RunJournal::remove(const std::string& port) const {
-    auto runs = read();
-    std::erase_if(runs, [&port](const InterruptedRun& run) { return run.port == port; });
-    return runs.empty() ? clear() : write(runs);
-}
-
-bool RunJournal::clear() const { return deleteFile(path()); }
-
-bool RunJournal::write(const std::vector<InterruptedRun>& runs) const {
-    if (!makeFolder(folder_.dataPath())) return false;
-    const auto fresh = path() + ".new";
-    {
-        std::ofstream file(fresh, std::ios::binary | std::ios::trunc);
-        for (const auto& run : runs) {
-            for (const auto* value : {&run.time, &run.port, &run.device, &run.image}) file << oneLine(*value) << '\n';
-        }
-        if (!file.flush()) return false;
+std::string RunJournal::begin(InterruptedRun run, bool isInBootLoader) {
+    constexpr std::size_t kMost = 1000;  // of a disk that always fails, or of whoever writes into the file
+    for (auto* value : {&run.time, &run.port, &run.device, &run.image, &run.place})
+        *value = withoutLineEnds(std::move(*value));
+    run.process = processes_.own();
+    if (!makeFolder(folder_.dataPath())) return "the folder cannot be made";
+    const auto lock = files_.lock(folder_.dataPath());
+    if (!lock) return "another program keeps it";
+    auto runs = readJournal(path());
+    if (!runs) return "it cannot be read";
+    std::vector<Runs::iterator> left;
+    for (auto entry = runs->begin(); entry != runs->end(); ++entry) {
+        if (!isAtWork(*entry)) left.push_back(entry);
     }
-    std::error_code error;
-    std::filesystem::rename(fresh, path(), error);
-    return !error;
+    if (const auto earlier = entryFor(run, isInBootLoader, *runs, left); earlier != runs->end()) {
+        if (isInBootLoader) run.device = earlier->device;  // it tells nothing of itself
+        runs->erase(earlier);
+    }
+    if (runs->size() >= kMost) runs->erase(runs->begin());
+    runs->push_back(run);
+    auto problem = write(*runs);
+    if (problem.empty()) own_ = run;
+    return problem;
+}
+
+/// Changes this process's entry, or takes it out: nothing is what it becomes then.
+template <typename Change>
+bool RunJournal::changeOwn(Change change) {
+    if (!own_) return true;
+    const auto lock = files_.lock(folder_.dataPath());
+    auto runs = readJournal(path());
+    if (!lock || !runs) return false;
+    const auto found = std::find(runs->begin(), runs->end(), *own_);
+    std::optional<InterruptedRun> changed = own_;
+    change(changed);
+    if (found != runs->end()) runs->erase(found);
+    if (changed) runs->push_back(*changed);
+    if (!write(*runs).empty()) return false;
+    own_ = changed;
+    return true;
+}
+
+bool RunJournal::note(Firmware firmware) {
+    if (own_ && own_->firmware == firmware) return true;
+    return changeOwn([firmware](auto& run) { run->firmware = firmware; });
+}
+
+bool RunJournal::end() {
+    return changeOwn([](auto& run) { run.reset(); });
+}
+
+bool RunJournal::leave() {
+    const bool isWritten = changeOwn([](auto& run) { run->process = {}; });
+    own_.reset();
+    return isWritten;
+}
+
+bool RunJournal::forget(const InterruptedRun& run) {
+    const auto lock = files_.lock(folder_.dataPath());
+    auto runs = readJournal(path());
+    if (!lock || !runs) return false;
+    const auto found = std::find(runs->begin(), runs->end(), run);
+    if (found != runs->end()) runs->erase(found);
+    return write(*runs).empty();
+}
+
+/// A journal without entries is no file.
+std::string RunJournal::write(const std::vector<InterruptedRun>& runs) const {
+    if (runs.empty()) {
+        std::string why;
+        return deleteFile(path(), why) ? "" : why;
+    }
+    std::string content;
+    for (const auto& run : runs) content += entryOf(run);
+    return files_.replace(path(), content);
 }
 
 }  // namespace corvane

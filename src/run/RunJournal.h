@@ -1,18 +1,33 @@
 #pragma once
 
+#include <optional>
 #include <string>
 #include <vector>
 
+#include "platform/FileStore.h"
+#include "platform/Processes.h"
 #include "platform/ProgramFolder.h"
 
 namespace corvane {
 
-/// A device that an earlier run left in its boot loader. Texts in UTF-8, the path in the system's bytes.
+/// A device that a run has at work, or that an earlier one left. Texts in UTF-8, the path in the system's bytes.
 struct InterruptedRun {
+    /// What the device has, whatever it is doing.
+    enum class Firmware {
+        old,   ///< nothing was erased yet
+        none,  ///< it is being erased or programmed
+        whole  ///< the new one, complete
+    };
+
     std::string time;  ///< "2026-11-24 14:02:07"
     std::string port;
-    std::string device;
+    std::string device;  ///< as it called itself
     std::string image;
+    std::string place{};  ///< the adapter or reader at the port, by what tells it from others; empty when nothing does
+    Firmware firmware = Firmware::none;
+    ProcessMark process{};  ///< that has it at work; none when its run has ended
+
+    bool operator==(const InterruptedRun&) const = default;
 
     /// When, where and which: "2026-11-24 14:02: COM3, TARN-R200 V5.1R23".
     std::string brief() const;
@@ -21,30 +36,49 @@ struct InterruptedRun {
     std::string text() const;
 };
 
-/// Remembers from the erase to the reset which devices have no firmware, one a port, in a file that outlives a killed
-/// program. Errors are answered with False: a run does not fail because it cannot be remembered.
+/// Remembers which devices are on their way to other firmware, in a file that outlives a killed program and is on the
+/// disk when each of these functions returns. An entry belongs to the process that works on the device as long as that
+/// lives, else to nobody; it goes when the device is well or when the operator says so. One device rescued is one entry
+/// gone, and never two. Several programs may use one journal. Owns nothing but its part in it.
 class RunJournal {
 public:
-    explicit RunJournal(const ProgramFolder& folder) : folder_(folder) {}
+    RunJournal(const ProgramFolder& folder, FileStore& files, Processes& processes)
+        : folder_(folder), files_(files), processes_(processes) {}
 
-    std::vector<InterruptedRun> read() const;
+    /// The devices that were left, the oldest first; not those that a living program works on.
+    std::vector<InterruptedRun> left() const;
 
-    /// In the file when it returns, in place of what it said about that port.
-    [[nodiscard]] bool add(const InterruptedRun& run) const;
+    /// A run begins on this device: the entry becomes this process's. It takes the place of an earlier one that is, as
+    /// far as anybody can know, about the same device. The reason in words when it could not be written, or when what
+    /// is there cannot be read.
+    [[nodiscard]] std::string begin(InterruptedRun run, bool isInBootLoader);
 
-    /// The device at that port is well again.
-    [[nodiscard]] bool remove(const std::string& port) const;
+    /// What the device at work has now. False when it could not be written; so with the next two. Nothing is done
+    /// without a begin.
+    [[nodiscard]] bool note(InterruptedRun::Firmware firmware);
 
-    /// So are all of them.
-    [[nodiscard]] bool clear() const;
+    /// It is well.
+    [[nodiscard]] bool end();
+
+    /// The run has ended, and the device is left as it is.
+    [[nodiscard]] bool leave();
+
+    /// The operator says that this one is well, or will never be.
+    [[nodiscard]] bool forget(const InterruptedRun& run);
 
     /// The file, in the system's bytes.
     std::string path() const { return folder_.dataPath() + "/interrupted-runs"; }
 
 private:
-    bool write(const std::vector<InterruptedRun>& runs) const;
+    template <typename Change>
+    bool changeOwn(Change change);
+    std::string write(const std::vector<InterruptedRun>& runs) const;
+    bool isAtWork(const InterruptedRun& run) const;
 
     const ProgramFolder& folder_;
+    FileStore& files_;
+    Processes& processes_;
+    std::optional<InterruptedRun> own_;
 };
 
 }  // namespace corvane

@@ -11,6 +11,9 @@ public:
     virtual ~OpenReader() = default;
     virtual std::string deviceText() = 0;
     virtual std::string firmwareText() = 0;
+
+    /// What tells the reader, or the adapter at a serial port, from others; UTF-8, empty when nothing does.
+    virtual std::string place(const std::string& port) = 0;
 };
 
 /// The two port objects of a run, one of which is the session's current port. Owns neither.
@@ -21,6 +24,9 @@ public:
 
     /// The current port's name; behind a HID reader's its own firmware version.
     std::string name() const;
+
+    /// What tells the current port's adapter or reader from others; UTF-8, empty when nothing does.
+    std::string place() const { return reader_.place(session_.comm->CommPort()); }
 
     /// The current port was open and is gone.
     bool isLost() const { return !session_.comm->PortOpen(); }

@@ -114,6 +114,7 @@ void UpdateRun::noteDevice(const std::string& version, bool inIsp) {
     facts.settings = p_.session.comm->Settings();
     if (!inIsp) facts.protocolName = p_.session.protocolName;
     facts.port = p_.ports.name();
+    facts.place = p_.ports.place();
     log("[Local Site]\r\n");
     logText("Comm Port : ", facts.port, "\r\n");
     logText("Device F/W: ", version, "\r\n\r\n");
@@ -182,6 +183,7 @@ Ending UpdateRun::withImage() {
         return *ending;
     }
     if (!isImageWanted()) return {RunEnd::imageRefused};
+    if (auto ending = remember()) return *ending;
     return p_.installation.install(p_.choices.promise, outcome_);
 }
 
@@ -243,6 +245,24 @@ bool UpdateRun::isImageWanted() {
     return findings.empty() ||
            p_.prompts.messageBox(Question::unsoundImage, "This image does not add up:\r\n" + joined(findings, "\r\n") +
                                                              "\r\nInstall it all the same?");
+}
+
+/// Before the device leaves its application the journal knows of it, or the operator that it does not. Nothing when the
+/// run goes on.
+std::optional<Ending> UpdateRun::remember() {
+    const auto problem = p_.installation.remember(outcome_);
+    if (problem.empty()) return std::nullopt;
+    const auto& path = p_.installation.journalPath();
+    const bool goesOn = p_.prompts.messageBox(
+        Question::noJournal, fromUtf8("The journal of devices without firmware, " + path + ", could not be written: " +
+                                      problem +
+                                      ".\r\nIf the program or the computer fails meanwhile, the next start will not "
+                                      "know of this device.\r\nInstall the image all the same?"));
+    if (!goesOn) return Ending{RunEnd::notRemembered, path + ": " + problem};
+    outcome_.facts.remarks.push_back("The journal " + path + " could not be written (" + problem +
+                                     "): had the program or the computer failed meanwhile, the next start would not "
+                                     "have known of this device.");
+    return std::nullopt;
 }
 
 /// Why a fetched image is not the one that the site announces; empty when it is, or when the site does not say.

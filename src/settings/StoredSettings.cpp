@@ -66,6 +66,13 @@ bool StoredSettings::save(const Choices& choices, const Choices& loaded) {
     return writeChanged(Keys::server, choices.server, loaded.server) && saved;
 }
 
+/// A proxy's address may hold a password, too.
+std::vector<std::string> StoredSettings::problems() {
+    const bool hasPassword =
+        !read(Keys::password).empty() || read(Keys::proxy).find('@') != std::string::npos;
+    return store_.problems(kProgramTitle, hasPassword);
+}
+
 ConnectionSettings StoredSettings::connection() const {
     ConnectionSettings connection;
     const double type = leadingNumber(read(Keys::accessType, "0"));

@@ -34,6 +34,9 @@ public:
     /// what another one has stored meanwhile.
     [[nodiscard]] bool save(const Choices& choices, const Choices& loaded);
 
+    /// What is wrong with the store, and what was done about it, a sentence each, in UTF-8.
+    std::vector<std::string> problems();
+
     ConnectionSettings connection() const;
     [[nodiscard]] bool save(const ConnectionSettings& connection, const ConnectionSettings& loaded);
 

@@ -106,8 +106,10 @@ bool Lines::next(std::string_view& line) {
 
 std::string readFile(const std::string& path) {
     std::error_code error;
+    // A pipe would wait for somebody to write into it, perhaps for ever.
+    if (!std::filesystem::is_regular_file(path, error)) throw RuntimeError::fileNotFound();
     std::ifstream file(path, std::ios::binary);
-    if (!file || std::filesystem::is_directory(path, error)) throw RuntimeError::fileNotFound();
+    if (!file) throw RuntimeError::fileNotFound();
     try {
         return {std::istreambuf_iterator<char>(file), std::istreambuf_iterator<char>()};
     } catch (const std::ios_base::failure&) {  // a medium or a device that is going away

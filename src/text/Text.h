@@ -47,7 +47,7 @@ private:
     std::string_view rest_;
 };
 
-/// A whole file as bytes; throws RuntimeError "File not found" when it cannot be read (a folder cannot).
+/// A whole file as bytes; throws RuntimeError "File not found" when it cannot be read (a folder and a pipe cannot).
 std::string readFile(const std::string& path);
 
 }  // namespace corvane

@@ -77,6 +77,7 @@ frmCorvane::frmCorvane(const Platform& platform, const WindowOptions& options)
     presenter_.load();
     presenter_.lookAtPorts();
     if (!options_.remark.isEmpty()) say(options_.remark);
+    for (const auto& problem : StoredSettings(platform_.settings).problems()) say(QString::fromStdString(problem));
     for (const auto& problem : platform_.ports.problems()) say(QString::fromStdString(problem));
     showProgress();
     resize(QSize(720, 600).boundedTo(screen()->availableSize()));
@@ -207,7 +208,7 @@ void frmCorvane::closeFromOutside() {
 }
 
 void frmCorvane::closeEvent(QCloseEvent* event) {
-    const auto closing = presenter_.close(questions_.isAskingAboutImage());
+    const auto closing = presenter_.close(questions_.isAskingAboutHarm());
     event->setAccepted(closing == MainPresenter::Closing::now);
     if (closing == MainPresenter::Closing::cancels) questions_.abandon();
     showSituation();

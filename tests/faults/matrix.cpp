@@ -124,7 +124,7 @@ public:
     }
 
     bool isUpdated() const { return isUpdated_; }
-    bool isInJournal() const { return !RunJournal(folder).read().empty(); }
+    bool isInJournal() const { return !RunJournal(folder, files, processes).left().empty(); }
     const models::Device& device() const { return device_; }
     std::int64_t ms() const { return runtime.ms(); }
 

@@ -36,7 +36,7 @@ protected:
         return count;
     }
 
-    RunJournal journal{folder};
+    RunJournal& journal = updater.journal();
     std::int64_t restartAt = 0;
 };
 

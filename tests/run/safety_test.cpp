@@ -16,7 +16,7 @@ protected:
         return all;
     }
 
-    RunJournal journal{folder};
+    RunJournal& journal = updater.journal();
 };
 
 TEST_F(Safety, AsksBeforeAnUnsoundImageHarms) {

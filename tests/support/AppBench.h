@@ -68,6 +68,8 @@ struct AppBench {
     FakeDigest digest;
     FakePortInspector inspector;
     FakeInhibitor inhibitor;
+    FakeFileStore files;
+    FakeProcesses processes;
     RecordingOperator face;
     std::vector<std::unique_ptr<models::Device>> devices;
 
@@ -78,8 +80,8 @@ struct AppBench {
     bool asksAfterwards() const { return settings.before.at("Corvane/Update/AskVersion") == "True"; }
 
     Platform platform() {
-        return {runtime, serial.control, serial.map, modules,   reader,    settings,
-                folder,  launcher,       digest,     inspector, inhibitor, folder.path() + "/VellIO.so"};
+        return {runtime,  serial.control, serial.map, modules,   reader, settings,  folder,
+                launcher, digest,         inspector,  inhibitor, files,  processes, folder.path() + "/VellIO.so"};
     }
 
     models::Device& plug(models::DeviceOptions options = {}, std::int16_t number = 1) {

@@ -1,13 +1,18 @@
 #pragma once
 
+#include <algorithm>
 #include <cstdio>
+#include <filesystem>
+#include <fstream>
 #include <functional>
 #include <map>
 #include <set>
 
 #include "platform/Digest.h"
+#include "platform/FileStore.h"
 #include "platform/Launcher.h"
 #include "platform/PortInspector.h"
+#include "platform/Processes.h"
 #include "platform/SettingsStore.h"
 #include "platform/SleepInhibitor.h"
 
@@ -77,6 +82,49 @@ public:
         return found == holders.end() ? std::nullopt : std::optional(found->second);
     }
     bool isProbedForModems(const std::string& node) override { return probed.count(node) > 0; }
+};
+
+/// Real files, without the real side's precautions. While a failure is set nothing can be written, and that is why.
+class FakeFileStore : public FileStore {
+public:
+    std::string failure;
+
+    std::unique_ptr<Lock> lock(const std::string&) override { return std::make_unique<Lock>(); }
+    std::string replace(const std::string& path, std::string_view content) override {
+        return failure.empty() && !(std::ofstream(path, std::ios::binary) << content).flush() ? "no such folder" : failure;
+    }
+    std::string append(const std::string& path, std::string_view head, std::string_view text, Named) override {
+        std::error_code none;
+        const bool isNew = std::filesystem::file_size(path, none) == 0 || none;
+        std::ofstream file(path, std::ios::binary | std::ios::app);
+        if (failure.empty()) file << (isNew ? head : "") << text << std::flush;
+        return failure.empty() && !file ? "no such folder" : failure;
+    }
+    std::unique_ptr<OutputFile> create(const std::string& path, std::string& why) override {
+        auto file = std::make_unique<Stream>();
+        file->stream.open(path, std::ios::binary);
+        if (!file->stream) why = "no such folder";
+        return file->stream ? std::move(file) : nullptr;
+    }
+
+private:
+    struct Stream : OutputFile {
+        std::ofstream stream;
+        void write(std::string_view bytes) override { stream << bytes << std::flush; }
+        std::string failure() const override { return stream ? "" : "no room"; }
+    };
+};
+
+/// The test's own process and, beside it, those that it says are alive.
+class FakeProcesses : public Processes {
+public:
+    ProcessMark self{1, "now"};
+    std::vector<ProcessMark> others;
+
+    ProcessMark own() override { return self; }
+    bool isAlive(const ProcessMark& process) override {
+        return process == self || std::find(others.begin(), others.end(), process) != others.end();
+    }
 };
 
 /// Settings in memory, by "application/section/key". As long as isReadOnly is set nothing can be saved.

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cerrno>
 #include <cstdint>
+#include <cstring>
 #include <poll.h>
 #include <sys/epoll.h>
 #include <termios.h>
@@ -90,11 +91,17 @@ void StandardStream::drain(int waitMs) {
         if (written > 0) {
             done += static_cast<std::size_t>(written);
         } else if (errno != EINTR && errno != EAGAIN) {
-            isBroken_ = true;  // nobody reads any more; the run goes on all the same
+            isBroken_ = true;  // nobody reads any more, or there is no room; the run goes on all the same
+            error_ = errno;
             done = pending_.size();
         }
     }
     pending_.erase(0, done);
+}
+
+std::string StandardStream::failure() const {
+    const bool isGone = error_ == EPIPE || error_ == EIO || error_ == EBADF;  // the pipe's end, the terminal, ...
+    return isBroken_ && !isGone ? std::strerror(error_) : "";
 }
 
 bool LinuxTerminal::isThere() const { return isatty(STDIN_FILENO) == 1; }

@@ -26,12 +26,16 @@ public:
     /// Waits until everything is written or nobody reads any more.
     void finish() { drain(-1); }
 
+    /// Why something could not be written, in words; empty when all was, or when the reader went away.
+    std::string failure() const;
+
 private:
     void drain(int waitMs);
 
     int descriptor_;
     bool isTerminal_;
     bool isBroken_ = false;
+    int error_ = 0;  // of the system, for that
     std::string pending_;
 };
 

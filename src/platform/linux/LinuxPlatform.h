@@ -8,6 +8,8 @@
 #include "platform/linux/QtDigest.h"
 #include "platform/linux/QtSettingsStore.h"
 #include "platform/linux/events/LinuxRuntime.h"
+#include "platform/linux/files/LinuxFileStore.h"
+#include "platform/linux/files/ProcProcesses.h"
 #include "platform/linux/serial/ProcPortInspector.h"
 #include "platform/linux/serial/TermiosSerialControl.h"
 #include "platform/linux/transfer/CurlAsyncReader.h"
@@ -29,8 +31,8 @@ public:
     /// D-Bus, which the console does without. The window hands over its own.
     Platform seams() { return seams(noInhibitor_); }
     Platform seams(SleepInhibitor& inhibitor) {
-        return {runtime_, serial_,   ports_,  modules_,   reader_,   settings_,
-                folder_,  launcher_, digest_, inspector_, inhibitor, folder_.transportLibrary()};
+        return {runtime_,  serial_, ports_,     modules_,  reader_, settings_,  folder_,
+                launcher_, digest_, inspector_, inhibitor, files_,  processes_, folder_.transportLibrary()};
     }
 
 private:
@@ -45,6 +47,8 @@ private:
     QtDigest digest_;
     ProcPortInspector inspector_;
     NoInhibitor noInhibitor_;
+    LinuxFileStore files_;
+    ProcProcesses processes_;
 };
 
 }  // namespace corvane

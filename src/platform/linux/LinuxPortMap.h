@@ -24,6 +24,7 @@ public:
     std::optional<std::vector<PortMapEntry>> list() override;
     std::optional<std::string> devicePath(int number) override;
     std::vector<std::string> problems() override;
+    std::string file() const override { return places_.file; }
 
 private:
     bool isConsole(const std::string& device) const;

@@ -2,6 +2,8 @@
 
 #include <QFile>
 #include <QSettings>
+#include <cerrno>
+#include <cstring>
 #include <fcntl.h>
 #include <filesystem>
 #include <sys/stat.h>
@@ -47,29 +49,38 @@ bool makePrivate(const std::string& path) {
         fs::create_directories(folder.parent_path(), error);
         if (mkdir(folder.c_str(), 0700) < 0) return false;
     }
-    const int file = ::open(path.c_str(), O_WRONLY | O_CREAT | O_CLOEXEC, 0600);
+    const int file = ::open(path.c_str(), O_WRONLY | O_CREAT | O_NONBLOCK | O_CLOEXEC, 0600);
     if (file < 0) return false;
-    const bool kept = fchmod(file, 0600) == 0;
+    struct stat status {};
+    const bool kept = fstat(file, &status) == 0 && S_ISREG(status.st_mode) && fchmod(file, 0600) == 0;
     return ::close(file) == 0 && kept;
+}
+
+/// Not when something lies there that is no file: a pipe would keep the program waiting.
+bool isUsable(const std::string& path) {
+    std::error_code error;
+    const auto status = fs::status(path, error);
+    return !fs::exists(status) || fs::is_regular_file(status);
 }
 
 }  // namespace
 
 QtSettingsStore::QtSettingsStore() : QtSettingsStore(userConfigFolder()) {}
 
-std::string QtSettingsStore::fileOf(const std::string& application) const {
+std::string QtSettingsStore::file(const std::string& application) const {
     return folder_ + "/" + application + "/" + application + ".conf";
 }
 
 std::string QtSettingsStore::GetSetting(const std::string& application, const std::string& section,
                                         const std::string& key, const std::string& byDefault) {
-    const QSettings settings(QFile::decodeName(fileOf(application).c_str()), format());
+    if (!isUsable(file(application))) return byDefault;
+    const QSettings settings(QFile::decodeName(file(application).c_str()), format());
     return fromQt(settings.value(toQt(section + "/" + key), toQt(byDefault)).toString());
 }
 
 bool QtSettingsStore::SaveSetting(const std::string& application, const std::string& section, const std::string& key,
                                   const std::string& value) {
-    const auto path = fileOf(application);
+    const auto path = file(application);
     if (!makePrivate(path)) return false;
     QSettings settings(QFile::decodeName(path.c_str()), format());
     const auto name = toQt(section + "/" + key);
@@ -84,6 +95,17 @@ bool QtSettingsStore::SaveSetting(const std::string& application, const std::str
         settings.remove(name);
     }
     return false;
+}
+
+std::vector<std::string> QtSettingsStore::problems(const std::string& application, bool holdsSecret) {
+    const auto path = file(application);
+    if (!isUsable(path)) return {path + " is no ordinary file: no settings are read or kept. Remove it."};
+    struct stat status {};
+    if (!holdsSecret || stat(path.c_str(), &status) < 0 || !(status.st_mode & (S_IRWXG | S_IRWXO))) return {};
+    const auto open = path + " was open to other users of this computer, and a password stands in it. ";
+    if (chmod(path.c_str(), 0600) < 0)
+        return {open + "That could not be changed: " + std::strerror(errno) + ". Make it yours alone."};
+    return {open + "Now it is yours alone. If somebody may have read it, change the password."};
 }
 
 }  // namespace corvane

@@ -6,7 +6,8 @@ namespace corvane {
 
 /// One file for an application, <folder>/<application>/<application>.conf, in which a section is a group. Hand-written
 /// values read back as written (RawIni.h tells the rules). The file is for this user alone, replaced whole, and keeps
-/// what this program does not know, but for comments.
+/// what this program does not know, but for comments. Something else in its place, a pipe say, counts as an empty file
+/// that cannot be written.
 class QtSettingsStore : public SettingsStore {
 public:
     /// In this user's configuration folder.
@@ -17,9 +18,10 @@ public:
                            const std::string& byDefault) override;
     bool SaveSetting(const std::string& application, const std::string& section, const std::string& key,
                      const std::string& value) override;
+    std::vector<std::string> problems(const std::string& application, bool holdsSecret) override;
+    std::string file(const std::string& application) const override;
 
 private:
-    std::string fileOf(const std::string& application) const;
 
     std::string folder_;
 };

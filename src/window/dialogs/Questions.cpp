@@ -69,9 +69,9 @@ bool Questions::messageBox(Question question, const std::string& text) {
     box.setDefaultButton(isUsual(question) ? QMessageBox::Ok : QMessageBox::Cancel);
     box.button(QMessageBox::Ok)->setObjectName("cmdOK");
     box.button(QMessageBox::Cancel)->setObjectName("cmdCancel");
-    isAskingAboutImage_ = question == Question::unsoundImage;
+    isAskingAboutHarm_ = isAboutHarm(question);
     const bool counts = show(box);
-    isAskingAboutImage_ = false;
+    isAskingAboutHarm_ = false;
     return counts && box.clickedButton() == box.button(QMessageBox::Ok);
 }
 

@@ -25,8 +25,8 @@ public:
     void abandon();
     void renew() { isAbandoned_ = false, passwordsAsked_ = 0; }
 
-    /// The question about an unsound image is open: the run has its image, but the device is still as it was.
-    bool isAskingAboutImage() const { return isAskingAboutImage_; }
+    /// The last question before the device is changed is open: the run has its image, but the device is as it was.
+    bool isAskingAboutHarm() const { return isAskingAboutHarm_; }
 
     std::string inputBox(const std::string& prompt, const std::string& title, const std::string& byDefault) override;
     bool messageBox(Question question, const std::string& text) override;
@@ -40,7 +40,7 @@ private:
     QList<QDialog*> open_;  // each asks for the one below it
     bool isAbandoned_ = false;
     int passwordsAsked_ = 0;  // since the run began
-    bool isAskingAboutImage_ = false;
+    bool isAskingAboutHarm_ = false;
 };
 
 }  // namespace corvane

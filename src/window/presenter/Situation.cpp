@@ -10,7 +10,7 @@ namespace corvane {
 
 void Situation::look() {
     const auto& choices = updater_.choices;
-    state_.left = updater_.journal().read();
+    state_.left = updater_.journal().left();
     state_.hasOffer = !choices.offLine || choices.useFile || !updater_.selection().list().empty();
     state_.asksForAccount = choices.userName.empty();
     state_.rescueImage = imageForRescue();

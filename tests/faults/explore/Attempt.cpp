@@ -56,8 +56,8 @@ struct World {
     }
 
     Platform platform() {
-        return {runtime,        serial,   map,    modules,   site,      settings,
-                sharedFolder(), launcher, digest, inspector, inhibitor, kLibrary};
+        return {runtime,  serial, map,       modules,   site,  settings,  sharedFolder(),
+                launcher, digest, inspector, inhibitor, files, processes, kLibrary};
     }
 
     fakes::FakeRuntime runtime;
@@ -74,6 +74,8 @@ struct World {
     fakes::FakeDigest digest;
     fakes::FakePortInspector inspector;
     fakes::FakeInhibitor inhibitor;
+    fakes::FakeFileStore files;
+    fakes::FakeProcesses processes;
     fakes::RecordingOperator face;
 };
 
@@ -82,7 +84,9 @@ int statusOf(World& world, const TestImage& image) {
     Updater updater(world.platform(), world.face.face());
     updater.choices.offLine = updater.choices.useFile = true;
     updater.choices.image = image.value();
-    if (!updater.journal().clear()) return -1;
+    for (const auto& run : updater.journal().left()) {
+        if (!updater.journal().forget(run)) return -1;
+    }
     const int status = exitStatus(updater.run().run(false));
     updater.shutDown();
     return status;

@@ -26,6 +26,7 @@ std::string contentOf(const fs::path& path) {
 
 std::string firstLine(const std::string& text) { return std::string(trimmed(text.substr(0, text.find('\n')))); }
 
+
 std::string programOf(const fs::path& process) { return firstLine(contentOf(process / "comm")); }
 
 bool isProcess(const fs::path& path) { return isNumeric(path.filename().string()); }
@@ -59,7 +60,8 @@ PortAdapter ProcPortInspector::adapterOf(const std::string& node) {
     auto folder = error ? fs::path() : fs::canonical(fs::path(places_.ttys) / name / "device", error);
     for (; !error && folder.has_relative_path(); folder = folder.parent_path()) {
         if (!fs::exists(folder / "idVendor", error)) continue;
-        return {firstLine(contentOf(folder / "product")), firstLine(contentOf(folder / "serial"))};
+        return {firstLine(contentOf(folder / "product")), firstLine(contentOf(folder / "serial")),
+                folder.filename().string()};
     }
     return {};
 }

@@ -4,7 +4,7 @@
 
 namespace corvane {
 
-/// Reads /proc, the node itself and udev's database.
+/// Reads /proc, /sys, the node itself and udev's database.
 class ProcPortInspector : public PortInspector {
 public:
     struct Places {

@@ -1,15 +1,13 @@
 #include "platform/linux/transfer/DownloadFile.h"
 
 #include <cerrno>
-#include <csignal>
 #include <fcntl.h>
-#include <limits>
 #include <system_error>
 #include <unistd.h>
 #include <utility>
 #include <vector>
 
-#include "text/Number.h"
+#include "platform/linux/files/LeftFiles.h"
 
 namespace corvane {
 namespace {
@@ -17,8 +15,6 @@ namespace {
 namespace fs = std::filesystem;
 
 [[noreturn]] void fail(const std::string& path) { throw std::system_error(errno, std::generic_category(), path); }
-
-constexpr std::string_view kStart = ".corvane-", kEnd = ".part";
 
 /// Where the file may lie, the best place first.
 std::vector<fs::path> foldersFor(const std::string& target) {
@@ -30,30 +26,12 @@ std::vector<fs::path> foldersFor(const std::string& target) {
     return folders;
 }
 
-/// Whether a file of this name is what a killed program has left behind.
-bool isLeft(const std::string& name) {
-    if (name.substr(0, kStart.size()) != kStart || name.size() < kStart.size() + kEnd.size() ||
-        name.substr(name.size() - kEnd.size()) != kEnd) {
-        return false;
-    }
-    const double process = leadingNumber(std::string_view(name).substr(kStart.size()));
-    return process >= 1 && process <= std::numeric_limits<pid_t>::max() && ::kill(static_cast<pid_t>(process), 0) < 0 &&
-           errno == ESRCH;
-}
-
-void removeLeft(const fs::path& folder) {
-    std::error_code error;
-    for (fs::directory_iterator at(folder, error), end; !error && at != end; at.increment(error)) {
-        if (isLeft(at->path().filename().string())) ::unlink(at->path().c_str());
-    }
-}
-
 }  // namespace
 
 DownloadFile::DownloadFile(const std::string& target) {
     for (const auto& folder : foldersFor(target)) {
         if (open(folder)) {
-            if (!target.empty()) removeLeft(folder);
+            if (!target.empty()) removeLeftFiles(folder.string());
             return;
         }
     }
@@ -62,8 +40,7 @@ DownloadFile::DownloadFile(const std::string& target) {
 
 bool DownloadFile::open(const fs::path& folder) {
     for (int n = 0;; ++n) {
-        auto name = std::string(kStart) + std::to_string(::getpid()) + "-" + std::to_string(n) + std::string(kEnd);
-        path_ = (folder / name).string();
+        path_ = (folder / partName(std::to_string(n))).string();
         descriptor_ = ::open(path_.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0666);
         if (descriptor_ >= 0) return true;
         if (errno != EEXIST && errno != EINTR) return false;

@@ -1,0 +1,50 @@
+#pragma once
+
+#include <memory>
+#include <string>
+#include <string_view>
+
+namespace corvane {
+
+/// A file that is being written.
+class OutputFile {
+public:
+    virtual ~OutputFile() = default;
+    virtual void write(std::string_view bytes) = 0;
+
+    /// Why not everything could be written, in words; empty when it could.
+    virtual std::string failure() const = 0;
+};
+
+/// Files that are written so that neither a killed program nor a full disk nor whoever may write to the same folder
+/// does harm by it: nothing but an ordinary file is opened, no name can be guessed before, and where the program itself
+/// has named a file a link in its place is not followed. Paths in the system's bytes. Each answer is empty when it was
+/// done, else the reason in words.
+class FileStore {
+public:
+    enum class Named { byProgram, byOperator };
+
+    /// As long as it lives, no other program gets one for the same folder.
+    class Lock {
+    public:
+        virtual ~Lock() = default;
+    };
+
+    virtual ~FileStore() = default;
+
+    /// Waits for it a little; null when another program keeps it.
+    virtual std::unique_ptr<Lock> lock(const std::string& folder) = 0;
+
+    /// The content, whole or not at all, is on the disk when this returns. A new file is for this user alone; another
+    /// one's mode stays.
+    [[nodiscard]] virtual std::string replace(const std::string& path, std::string_view content) = 0;
+
+    /// Adds to a file's end, all or nothing, the head first where the file is empty or new.
+    [[nodiscard]] virtual std::string append(const std::string& path, std::string_view head, std::string_view text,
+                                             Named named) = 0;
+
+    /// Opens a file that the operator has named and empties it; null with the reason.
+    [[nodiscard]] virtual std::unique_ptr<OutputFile> create(const std::string& path, std::string& why) = 0;
+};
+
+}  // namespace corvane
