@@ -3,6 +3,7 @@
 #include <algorithm>
 
 #include "text/Number.h"
+#include "text/Text.h"
 
 namespace corvane {
 
@@ -68,7 +69,9 @@ void Updater::tellReader(std::int32_t event, const std::string& port, const std:
 
 std::string Updater::HidReader::place(const std::string& port) {
     if (vellIO_.PortOpen()) return toUtf8(vellIO_.GetDeviceSerialNumber(port));
-    const auto node = platform_.ports.devicePath(static_cast<int>(leadingNumber(port.substr(std::min<std::size_t>(3, port.size())))));
+    constexpr std::size_t kPrefix = 3;  // "COM"
+    const auto number = port.substr(std::min(kPrefix, port.size()));
+    const auto node = platform_.ports.devicePath(static_cast<int>(leadingNumber(number)));
     if (!node) return {};
     const auto adapter = platform_.inspector.adapterOf(*node);
     if (!adapter.serialNumber.empty()) return std::string(trimmed(adapter.product + " " + adapter.serialNumber));

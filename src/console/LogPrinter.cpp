@@ -8,15 +8,12 @@
 namespace corvane {
 namespace {
 
-/// Without what a terminal would obey, which is none of the log's business; the pane of the window shows it as it came.
-std::string asUtf8Lines(std::string_view logged) {
-    return withoutControls(replaceAll(toUtf8(logged), "\r\n", "\n"), "\n");
-}
+std::string asUtf8Lines(std::string_view logged) { return replaceAll(toUtf8(logged), "\r\n", "\n"); }
 
 }  // namespace
 
 std::string PlainLog::text(std::string_view logged) {
-    auto text = asUtf8Lines(logged);
+    auto text = withoutControls(asUtf8Lines(logged), "\n");
     if (!text.empty()) isLineOpen_ = text.back() != '\n';
     return text;
 }

@@ -24,7 +24,8 @@ bool isSameFile(const std::string& one, const std::string& other) {
     namespace fs = std::filesystem;
     std::error_code error;
     if (fs::exists(one, error) || fs::exists(other, error)) return fs::equivalent(one, other, error);
-    return fs::weakly_canonical(fs::absolute(one, error), error) == fs::weakly_canonical(fs::absolute(other, error), error);
+    return fs::weakly_canonical(fs::absolute(one, error), error) ==
+           fs::weakly_canonical(fs::absolute(other, error), error);
 }
 
 std::vector<std::string> filesIn(const std::string& folder) {

@@ -31,8 +31,9 @@ public:
           inhibitor_(inhibitor),
           view_(view) {}
 
-    /// Writes into the journal that the outcome's device is to get its image; comes before install. Empty when it stands
-    /// there, else why not, in words: had the program or the computer to stop meanwhile, nobody would know of the device.
+    /// Writes into the journal that the outcome's device is to get its image; comes before install. Empty when it
+    /// stands there, else why not, in words: had the program or the computer to stop meanwhile, nobody would know of
+    /// the device.
     [[nodiscard]] std::string remember(const Outcome& outcome);
     std::string journalPath() const { return journal_.path(); }
 

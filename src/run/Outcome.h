@@ -43,8 +43,8 @@ enum class RunEnd {
     imageNotTheOne,  ///< its digest is another one than firmware.inf says
     imageUnreadable,
     imageTooLarge,
-    imageEmpty,    ///< it holds no data
-    imageRefused,  ///< it does not add up, and the operator did not want it all the same
+    imageEmpty,     ///< it holds no data
+    imageRefused,   ///< it does not add up, and the operator did not want it all the same
     notRemembered,  ///< the journal could not be written, and the operator did not want to go on without it
     // The device.
     switchLocked,      ///< it wants a password first

@@ -177,13 +177,13 @@ void UpdateRun::showFirmware() {
 
 Ending UpdateRun::withImage() {
     p_.view.phase(RunPhase::image);
-    const auto ending = takeImage();
+    auto ending = takeImage();
     if (ending) {
         log("Firmware download fail!!\r\n");
         return *ending;
     }
     if (!isImageWanted()) return {RunEnd::imageRefused};
-    if (auto ending = remember()) return *ending;
+    if ((ending = remember())) return *ending;
     return p_.installation.install(p_.choices.promise, outcome_);
 }
 
@@ -254,10 +254,10 @@ std::optional<Ending> UpdateRun::remember() {
     if (problem.empty()) return std::nullopt;
     const auto& path = p_.installation.journalPath();
     const bool goesOn = p_.prompts.messageBox(
-        Question::noJournal, fromUtf8("The journal of devices without firmware, " + path + ", could not be written: " +
-                                      problem +
-                                      ".\r\nIf the program or the computer fails meanwhile, the next start will not "
-                                      "know of this device.\r\nInstall the image all the same?"));
+        Question::noJournal,
+        fromUtf8("The journal of devices without firmware, " + path + ", could not be written: " + problem +
+                 ".\r\nIf the program or the computer fails meanwhile, the next start will not "
+                 "know of this device.\r\nInstall the image all the same?"));
     if (!goesOn) return Ending{RunEnd::notRemembered, path + ": " + problem};
     outcome_.facts.remarks.push_back("The journal " + path + " could not be written (" + problem +
                                      "): had the program or the computer failed meanwhile, the next start would not "

@@ -68,8 +68,7 @@ bool StoredSettings::save(const Choices& choices, const Choices& loaded) {
 
 /// A proxy's address may hold a password, too.
 std::vector<std::string> StoredSettings::problems() {
-    const bool hasPassword =
-        !read(Keys::password).empty() || read(Keys::proxy).find('@') != std::string::npos;
+    const bool hasPassword = !read(Keys::password).empty() || read(Keys::proxy).find('@') != std::string::npos;
     return store_.problems(kProgramTitle, hasPassword);
 }
 

@@ -58,7 +58,7 @@ TEST_F(UpdateCommand, WritesOneJsonObjectALine) {
     EXPECT_TRUE(out.text.starts_with(
         "{\"event\":\"clear\"}\n{\"event\":\"clear\"}\n{\"event\":\"log\",\"text\":\"Open COM1 ...\"}\n"
         "{\"event\":\"log\",\"text\":\" < OK\\n\"}\n{\"event\":\"log\",\"text\":\"   Scan"));
-    EXPECT_TRUE(prints("Device F/W: TARN-R200 \\\"\\\\ \xC3\xA9 \\n\\n\"}"));
+    EXPECT_TRUE(prints("Device F/W: TARN-R200 \\\"\\\\\\u0009\xC3\xA9\\u001B\\n\\n\"}"));
     EXPECT_TRUE(
         prints("{\"event\":\"progress\",\"value\":76,\"maximum\":119}\n{\"event\":\"log\",\"text\":\" < OK\\n\"}"));
     EXPECT_TRUE(prints(

@@ -217,10 +217,11 @@ std::vector<Way> WaysToFail::atTheDevice() {
         {kLocalYes, 4, "Something unexpected happened: no memory.", throwing("[Local Site]\n")},
         {kLocalYes, 5, "Something unexpected happened: no memory.", throwing("Programming...")},
         {kLocalYes, 0,
-         "The journal $DATA/interrupted-runs could not be written: had the program or the computer failed meanwhile, "
+         "The journal $DATA/interrupted-runs could not be written (the folder cannot be made): had the program or the "
+         "computer failed meanwhile, "
          "the next start would not have known of this device.",
          inJournal},
-        {kLocalYes, 0, "The record $DATA/jobs.csv could not be written.", inJournal},
+        {kLocalYes, 0, "The record $DATA/jobs.csv could not be written: the folder cannot be made.", inJournal},
     };
 }
 

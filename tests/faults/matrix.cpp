@@ -124,7 +124,7 @@ public:
     }
 
     bool isUpdated() const { return isUpdated_; }
-    bool isInJournal() const { return !RunJournal(folder, files, processes).left().empty(); }
+    bool isInJournal() { return !RunJournal(folder, files, processes).left().empty(); }
     const models::Device& device() const { return device_; }
     std::int64_t ms() const { return runtime.ms(); }
 
@@ -149,7 +149,7 @@ private:
     bool isOld() const { return device_.flash().contents() == old_; }
     bool isRight() const { return memoryFault(kImage).empty(); }
 
-    std::string disagreement(const Outcome& outcome, const Verdict& verdict) const {
+    std::string disagreement(const Outcome& outcome, const Verdict& verdict) {
         using Kind = Verdict::Kind;
         const bool isUpdated = verdict.kind == Kind::updated;
         const bool wasErased = outcome.facts.repeatedRecords.has_value();

@@ -9,6 +9,7 @@
 #include "run/JobRecord.h"
 #include "run/RunJournal.h"
 #include "support/FakeProgramFolder.h"
+#include "support/FakeSystem.h"
 #include "support/ScriptedPeer.h"
 #include "support/SerialBench.h"
 #include "text/Cp1252.h"
@@ -88,18 +89,21 @@ void port_map(std::string_view bytes) {
 void journal(std::string_view bytes) {
     const fakes::FakeProgramFolder folder;
     folder.data.file("Corvane/interrupted-runs", std::string(bytes));
-    const RunJournal journal(folder);
-    const auto runs = journal.read();
+    fakes::FakeFileStore files;
+    fakes::FakeProcesses processes;
+    RunJournal journal(folder, files, processes);
+    const auto runs = journal.left();
     for (const auto& run : runs) run.text();
     Input input(bytes);
     const auto next = [&input] { return std::string(input.upTo('|')); };
-    const InterruptedRun run{next(), next(), next(), next()};
-    require(journal.add(run), "a run can be remembered");
-    require(journal.read().size() <= runs.size() + 1 && !journal.read().empty(), "and is one more");
-    require(journal.remove(journal.read().back().port), "a device that is well is forgotten");
+    const InterruptedRun run{next(), "COM" + next(), next(), next()};
+    require(journal.begin(run, input.isEmpty()).empty() && journal.leave(), "a run can be remembered");
+    const auto left = journal.left();
+    require(left.size() <= runs.size() + 1 && !left.empty(), "and is one more at most");
+    require(journal.forget(left.back()) && journal.left().size() + 1 == left.size(), "one that is well is forgotten");
 
     folder.data.file("Corvane/jobs.csv", std::string(bytes));
-    JobRecord record(folder);
+    JobRecord record(folder, files);
     require(record.last(5).size() <= 5, "as many as were asked for");
     const Job job{next(), next(), next(), next(), next(), next(), 7, "updated"};
     const auto fields = jobFields(csvLine(job));

@@ -9,11 +9,20 @@ namespace {
 /// What protects a device and a record of it: questions before harm, the journal, digests, the record of jobs.
 class Safety : public RunTest {
 protected:
-    /// "PORT:DEVICE;" for each.
-    std::string journalled() const {
+    /// "PORT:DEVICE:FIRMWARE;" for each device that the next start would speak of, were this program killed now.
+    std::string journalled() {
+        constexpr const char* kFirmware[] = {"old", "none", "whole"};
         std::string all;
-        for (const auto& run : journal.read()) all += run.port + ":" + run.device + ";";
+        for (const auto& run : RunJournal(folder, files, processes).left())
+            all += run.port + ":" + run.device + ":" + kFirmware[static_cast<int>(run.firmware)] + ";";
         return all;
+    }
+
+    /// A device that an earlier run has left, with that firmware.
+    void leave(const InterruptedRun& run) {
+        RunJournal earlier(folder, files, processes);
+        EXPECT_EQ(earlier.begin(run, false), "");
+        EXPECT_TRUE(earlier.leave());
     }
 
     RunJournal& journal = updater.journal();
@@ -57,48 +66,114 @@ TEST_F(Safety, SendsTheImageThatWasAskedAboutWhateverBecomesOfItsFile) {
     EXPECT_EQ(verdictFor(start()).facts.front(), "The image is not there any more: " + file + ".");
 }
 
-TEST_F(Safety, RemembersADeviceWithoutFirmware) {
+TEST_F(Safety, RemembersADeviceFromBeforeItsSwitchOn) {
     plug();
     loadImage();
     std::vector<std::string> seen;
     face.onText = [&](const std::string& text) {
-        if (text == "Erase Firmware..." || text == "Programming..." || text == "Update Finish\r\n")
+        if (text.starts_with("GoTo ISP Mode") || text == "Erase Firmware..." || text == "Programming..." ||
+            text == "Update Finish\r\n")
             seen.push_back(journalled());
     };
     EXPECT_EQ(start().end, RunEnd::updated);
-    const std::string entry = "COM1:TARN-R200 V5.1R23;";
-    EXPECT_EQ(seen, (std::vector<std::string>{entry, entry, entry}));
+    const std::string entry = "COM1:TARN-R200 V5.1R23:";
+    EXPECT_EQ(seen, (std::vector<std::string>{entry + "old;", entry + "none;", entry + "none;", entry + "whole;"}));
     EXPECT_EQ(journalled(), "");
     face.onText = nullptr;
     device().faults().add("nak@:00000001FFx9");
     EXPECT_EQ(start().end, RunEnd::programmingFailed);
-    EXPECT_EQ(journalled(), entry);
+    EXPECT_EQ(journalled(), entry + "none;");
     EXPECT_FALSE(inhibitor.isHeld);
     EXPECT_EQ(inhibitor.reasons.size(), 2U);
     plug({}, 2);
     updater.session().rememberedPort = "COM2";
     EXPECT_EQ(start().end, RunEnd::updated);
-    EXPECT_EQ(journalled(), entry);  // that was another device
+    EXPECT_EQ(journalled(), entry + "none;");  // that was another device
     updater.session().rememberedPort.clear();
-    EXPECT_TRUE(journal.add({"t", "COM2", "b", "/y"}));
+    leave({"t", "COM2", "b", "/y"});
     EXPECT_EQ(start(true).end, RunEnd::updated);
-    EXPECT_EQ(journalled(), "COM2:b;");
+    EXPECT_EQ(journalled(), "COM2:b:none;");
     models::DeviceOptions stuck;
     stuck.startsInBoot = true;
     plugOnly({}, stuck);
     EXPECT_EQ(start(true).end, RunEnd::updated);
-    EXPECT_EQ(journalled(), "");  // it was the one of COM2, in all likelihood
+    EXPECT_EQ(journalled(), "");  // it was the one of COM2: nothing else is missed
 }
 
-TEST_F(Safety, KeepsAJournalOfSeveralPortsAndTheLastFilesThatExist) {
-    EXPECT_TRUE(journal.add({"t1", "COM1", "a\nb", "/x"}) && journal.add({"t2", "COM2", "c", "/y"}) &&
-                journal.add({"t3", "COM1", "d", "/z"}));
-    EXPECT_EQ(journalled(), "COM2:c;COM1:d;");
-    EXPECT_TRUE(journal.remove("COM2"));
-    EXPECT_EQ(journalled(), "COM1:d;");
-    folder.data.file("Corvane/interrupted-runs", "cut\noff\n");
+TEST_F(Safety, KnowsALeftDeviceAgain) {
+    using Firmware = InterruptedRun::Firmware;
+    const InterruptedRun a{"t1", "COM1", "a", "/x", "reader 7"}, b{"t2", "COM2", "b", "/y"};
+    const struct {
+        const char* name;
+        InterruptedRun left, next;
+        bool isInBootLoader;
+        const char* journalled;
+    } cases[] = {
+        {"its adapter elsewhere", a, {"t", "COM5", "", "/z", "reader 7"}, true, "COM2:b:none;COM5:a:none;"},
+        {"its port", a, {"t", "COM1", "", "/z"}, true, "COM2:b:none;COM1:a:none;"},
+        {"another adapter at its port, its image",
+         a,
+         {"t", "COM1", "", "/x", "reader 8"},
+         true,
+         "COM2:b:none;COM1:a:none;"},
+        {"nothing of it", a, {"t", "COM6", "", "/z"}, true, "COM1:a:none;COM2:b:none;COM6::none;"},
+        {"one that runs is not the one without firmware",
+         a,
+         {"t", "COM1", "a", "/x"},
+         false,
+         "COM1:a:none;COM2:b:none;COM1:a:none;"},
+        {"but may be the one with its old",
+         {"t1", "COM1", "a", "/x", "", Firmware::old},
+         {"t", "COM1", "a", "/z"},
+         false,
+         "COM2:b:none;COM1:a:none;"},
+    };
+    for (const auto& one : cases) {
+        SCOPED_TRACE(one.name);
+        std::filesystem::remove(journal.path());
+        leave(one.left);
+        leave(b);
+        EXPECT_EQ(RunJournal(folder, files, processes).begin(one.next, one.isInBootLoader), "");
+        EXPECT_EQ(journalled(), one.journalled);
+    }
+    std::filesystem::remove(journal.path());
+    processes.others = {{7, "then"}};
+    processes.self = processes.others[0];
+    EXPECT_EQ(RunJournal(folder, files, processes).begin({"t", "COM1", "a\nb", "/x"}, false), "");
+    processes.self = {1, "now"};
+    EXPECT_EQ(journalled(), "");  // somebody works on it
+    processes.others = {{7, "later"}};
+    EXPECT_EQ(journalled(), "COM1:ab:none;");
+    EXPECT_TRUE(journal.forget(journal.left().front()));
     EXPECT_EQ(journalled(), "");
+    folder.data.file("Corvane/interrupted-runs", "t1\nCOM1\na\n/x\ncut\noff\n");  // as older versions wrote it
+    EXPECT_EQ(journalled(), "COM1:a:none;");
+}
 
+TEST_F(Safety, AsksBeforeADeviceWouldBeForgotten) {
+    plug();
+    loadImage();
+    files.failure = "No space left on device";
+    std::string asked;
+    bool agrees = false;
+    face.onBox = [&](Question question, const std::string& text) {
+        if (question != Question::noJournal) return true;
+        asked = text;
+        return agrees;
+    };
+    const auto refused = start();
+    EXPECT_EQ(refused.end, RunEnd::notRemembered);
+    EXPECT_EQ(refused.cause, journal.path() + ": No space left on device");
+    EXPECT_NE(asked.find("could not be written: No space left on device.\r\n"), std::string::npos) << asked;
+    EXPECT_EQ(device().log().switches, 0);
+    agrees = true;
+    const auto outcome = start();
+    EXPECT_EQ(outcome.end, RunEnd::updated);
+    ASSERT_EQ(outcome.facts.remarks.size(), 1U);
+    EXPECT_EQ(outcome.facts.remarks[0].find("The journal " + journal.path() + " could not be written ("), 0U);
+}
+
+TEST_F(Safety, RemembersTheLastFilesThatExist) {
     std::vector<std::string> paths;
     StoredSettings recent(settings);
     for (const char* name : {"0", "1", "2", "3", "4", "5"}) paths.push_back(folder.folder.file(name, "x"));

@@ -91,7 +91,8 @@ public:
 
     std::unique_ptr<Lock> lock(const std::string&) override { return std::make_unique<Lock>(); }
     std::string replace(const std::string& path, std::string_view content) override {
-        return failure.empty() && !(std::ofstream(path, std::ios::binary) << content).flush() ? "no such folder" : failure;
+        return failure.empty() && !(std::ofstream(path, std::ios::binary) << content).flush() ? "no such folder"
+                                                                                              : failure;
     }
     std::string append(const std::string& path, std::string_view head, std::string_view text, Named) override {
         std::error_code none;

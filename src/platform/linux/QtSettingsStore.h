@@ -22,7 +22,6 @@ public:
     std::string file(const std::string& application) const override;
 
 private:
-
     std::string folder_;
 };
 

@@ -142,7 +142,7 @@ TEST_F(SituationTest, WhatIsPluggedInEndsWhatWasSaidOfTheLastRun) {
     loadImage();
     run();
     EXPECT_EQ(card().headline, "No device was found; nothing was changed.");
-    inspector.adapters["/dev/ttyS1"] = {"USB-Serial Controller", "A9001"};
+    inspector.adapters["/dev/ttyS1"] = {"USB-Serial Controller", "A9001", "1-2"};
     inspector.forbidden.insert("/dev/ttyS1");
     plug();
     presenter.lookAtPorts();

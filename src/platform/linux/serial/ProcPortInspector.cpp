@@ -26,7 +26,6 @@ std::string contentOf(const fs::path& path) {
 
 std::string firstLine(const std::string& text) { return std::string(trimmed(text.substr(0, text.find('\n')))); }
 
-
 std::string programOf(const fs::path& process) { return firstLine(contentOf(process / "comm")); }
 
 bool isProcess(const fs::path& path) { return isNumeric(path.filename().string()); }
