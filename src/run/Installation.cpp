@@ -172,9 +172,11 @@ bool Installation::eraseAndProgram(Outcome& outcome) {
         view_.phase(RunPhase::erase);
         if (!isErased) {
             if (outcome.device != DeviceState::bootLoaderEmpty) outcome.device = DeviceState::bootLoaderDoubtful;
-            note(InterruptedRun::Firmware::none, outcome.facts);
+            if (outcome.device == DeviceState::bootLoaderDoubtful && !wasInBootLoader_)
+                note(InterruptedRun::Firmware::uncertain, outcome.facts);
             isErased = isp_.ISP_Erase();
             if (isErased) {
+                note(InterruptedRun::Firmware::none, outcome.facts);
                 outcome.device = DeviceState::bootLoaderEmpty;
                 programmer_.erased(isp_.eraseTime());
             }

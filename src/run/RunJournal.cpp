@@ -16,7 +16,7 @@ namespace {
 using Firmware = InterruptedRun::Firmware;
 using Runs = std::vector<InterruptedRun>;
 
-constexpr std::array<const char*, 3> kFirmware = {"old", "none", "whole"};
+constexpr std::array<const char*, 4> kFirmware = {"old", "uncertain", "none", "whole"};
 
 /// Every value is a line of the file.
 std::string withoutLineEnds(std::string text) {
@@ -100,6 +100,12 @@ int likeness(const InterruptedRun& entry, const InterruptedRun& run) {
     return entry.image == run.image ? 1 : 0;
 }
 
+/// Whether the device of an entry may be one that runs its application and calls itself so.
+bool mayRun(const InterruptedRun& entry, const std::string& device) {
+    const bool isOldPossible = entry.firmware == Firmware::old || entry.firmware == Firmware::uncertain;
+    return entry.firmware == Firmware::whole || (isOldPossible && entry.device == device);
+}
+
 /// The entry of an earlier run that this device is in: one that runs its application cannot be the one that was left
 /// without any, even though it is at the same place. In its boot loader it may have moved to another place, and is
 /// known by its image, or because nothing else is missed.
@@ -111,8 +117,7 @@ Runs::iterator entryFor(const InterruptedRun& run, bool isInBootLoader, Runs& ru
             const bool isOnly = left.size() == 1;
             if (!isOnly && likeness(*entry, run) == 0) continue;
             if (found == runs.end() || likeness(*entry, run) >= likeness(*found, run)) found = entry;
-        } else if (isSamePlace(*entry, run) && (entry->firmware == Firmware::whole ||
-                                                (entry->firmware == Firmware::old && entry->device == run.device))) {
+        } else if (isSamePlace(*entry, run) && mayRun(*entry, run.device)) {
             found = entry;
         }
     }
@@ -133,6 +138,9 @@ std::string InterruptedRun::text() const {
         case Firmware::old:
             return "An update was cut off before the erase" + at +
                    ". Switch the device off and on: it has its firmware still. If it does not start, " + force;
+        case Firmware::uncertain:
+            return "An update was cut off at the erase" + at +
+                   ". Switch the device off and on: it may have its firmware still. If it does not start, " + force;
         case Firmware::whole:
             return "An update was cut off when all was programmed" + at +
                    ". Switch the device off and on: it has its new firmware. If it does not start, " + force;

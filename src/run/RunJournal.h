@@ -14,9 +14,10 @@ namespace corvane {
 struct InterruptedRun {
     /// What the device has, whatever it is doing.
     enum class Firmware {
-        old,   ///< nothing was erased yet
-        none,  ///< it is being erased or programmed
-        whole  ///< the new one, complete
+        old,        ///< nothing was erased yet
+        uncertain,  ///< it was told to erase, and has not said yet that it did
+        none,       ///< it is being programmed
+        whole       ///< the new one, complete
     };
 
     std::string time;  ///< "2026-11-24 14:02:07"

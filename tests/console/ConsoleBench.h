@@ -72,6 +72,13 @@ protected:
     bool says(const std::string& words) const { return err.text.find(words) != std::string::npos; }
     bool prints(const std::string& words) const { return out.text.find(words) != std::string::npos; }
 
+    /// Calls a handler once the log ends with a text, from within the run.
+    void when(const std::string& logged, const std::function<void()>& handler) {
+        out.onWrite = [this, logged, handler] {
+            if (out.text.ends_with(logged)) handler();
+        };
+    }
+
     void interrupt() {
         if (current && current->interrupt) current->interrupt();
     }

@@ -26,15 +26,7 @@ TEST(ArgumentWords, AreTakenOrRefused) {
 
 using Words = std::vector<std::string>;
 
-class UpdateCommand : public ConsoleTest {
-protected:
-    /// Calls a handler once the log ends with a text, from within the run.
-    void when(const std::string& logged, std::function<void()> handler) {
-        out.onWrite = [this, logged, handler] {
-            if (out.text.ends_with(logged)) handler();
-        };
-    }
-};
+class UpdateCommand : public ConsoleTest {};
 
 TEST_F(UpdateCommand, KeepsACopyOfTheLog) {
     plug();

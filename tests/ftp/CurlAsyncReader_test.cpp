@@ -1,39 +1,51 @@
-// The reader against a real FTP server on loopback: what the server sees, and what its faults lead to.
+// The reader against a real FTP server on loopback: what it reports, what the server sees, and what its faults lead to.
 
 #include "platform/linux/transfer/CurlAsyncReader.h"
 
+#include <filesystem>
 #include <gtest/gtest.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
-#include "ftp/FTPDownload.h"
-#include "ftp/ReadLog.h"
+#include "support/ScratchFolder.h"
 #include "support/SiteProcess.h"
 
 namespace corvane::fakes {
 namespace {
 
+const std::string kImage = "/firmware/image.hex";
+
+/// 3000 bytes in which every value occurs.
+std::string everyByte() {
+    std::string bytes;
+    for (int i = 0; i < 3000; ++i) bytes += static_cast<char>(i);
+    return bytes;
+}
+
 class CurlAsyncReaderTest : public testing::Test {
 protected:
     CurlAsyncReaderTest() {
-        root_.file("firmware/image.hex", everyByte());
+        for (const char* name : {"image.hex", "gone", "stalls", "mutters"}) {
+            root_.file(std::string("firmware/") + name, everyByte());
+        }
+        root_.file("firmware/empty", "");
         root_.file("firmware/a b%20#1?+;\\\xE4.hex", "odd");
+        serve(R"("anonymous": true, "stall": {"/firmware/stalls": 1000})");
+        limit({10000, 1000});
     }
 
-    /// Starts the server; the members of its description, in JSON, beside the root and the accounts.
-    SiteProcess& serve(const std::string& members = {}) {
-        site_.emplace(
-            "ftp_site.py",
-            R"({"root": ")" + root_.path() +
-                R"(", "accounts": {"upd": "pw", "a@b/c:d %41": "p@x/y:z", "gr\u00fcn \u20ac": " \u00e4\u20ac#?"})" +
-                (members.empty() ? "" : ", " + members) + "}");
-        return *site_;
+    /// Starts a server in place of the last one; members of its description, in JSON.
+    void serve(const std::string& members) {
+        site_.emplace("ftp_site.py", R"({"root": ")" + root_.path() + R"(", "accounts":
+            {"upd": "pw", "a@b/c:d %41": "p@x/y:z", "gr\u00fcn \u20ac": " \u00e4\u20ac#?"}, )" +
+                                         members + "}");
     }
 
-    CurlAsyncReader& reader(const CurlAsyncReader::Limits& limits = CurlAsyncReader::Limits()) {
+    /// A reader in place of the last one.
+    void limit(const CurlAsyncReader::Limits& limits) {
         reader_.emplace(runtime_, limits);
-        log_.emplace(*reader_, runtime_);
-        return *reader_;
+        reader_->onProgress = [this](const AsyncResult& result) { progress_.push_back(result); };
+        reader_->onComplete = [this](const AsyncResult& result) { completed_.push_back(result); };
     }
 
     Address address(const std::string& path, const std::string& user = "upd", const std::string& password = "pw") {
@@ -42,151 +54,217 @@ protected:
         return address;
     }
 
+    /// Lets the loop turn until there is such a report, for ten seconds at most.
+    const AsyncResult& await(const std::vector<AsyncResult>& reports) {
+        const auto start = runtime_.tick();
+        while (reports.empty() && runtime_.tick() - start < 10000) {
+            runtime_.WaitActivity(10);
+            runtime_.DoEvents();
+        }
+        return reports.at(0);
+    }
+
+    /// A whole read: what it brought, or "(none)".
+    std::string read(const Address& address, const std::string& property) {
+        progress_.clear();
+        completed_.clear();
+        reader_->start(address, property);
+        return taken(await(completed_));
+    }
+    std::string read(const Address& address) { return read(address, target_); }
+
     /// A read that must fail and leave nothing; why it failed.
-    ReadFailure failure(const Address& address) {
-        EXPECT_EQ(log_->read(address, local_.at("image.hex")).bytesRead, 0);
+    ReadFailure failure(const std::string& name) {
+        EXPECT_EQ(read(address("/firmware/" + name)), "(none)");
         EXPECT_TRUE(local_.names().empty());
         return reader_->failure();
     }
 
+    static std::string taken(const AsyncResult& result) {
+        const auto content = ScratchFolder::content(result.value);
+        std::filesystem::remove(result.value);
+        return content;
+    }
+
     ScratchFolder root_, local_;
+    const std::string target_ = local_.at("image.hex");
     std::optional<SiteProcess> site_;
     LinuxRuntime runtime_;
+    std::vector<AsyncResult> progress_, completed_;
     std::optional<CurlAsyncReader> reader_;
-    std::optional<ReadLog> log_;
 };
 
-TEST_F(CurlAsyncReaderTest, ClearsAwayWhatKilledProgramsHaveLeft) {
-    serve();
-    reader();
+TEST_F(CurlAsyncReaderTest, FileComesBesideItsTargetAndWhatKilledProgramsLeftGoes) {
     const auto gone = fork();
     if (gone == 0) _exit(0);
     waitpid(gone, nullptr, 0);
     std::vector<std::string> kept = {".corvane-" + std::to_string(getppid()) + "-0.part", ".corvane-x.part",
-                                     ".corvane-" + std::to_string(gone) + "-0.hex"};
+                                     ".corvane-" + std::to_string(gone) + "-0.hex", "image.hex"};
     std::sort(kept.begin(), kept.end());
-    for (const auto& name : kept) local_.file(name, "");
+    for (const auto& name : kept) local_.file(name, "old");
     local_.file(".corvane-" + std::to_string(gone) + "-3.part", "half of it");
-    EXPECT_EQ(ReadLog::taken(log_->read(address("/firmware/image.hex"), local_.at("image.hex"))), everyByte());
+    reader_->start(address(kImage), target_);
+    const auto result = await(completed_);
+    EXPECT_EQ(std::filesystem::path(result.value).parent_path(), local_.path());
+    EXPECT_FALSE(reader_->failure());
+    for (const auto& report : {result, progress_.back()}) {
+        EXPECT_EQ(report.bytesRead, 3000);
+        EXPECT_EQ(report.bytesMax, 3000);
+        EXPECT_EQ(report.propertyName, target_);
+    }
+    EXPECT_TRUE(taken(result) == everyByte());
     EXPECT_EQ(local_.names(), kept);
+    EXPECT_EQ(ScratchFolder::content(target_), "old");
+}
+
+TEST_F(CurlAsyncReaderTest, FailedReadCompletesWithNothing) {
+    using Kind = ReadFailure::Kind;
+    const struct {
+        const char* what;
+        Address address;
+        Kind kind;
+        std::string words = {};
+    } reads[] = {
+        {"wrong password", address(kImage, "upd", "no"), Kind::login},
+        {"missing file", address("/firmware/nothing"), Kind::refused},
+        {"empty file", address("/firmware/empty"), Kind::refused, "the file is empty"},
+        {"no folder for it", address(kImage), Kind::storage},
+        {"command in the path", address(kImage + "\r\nQUIT"), Kind::noAddress},
+        {"NUL", address(kImage, "upd", std::string("pw\0", 3)), Kind::noAddress},
+        {"no host", Address{"upd", "pw", "", 0, kImage}, Kind::noAddress},
+        {"another host", Address{"upd", "pw", "x/" + site_->address(), 0, kImage}, Kind::noAddress},
+    };
+    for (const auto& one : reads) {
+        SCOPED_TRACE(one.what);
+        const auto property = one.kind == Kind::storage ? local_.at("missing/image.hex") : target_;
+        EXPECT_EQ(read(one.address, property), "(none)");
+        EXPECT_EQ(completed_[0].bytesRead, 0);
+        EXPECT_EQ(completed_[0].propertyName, property);
+        EXPECT_EQ(reader_->failure().kind, one.kind);
+        EXPECT_FALSE(reader_->failure().words.empty());
+        if (!one.words.empty()) EXPECT_EQ(reader_->failure().words, one.words);
+        EXPECT_TRUE(local_.names().empty());
+    }
+    EXPECT_TRUE(read(address(kImage)) == everyByte());
+    EXPECT_FALSE(reader_->failure());
+}
+
+TEST_F(CurlAsyncReaderTest, CancelledReadIsNeverReported) {
+    // However far it has come: not begun, connecting, logging in, transferring, or done and not yet reported.
+    for (int rounds = 0; rounds < 20; ++rounds) {
+        reader_->start(address(kImage), target_);
+        for (int i = 0; i < rounds; ++i) runtime_.WaitActivity(10);
+        reader_->cancel(rounds % 2 ? std::optional(target_) : std::nullopt);
+        EXPECT_TRUE(local_.names().empty());
+        runtime_.DoEvents();
+    }
+    EXPECT_TRUE(progress_.empty() && completed_.empty());
+    reader_->start(address(kImage), target_);
+    reader_->cancel(local_.at("other"));  // which is none of its
+    EXPECT_TRUE(taken(await(completed_)) == everyByte());
+    for (const bool closes : {true, false}) {  // or another read takes its place
+        progress_.clear();
+        reader_->start(address("/firmware/stalls"), local_.at("stalls"));
+        await(progress_);
+        if (closes) reader_->closeSession();
+        EXPECT_TRUE(read(address(kImage)) == everyByte());
+        EXPECT_EQ(completed_.size(), 1U);
+        EXPECT_TRUE(local_.names().empty());
+    }
 }
 
 TEST_F(CurlAsyncReaderTest, AccountsAndPathsArriveAsTheyAre) {
-    auto& site = serve(R"("anonymous": true)");
-    reader();
     const struct {
-        const char *user, *password, *path, *login, *content;
-    } kReads[] = {
-        {"a@b/c:d %41", "p@x/y:z", "/firmware/image.hex", "a@b/c:d %41", nullptr},
+        const char *user, *password, *path, *login;
+        std::string content;
+    } reads[] = {
+        {"a@b/c:d %41", "p@x/y:z", "/firmware/image.hex", "a@b/c:d %41", everyByte()},
         {"gr\xC3\xBCn \xE2\x82\xAC", " \xC3\xA4\xE2\x82\xAC#?", "/firmware/../firmware/image.hex",
-         "gr\xC3\xBCn \xE2\x82\xAC", nullptr},
+         "gr\xC3\xBCn \xE2\x82\xAC", everyByte()},
         {"", "pw", "/firmware/a b%20#1?+;\\\xE4.hex", "anonymous", "odd"},
     };
-    for (const auto& read : kReads) {
-        SCOPED_TRACE(std::string(read.user) + read.path);
-        const int before = site.count(std::string("RETR ") + read.path);
-        EXPECT_TRUE(ReadLog::taken(log_->read(address(read.path, read.user, read.password))) ==
-                    (read.content ? read.content : everyByte()))
-            << reader_->failure().words;
-        EXPECT_TRUE(site.sees(std::string("login ") + read.login));
-        EXPECT_TRUE(site.sees(std::string("RETR ") + read.path, before + 1));
+    for (const auto& one : reads) {
+        SCOPED_TRACE(std::string(one.user) + one.path);
+        EXPECT_TRUE(read(address(one.path, one.user, one.password)) == one.content) << reader_->failure().words;
+        EXPECT_TRUE(site_->sees(std::string("login ") + one.login));
+        EXPECT_TRUE(site_->sees(std::string("RETR ") + one.path));
     }
 }
 
 TEST_F(CurlAsyncReaderTest, OneLoginServesAllReadsUntilTheFarewell) {
-    auto& site = serve();
-    FTPDownload ftp(reader(), runtime_);
-    ftp.HostName(site.address());
-    ftp.Username("upd");
-    ftp.Password("pw");
-    EXPECT_TRUE(ftp.Connect());
-    EXPECT_FALSE(ftp.GetFile("/firmware/nothing", local_.at("nothing")));
-    EXPECT_TRUE(ftp.GetFile("/firmware/image.hex", local_.at("image.hex")));
-    EXPECT_TRUE(ScratchFolder::content(local_.at("image.hex")) == everyByte());
-    EXPECT_EQ(site.count("login upd") + site.count("QUIT"), 1);
-    ftp.Username("a@b/c:d %41");
-    ftp.Password("p@x/y:z");
-    EXPECT_TRUE(ftp.Connect());
-    EXPECT_TRUE(site.sees("QUIT")) << "another account, another session";
-}
-
-TEST_F(CurlAsyncReaderTest, SilentServerIsLeftWithoutWaiting) {
-    auto& site = serve();
-    reader();
-    log_->read(address("/firmware/image.hex"));
-    site.freeze();
+    for (const auto& path : {std::string(), std::string("/firmware/nothing"), kImage}) read(address(path));
+    EXPECT_EQ(site_->count("login upd") + site_->count("QUIT"), 1);
+    read(address("", "a@b/c:d %41", "p@x/y:z"));
+    EXPECT_TRUE(site_->sees("QUIT")) << "another account, another session";
+    read(address(kImage));
+    site_->freeze();
     reader_->closeSession();  // waiting for an answer here would take two minutes
-    reader_->start(address("/firmware/image.hex"), local_.at("image.hex"));
-    log_->round();
+    reader_->start(address(kImage), target_);
+    runtime_.WaitActivity(10);
     reader_->cancel(std::nullopt);
-    site.thaw();
-    EXPECT_TRUE(site.sees("QUIT"));
+    site_->thaw();
+    EXPECT_TRUE(site_->sees("QUIT", 3));
     EXPECT_TRUE(local_.names().empty());
 }
 
-TEST_F(CurlAsyncReaderTest, FaultsOfTheServerAreFailedReads) {
-    for (const char* name : {"gone", "stalls", "mutters"}) root_.file(name, everyByte());
-    auto& site = serve(R"("sizes": false, "drop": {"/gone": [1000, "both"]}, "stall": {"/stalls": 1000},
-                          "silent": ["/mutters"], "mutters": ["/mutters"])");
-    reader({10000, 300});
-    EXPECT_EQ(failure(address("/gone")).kind, ReadFailure::Kind::brokenOff);
-    EXPECT_EQ(failure(address("/stalls")).words, "the server has fallen silent");
-    reader({10000, 10000, 300});
-    EXPECT_EQ(failure(address("/stalls")).words, "it took too long");
+TEST_F(CurlAsyncReaderTest, FaultsOfAServerThatAnnouncesNoSizes) {
+    serve(R"("sizes": false, "drop": {"/firmware/gone": [1000, "both"]}, "stall": {"/firmware/stalls": 1000},
+             "silent": ["/firmware/mutters"], "mutters": ["/firmware/mutters"])");
+    EXPECT_EQ(failure("gone").kind, ReadFailure::Kind::brokenOff);
+    EXPECT_EQ(failure("stalls").words, "the server has fallen silent");
     // Those words too many look like a confirmation that is there already, and the library is left waiting for it.
-    EXPECT_EQ(failure(address("/mutters")).words, "the server did not confirm the transfer");
-    EXPECT_EQ(log_->read(address("/firmware/image.hex"), local_.at("image.hex")).bytesRead, 3000);
-    site.kill();
-    EXPECT_EQ(failure(address("/firmware/image.hex")).kind, ReadFailure::Kind::unreachable);
+    EXPECT_EQ(failure("mutters").words, "the server did not confirm the transfer");
+    EXPECT_TRUE(read(address(kImage)) == everyByte());
+    limit({10000, 10000, 300});
+    EXPECT_EQ(failure("stalls").words, "it took too long");
+    site_->kill();
+    EXPECT_EQ(failure("image.hex").kind, ReadFailure::Kind::unreachable);
 }
 
 TEST_F(CurlAsyncReaderTest, WhatTheServerAnnouncesIsWhatItMustSend) {
-    for (const char* name : {"more", "fewer", "endless"}) root_.file(name, everyByte());
-    serve(R"("announces": {"/more": 1000, "/fewer": 5000, "/endless": 9000000000})");
-    reader();
-    EXPECT_EQ(failure(address("/more")).words, "the server sends more than the 1000 bytes that it announced");
-    EXPECT_EQ(failure(address("/fewer")).words, "3000 of 5000 bytes have come");
+    serve(R"("announces": {"/firmware/gone": 1000, "/firmware/stalls": 5000, "/firmware/mutters": 9000000000})");
+    EXPECT_EQ(failure("gone").words, "the server sends more than the 1000 bytes that it announced");
+    EXPECT_EQ(failure("stalls").words, "3000 of 5000 bytes have come");
     reader_->mostBytes(2999);
-    const auto tooLong = failure(address("/firmware/image.hex"));
+    const auto tooLong = failure("image.hex");
     EXPECT_EQ(tooLong.kind, ReadFailure::Kind::tooLong);
     EXPECT_EQ(tooLong.words, "it is longer than 2999 bytes");
-    EXPECT_EQ(failure(address("/endless")).kind, ReadFailure::Kind::tooLong) << "before it comes";
+    EXPECT_EQ(failure("mutters").kind, ReadFailure::Kind::tooLong) << "before it comes";
     reader_->mostBytes(3000);
-    EXPECT_EQ(log_->read(address("/firmware/image.hex"), local_.at("image.hex")).bytesMax, 3000);
+    EXPECT_TRUE(read(address(kImage)) == everyByte());
 }
 
 TEST_F(CurlAsyncReaderTest, RouteDecidesAboutTheProxy) {
     using Access = SiteRoute::Access;
-    auto& site = serve();
     SiteProcess proxy("http_proxy.py", "{}");
-    const auto asked = "GET ftp://upd:pw@" + site.address() + "/%2Ffirmware/image.hex";
+    const auto asked = "GET ftp://upd:pw@" + site_->address() + "/%2Ffirmware/image.hex";
     const std::string here = proxy.address(), nowhere = "127.0.0.1:1";
     const struct {
         std::string ftpProxy, noProxy;
         SiteRoute route;
         bool isThroughProxy;
-    } kRoutes[] = {
+    } routes[] = {
         {here, "", {Access::byDefault, {}}, true},      {here, "", {Access::proxy, {}}, true},  // chosen, and not named
         {here, "", {Access::direct, here}, false},      {nowhere, "*", {Access::proxy, here}, true},
         {nowhere, "*", {Access::byDefault, {}}, false},
     };
     int expected = 0;
-    for (const auto& one : kRoutes) {
+    for (const auto& one : routes) {
         ::setenv("ftp_proxy", one.ftpProxy.c_str(), 1);
         ::setenv("no_proxy", one.noProxy.c_str(), 1);
-        reader().route(one.route);
-        EXPECT_EQ(log_->read(address("/firmware/image.hex")).bytesRead, 3000) << reader_->failure().words;
+        reader_->closeSession();
+        reader_->route(one.route);
+        EXPECT_EQ(read(address(kImage)).size(), 3000U) << reader_->failure().words;
         EXPECT_EQ(proxy.count(asked), expected += one.isThroughProxy);
-        EXPECT_GE(log_->read(address("")).bytesRead, 1);
+        EXPECT_NE(read(address("")), "(none)");
     }
     ::unsetenv("ftp_proxy");
     ::unsetenv("no_proxy");
-    // A session goes on by the way it was opened; the next one takes the new one.
-    reader_->route({Access::proxy, here});
-    log_->read(address("/firmware/image.hex"));
+    reader_->route({Access::proxy, here});  // from the next session on
+    read(address(kImage));
     EXPECT_EQ(proxy.count(asked), expected);
     reader_->closeSession();
-    log_->read(address("/firmware/image.hex"));
+    read(address(kImage));
     EXPECT_EQ(proxy.count(asked), expected + 1);
 }
 

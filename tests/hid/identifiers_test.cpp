@@ -45,11 +45,14 @@ TEST(HidIdentifiers, AreReadAndSetInHexadecimalAtDesignTime) {
     EXPECT_EQ(control.DefaultHexProductID(), "0000");
 }
 
-TEST(HidIdentifiers, CannotBeChangedAtRunTime) {
+TEST(HidIdentifiers, ComeFromThePropertyBagAndCannotBeChangedAtRunTime) {
     const char kVendor[] = "The DefaultVederID property can't chagne at runtime!";
     const char kProduct[] = "The ProductID property can't chagne at runtime!";
-    ControlBench bench;
+    ControlBench bench(false);
+    bench.bus.plug({"/dev/hidraw2", 0x0ABC, 77, "", "Other", ""}, bench.reader);
+    bench.start(true, {{"DefaultVendorID", 0x0ABC}, {"DefaultProductID", -1}});
     auto& control = *bench.control;
+    EXPECT_EQ(control.EnumCommPortEx(0), "HID1 Other");
     Texts boxes;
     control.showCritical = [&](const std::string& message) { boxes.push_back(message); };
     control.DefaultVendorID(1);
@@ -59,7 +62,9 @@ TEST(HidIdentifiers, CannotBeChangedAtRunTime) {
     control.Terminate();
     control.DefaultVendorID(1);  // without a handle it is run time still
     EXPECT_EQ(boxes, Texts({kVendor, kProduct, kVendor, kProduct, kProduct, kVendor}));
-    EXPECT_EQ(control.DefaultHexVendorID() + control.DefaultHexProductID(), "12090005");
+    VellIO::PropertyBag saved;
+    control.WriteProperties(saved);
+    EXPECT_EQ(saved, (VellIO::PropertyBag{{"DefaultProductID", -1}, {"DefaultVendorID", 0x0ABC}}));
 }
 
 }  // namespace

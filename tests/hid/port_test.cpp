@@ -62,24 +62,20 @@ TEST_F(Port, OpeningTellsTheReaderAndTheLibraryAllTheyNeed) {
 }
 
 TEST(HidPort, AReaderWithoutCommandsIsSentNone) {
-    const struct {
-        std::uint16_t productId;
-        const char* product;
-        bool silent;
-    } table[] = {
+    const std::tuple<std::uint16_t, const char*, bool> table[] = {
         {21, "Kestrel", true}, {5, "USB (2) x ( hid1 )", true}, {5, "Kestrel (HID12)", false},
         {5, ")HID1(", false},  {5, "Kestrel HID1)", false},     {5, "Kestrel (HID1", false},
     };
-    for (const auto& row : table) {
-        SCOPED_TRACE(row.product);
+    for (const auto& [productId, product, silent] : table) {
+        SCOPED_TRACE(product);
         ControlBench bench(false);
-        bench.plug(row.product, row.productId);
+        bench.plug(product, productId);
         bench.start(true, {{"DefaultProductID", -1}});
         bench.openWith("");
-        EXPECT_EQ(bench.sent().empty(), row.silent);
-        EXPECT_EQ(bench.control->KestrelCmdSetEnabled(), !row.silent);
+        EXPECT_EQ(bench.sent().empty(), silent);
+        EXPECT_EQ(bench.control->KestrelCmdSetEnabled(), !silent);
         bench.control->PortOpen(false);
-        EXPECT_EQ(bench.sent().empty(), row.silent);
+        EXPECT_EQ(bench.sent().empty(), silent);
         bench.bus.unplug("/dev/hidraw1");
         bench.plug("Kestrel", 5);
         bench.openWith("");
@@ -144,7 +140,7 @@ TEST(HidPort, ClosingGivesTheDirectionBack) {
     }
 }
 
-TEST_F(Port, SettingsAreARateWhileClosed) {
+TEST_F(Port, SettingsAreARateThatAnOpenReaderMustAccept) {
     EXPECT_EQ(control_.Settings(), "19200,N,8,1");
     const std::pair<const char*, const char*> table[] = {
         {"N,8,1", "0,N,8,1"},       {"57600N,8,1", "57600,N,8,1"}, {"1.5,8,E,38400.9", "38400,N,8,1"},
@@ -156,16 +152,11 @@ TEST_F(Port, SettingsAreARateWhileClosed) {
     }
     EXPECT_THROW(control_.Settings("3000000000,N,8,1"), RuntimeError);
     EXPECT_EQ(bench_.sent(), "");
-}
-
-TEST_F(Port, SettingsReachAnOpenReaderThatMustAccept) {
     bench_.open();
-    reader_.reply("A");
+    reader_.reply("ANNNNNA");
     control_.Settings("57600N,8,1");
-    EXPECT_EQ(control_.Settings(), "57600,N,8,1");
-    const auto start = bench_.runtime.ms();
-    reader_.reply("NNNNNA");
     bench_.sent();
+    const auto start = bench_.runtime.ms();
     control_.Settings("9600,N,8,1");
     EXPECT_EQ(control_.Settings(), "57600,N,8,1");
     EXPECT_EQ(bench_.sent(start), "0 01 04 00 00 25 80, 50 01 04 00 00 25 80, 100 01 04 00 00 25 80");
@@ -195,11 +186,16 @@ TEST_F(Port, InputAndOutputTakeBytesAndTexts) {
     EXPECT_EQ(control_.CommInput(), Variant(Bytes()));
 }
 
-TEST_F(Port, PropertiesOfASerialPortHaveTheirMeaningHere) {
-    clsVellComm adapter;
+/// The dialogue with devices is tested through the adapter.
+TEST_F(Port, PropertiesAndEventsOfASerialPortHaveTheirMeaningHere) {
+    clsVellComm c;
+    EXPECT_THROW(c.PortOpen(), RuntimeError);
     clsMSCommEvent event;
-    adapter.Attach(&control_, &event);
-    clsIMScomm& c = adapter;
+    std::vector<std::int32_t> events;
+    event.OnComm = [&] { events.push_back(c.CommEvent()); };
+    c.Attach(&control_, &event);
+    EXPECT_EQ(c.EnumCommPort(0) + "/" + c.EnumCommPortEx(0), "HID1/HID1 Kestrel");
+    EXPECT_TRUE(c.IsMyCommPort("HID1"));
     c.InBufferSize(100);
     c.OutBufferSize(200);
     vellSetReadBufferSize(c.CommID(), 1);
@@ -209,7 +205,6 @@ TEST_F(Port, PropertiesOfASerialPortHaveTheirMeaningHere) {
     reader_.say(HidReportId::data, {1, 2});
     c.InBufferCount(7);
     EXPECT_EQ(c.InBufferCount(), 0);
-    c.OutBufferCount(0);
     c.Break(true);
     EXPECT_TRUE(c.Break() && !c.CTSHolding());
     reader_.say(HidReportId::line, {1});
@@ -230,22 +225,12 @@ TEST_F(Port, PropertiesOfASerialPortHaveTheirMeaningHere) {
     control_.ScanTiming(70);
     control_.AsyncIO(false);
     EXPECT_TRUE(control_.RTSEnable() && !control_.AsyncIO());
-    EXPECT_EQ(c.RThreshold() * 1000 + c.SThreshold() * 100 + control_.ScanTiming(), 3470);
-    EXPECT_EQ(control_.InputLen() * 10 + control_.InputMode(), 10);
-}
-
-/// The dialogue with devices is tested through the adapter.
-TEST_F(Port, TheAdapterRaisesOneEventEachWhileItIsAttached) {
-    clsVellComm port;
-    EXPECT_THROW(port.PortOpen(), RuntimeError);
-    clsMSCommEvent event;
-    std::vector<std::int32_t> events;
-    event.OnComm = [&] { events.push_back(port.CommEvent()); };
-    port.Attach(&control_, &event);
-    EXPECT_EQ(port.EnumCommPort(0) + "/" + port.EnumCommPortEx(0), "HID1/HID1 Kestrel");
-    EXPECT_TRUE(port.IsMyCommPort("HID1"));
+    const std::vector<std::int32_t> kept = {c.RThreshold(), c.SThreshold(), control_.ScanTiming(), control_.InputLen(),
+                                            control_.InputMode()};
+    EXPECT_EQ(kept, std::vector<std::int32_t>({3, 4, 70, 1, 0}));
+    events.clear();
     for (const std::int32_t code : {0, 35}) control_.VellIOProc(control_.CommID(), code, 0);
-    port.Attach(nullptr, nullptr);
+    c.Attach(nullptr, nullptr);
     control_.VellIOProc(control_.CommID(), 0, 0);
     EXPECT_EQ(events, (std::vector<std::int32_t>{2, 3}));
 }

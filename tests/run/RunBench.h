@@ -3,24 +3,44 @@
 #include <gtest/gtest.h>
 
 #include "support/Program.h"
+#include "support/hid/HidBench.h"
 
 namespace corvane {
 
 using fakes::kImage;
 
+/// With the transport library for HID readers.
+struct ReaderBench : fakes::AppBench {
+    ReaderBench() { modules.provide(folder.path() + "/VellIO.so", fakes::vellModule()); }
+
+    fakes::FakeHidBus bus{[this] { return runtime.tick(); }};
+};
+
 /// A run in virtual time: a device, an image, the whole workflow.
-class RunTest : public ::testing::Test, protected fakes::AppBench, protected fakes::Program {
+class RunTest : public ::testing::Test, protected ReaderBench, protected fakes::Program {
 protected:
     RunTest() : fakes::Program(static_cast<fakes::AppBench&>(*this)) {}
 
     /// The only device that there is, with these faults.
     models::Device& plugOnly(std::initializer_list<std::string_view> faults, models::DeviceOptions options = {}) {
+        unplugReader();
+        behind.reset();
         devices.clear();
         serial.map.entries.clear();
         updater.session().rememberedPort.clear();
         options.faults = faults;
         return plug(std::move(options));
     }
+
+    /// The same behind a HID reader, HID1.
+    void plugBehindReader(std::initializer_list<std::string_view> faults, models::DeviceOptions options = {},
+                          models::HidReaderOptions reader = {}) {
+        auto& device = plugOnly(faults, std::move(options));
+        serial.map.entries.clear();
+        behind.emplace(runtime, device, std::move(reader));
+        behind->plug(bus, "/dev/hidraw0");
+    }
+    void unplugReader() { bus.unplug("/dev/hidraw0"); }
 
     /// Calls the handler when this text is logged.
     void when(const std::string& logged, const std::function<void()>& handler) {
@@ -32,6 +52,8 @@ protected:
     models::Device& device() { return *devices.front(); }
     std::string& log() { return face.log; }
     std::string stored(const std::string& name) const { return fakes::ScratchFolder::content(folder.folder.at(name)); }
+
+    std::optional<fakes::SimulatedReader> behind;
 };
 
 inline const std::string kFound =

@@ -8,93 +8,165 @@ const std::string kChosen = "\f" + kFound + kOffer + "TARN-R200 V5.2R1(2024/01/3
 class OfflineRun : public RunTest {};
 
 TEST_F(OfflineRun, CarriesADeviceThroughAWholeUpdate) {
+    asksAfterwards(true);
     models::DeviceOptions options;
     options.nextVersion = "TARN-R200 V5.2R1";
-    plug(options);
+    plugOnly({"nak@:0400100005060708D2"}, options);
     loadImage();
-    const auto report = start();
-    EXPECT_EQ(report.end, RunEnd::updated);
+    const auto verdict = updater.conclude(start());
+    EXPECT_EQ(verdict.kind, Verdict::Kind::updated);
+    EXPECT_EQ(std::vector(verdict.facts.begin(), verdict.facts.end() - 1),
+              (std::vector<std::string>{
+                  "COM1: TARN-R200 V5.1R23 before the run.",
+                  "Image: local.hex, TARN-R200 V5.2R1, 119 bytes, SHA-256 " + digest.sha256(kImage) + ".",
+                  "The device now answers with TARN-R200 V5.2R1.", "1 record was repeated."}));
+    EXPECT_EQ(verdict.unplugText(), "It is safe to unplug the device.");
     EXPECT_EQ(log(), kChosen + kToIsp + kErased + kDone);
     EXPECT_EQ(memoryFault(), "");
-    EXPECT_EQ(device().version(), "TARN-R200 V5.2R1");
     EXPECT_EQ(textOf(device().log().boot),
-              "\r\x02X\r:0400100005060708D2\r:04002000090A0B0CB2\r:0400000001020304F2\r:00000001FF\r\x02R\r");
+              "\r\x02X\r:0400100005060708D2\r:0400100005060708D2\r:04002000090A0B0CB2\r:0400000001020304F2\r"
+              ":00000001FF\r\x02R\r");
     EXPECT_EQ(face.events,
               (std::vector<std::string>{"running", "cancel on", "cancel off", "cancel off", "cancel off", "idle"}));
-    EXPECT_EQ(face.phases,
-              (std::vector<RunPhase>{RunPhase::scan, RunPhase::selection, RunPhase::image, RunPhase::bootLoader,
-                                     RunPhase::erase, RunPhase::program, RunPhase::reset, RunPhase::idle}));
+    EXPECT_EQ(face.phases, (std::vector<RunPhase>{RunPhase::scan, RunPhase::selection, RunPhase::image,
+                                                  RunPhase::bootLoader, RunPhase::erase, RunPhase::program,
+                                                  RunPhase::reset, RunPhase::proof, RunPhase::idle}));
     EXPECT_TRUE(reader.calls.empty());
     EXPECT_FALSE(updater.serialPort().PortOpen());
-    EXPECT_EQ(report.facts.deviceVersion + "|" + report.facts.port + "|" + report.facts.version,
-              "TARN-R200 V5.1R23|COM1|V5.2R1");
 }
 
 TEST_F(OfflineRun, RepeatsWhatFailedAndNothingElse) {
-    const std::map<char, std::string> texts = {{'e', "Erase Firmware... < NG\r\n"},
-                                               {'E', kErased},
-                                               {'p', "Programming... < NG\r\n"},
-                                               {'P', kDone},
-                                               {'1', "\r\niTry:1\r\n"},
-                                               {'2', "\r\niTry:2\r\n"},
-                                               {'3', "\r\niTry:3\r\n"}};
+    const std::string eraseFails = "Erase Firmware... < NG\r\n", fails = "Programming... < NG\r\n",
+                      first = "\r\niTry:1\r\n", second = "\r\niTry:2\r\n", third = "\r\niTry:3\r\n";
     const struct {
         std::initializer_list<std::string_view> faults;
-        std::string log;  // small letters for what failed, digits for tries
+        std::string log;
         int erases, restarts;
         RunEnd end;
     } cases[] = {
-        {{"erase-nak"}, "e1EP", 2, 1, RunEnd::updated},
-        {{"erase-nakx*"}, "e1e2e3", 3, 0, RunEnd::eraseFailed},
-        {{"nak@:04002000090A0B0CB2x3"}, "Ep1P", 1, 1, RunEnd::updated},
-        {{"nak@:00000001FFx*"}, "Ep1p2p3", 1, 0, RunEnd::programmingFailed},
-        {{"erase-nak", "nak@:04002000090A0B0CB2x3"}, "e1Ep2P", 2, 1, RunEnd::updated},
+        {{"erase-nak"}, eraseFails + first + kErased + kDone, 2, 1, RunEnd::updated},
+        {{"erase-nakx*"}, eraseFails + first + eraseFails + second + eraseFails + third, 3, 0, RunEnd::eraseFailed},
+        {{"nak@:00000001FFx*"},
+         kErased + fails + first + fails + second + fails + third,
+         1,
+         0,
+         RunEnd::programmingFailed},
+        {{"erase-nak", "nak@:04002000090A0B0CB2x3"},
+         eraseFails + first + kErased + fails + second + kDone,
+         2,
+         1,
+         RunEnd::updated},
     };
     for (const auto& one : cases) {
-        SCOPED_TRACE(one.log);
         plugOnly(one.faults);
         loadImage();
         EXPECT_EQ(start().end, one.end);
-        auto wanted = kChosen + kToIsp;
-        for (const char letter : one.log) wanted += texts.at(letter);
-        EXPECT_EQ(log(), wanted);
+        EXPECT_EQ(log(), kChosen + kToIsp + one.log);
         EXPECT_EQ(device().log().erases, one.erases);
         EXPECT_EQ(device().log().restarts, one.restarts);
         EXPECT_EQ(one.restarts ? memoryFault() : "", "");
     }
 }
 
-TEST_F(OfflineRun, EndsLessThanThreeSecondsAfterAnUnplugging) {
+TEST_F(OfflineRun, EndsLessThanThreeSecondsAfterAnUnpluggingAndWorksAgainAfterwards) {
     const struct {
         const char* fault;
+        std::uint8_t muted;  // or the reader is unplugged while this command of its own is not answered
         RunEnd end;
     } cases[] = {
-        {"unplug-byte@1", RunEnd::noDevice},          // looking for a prompt
-        {"unplug-request@01", RunEnd::noDevice},      // asked for its version
-        {"unplug-request@1f", RunEnd::lostInSwitch},  // asked to switch
-        {"unplug-request@03", RunEnd::lostInSwitch},  // the password
-        {"cut@5", RunEnd::lostInSwitch},              // the second switch
-        {"cut@6", RunEnd::lostInSwitch},              // the prompt
-        {"unplug-erase", RunEnd::lostInBootLoader},
-        {"unplug@1", RunEnd::lostInBootLoader},
-        {"unplug@:00000001FF", RunEnd::lostInBootLoader},
+        {"unplug-byte@1", 0, RunEnd::noDevice},          // looking for a prompt
+        {"unplug-request@01", 0, RunEnd::noDevice},      // asked for its version
+        {"unplug-request@1f", 0, RunEnd::lostInSwitch},  // asked to switch
+        {"unplug-request@03", 0, RunEnd::lostInSwitch},  // the password
+        {"cut@5", 0, RunEnd::lostInSwitch},              // the second switch
+        {"cut@6", 0, RunEnd::lostInSwitch},              // the prompt
+        {"unplug-erase", 0, RunEnd::lostInBootLoader},
+        {"unplug@1", 0, RunEnd::lostInBootLoader},
+        {"unplug@:00000001FF", 0, RunEnd::lostInBootLoader},
+        {"", 203, RunEnd::noPortOpened},
+        {"", 4, RunEnd::lostInSwitch},
     };
     models::DeviceOptions options;
     options.password = "quill";
-    for (const auto& one : cases) {
-        SCOPED_TRACE(one.fault);
-        plugOnly({one.fault}, options);
+    for (int i = 0; i < 2 * static_cast<int>(std::size(cases)); ++i) {
+        const auto& one = cases[i / 2];
+        const bool isHid = i % 2;
+        SCOPED_TRACE(one.fault + std::string(isHid ? ", HID " : "") + std::to_string(one.muted));
+        if (one.muted && !isHid) continue;
+        models::HidReaderOptions reader;
+        if (one.muted) reader.mutes = {one.muted};
+        isHid ? plugBehindReader({}, options, reader) : static_cast<void>(plugOnly({}, options));
+        if (*one.fault) device().faults().add(one.fault);
         loadImage();
-        std::int64_t unplugged = -1;
+        std::optional<std::int64_t> unplugged;
         runtime.setPump([&] {
-            if (unplugged < 0 && !device().isPlugged()) unplugged = runtime.ms();
+            const bool isAsked =
+                one.muted && !behind->reader.commands().empty() && behind->reader.commands().back()[0] == one.muted;
+            if (unplugged || !(isAsked || !device().isPlugged())) return;
+            unplugged = runtime.ms();
+            unplugReader();
         });
         EXPECT_EQ(start().end, one.end) << log();
-        EXPECT_GE(unplugged, 0);
-        EXPECT_LT(runtime.ms() - unplugged, 3000);
-        EXPECT_FALSE(updater.serialPort().PortOpen());
+        EXPECT_LT(runtime.ms() - unplugged.value(), 3000);
+        EXPECT_TRUE(one.end != RunEnd::lostInBootLoader || log().ends_with("\r\n\r\niTry:3\r\n")) << log();
+        EXPECT_FALSE(updater.serialPort().PortOpen() || bus.openDevices());
+        device().plugIn(runtime.micros());
+        if (isHid) {
+            behind->reader.restart();
+            behind->reader.options().mutes.clear();
+            behind->plug(bus, "/dev/hidraw0");
+        }
+        EXPECT_EQ(start(true).end, RunEnd::updated) << log();
+        EXPECT_EQ(memoryFault(), "");
     }
-    EXPECT_TRUE(log().ends_with("iTry:2\r\nProgramming... < NG(The port was lost)\r\n\r\niTry:3\r\n")) << log();
+}
+
+/// A serial boot loader is passed by; the reader is told that it is over after the device.
+TEST_F(OfflineRun, TellsADeviceBehindAReaderThatTookAPasswordThatTheSessionEnds) {
+    const struct {
+        std::optional<std::string> password;
+        const char* fault;
+        std::vector<int> functions;
+    } cases[] = {
+        {std::nullopt, "deaf@05", {0x01, 0x1F}},
+        {"quill", "deaf@05", {0x01, 0x1F, 0x00, 0x03, 0x1F, 0x04}},
+        {"quill", "deaf@04", {0x01, 0x1F, 0x00, 0x03, 0x1F, 0x04}},  // takes 3 s more
+    };
+    const Bytes rate{1, 4, 0, 0, 0x4B, 0};  // 19200 at opening, and as the scan's first setting
+    std::vector<std::int64_t> ends = {runtime.ms()};
+    models::DeviceOptions boot, options;
+    boot.kind = models::Kind::boot;
+    for (const auto& one : cases) {
+        options.password = one.password;
+        plugBehindReader({one.fault}, options);
+        plug(boot, 3);
+        loadImage();
+        EXPECT_EQ(start().end, RunEnd::updated);
+        EXPECT_EQ(face.panel.front(), "show ,COM3,HID1,");
+        std::vector<int> functions;
+        for (const auto& request : device().log().requests) functions.push_back(request.function);
+        EXPECT_EQ(functions, one.functions);
+        EXPECT_EQ(behind->reader.commands(), std::vector<Bytes>({{203, 0}, rate, {5, 0}, rate, {4, 0}, {3, 1, 3}}));
+        ends.push_back(runtime.ms());
+    }
+    EXPECT_NEAR(static_cast<double>(ends[3] - 2 * ends[2] + ends[1]), 3000, 100);
+}
+
+/// One that answers no command is asked three times for a setting, and once more at closing.
+TEST_F(OfflineRun, IsCancelledWithoutWaitingForAReader) {
+    models::HidReaderOptions reader;
+    reader.mutes = {1, 3, 5};
+    plugBehindReader({}, {}, reader);
+    loadImage();
+    std::optional<std::int64_t> cancelledAt;
+    runtime.setPump([&] {
+        const auto& sent = behind->reader.commands();
+        if (cancelledAt || std::count(sent.begin(), sent.end(), Bytes{1, 4, 0, 0, 0x4B, 0}) < 2) return;
+        cancelledAt = runtime.ms();
+        presenter.cmdCancel_Click();
+    });
+    EXPECT_EQ(start().end, RunEnd::cancelled);
+    EXPECT_LT(runtime.ms() - cancelledAt.value(), 1300);
 }
 
 TEST_F(OfflineRun, TakesABootLoaderOnlyWhenForcedAndAtAnyRate) {

@@ -11,7 +11,7 @@ class Safety : public RunTest {
 protected:
     /// "PORT:DEVICE:FIRMWARE;" for each device that the next start would speak of, were this program killed now.
     std::string journalled() {
-        constexpr const char* kFirmware[] = {"old", "none", "whole"};
+        constexpr const char* kFirmware[] = {"old", "uncertain", "none", "whole"};
         std::string all;
         for (const auto& run : RunJournal(folder, files, processes).left())
             all += run.port + ":" + run.device + ":" + kFirmware[static_cast<int>(run.firmware)] + ";";
@@ -77,7 +77,7 @@ TEST_F(Safety, RemembersADeviceFromBeforeItsSwitchOn) {
     };
     EXPECT_EQ(start().end, RunEnd::updated);
     const std::string entry = "COM1:TARN-R200 V5.1R23:";
-    EXPECT_EQ(seen, (std::vector<std::string>{entry + "old;", entry + "none;", entry + "none;", entry + "whole;"}));
+    EXPECT_EQ(seen, (std::vector<std::string>{entry + "old;", entry + "uncertain;", entry + "none;", entry + "whole;"}));
     EXPECT_EQ(journalled(), "");
     face.onText = nullptr;
     device().faults().add("nak@:00000001FFx9");
@@ -123,7 +123,7 @@ TEST_F(Safety, KnowsALeftDeviceAgain) {
          false,
          "COM1:a:none;COM2:b:none;COM1:a:none;"},
         {"but may be the one with its old",
-         {"t1", "COM1", "a", "/x", "", Firmware::old},
+         {"t1", "COM1", "a", "/x", "", Firmware::uncertain},
          {"t", "COM1", "a", "/z"},
          false,
          "COM2:b:none;COM1:a:none;"},

@@ -49,8 +49,11 @@ Card alarmCard(const WindowState& state) {
     constexpr std::size_t kShown = 3;
     const auto& left = state.left;
     const auto count = std::to_string(left.size());
+    // One that was cut off before the erase, or behind the last record, has firmware.
+    const bool isFirmwareThere = left.size() == 1 && left[0].firmware != InterruptedRun::Firmware::none;
     Card card{Tone::danger, Cable::broken,
-              left.size() == 1 ? "A device was left in its boot loader, without working firmware."
+              isFirmwareThere    ? "An update was cut off; the device may be in its boot loader."
+              : left.size() == 1 ? "A device was left in its boot loader, without working firmware."
                                : count + " devices were left in their boot loaders, without working firmware."};
     if (state.verdict) {
         card.lines.push_back(state.verdict->headline);
@@ -59,7 +62,8 @@ Card alarmCard(const WindowState& state) {
     for (std::size_t i = 0; i < std::min(kShown, left.size()); ++i)
         card.lines.push_back(left[i].brief() + ", " + lastPart(left[i].image));
     if (left.size() > kShown) card.lines.back() += ", and " + std::to_string(left.size() - kShown) + " more";
-    card.steps = {"Connect the device, and leave it connected and powered.",
+    card.steps = {isFirmwareThere ? "Switch the device off and on: if it starts, all is well."
+                                  : "Connect the device, and leave it connected and powered.",
                   state.rescueImage.empty() ? "Choose the image made for it, and force the update."
                                             : "Rescue it with " + lastPart(state.rescueImage) + "."};
     if (state.verdict) {
