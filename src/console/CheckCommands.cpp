@@ -5,7 +5,7 @@
 #include "console/TerminalText.h"
 #include "image/Image.h"
 #include "platform/Address.h"
-#include "platform/Files.h"
+#include "platform/files/Files.h"
 #include "settings/StoredSettings.h"
 #include "site/SiteCheck.h"
 #include "site/SiteDigests.h"

@@ -5,8 +5,8 @@
 #include <string>
 #include <string_view>
 
-#include "platform/FileStore.h"
 #include "platform/TextSink.h"
+#include "platform/files/FileStore.h"
 #include "run/Verdict.h"
 
 namespace corvane {

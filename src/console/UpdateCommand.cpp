@@ -1,6 +1,6 @@
 #include "console/Console.h"
-#include "platform/Files.h"
 #include "platform/ProgramInfo.h"
+#include "platform/files/Files.h"
 #include "settings/LocalFile.h"
 #include "text/Text.h"
 

@@ -4,7 +4,7 @@
 #include <cstdio>
 #include <system_error>
 
-#include "platform/Files.h"
+#include "platform/files/Files.h"
 #include "text/Number.h"
 #include "text/Profile.h"
 #include "text/Text.h"

@@ -4,17 +4,17 @@
 
 #include "platform/AsyncReader.h"
 #include "platform/Digest.h"
-#include "platform/FileStore.h"
 #include "platform/Launcher.h"
 #include "platform/ModuleLoader.h"
 #include "platform/PortInspector.h"
 #include "platform/PortMap.h"
 #include "platform/Processes.h"
-#include "platform/ProgramFolder.h"
 #include "platform/Runtime.h"
 #include "platform/SerialControl.h"
 #include "platform/SettingsStore.h"
 #include "platform/SleepInhibitor.h"
+#include "platform/files/FileStore.h"
+#include "platform/files/ProgramFolder.h"
 
 namespace corvane {
 

@@ -3,7 +3,7 @@
 #include <algorithm>
 #include <filesystem>
 
-#include "platform/Files.h"
+#include "platform/files/Files.h"
 #include "run/Verdict.h"
 #include "text/Cp1252.h"
 #include "text/RuntimeError.h"

@@ -4,8 +4,8 @@
 #include <string_view>
 #include <vector>
 
-#include "platform/FileStore.h"
-#include "platform/ProgramFolder.h"
+#include "platform/files/FileStore.h"
+#include "platform/files/ProgramFolder.h"
 #include "run/Outcome.h"
 
 namespace corvane {

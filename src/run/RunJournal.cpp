@@ -5,7 +5,7 @@
 #include <filesystem>
 #include <map>
 
-#include "platform/Files.h"
+#include "platform/files/Files.h"
 #include "text/Number.h"
 #include "text/RuntimeError.h"
 #include "text/Text.h"

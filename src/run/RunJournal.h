@@ -4,9 +4,9 @@
 #include <string>
 #include <vector>
 
-#include "platform/FileStore.h"
 #include "platform/Processes.h"
-#include "platform/ProgramFolder.h"
+#include "platform/files/FileStore.h"
+#include "platform/files/ProgramFolder.h"
 
 namespace corvane {
 

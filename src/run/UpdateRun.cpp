@@ -2,7 +2,7 @@
 
 #include <algorithm>
 
-#include "platform/Files.h"
+#include "platform/files/Files.h"
 #include "run/EndTable.h"
 #include "site/References.h"
 #include "text/Cp1252.h"

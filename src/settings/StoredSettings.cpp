@@ -2,8 +2,8 @@
 
 #include <algorithm>
 
-#include "platform/Files.h"
 #include "platform/ProgramInfo.h"
+#include "platform/files/Files.h"
 #include "text/Cp1252.h"
 #include "text/Number.h"
 #include "text/Text.h"

@@ -4,8 +4,8 @@
 
 #include "face/FirmwareDialog.h"
 #include "face/Log.h"
-#include "platform/ProgramFolder.h"
 #include "platform/SettingsStore.h"
+#include "platform/files/ProgramFolder.h"
 #include "settings/Choices.h"
 #include "site/InfReader.h"
 

@@ -4,7 +4,7 @@
 #include <string>
 #include <string_view>
 
-#include "platform/ProgramFolder.h"
+#include "platform/files/ProgramFolder.h"
 #include "site/SiteInformation.h"
 
 namespace corvane {

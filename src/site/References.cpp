@@ -2,7 +2,7 @@
 
 #include <algorithm>
 
-#include "platform/Files.h"
+#include "platform/files/Files.h"
 #include "settings/StoredSettings.h"
 #include "text/Cp1252.h"
 #include "text/RuntimeError.h"

@@ -1,7 +1,7 @@
 #include "site/SelfUpdate.h"
 
-#include "platform/Files.h"
 #include "platform/ProgramInfo.h"
+#include "platform/files/Files.h"
 #include "text/Cp1252.h"
 #include "text/Text.h"
 

@@ -1,6 +1,6 @@
 #include "site/SiteAccess.h"
 
-#include "platform/Files.h"
+#include "platform/files/Files.h"
 #include "text/Cp1252.h"
 #include "text/Text.h"
 

@@ -6,7 +6,7 @@
 #include "face/Log.h"
 #include "face/Progress.h"
 #include "ftp/FTPDownload.h"
-#include "platform/ProgramFolder.h"
+#include "platform/files/ProgramFolder.h"
 #include "settings/Choices.h"
 #include "settings/StoredSettings.h"
 #include "site/InfReader.h"

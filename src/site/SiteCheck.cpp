@@ -6,8 +6,8 @@
 
 #include "face/FirmwareDialog.h"
 #include "image/Image.h"
-#include "platform/Files.h"
 #include "platform/ProgramInfo.h"
+#include "platform/files/Files.h"
 #include "site/FirmwareInformation.h"
 #include "site/FirmwareListParser.h"
 #include "text/Cp1252.h"

@@ -2,7 +2,7 @@
 
 #include <utility>
 
-#include "platform/Files.h"
+#include "platform/files/Files.h"
 #include "site/FirmwareListParser.h"
 #include "text/RuntimeError.h"
 #include "text/Text.h"

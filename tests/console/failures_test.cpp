@@ -246,8 +246,7 @@ std::vector<Way> WaysToFail::atTheDevice() {
         {kLocalYes, 5, "Something unexpected happened: no memory.", throwing("Programming...")},
         {kLocalYes, 0,
          "The journal $DATA/interrupted-runs could not be written (the folder cannot be made): had the program or the "
-         "computer failed meanwhile, the next start would not have known of this device.
-corvane-cli: The record "
+         "computer failed meanwhile, the next start would not have known of this device.\nThe record "
          "$DATA/jobs.csv could not be written: the folder cannot be made.",
          inJournal},
     };

@@ -77,7 +77,8 @@ TEST_F(Safety, RemembersADeviceFromBeforeItsSwitchOn) {
     };
     EXPECT_EQ(start().end, RunEnd::updated);
     const std::string entry = "COM1:TARN-R200 V5.1R23:";
-    EXPECT_EQ(seen, (std::vector<std::string>{entry + "old;", entry + "uncertain;", entry + "none;", entry + "whole;"}));
+    EXPECT_EQ(seen,
+              (std::vector<std::string>{entry + "old;", entry + "uncertain;", entry + "none;", entry + "whole;"}));
     EXPECT_EQ(journalled(), "");
     face.onText = nullptr;
     device().faults().add("nak@:00000001FFx9");

@@ -9,12 +9,12 @@
 #include <set>
 
 #include "platform/Digest.h"
-#include "platform/FileStore.h"
 #include "platform/Launcher.h"
 #include "platform/PortInspector.h"
 #include "platform/Processes.h"
 #include "platform/SettingsStore.h"
 #include "platform/SleepInhibitor.h"
+#include "platform/files/FileStore.h"
 
 namespace corvane::fakes {
 

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "platform/ProgramFolder.h"
+#include "platform/files/ProgramFolder.h"
 
 namespace corvane {
 

@@ -54,7 +54,7 @@ Card alarmCard(const WindowState& state) {
     Card card{Tone::danger, Cable::broken,
               isFirmwareThere    ? "An update was cut off; the device may be in its boot loader."
               : left.size() == 1 ? "A device was left in its boot loader, without working firmware."
-                               : count + " devices were left in their boot loaders, without working firmware."};
+                                 : count + " devices were left in their boot loaders, without working firmware."};
     if (state.verdict) {
         card.lines.push_back(state.verdict->headline);
         card.lines.insert(card.lines.end(), state.verdict->reasons.begin(), state.verdict->reasons.end());

@@ -2,7 +2,7 @@
 
 #include <algorithm>
 
-#include "platform/Files.h"
+#include "platform/files/Files.h"
 #include "text/Cp1252.h"
 #include "text/Text.h"
 
