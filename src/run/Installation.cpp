@@ -38,8 +38,14 @@ std::string Installation::remember(const Outcome& outcome) {
     const auto& facts = outcome.facts;
     const bool isInBootLoader = outcome.device == DeviceState::leftInBootLoader;
     const auto firmware = isInBootLoader ? InterruptedRun::Firmware::none : InterruptedRun::Firmware::old;
-    return journal_.begin({session_.runtime.timestamp(), toUtf8(facts.portName), toUtf8(facts.deviceVersion),
-                           facts.image.path(), facts.place, firmware},
+    return journal_.begin({session_.runtime.timestamp(),
+                           toUtf8(facts.portName),
+                           toUtf8(facts.deviceVersion),
+                           facts.image.path(),
+                           facts.place,
+                           firmware,
+                           {},
+                           toUtf8(facts.image.info().version)},
                           isInBootLoader);
 }
 

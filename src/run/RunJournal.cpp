@@ -32,6 +32,7 @@ std::string entryOf(const InterruptedRun& run) {
         {"device", run.device},
         {"image", run.image},
         {"place", run.place},
+        {"version", run.version},
         {"firmware", kFirmware[static_cast<std::size_t>(run.firmware)]},
         {"process", run.process.number == 0 ? "" : std::to_string(run.process.number) + " " + run.process.start}};
     std::string lines;
@@ -44,6 +45,7 @@ InterruptedRun runOf(std::map<std::string, std::string, std::less<>>& values) {
     for (std::size_t i = 0; i < kFirmware.size(); ++i) {
         if (values["firmware"] == kFirmware[i]) run.firmware = static_cast<Firmware>(i);
     }
+    run.version = values["version"];
     const auto& process = values["process"];
     if (const auto blank = process.find(' '); blank != std::string::npos)
         run.process = {static_cast<int>(leadingNumber(process.substr(0, 9))), process.substr(blank + 1)};
@@ -103,7 +105,8 @@ int likeness(const InterruptedRun& entry, const InterruptedRun& run) {
 /// Whether the device of an entry may be one that runs its application and calls itself so.
 bool mayRun(const InterruptedRun& entry, const std::string& device) {
     const bool isOldPossible = entry.firmware == Firmware::old || entry.firmware == Firmware::uncertain;
-    return entry.firmware == Firmware::whole || (isOldPossible && entry.device == device);
+    const bool isInstalled = !entry.version.empty() && containsNoCase(device, entry.version);
+    return entry.firmware == Firmware::whole || isInstalled || (isOldPossible && entry.device == device);
 }
 
 /// The entry of an earlier run that this device is in: one that runs its application cannot be the one that was left
@@ -162,7 +165,7 @@ std::vector<InterruptedRun> RunJournal::left() const {
 
 std::string RunJournal::begin(InterruptedRun run, bool isInBootLoader) {
     constexpr std::size_t kMost = 1000;  // of a disk that always fails, or of whoever writes into the file
-    for (auto* value : {&run.time, &run.port, &run.device, &run.image, &run.place})
+    for (auto* value : {&run.time, &run.port, &run.device, &run.image, &run.place, &run.version})
         *value = withoutLineEnds(std::move(*value));
     run.process = processes_.own();
     if (!makeFolder(folder_.dataPath())) return "the folder cannot be made";

@@ -27,6 +27,7 @@ struct InterruptedRun {
     std::string place{};  ///< the adapter or reader at the port, by what tells it from others; empty when nothing does
     Firmware firmware = Firmware::none;
     ProcessMark process{};  ///< that has it at work; none when its run has ended
+    std::string version{};  ///< of the image: the device calls itself so when it is well
 
     bool operator==(const InterruptedRun&) const = default;
 
