@@ -87,11 +87,14 @@ Next BootLoader::restart() {
     ++board_.log.restarts;
     writer_.restart();
     if (!isComplete_ && board_.flash.contents().empty()) return Next::goOn;
-    if (!isComplete_ || !numbers_.empty()) {
-        isComplete_ = true;
-        if (!board_.options.nextVersion.empty()) board_.version = board_.options.nextVersion;
-    }
+    if (!isComplete_ || !numbers_.empty()) complete();
     return Next::startApplication;
+}
+
+/// Whatever starts the device next, it is the new application that runs.
+void BootLoader::complete() {
+    isComplete_ = true;
+    if (!board_.options.nextVersion.empty()) board_.version = board_.options.nextVersion;
 }
 
 /// A record keeps its number when it comes again, so that "the fifth" is the same one in every try.
@@ -113,7 +116,7 @@ void BootLoader::takeRecord(Micros now, const std::string& text) {
         board_.log.refused.push_back(text);
         return board_.reply(now, {kNak});
     }
-    if (taken == RecordWriter::Taken::ended) isComplete_ = true;
+    if (taken == RecordWriter::Taken::ended) complete();
     if (faults.strike(FaultKind::mute, number, text)) return;
     if (const auto* dots = faults.strike(FaultKind::dots, number, text)) {
         for (std::uint32_t i = 0; i < dots->amount; ++i, now += kBetweenDots) board_.voice.say(now, {'.'});

@@ -26,6 +26,7 @@ private:
     void erase(Micros now);
     Next restart();
     void takeRecord(Micros now, const std::string& text);
+    void complete();
     std::uint32_t numberOf(const std::string& text);
 
     Board& board_;
