@@ -231,10 +231,7 @@ bool RunJournal::forget(const InterruptedRun& run) {
 
 /// A journal without entries is no file.
 std::string RunJournal::write(const std::vector<InterruptedRun>& runs) const {
-    if (runs.empty()) {
-        std::string why;
-        return deleteFile(path(), why) ? "" : why;
-    }
+    if (runs.empty()) return files_.remove(path());
     std::string content;
     for (const auto& run : runs) content += entryOf(run);
     return files_.replace(path(), content);

@@ -35,7 +35,8 @@ TEST_F(UpdateCommand, KeepsACopyOfTheLog) {
     EXPECT_EQ(fakes::ScratchFolder::content(log), out.text);
     EXPECT_TRUE(out.text.starts_with("Open COM1 ... < OK\n   Scan by 19200,N,8,1\n[Local Site]\n")) << out.text;
     EXPECT_TRUE(settings.values.empty());
-    EXPECT_EQ(update({"--yes", "--log", image()}), 2);
+    for (const char* output : {"--log", "--record"}) EXPECT_EQ(update({"--yes", output, image()}), 2);
+    EXPECT_EQ(err.text, "corvane-cli: The job record " + image() + " is the image.\n");
     EXPECT_EQ(fakes::ScratchFolder::content(folder.folder.at("local.hex")), fakes::kImage);
     EXPECT_EQ(devices[0]->log().erases, 1);
     EXPECT_EQ(update({"--yes", "--log", "/dev/full"}), 0);

@@ -3,6 +3,7 @@
 #include <filesystem>
 #include <gtest/gtest.h>
 #include <sys/resource.h>
+#include <sys/stat.h>
 
 #include "platform/linux/QtSettingsStore.h"
 #include "platform/linux/UserFolders.h"
@@ -83,6 +84,24 @@ TEST_F(QtSettingsStoreTest, WhatCannotBeWrittenIsReportedAndNotKept) {
     EXPECT_EQ(fakes::ScratchFolder::content(file), "[FTP]\nServer=old\n");
     folder.file("blocked", "");
     EXPECT_FALSE(QtSettingsStore(folder.at("blocked")).SaveSetting("Corvane", "FTP", "Server", "x"));
+}
+
+TEST_F(QtSettingsStoreTest, SaysWhatOthersMayReadAndWhatIsNoFile) {
+    folder.file("Corvane/Corvane.conf", "[FTP]\nServer=old\n");
+    fs::permissions(file, fs::perms(0640));
+    EXPECT_TRUE(store.problems("Corvane", false).empty());
+    EXPECT_EQ(store.problems("Corvane", true),
+              std::vector<std::string>{file +
+                                       " was open to other users of this computer, and a password stands in it. Now it "
+                                       "is yours alone. If somebody may have read it, change the password."});
+    EXPECT_EQ(fs::status(file).permissions(), fs::perms(0600));
+    EXPECT_TRUE(store.problems("Corvane", true).empty());
+    fs::remove(file);
+    ASSERT_EQ(mkfifo(file.c_str(), 0600), 0);
+    EXPECT_EQ(value("Server"), "default");
+    EXPECT_FALSE(save("Server", "new"));
+    EXPECT_EQ(store.problems("Corvane", false),
+              std::vector<std::string>{file + " is no ordinary file: no settings are read or kept. Remove it."});
 }
 
 TEST(UserFolders, FollowTheEnvironment) {

@@ -94,6 +94,11 @@ public:
         return failure.empty() && !(std::ofstream(path, std::ios::binary) << content).flush() ? "no such folder"
                                                                                               : failure;
     }
+    std::string remove(const std::string& path) override {
+        std::error_code none;
+        std::filesystem::remove(path, none);
+        return none ? "no permission" : "";
+    }
     std::string append(const std::string& path, std::string_view head, std::string_view text, Named) override {
         std::error_code none;
         const bool isNew = std::filesystem::file_size(path, none) == 0 || none;

@@ -39,6 +39,9 @@ public:
     /// one's mode stays.
     [[nodiscard]] virtual std::string replace(const std::string& path, std::string_view content) = 0;
 
+    /// Takes a file away, if there is one; on the disk when this returns.
+    [[nodiscard]] virtual std::string remove(const std::string& path) = 0;
+
     /// Adds to a file's end, all or nothing, the head first where the file is empty or new.
     [[nodiscard]] virtual std::string append(const std::string& path, std::string_view head, std::string_view text,
                                              Named named) = 0;

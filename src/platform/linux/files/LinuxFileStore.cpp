@@ -75,7 +75,12 @@ Descriptor openOrdinary(const std::string& path, int flags, std::string& why) {
     return file;
 }
 
-/// A name that is to be found again after a failure of the power.
+std::string folderOf(const std::string& path) {
+    const auto folder = std::filesystem::path(path).parent_path().string();
+    return folder.empty() ? "." : folder;
+}
+
+/// A name that is to be there, or gone, after a failure of the power too.
 void storeName(const std::string& folder) {
     const Descriptor opened(::open(folder.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
     if (opened.isOpen()) fsync(opened.get());  // some file systems cannot, and need not
@@ -112,8 +117,7 @@ std::unique_ptr<FileStore::Lock> LinuxFileStore::lock(const std::string& folder)
 }
 
 std::string LinuxFileStore::replace(const std::string& path, std::string_view content) {
-    const auto parent = std::filesystem::path(path).parent_path().string();
-    const auto folder = parent.empty() ? std::string(".") : parent;
+    const auto folder = folderOf(path);
     removeLeftFiles(folder);
     auto part = folder + "/" + partName("XXXXXX");
     Descriptor file(mkostemps(part.data(), 5, O_CLOEXEC));  // a name that nobody guesses, and never a link
@@ -129,6 +133,12 @@ std::string LinuxFileStore::replace(const std::string& path, std::string_view co
         return words(error);
     }
     storeName(folder);
+    return {};
+}
+
+std::string LinuxFileStore::remove(const std::string& path) {
+    if (::unlink(path.c_str()) < 0) return errno == ENOENT ? std::string() : words(errno);
+    storeName(folderOf(path));
     return {};
 }
 
