@@ -49,7 +49,8 @@ class ProgramTest(unittest.TestCase):
         return pathlib.Path(shutil.copy2(program, self.folder / "bin"))
 
     def environment(self, **more):
-        return dict(os.environ, HOME=str(self.folder), XDG_CONFIG_HOME=str(self.folder / "config"),
+        leaks = pathlib.Path(__file__).with_name("leaks.supp")
+        return dict(os.environ, LSAN_OPTIONS=f"suppressions={leaks}:print_suppressions=0", HOME=str(self.folder), XDG_CONFIG_HOME=str(self.folder / "config"),
                     XDG_DATA_HOME=str(self.folder / "data"), CORVANE_FTP_PASSWORD="pw", LC_ALL="C.UTF-8", **more)
 
     def bench(self, program, device, *command, setting="FTP/OffLine=False"):
