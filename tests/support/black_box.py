@@ -50,8 +50,9 @@ class ProgramTest(unittest.TestCase):
 
     def environment(self, **more):
         leaks = pathlib.Path(__file__).with_name("leaks.supp")
-        return dict(os.environ, LSAN_OPTIONS=f"suppressions={leaks}:print_suppressions=0", HOME=str(self.folder), XDG_CONFIG_HOME=str(self.folder / "config"),
-                    XDG_DATA_HOME=str(self.folder / "data"), CORVANE_FTP_PASSWORD="pw", LC_ALL="C.UTF-8", **more)
+        return dict(os.environ, LSAN_OPTIONS=f"suppressions={leaks}:print_suppressions=0", HOME=str(self.folder),
+                    XDG_CONFIG_HOME=str(self.folder / "config"), XDG_DATA_HOME=str(self.folder / "data"),
+                    CORVANE_FTP_PASSWORD="pw", LC_ALL="C.UTF-8", **more)
 
     def bench(self, program, device, *command, setting="FTP/OffLine=False"):
         """The bench, with or without a command that it runs; it says at the end whether the memory equals the image."""
