@@ -53,7 +53,7 @@ bool deleteFile(const std::string& path, std::string& why) {
     std::error_code error;
     std::filesystem::remove(path, error);
     why = error.message();
-    return !FileExists(path);
+    return !error || !FileExists(path);  // what another program has put there since is its own
 }
 
 bool isSafeFileName(const std::string& name) {

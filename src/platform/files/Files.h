@@ -22,7 +22,7 @@ std::vector<std::string> filesIn(const std::string& folder);
 /// Makes a folder; False when that was not possible.
 bool makeFolder(const std::string& path);
 
-/// Deletes a file if there is one; False when it is still there, and why, in the system's words.
+/// Deletes a file if there is one; False when it could not be deleted, and why, in the system's words.
 bool deleteFile(const std::string& path);
 bool deleteFile(const std::string& path, std::string& why);
 
