@@ -3,12 +3,27 @@
 import json
 import os
 import pathlib
+import select
 import shutil
 import subprocess
 import tempfile
 import unittest
 
 LIMIT = 60      # seconds after which a test is lost, whatever it waits for
+
+
+def pause(seconds):
+    select.select([], [], [], seconds)
+
+
+def until(condition, meanwhile=lambda: None):
+    """Whether it comes to be in time; looks twenty times a second."""
+    for _ in range(LIMIT * 20):
+        if condition():
+            return True
+        meanwhile()
+        pause(0.05)
+    return False
 
 
 def record(address, data=b"", kind=0):

@@ -6,6 +6,7 @@
 #include <gtest/gtest.h>
 
 #include "WindowBench.h"
+#include "window/rehearsal/frmRehearsal.h"
 
 namespace corvane {
 
@@ -19,9 +20,9 @@ protected:
 
     /// "line source|program,version,date" as the window shows them.
     std::string choice() const {
-        std::string shown = control<QRadioButton>("optLine1").isChecked() ? "off " : "on ";
-        shown += control<QRadioButton>("optFile").isChecked() ? "file" : "last";
-        return shown + "|" + text("labFilePGM") + "," + text("labFileVersion") + "," + text("labFileDate");
+        return std::string(control<QRadioButton>("optLine1").isChecked() ? "off " : "on ") +
+               (control<QRadioButton>("optFile").isChecked() ? "file" : "last") + "|" + text("labFilePGM") + "," +
+               text("labFileVersion") + "," + text("labFileDate");
     }
 
     /// What can be used, by the names of the controls.
@@ -38,12 +39,25 @@ protected:
     /// Calls a handler once the log ends with a text, from within the run.
     void when(const std::string& logged, std::function<void()> handler) {
         bench.runtime.at(bench.runtime.ms() + 1, [=, this] {
-            const auto text = log();
-            const bool isThere =
-                text.size() >= logged.size() && text.compare(text.size() - logged.size(), logged.size(), logged) == 0;
-            if (isThere) return handler();
+            if (log().ends_with(logged)) return handler();
             when(logged, handler);
         });
+    }
+
+    /// On line, with an account typed and a site that offers an image, and whatever else its list says before that.
+    void offer(const std::string& more = "") {
+        for (const auto& [name, typed] :
+             {std::pair("txtServer", "ftp.example"), {"txtAccount0", "upd"}, {"txtAccount1", "se cret"}}) {
+            auto& field = control<QLineEdit>(name);
+            field.selectAll();
+            QTest::keyClicks(&field, typed);
+        }
+        bench.reader.answers[site].content = "drwxr-xr-x firmware\r\n";
+        bench.reader.answers[site + "/firmware/firmware.inf"].content =
+            more +
+            "[PGM_R200]\nPRODUCT=TARN-R200\nVERSION=V5.2R1\nDESC=one\\ntwo\nFILE=/f/r200.hex\n"
+            "LinkDOC1=Notes\nLinkURL1=/n.txt\nLinkDOC3=Manual\n";
+        bench.reader.answers[site + "/f/r200.hex"].content = kImage;
     }
 
     std::string verdict() const { return control<QTextEdit>("txtVerdict").toPlainText().toStdString(); }
@@ -52,28 +66,8 @@ protected:
         const auto* cursor = QApplication::overrideCursor();
         return cursor ? cursor->shape() : Qt::ArrowCursor;
     }
-};
 
-using WindowRun = WindowTest;
-
-class WindowOnline : public WindowTest {
-protected:
     const std::string site = "ftp://upd:se cret@ftp.example";
-    const std::string section =
-        "[PGM_R200]\nPRODUCT=TARN-R200\nVERSION=V5.2R1\nDESC=one\\ntwo\nFILE=/f/r200.hex\n"
-        "LinkDOC1=Notes\nLinkURL1=/n.txt\nLinkDOC3=Manual\n";
-
-    void offer(const std::string& information) {
-        for (const auto& [name, typed] :
-             {std::pair("txtServer", "ftp.example"), {"txtAccount0", "upd"}, {"txtAccount1", "se cret"}}) {
-            auto& field = control<QLineEdit>(name);
-            field.selectAll();
-            QTest::keyClicks(&field, typed);
-        }
-        bench.reader.answers[site].content = "drwxr-xr-x firmware\r\n";
-        bench.reader.answers[site + "/firmware/firmware.inf"].content = information;
-        bench.reader.answers[site + "/f/r200.hex"].content = kImage;
-    }
 };
 
 }  // namespace corvane

@@ -5,140 +5,116 @@ left behind, and every process gone with the window, however that ends.
     rehearsal_test.py BIN     the folder with corvane, corvane-windowrun and corvane-bench
 """
 
+import functools
 import os
 import pathlib
 import re
-import select
 import signal
 import subprocess
 import sys
 import tempfile
 import unittest
 
+sys.path.insert(0, str(pathlib.Path(__file__).resolve().parents[1] / "support"))
+
+from black_box import until  # noqa: E402
+
 BIN = pathlib.Path(sys.argv.pop(1) if len(sys.argv) > 1 else "build/bin").resolve()
 LIMIT = 180     # seconds after which a test is lost, whatever it waits for
 DIFFERS = 10    # the bench's status when no memory is the image's
 RESCUE = ["--press", "cmdStartCheck", "--press", "cmdForceISP"]
+UPDATED, WAITS = "The device is updated.", "The device waits in its boot loader. It has no working firmware yet."
+FOUND = "A device waits in its boot loader; nothing was changed."
+KINDS = {   # what is pressed, what the strip says after each run, what else is said
+    "healthy": ([], [UPDATED], "The device now answers with TARN-R200 V5.2R1."),
+    "boot-loader": (RESCUE, [FOUND, UPDATED], 'Press "Force ISP" to force an update'),
+    "bad-cable": (RESCUE, [WAITS, UPDATED], "The device now answers with TARN-R200 V5.2R1."),
+    "reader": ([], [UPDATED], "")}
 
 
 class Run:
-    """A program with a home and a folder for temporary files of its own."""
+    """A program with a home and a folder for temporary files of its own; as it sees it there is no FTP server for Python, or
+    there is."""
 
-    def __init__(self, *words, **environment):
-        self.text = None
+    def __init__(self, *words, has_server=True):
         self.folder = tempfile.TemporaryDirectory(prefix="corvane-test-")
-        for name in ("home", "tmp"):
-            os.mkdir(os.path.join(self.folder.name, name), 0o700)
-        environment = dict(os.environ, HOME=self.folder.name + "/home", TMPDIR=self.folder.name + "/tmp", LC_ALL="C.UTF-8",
-                           QT_QPA_PLATFORM="offscreen", **environment)
-        environment = {name: value for name, value in environment.items() if not name.startswith("XDG_")}
-        environment["XDG_RUNTIME_DIR"] = environment["HOME"]  # or Qt makes itself one among the temporary files
+        self.place = pathlib.Path(self.folder.name)
+        for name in ("home", "tmp", "python"):
+            (self.place / name).mkdir(0o700)
+        environment = {name: value for name, value in os.environ.items() if not name.startswith("XDG_")}
+        environment.update(HOME=str(self.place / "home"), TMPDIR=str(self.place / "tmp"), LC_ALL="C.UTF-8",
+                           QT_QPA_PLATFORM="offscreen",
+                           XDG_RUNTIME_DIR=str(self.place / "home"))  # or Qt makes itself one among the temporary files
+        if not has_server:
+            (self.place / "python" / "pyftpdlib.py").write_text("raise ImportError\n")
+            environment["PYTHONPATH"] = str(self.place / "python")
         self.process = subprocess.Popen([str(word) for word in words], env=environment, stdin=subprocess.DEVNULL,
                                         stdout=subprocess.PIPE, stderr=subprocess.STDOUT, text=True)
 
-    def end(self):
-        """Exit status and output."""
-        if self.text is None:
-            self.text = self.process.communicate(timeout=LIMIT)[0]
-        return self.process.returncode, self.text
+    @functools.cached_property
+    def text(self):
+        return self.process.communicate(timeout=LIMIT)[0]
 
     def traces(self):
-        return [str(path) for path in pathlib.Path(self.folder.name).rglob("*") if not path.is_dir()] + os.listdir(
-            self.folder.name + "/tmp")
+        return [path for name in ("home", "tmp") for path in (self.place / name).iterdir()]
 
     def children(self):
         return [int(word) for word in pathlib.Path("/proc/{0}/task/{0}/children".format(self.process.pid)).read_text().split()]
 
 
-def comes(condition):
-    for _ in range(LIMIT * 20):
-        if condition():
-            return True
-        select.select([], [], [], 0.05)
-    return False
-
-
 def is_running(process):
     try:
-        return pathlib.Path("/proc/%d/stat" % process).read_text().rsplit(")", 1)[1].split()[0] != "Z"
+        return ") Z" not in pathlib.Path("/proc/%d/stat" % process).read_text()
     except OSError:
         return False
 
 
 class Rehearsal(unittest.TestCase):
-    @classmethod
-    def setUpClass(cls):
-        # Most of their time they wait for simulated lines, so they run side by side.
-        cls.runs = {kind: Run(BIN / "corvane-windowrun", "--say", "--rehearse", kind, *more)
-                    for kind, more in (("healthy", []), ("boot-loader", RESCUE), ("bad-cable", RESCUE), ("reader", []))}
-        for run in cls.runs.values():
-            cls.addClassCleanup(run.folder.cleanup)
+    def start(self, *words, **options):
+        run = Run(*words, **options)
+        self.addCleanup(run.folder.cleanup)
+        return run
 
     def test_each_kind(self):
-        """The strip after each run, what the program says of it, and that the memory is right in the end."""
-        updated = "The device is updated."
-        for kind, strips, said in (
-                ("healthy", [updated], "The device now answers with TARN-R200 V5.2R1."),
-                ("boot-loader", ["A device waits in its boot loader; nothing was changed.", updated],
-                 'Press "Force ISP" to force an update'),
-                ("bad-cable", ["The device waits in its boot loader. It has no working firmware yet.", updated],
-                 "The device now answers with TARN-R200 V5.2R1."),
-                ("reader", [updated], "")):
+        """Most of their time they wait for simulated lines, so they run side by side. A busy machine makes an event of a window
+        wait in one run, a fault of the program in all of them."""
+        program = [BIN / "corvane-windowrun", "--say", "--rehearse"]
+        runs = {kind: self.start(*program, kind, *KINDS[kind][0]) for kind in KINDS}
+        runs["without a server"] = self.start(*program, "healthy", has_server=False)
+        for kind, run in runs.items():
+            _, strips, said = KINDS.get(kind, KINDS["healthy"])
             with self.subTest(kind):
-                run = self.runs[kind]
-                status, text = run.end()
-                self.assertEqual([line[7:] for line in text.splitlines() if line.startswith("strip: ")], strips, text)
-                self.assertEqual(status, 0, text)
-                self.assertIn("memory equals image", text)
-                self.assertIn(said, text)
+                self.assertEqual(re.findall("^strip: (.*)$", run.text, re.M), strips, run.text)
+                self.assertEqual(run.process.returncode, 0, run.text)
+                self.assertIn("memory equals image", run.text)
+                self.assertIn(said, run.text)
                 self.assertEqual(run.traces(), [])
-
-    def test_the_window_answers(self):
-        """A busy machine makes an event wait in one run, a fault of the program in all of them."""
-        texts = [run.end()[1] for run in self.runs.values()]
-        waits = [float(wait) for wait in re.findall(r"waited at most ([\d.]+) ms", "".join(texts))]
-        self.assertGreater(len(waits), len(self.runs))
-        self.assertLess(min(waits), 100)
-
-    def test_without_a_server(self):
-        with tempfile.TemporaryDirectory() as folder:
-            pathlib.Path(folder, "pyftpdlib.py").write_text("raise ImportError\n")
-            run = Run(BIN / "corvane-windowrun", "--say", "--rehearse", "healthy", PYTHONPATH=folder)
-            self.addCleanup(run.folder.cleanup)
-            status, text = run.end()
-        self.assertEqual(status, 0, text)
-        self.assertIn("strip: The device is updated.", text)
-        self.assertEqual(run.traces(), [])
+        waits = re.findall(r"waited at most ([\d.]+) ms", "".join(run.text for run in runs.values()))
+        self.assertLess(min(map(float, waits)), 100)
 
     def window(self):
         """A rehearsal with nobody at it, once its server and its bench are there."""
-        run = Run(BIN / "corvane", "--rehearse=healthy")
-        self.addCleanup(run.folder.cleanup)
-        self.assertTrue(comes(lambda: len(run.children()) == 2 or run.process.poll() is not None))
+        run = self.start(BIN / "corvane", "--rehearse=healthy")
+        self.assertTrue(until(lambda: len(run.children()) == 2 or run.process.poll() is not None))
         return run, run.children()
 
     def test_a_window_that_is_closed(self):
         run, children = self.window()
-        self.assertTrue(comes(lambda: list(pathlib.Path(run.folder.name).rglob("ready"))))
+        self.assertTrue(until(lambda: list(run.place.rglob("ready"))))
         run.process.send_signal(signal.SIGTERM)
-        status, text = run.end()
-        self.assertEqual(status, DIFFERS, text)
-        self.assertIn("COM1: memory untouched", text)
+        self.assertIn("COM1: memory untouched", run.text)
+        self.assertEqual(run.process.returncode, DIFFERS, run.text)
         self.assertEqual(run.traces(), [])
         self.assertEqual([child for child in children if is_running(child)], [])
 
     def test_a_window_that_is_killed(self):
         run, children = self.window()
         run.process.kill()
-        run.end()
-        self.assertTrue(comes(lambda: not any(is_running(child) for child in children)))
+        self.assertIsNotNone(run.text)
+        self.assertTrue(until(lambda: not any(is_running(child) for child in children)))
 
     def test_wrong_usage(self):
-        run = Run(BIN / "corvane", "--rehearse=flying")
-        self.addCleanup(run.folder.cleanup)
-        status, text = run.end()
-        self.assertEqual(status, 2)
-        self.assertIn('nothing to rehearse is called "flying"', text)
+        self.assertIn('nothing to rehearse is called "flying"', self.start(BIN / "corvane", "--rehearse=flying").text)
 
 
 if __name__ == "__main__":

@@ -1,27 +1,21 @@
 #include <QComboBox>
 #include <QFileDialog>
-#include <QMenuBar>
+#include <QMenu>
 #include <QMimeData>
 #include <QPushButton>
-#include <QRadioButton>
 
 #include "WindowTest.h"
 
 namespace corvane {
 namespace {
 
-class Window : public WindowTest {
-protected:
-    void type(const QString& name, const QString& typed) {
+TEST_F(WindowTest, StartsWithEmptySettingsAndKeepsThem) {
+    const auto type = [this](const QString& name, const QString& typed) {
         auto& field = control<QLineEdit>(name);
         field.selectAll();
         for (const auto character : typed) QTest::sendKeyEvent(QTest::Click, &field, Qt::Key_unknown, character, {});
-    }
-};
-
-TEST_F(Window, StartsWithEmptySettingsAndKeepsThem) {
+    };
     EXPECT_EQ(choice(), "on last|,,");
-    EXPECT_EQ(control<QLineEdit>("txtServer").text(), "ftp.corvane.example");
     EXPECT_EQ(control<QLineEdit>("txtAccount1").echoMode(), QLineEdit::Password);
     EXPECT_EQ(enabled(),
               "cmdStartCheck cmdForceISP cmdOption optLine0 optLine1 txtServer txtAccount0 txtAccount1 cmdCopyLog "
@@ -37,9 +31,7 @@ TEST_F(Window, StartsWithEmptySettingsAndKeepsThem) {
                                                                          {"Corvane/FTP/Server", "fw.example:2121"},
                                                                          {"Corvane/FTP/UserName", "J\xC3\xBCrgen"}}));
     open();
-    EXPECT_EQ(choice(), "off last|,,");
-    EXPECT_EQ(control<QLineEdit>("txtServer").text() + control<QLineEdit>("txtAccount0").text(),
-              "fw.example:2121J\u00fcrgen");
+    EXPECT_EQ(choice() + control<QLineEdit>("txtAccount0").text().toStdString(), "off last|,,J\xC3\xBCrgen");
     press("optLine0");
     bench.settings.isReadOnly = true;
     type("txtAccount1", "other");
@@ -48,7 +40,7 @@ TEST_F(Window, StartsWithEmptySettingsAndKeepsThem) {
     EXPECT_FALSE(window->isVisible());
 }
 
-TEST_F(Window, TakesAGoodLocalFileAndRefusesABadOne) {
+TEST_F(WindowTest, TakesAGoodLocalFileAndRefusesABadOne) {
     press("optLine1");
     answers.expect("QFileDialog", [](QDialog& dialog) {
         EXPECT_EQ(dialog.windowTitle(), "Open Firmware File");
@@ -67,21 +59,19 @@ TEST_F(Window, TakesAGoodLocalFileAndRefusesABadOne) {
     EXPECT_EQ(choice() + "|" + text("labNotice"), "off file|TARN-R200,V5.2R1,2024/01/31|bad.hex cannot be installed.");
 }
 
-TEST_F(Window, TakesAFileThatIsDroppedOnIt) {
+TEST_F(WindowTest, TakesAFileThatIsDroppedOnIt) {
     const auto drop = [this](const std::string& path) {
         QMimeData data;
         data.setUrls({QUrl::fromLocalFile(QString::fromStdString(path))});
         QDragEnterEvent enter({10, 10}, Qt::CopyAction, &data, Qt::LeftButton, {});
         QApplication::sendEvent(window.get(), &enter);
-        if (!enter.isAccepted()) return false;
         QDropEvent dropped({10, 10}, Qt::CopyAction, &data, Qt::LeftButton, {});
-        QApplication::sendEvent(window.get(), &dropped);
-        return true;
+        if (enter.isAccepted()) QApplication::sendEvent(window.get(), &dropped);
+        return enter.isAccepted();
     };
     const auto image = bench.folder.folder.file("dropped.hex", kImage);
     EXPECT_TRUE(drop(image));
-    EXPECT_EQ(choice(), "off file|TARN-R200,V5.2R1,2024/01/31");
-    EXPECT_EQ(text("labFileName"), "dropped.hex");
+    EXPECT_EQ(choice() + text("labFileName"), "off file|TARN-R200,V5.2R1,2024/01/31dropped.hex");
     bench.serial.list(1);
     press("optLast");
     bench.runtime.at(10, [&] { EXPECT_FALSE(drop(image)) << "during a run"; });
@@ -89,7 +79,60 @@ TEST_F(Window, TakesAFileThatIsDroppedOnIt) {
     EXPECT_EQ(choice(), "off last|TARN-R200,V5.2R1,2024/01/31");
 }
 
-TEST_F(Window, LogsAtTheEndDropsTheOldestAndSavesTheRest) {
+TEST_F(WindowTest, OffersTheFilesThatWereTakenLast) {
+    const auto recent = [this] {
+        auto& menu = control<QMenu>("mnuRecent");
+        Q_EMIT menu.aboutToShow();
+        return menu.actions();
+    };
+    press("optLine1");
+    ASSERT_EQ(recent().size(), 1);
+    EXPECT_FALSE(recent().front()->isEnabled());
+    pickImage();
+    const auto other = bench.folder.folder.file("R&D.hex", ":0400000001020304F2\n:00000001FF\n");
+    answers.expect("QFileDialog", DialogAnswers::picking(other));
+    press("cmdLoadFile");
+    const auto files = recent();
+    ASSERT_EQ(files.size(), 2);
+    EXPECT_TRUE(files.front()->text().startsWith("&1 R&&D.hex in ")) << files.front()->text().toStdString();
+    EXPECT_EQ(files.front()->toolTip().toStdString(), other);
+    files.back()->trigger();
+    EXPECT_EQ(text("labFileName") + text("labFileVersion"), "local.hexV5.2R1");
+}
+
+TEST_F(WindowTest, ShowsTheMemoryThatAnImageFillsAndComparesItWithTheDevice) {
+    const std::string map =
+        "12 bytes in 3 segments: 0x00000 to 0x00003, 4 bytes; a gap of 12 bytes; 0x00010 to 0x00013, 4 bytes; a gap of "
+        "12 bytes; 0x00020 to 0x00023, 4 bytes.";
+    pickImage();
+    auto& view = control<QWidget>("picMemory");
+    EXPECT_EQ(view.accessibleDescription().toStdString(), map);
+    const auto picture = view.grab().toImage();
+    const auto filled = view.palette().color(QPalette::Highlight).rgb();
+    std::string cells;
+    for (const int share : {2, 10, 18, 26, 34})
+        cells += picture.pixel(picture.width() * share / 36, 4) == filled ? "#" : ".";
+    EXPECT_EQ(cells, "#.#.#");
+    press("optLast");
+    press("optLine0");
+    plug();
+    offer();
+    for (const auto& memory : {std::string(), map + "Memory map of the copy on this computer, r200.hex"}) {
+        answers.expect("frmQuery", [&](QDialog& dialog) {
+            const auto label = [&dialog](const char* name) { return dialog.findChild<QLabel*>(name)->text(); };
+            EXPECT_EQ(label("labFrom") + label("labTo") + label("labStep"), "V5.1R23V5.2R1\u25b2 a newer version");
+            const auto* shown = dialog.findChild<QWidget*>("picMemory");
+            EXPECT_EQ(shown->isVisible(), !memory.empty());
+            if (!memory.empty()) EXPECT_EQ((shown->accessibleDescription() + label("labMemory")).toStdString(), memory);
+            answers.expect("frmMessage", DialogAnswers::pressing("cmdOK"));
+            DialogAnswers::press(*dialog.findChild<QWidget*>("cmdOK"));
+        });
+        press("cmdStartCheck");
+        press("optLine1");
+    }
+}
+
+TEST_F(WindowTest, LogsAtTheEndAndCopiesAndSavesTheLog) {
     auto& pane = control<QPlainTextEdit>("txtInfo");
     auto* log = dynamic_cast<Log*>(&pane);
     pane.moveCursor(QTextCursor::Start);
@@ -109,7 +152,7 @@ TEST_F(Window, LogsAtTheEndDropsTheOldestAndSavesTheRest) {
     EXPECT_TRUE(text("labStatus").starts_with("The log could not be saved: ")) << text("labStatus");
 }
 
-TEST_F(Window, AsksHowTheSiteIsReached) {
+TEST_F(WindowTest, AsksHowTheSiteIsReached) {
     bench.asksAfterwards(true);
     answers.expect("frmConnection", [](QDialog& dialog) {
         auto* link = dialog.findChild<QComboBox*>("cmbAccessType");
@@ -129,19 +172,17 @@ TEST_F(Window, AsksHowTheSiteIsReached) {
     EXPECT_EQ(chosen, (std::map<std::string, std::string>{{"Corvane/FTP/AccessType", "2"},
                                                           {"Corvane/FTP/Proxy", "proxy:3128"},
                                                           {"Corvane/Update/AskVersion", "False"}}));
-    answers.expect("frmConnection", [](QDialog& dialog) {
+    answers.expect("frmConnection", [this](QDialog& dialog) {
         EXPECT_EQ(dialog.findChild<QLineEdit*>("txtProxy")->text(), "proxy:3128");
         dialog.findChild<QComboBox*>("cmbAccessType")->setCurrentIndex(1);
-        DialogAnswers::press(*dialog.findChild<QWidget*>("cmdCancel"));
+        window->closeFromOutside();
     });
     press("cmdOption");
     EXPECT_EQ(bench.settings.values, chosen);
-    answers.expect("frmConnection", [this](QDialog&) { window->closeFromOutside(); });
-    press("cmdOption");
     EXPECT_FALSE(window->isVisible());
 }
 
-TEST_F(Window, SaysAtItsStartWhichDevicesEarlierRunsLeftBehind) {
+TEST_F(WindowTest, SaysAtItsStartWhichDevicesEarlierRunsLeftBehind) {
     RunJournal journal(bench.folder, bench.files, bench.processes);
     const auto image = bench.folder.folder.file("a.hex", kImage);
     EXPECT_EQ(journal.begin({"2026-11-24 14:02:07", "COM3", "TARN-<b>R200</b> V5.1R23", image}, false), "");
@@ -154,7 +195,7 @@ TEST_F(Window, SaysAtItsStartWhichDevicesEarlierRunsLeftBehind) {
     EXPECT_EQ(rescue.text() + rescue.accessibleName(), "&Rescue with a.hexRescue with a.hex");
 }
 
-TEST_F(Window, FindsOneOfManyImages) {
+TEST_F(WindowTest, FindsOneOfManyImages) {
     plug();
     press("optLine1");
     std::string information;
@@ -162,22 +203,38 @@ TEST_F(Window, FindsOneOfManyImages) {
         information += "[PGM_" + std::to_string(i) + "]\nPRODUCT=TARN-R200\nVERSION=V5\nDESC=x\nFILE=/a.hex\n";
     bench.write("firmware.inf", information);
     bench.write("Download/a.hex", kImage);
-    answers.expect("frmQuery", [this](QDialog& dialog) {
+    answers.expect("frmQuery", [](QDialog& dialog) {
         auto* list = dialog.findChild<QComboBox*>("cboROMs");
-        const auto* button = dialog.findChild<QWidget*>("cmdOK");
         EXPECT_EQ(list->currentText(), "PGM_0 - TARN-R200");
         QTest::keyClicks(dialog.findChild<QLineEdit*>("txtFind"), "pgm_12");
         EXPECT_EQ(list->count(), 11);
         EXPECT_EQ(list->currentText() + dialog.findChild<QPlainTextEdit*>("txtView")->toPlainText(), "");
-        EXPECT_FALSE(button->isEnabled());
+        EXPECT_FALSE(dialog.findChild<QWidget*>("cmdOK")->isEnabled());
         list->setCurrentIndex(1);
         dialog.findChild<QLineEdit*>("txtFind")->clear();
         EXPECT_EQ(list->currentText() + QString::number(list->count()), "PGM_120 - TARN-R200200");
-        answers.expect("frmMessage", DialogAnswers::pressing("cmdOK"));
-        DialogAnswers::press(*dialog.findChild<QWidget*>("cmdOK"));
+        dialog.reject();
     });
     press("cmdStartCheck");
-    EXPECT_EQ(bench.settings.values["Corvane/Query/LastROM"], "PGM_120");
+}
+
+TEST_F(WindowTest, StartsARehearsalAndSaysInItThatNoDeviceIsReal) {
+    EXPECT_FALSE(control<QAction>("mnuRehearse").isEnabled());  // nobody has said how
+    EXPECT_FALSE(control<QWidget>("labRehearsal").isVisible());
+    window->close();
+    QString problem;
+    WindowOptions options;
+    options.rehearsal = Rehearsal::watermark();
+    options.remark = "off line";
+    options.rehearse = [&] { return problem; };
+    open(options);
+    EXPECT_EQ(text("labStatus"), "off line");
+    EXPECT_TRUE(control<QWidget>("labRehearsal").isVisible());
+    EXPECT_EQ(text("labRehearsal"), "REHEARSAL: no real device");
+    EXPECT_EQ(window->windowTitle(), "Corvane (rehearsal)");
+    problem = "no such file";
+    control<QAction>("mnuRehearse").trigger();
+    EXPECT_EQ(text("labStatus"), "off line\nThe rehearsal does not start: no such file");
 }
 
 }  // namespace

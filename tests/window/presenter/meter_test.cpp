@@ -17,18 +17,13 @@ TEST(Meter, CountsRecordsCalmly) {
     for (int i = 1; i <= 1000; ++i) {
         tick += i % 2 ? 15 : 25;  // 50 a second
         meter.progress(i * 40, 50000, tick);
-        if (last) {
-            EXPECT_LE(*meter.remaining(), *last) << i;
-        }
+        if (last) EXPECT_LE(*meter.remaining(), *last) << i;
         last = meter.remaining();
-        if (i == 500) {
-            EXPECT_EQ(meter.text(), "Programming: 500 of 1000 records, 50 a second, 10 s left");
-            meter.permille(tick);
-            EXPECT_EQ(meter.title(), "59 % Programming");
-        }
-        if (i == 100) {
-            EXPECT_EQ(*meter.remaining(), 20);
-        }
+        if (i == 100) EXPECT_EQ(*meter.remaining(), 20);
+        if (i != 500) continue;
+        EXPECT_EQ(meter.text(), "Programming: 500 of 1000 records, 50 a second, 10 s left");
+        meter.permille(tick);
+        EXPECT_EQ(meter.title(), "59 % Programming");
     }
     meter.progress(0, 0, tick);
     meter.phase(RunPhase::reset, tick);
