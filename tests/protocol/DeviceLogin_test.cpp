@@ -21,9 +21,7 @@ protected:
 };
 
 TEST_P(Login, OffersTheDefaultAndThenAsks) {
-    models::DeviceOptions options;
-    options.password = "sesame";
-    connect(options);
+    connect({.password = "sesame"});
     face.answers = {"wrong", "sesame"};
     EXPECT_TRUE(logIn());
     EXPECT_TRUE(session.loggedIn);
@@ -32,8 +30,7 @@ TEST_P(Login, OffersTheDefaultAndThenAsks) {
     EXPECT_EQ(face.questions, (std::vector<std::string>{question, question}));
     EXPECT_FALSE(logIn());
     EXPECT_FALSE(session.loggedIn);
-    options.faults = {"unplug-request@03"};  // nobody is asked for the password of a lost device
-    connect(options);
+    connect({.password = "sesame", .faults = {"unplug-request@03"}});  // nobody is asked for a lost device's
     EXPECT_FALSE(logIn());
     EXPECT_EQ(face.questions.size(), 3U);
 }
@@ -55,10 +52,7 @@ TEST_P(Login, TakesRepliesOfThreeBytesOrMoreAndWaitsThreeSecondsForAnOpinionOfTh
 
 TEST_P(Login, ReadsTheVersionUpToItsEnd) {
     for (const std::string text : {"TARN-R200 V5.1R23", "R\xE9 1", ""}) {
-        models::DeviceOptions options;
-        options.version = text;
-        options.versionEndsInNul = text[0] == 'T';
-        connect(options);
+        connect({.version = text, .versionEndsInNul = text[0] == 'T'});
         std::string version;
         EXPECT_EQ(login.GetVersion(version), !text.empty());
         EXPECT_EQ(version, text);

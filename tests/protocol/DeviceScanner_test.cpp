@@ -19,7 +19,7 @@ public:
     explicit OtherPort(std::string prefix) : prefix_(std::move(prefix)) {}
     std::vector<std::string> names;
     std::string selected;
-    bool IsMyCommPort(const std::string& name) override { return name.compare(0, 3, prefix_) == 0; }
+    bool IsMyCommPort(const std::string& name) override { return name.starts_with(prefix_); }
     std::int32_t NumberOfCommPorts() override { return static_cast<std::int32_t>(names.size()); }
     std::string EnumCommPort(std::int32_t index) override { return names[static_cast<std::size_t>(index)]; }
     void CommPort(const std::string& name) override { selected = name; }
@@ -30,12 +30,6 @@ private:
 
 class Scan : public Dialogue {
 protected:
-    static models::DeviceOptions of(models::Kind kind) {
-        models::DeviceOptions options;
-        options.kind = kind;
-        return options;
-    }
-
     models::Device& plug(std::int16_t number, models::DeviceOptions options = {}) {
         devices.push_back(std::make_unique<models::Device>(std::move(options)));
         bench.plug(number, *devices.back());
@@ -72,11 +66,8 @@ TEST_P(Scan, FindsADeviceAtEachRate) {
     const std::string lines = kAllMissed;
     std::size_t before = 0;
     for (const std::uint32_t baud : {19200U, 115200U, 38400U, 57600U, 9600U}) {
-        models::DeviceOptions options;
-        options.baud = baud;
-        options.wrongRate = models::WrongRate::garbage;
         bench.unplugAll();
-        plug(1, options);
+        plug(1, {.baud = baud, .wrongRate = models::WrongRate::garbage});
         session.protocolName = "Tarn";
         bench.port.DTREnable(false);
         EXPECT_EQ(scan(), "TARN-R200 V5.1R23") << baud;
@@ -91,7 +82,7 @@ TEST_P(Scan, FindsADeviceAtEachRate) {
 }
 
 TEST_P(Scan, AsksASilentPortEverythingAndTakesItsTime) {
-    plug(1, of(models::Kind::silent));
+    plug(1, {.kind = models::Kind::silent});
     session.manualPort = true;  // a click before the scan means nothing
     EXPECT_EQ(scan(), "");
     EXPECT_EQ(face.log, here("Open COM1 ... < OK\r\n") + kAllMissed);
@@ -179,8 +170,8 @@ TEST_P(Scan, LogsPortsThatDoNotOpenAndLeavesOthersOut) {
 }
 
 TEST_P(Scan, JumpsToAClickedPortAndComesBackToTheNextSetting) {
-    plug(1, of(models::Kind::silent));
-    plug(2, of(models::Kind::silent));
+    plug(1, {.kind = models::Kind::silent});
+    plug(2, {.kind = models::Kind::silent});
     const auto click = [this](std::int16_t index) {
         session.manualPort = true;
         session.manualPortIndex = index;

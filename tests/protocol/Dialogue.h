@@ -29,11 +29,8 @@ protected:
     }
 
     /// A boot loader alone.
-    static models::DeviceOptions bootLoader(std::initializer_list<std::string_view> faults = {}) {
-        models::DeviceOptions options;
-        options.kind = models::Kind::boot;
-        options.faults = faults;
-        return options;
+    static models::DeviceOptions bootLoader(const models::Faults& faults = {}) {
+        return {.kind = models::Kind::boot, .faults = faults};
     }
 
     void reopen(models::Peer& farEnd, const std::string& settings = "19200,N,8,1") {

