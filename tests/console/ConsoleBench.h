@@ -43,8 +43,8 @@ public:
 };
 
 /// corvane-cli in process: its commands over fakes, its streams kept.
-class ConsoleTest : public ::testing::Test, protected fakes::AppBench {
-protected:
+class ConsoleTest : public ::testing::Test, public fakes::AppBench {
+public:
     std::string image(const std::string& content = fakes::kImage) { return folder.folder.file("local.hex", content); }
 
     int run(std::vector<std::string> words) {

@@ -1,11 +1,12 @@
 #!/usr/bin/python3
-"""corvane-cli as a person meets it: on a terminal, into a pipe, with a reader that goes away, and a terminal that hangs up
-in the middle; and what it says of ports that others hold or that its user may not use. The device is corvane-bench on a real
-pseudo-terminal.
+"""corvane-cli as a person meets it: on a terminal, with a reader that goes away, and a terminal that hangs up in the middle;
+what it says of ports that others hold or that its user may not use; and ten on-line runs at once. The device is corvane-bench
+on a real pseudo-terminal.
 
     program_test.py BIN     the folder with corvane-cli and corvane-bench
 """
 
+import csv
 import ctypes
 import fcntl
 import getpass
@@ -21,10 +22,11 @@ import unittest
 
 sys.path.insert(0, str(pathlib.Path(__file__).resolve().parents[1] / "support"))
 
-from black_box import LIMIT, ProgramTest  # noqa: E402
+from black_box import LIMIT, ProgramTest, image, start_site  # noqa: E402
 
 BIN = pathlib.Path(sys.argv.pop(1) if len(sys.argv) > 1 else "build/bin").resolve()
 BENCH = BIN / "corvane-bench", "baud=19200"
+RUNS = range(10)
 
 def obey_modes():
     """Even root then needs a file's mode."""
@@ -39,14 +41,6 @@ class Program(ProgramTest):
     def run_bench(self, *command, **options):
         return subprocess.run(self.bench(*BENCH, *command), env=self.environment(), stdin=subprocess.DEVNULL,
                               capture_output=True, text=True, timeout=LIMIT, check=False, **options)
-
-    def test_into_a_pipe(self):
-        done = self.run_bench(*self.update())
-        self.assertEqual(done.returncode, 0, done.stderr)
-        self.assertTrue(done.stdout.startswith("Open COM1 ... < OK\n   Scan by 19200,N,8,1\n[Local Site]\n"), done.stdout)
-        self.assertTrue(done.stdout.endswith("Programming... < OK\nUpdate Finish\n"), done.stdout)
-        self.assertIn("corvane-cli: The device is updated.", done.stderr)
-        self.assertNotIn("\033", done.stdout + done.stderr)
 
     def test_a_reader_that_goes_away(self):
         done = self.run_bench("sh", "-c", '"$@" | head -1', "sh", *self.update())
@@ -112,6 +106,49 @@ class Program(ProgramTest):
     def test_a_terminal_that_hangs_up(self):
         status, text = self.terminal_run(lambda text: b"Programming..." in text)
         self.assertEqual((status, self.verdict), (0, 0), text + self.report.read_text())
+
+
+class AtOnce(ProgramTest):
+    """One copy of the program and one data folder. The site's ten images are different and all have the same name, so every run
+    finds the downloads of the others in its way."""
+
+    def offer(self):
+        """A site with an image for each product; its address."""
+        information = ""
+        for n in RUNS:
+            folder = self.folder / "site" / "firmware" / str(n)
+            folder.mkdir(parents=True)
+            (folder / "a.hex").write_text(image(20 + n).replace("TARN-R200", "TARN-R20%d" % n))
+            information += "[PGM_%d]\nPRODUCT=TARN-R20%d\nVERSION=V5.2R1\nDESC=d\nFILE=/firmware/%d/a.hex\n" % (n, n, n)
+        (folder.parent / "firmware.inf").write_text(information.replace(".hex", ".hex\nISP_BAUDRATE=19200"))
+        return start_site(self, self.folder / "site", {"upd": "pw"})
+
+    def start(self, n, program, server):
+        """The bench with device n, its image and the run."""
+        self.image, self.report = self.folder / "site" / "firmware" / str(n) / "a.hex", self.folder / ("report%d" % n)
+        words = self.bench(BENCH[0], "baud=19200,version=TARN-R20%d V5.1R23" % n, "env",
+                           "XDG_DATA_HOME=%s" % (self.folder / "data"), program, "update", "--server", server, "--user", "upd",
+                           "--yes", "--no-verify")
+        words[words.index("--config-dir") + 1] += str(n)
+        process = subprocess.Popen(words, env=self.environment(), stdin=subprocess.DEVNULL, stdout=subprocess.PIPE,
+                                   stderr=subprocess.STDOUT, text=True)
+        self.addCleanup(process.kill)
+        return process
+
+    def test_each_device_gets_its_own_image(self):
+        program, server = self.own(BIN / "corvane-cli"), self.offer()
+        for process in [self.start(n, program, server) for n in RUNS]:
+            log = process.communicate(timeout=LIMIT)[0]
+            self.assertEqual(process.returncode, 0, log)
+            self.assertIn("corvane-cli: The device is updated.", log)
+            self.assertNotIn("\033", log)
+        for n in RUNS:
+            self.assertIn("memory equals image", (self.folder / ("report%d" % n)).read_text())
+        data = next((self.folder / "data").rglob("jobs.csv")).parent
+        rows = list(csv.reader((data / "jobs.csv").read_text().splitlines()))
+        self.assertEqual((len(rows), {len(row) for row in rows}), (1 + len(RUNS), {len(rows[0])}), rows)
+        journal = data / "interrupted-runs"
+        self.assertFalse(journal.exists() and journal.read_text(), "entries are left in the journal")
 
 
 if __name__ == "__main__":
