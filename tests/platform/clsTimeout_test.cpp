@@ -19,22 +19,12 @@ struct Timed {
 
 /// The step over 2^31 counts one millisecond less than it took, the step over 2^32 exactly what it took.
 TEST(clsTimeout, LastsItsPeriodWhereverTheCounterStands) {
-    const struct {
-        std::uint32_t from;
-        std::int32_t period;
-        std::int64_t ms;
-    } waits[] = {
-        {0, 1000, 1000},
-        {0, 0, 1},
-        {0x7FFFFFFFu - 5000, 1000, 1000},
-        {0x80000000u, 1000, 1000},
-        {0x7FFFFFFFu - 100, 1000, 1001},
-        {0xFFFFFFFFu - 100, 1000, 1000},
-    };
-    for (const auto& c : waits) {
-        Timed t(c.from, c.period);
+    const std::tuple<std::uint32_t, std::int32_t, std::int64_t> waits[] = {
+        {0, 0, 1}, {0x7FFFFFFFu - 5000, 1000, 1000}, {0x7FFFFFFFu - 100, 1000, 1001}, {0xFFFFFFFFu - 100, 1000, 1000}};
+    for (const auto& [from, period, ms] : waits) {
+        Timed t(from, period);
         while (!t.timeout.WaitTimeout()) continue;
-        EXPECT_EQ(t.runtime.ms(), c.ms) << c.from << " " << c.period;
+        EXPECT_EQ(t.runtime.ms(), ms) << from << " " << period;
     }
     for (const auto& [from, counted] : {std::pair(0x7FFFFF00u, 299), {0xFFFFFF00u, 300}}) {
         for (const std::int32_t more : {0, 1}) {

@@ -4,6 +4,7 @@
 #include <QDBusUnixFileDescriptor>
 #include <QDBusVirtualObject>
 #include <QTimer>
+#include <algorithm>
 #include <fcntl.h>
 #include <gtest/gtest.h>
 #include <poll.h>
@@ -26,8 +27,6 @@ public:
         EXPECT_TRUE(connection.registerService("org.freedesktop.login1")) << "run it under dbus-run-session";
     }
     ~Logind() override { QDBusConnection::disconnectFromBus(kConnection); }
-    Logind(const Logind&) = delete;
-    Logind& operator=(const Logind&) = delete;
 
     bool refuses = false;
     QStringList asked;  ///< the arguments of each request, joined by "|"
@@ -36,20 +35,16 @@ public:
     bool comesTo(int requests, int locks) {
         QTimer again;  // the descriptors themselves wake nobody here
         again.start(1);
-        for (int round = 0; round < kPatience; ++round) {
-            if (asked.size() >= requests && held() == locks) return true;
+        for (int round = 0; round < kPatience && (asked.size() < requests || held() != locks); ++round)
             QCoreApplication::processEvents(QEventLoop::WaitForMoreEvents);
-        }
-        return false;
+        return asked.size() >= requests && held() == locks;
     }
 
     QString introspect(const QString& /*path*/) const override { return {}; }
 
     bool handleMessage(const QDBusMessage& message, const QDBusConnection& connection) override {
         if (message.interface() != "org.freedesktop.login1.Manager" || message.member() != "Inhibit") return false;
-        QStringList words;
-        for (const auto& argument : message.arguments()) words.append(argument.toString());
-        asked.append(words.join('|'));
+        asked.append(QVariant(message.arguments()).toStringList().join('|'));
         if (refuses) return connection.send(message.createErrorReply(QDBusError::AccessDenied, "no"));
         int ends[2] = {};
         if (::pipe2(ends, O_CLOEXEC) < 0) return false;
@@ -62,55 +57,43 @@ public:
 private:
     /// How many of them somebody else has open.
     int held() {
-        std::erase_if(ends_, [](int end) {
+        return static_cast<int>(std::count_if(ends_.begin(), ends_.end(), [](int end) {
             pollfd state{end, POLLIN, 0};
-            const bool isClosed = ::poll(&state, 1, 0) == 1 && state.revents & POLLHUP;
-            return isClosed && ::close(end) == 0;
-        });
-        return static_cast<int>(ends_.size());
+            return ::poll(&state, 1, 0) == 0 || !(state.revents & POLLHUP);
+        }));
     }
 
-    std::vector<int> ends_;  // this side of each lock that is held
+    std::vector<int> ends_;  // this side of each lock that was given
 };
 
 const QString kBus = qEnvironmentVariable("DBUS_SESSION_BUS_ADDRESS");
 
-TEST(LogindInhibitor, HoldsUntilItIsReleasedAndNothingByALateAnswer) {
-    Logind logind;
-    {
-        LogindInhibitor inhibitor(kBus);
-        inhibitor.release();
-        for (int times = 1; times <= 2; ++times) {
-            inhibitor.hold("A device is being programmed");
-            EXPECT_TRUE(logind.comesTo(times, 1));
-            inhibitor.hold("once more");
-            inhibitor.release();
-            EXPECT_TRUE(logind.comesTo(times, 0));
-        }
-        EXPECT_EQ(logind.asked.join(' ').toStdString(),
-                  "shutdown:sleep:idle:handle-lid-switch|Corvane|A device is being programmed|block "
-                  "shutdown:sleep:idle:handle-lid-switch|Corvane|A device is being programmed|block");
-        inhibitor.hold("early");  // answered when this thread handles events
-        inhibitor.release();
-        inhibitor.hold("late");
-        EXPECT_TRUE(logind.comesTo(3, 1));
-    }
-    EXPECT_TRUE(logind.comesTo(3, 0)) << "released with the program";
-}
-
-TEST(LogindInhibitor, IsSilentlyAbsentWithoutABusALogindOrItsConsent) {
+TEST(LogindInhibitor, HoldsUntilItIsReleasedAndIsSilentlyAbsentWithoutABusALogindOrItsConsent) {
     LogindInhibitor("unix:path=/nowhere/bus").hold("no bus");
-    LogindInhibitor inhibitor(kBus);
-    inhibitor.hold("no logind");
-    inhibitor.release();
+    auto inhibitor = std::make_unique<LogindInhibitor>(kBus);
+    inhibitor->hold("no logind");
+    inhibitor->release();
     Logind logind;
     logind.refuses = true;
-    inhibitor.hold("refused");
+    inhibitor->hold("refused");
     EXPECT_TRUE(logind.comesTo(1, 0));
-    inhibitor.release();
+    inhibitor->release();
     logind.refuses = false;
-    inhibitor.hold("agreed to");
-    EXPECT_TRUE(logind.comesTo(2, 1));
+    for (int times = 2; times <= 3; ++times) {
+        inhibitor->hold("A device is being programmed");
+        EXPECT_TRUE(logind.comesTo(times, 1));
+        inhibitor->hold("once more");
+        inhibitor->release();
+        EXPECT_TRUE(logind.comesTo(times, 0));
+    }
+    EXPECT_EQ(logind.asked.back().toStdString(),
+              "shutdown:sleep:idle:handle-lid-switch|Corvane|A device is being programmed|block");
+    inhibitor->hold("early");  // answered when this thread handles events
+    inhibitor->release();
+    inhibitor->hold("late");
+    EXPECT_TRUE(logind.comesTo(4, 1));
+    inhibitor.reset();
+    EXPECT_TRUE(logind.comesTo(4, 0)) << "released with the program";
 }
 
 }  // namespace
