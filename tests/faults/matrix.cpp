@@ -43,22 +43,22 @@ const struct Setup {
     {"on line, boot loader at 57600", models::Kind::tarnPlus, 38400, 57600, "", true},
 };
 
-const std::vector<const char*> kReplyFaults = {"corrupt@%u",   "drop@%u",      "repeat@%u",    "cut@%u",
-                                               "delay@%u=300", "delay@%u=700", "delay@%u=4000"};
-const std::vector<const char*> kByteFaults = {"corrupt-byte@%u", "drop-byte@%u", "unplug-byte@%u"};
-const std::vector<const char*> kSiteFaults = {"missing ",    "missing /firmware/firmware.inf", "missing /f/a.hex",
-                                              "stall ",      "stall /firmware/firmware.inf",   "stall /f/a.hex",
-                                              "cut /f/a.hex"};
+constexpr const char* kReplyFaults[] = {"corrupt@%u",   "drop@%u",      "repeat@%u",    "cut@%u",
+                                        "delay@%u=300", "delay@%u=700", "delay@%u=4000"};
+constexpr const char* kByteFaults[] = {"corrupt-byte@%u", "drop-byte@%u", "unplug-byte@%u"};
+constexpr const char* kSiteFaults[] = {"missing ",    "missing /firmware/firmware.inf", "missing /f/a.hex",
+                                       "stall ",      "stall /firmware/firmware.inf",   "stall /f/a.hex",
+                                       "cut /f/a.hex"};
 
 /// One update with what goes wrong in it.
 struct Trial {
     const Setup* setup;
-    std::vector<std::string> faults;       ///< of the device and its line
-    std::optional<std::int64_t> killedAt;  ///< ms: the program is gone from then on, and a fresh one is started
-    std::string siteFault;                 ///< "missing PATH", "stall PATH", "cut PATH"; empty for none
+    std::vector<std::string> faults = {};       ///< of the device and its line
+    std::optional<std::int64_t> killedAt = {};  ///< ms: the program is gone from then on, and a fresh one is started
+    std::string siteFault = {};                 ///< "missing PATH", "stall PATH", "cut PATH"; empty for none
 
     std::string text() const {
-        return std::string(setup->name) + ": " + joined(faults, " ") +
+        return setup->name + (": " + joined(faults, " ")) +
                (killedAt ? " killed at " + std::to_string(*killedAt) + " ms" : "") + " " + siteFault;
     }
 };
@@ -130,12 +130,8 @@ public:
 
 private:
     static models::DeviceOptions optionsOf(const Setup& setup) {
-        models::DeviceOptions options;
-        options.kind = setup.kind;
-        options.version = "TARN-R200 V5.1R23";
-        options.nextVersion = "TARN-R200 V5.2R1";
-        options.baud = setup.baud;
-        options.bootBaud = setup.bootBaud;
+        models::DeviceOptions options{
+            .kind = setup.kind, .nextVersion = "TARN-R200 V5.2R1", .baud = setup.baud, .bootBaud = setup.bootBaud};
         if (*setup.password) options.password = setup.password;
         return options;
     }
@@ -186,17 +182,19 @@ std::string violation(const Trial& trial) try {
 
 /// How much there is to go wrong in a run without faults.
 struct Extent {
-    std::size_t replies, bytes;
-    std::int64_t ms;
-};
+    explicit Extent(const Setup& setup) {
+        World world({&setup});
+        const auto wrong = world.run(false, std::nullopt);
+        if (!world.isUpdated())
+            throw std::runtime_error(std::string(setup.name) + ": a run without faults fails: " + wrong);
+        replies = world.device().log().replies;
+        bytes = world.device().log().bytesHeard;
+        ms = world.ms();
+    }
 
-Extent extentOf(const Setup& setup) {
-    World world({&setup, {}, {}, {}});
-    const auto wrong = world.run(false, std::nullopt);
-    if (!world.isUpdated())
-        throw std::runtime_error(std::string(setup.name) + ": a run without faults fails: " + wrong);
-    return {world.device().log().replies, world.device().log().bytesHeard, world.ms()};
-}
+    std::size_t replies = 0, bytes = 0;
+    std::int64_t ms = 0;
+};
 
 std::string at(const char* notation, std::size_t place) { return replaceAll(notation, "%u", std::to_string(place)); }
 
@@ -204,9 +202,9 @@ Trial randomTrial(std::mt19937& random, const std::vector<Extent>& extents) {
     const auto below = [&random](std::size_t limit) {
         return std::uniform_int_distribution<std::size_t>(0, limit - 1)(random);
     };
-    const auto oneOf = [&below](const std::vector<const char*>& faults) { return faults[below(faults.size())]; };
+    const auto oneOf = [&below](const auto& faults) { return faults[below(std::size(faults))]; };
     const auto setup = below(std::size(kSetups));
-    Trial trial{&kSetups[setup], {}, {}, {}};
+    Trial trial{&kSetups[setup]};
     const auto& extent = extents[setup];
     for (int i = 0; i < 5; ++i) {
         const auto what = below(20);
@@ -227,13 +225,14 @@ Trial randomTrial(std::mt19937& random, const std::vector<Extent>& extents) {
 
 std::vector<Trial> singles(const Setup& setup, const Extent& extent) {
     std::vector<Trial> all;
-    for (std::size_t k = 1; k <= extent.replies; ++k) {
-        for (const auto* fault : kReplyFaults) all.push_back({&setup, {at(fault, k)}, {}, {}});
-    }
-    for (std::size_t k = 1; k <= extent.bytes; ++k) {
-        for (const auto* fault : kByteFaults) all.push_back({&setup, {at(fault, k)}, {}, {}});
-    }
-    for (std::int64_t ms = 0; ms < extent.ms; ms += kKillStep) all.push_back({&setup, {}, ms, {}});
+    const auto add = [&](const auto& faults, std::size_t places) {
+        for (std::size_t k = 1; k <= places; ++k) {
+            for (const auto* fault : faults) all.push_back({&setup, {at(fault, k)}});
+        }
+    };
+    add(kReplyFaults, extent.replies);
+    add(kByteFaults, extent.bytes);
+    for (std::int64_t ms = 0; ms < extent.ms; ms += kKillStep) all.push_back({&setup, {}, ms});
     for (const auto* fault : kSiteFaults) {
         if (setup.isOnLine) all.push_back({&setup, {}, {}, fault});
     }
@@ -268,7 +267,7 @@ int main(int argc, char** argv) {
     std::vector<Trial> single, combined;
     std::size_t count = 0;
     for (const auto& setup : kSetups) {
-        extents.push_back(extentOf(setup));
+        extents.emplace_back(setup);
         for (const auto& trial : singles(setup, extents.back())) {
             if (count++ % step == 0) single.push_back(trial);
         }

@@ -1,5 +1,7 @@
 #pragma once
 
+#include <numeric>
+
 #include "app/Updater.h"
 #include "models/Device.h"
 #include "models/Flash.h"
@@ -55,6 +57,17 @@ public:
 inline constexpr char kImage[] =
     "[INFO]\nPGM=TARN-R200\nVER=V5.2R1\nBUD=2024/01/31\n"
     ":0400000001020304F2\n:0400100005060708D2\n:04002000090A0B0CB2\n:00000001FF\n";
+
+/// A line of Intel HEX with its checksum.
+inline std::string hexRecord(unsigned address, const Bytes& data, std::uint8_t type = 0) {
+    Bytes bytes = {static_cast<std::uint8_t>(data.size()), static_cast<std::uint8_t>(address >> 8),
+                   static_cast<std::uint8_t>(address), type};
+    bytes.insert(bytes.end(), data.begin(), data.end());
+    bytes.push_back(static_cast<std::uint8_t>(-std::accumulate(bytes.begin(), bytes.end(), 0)));
+    std::string text = ":";
+    for (const auto byte : bytes) text += {"0123456789ABCDEF"[byte >> 4], "0123456789ABCDEF"[byte & 15]};
+    return text + "\n";
+}
 
 /// The whole workflow in virtual time, over fakes of everything that it stands on.
 struct AppBench {

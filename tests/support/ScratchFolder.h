@@ -14,26 +14,22 @@ namespace corvane::fakes {
 /// An empty folder of its own for a test; gone with the object.
 class ScratchFolder {
 public:
-    ScratchFolder() {
-        auto name = (std::filesystem::temp_directory_path() / "corvane-test-XXXXXX").string();
-        if (!::mkdtemp(name.data())) throw std::runtime_error("no scratch folder");
-        path_ = name;
-    }
+    ScratchFolder() = default;
     ~ScratchFolder() {
         std::error_code ignored;
-        std::filesystem::remove_all(path_, ignored);
+        if (!path_.empty()) std::filesystem::remove_all(path_, ignored);
     }
     ScratchFolder(const ScratchFolder&) = delete;
     ScratchFolder& operator=(const ScratchFolder&) = delete;
 
-    std::string path() const { return path_.string(); }
+    std::string path() const { return made().string(); }
 
     /// A path below the folder.
-    std::string at(const std::string& name) const { return (path_ / name).string(); }
+    std::string at(const std::string& name) const { return (made() / name).string(); }
 
     /// Writes a file, making the folders that lead to it.
     std::string file(const std::string& name, const std::string& content) const {
-        const auto path = path_ / name;
+        const auto path = made() / name;
         std::filesystem::create_directories(path.parent_path());
         std::ofstream(path, std::ios::binary) << content;
         return path.string();
@@ -42,7 +38,7 @@ public:
     /// The names in the folder, sorted.
     std::vector<std::string> names() const {
         std::vector<std::string> names;
-        for (const auto& entry : std::filesystem::directory_iterator(path_)) names.push_back(entry.path().filename());
+        for (const auto& entry : std::filesystem::directory_iterator(made())) names.push_back(entry.path().filename());
         std::sort(names.begin(), names.end());
         return names;
     }
@@ -55,7 +51,15 @@ public:
     }
 
 private:
-    std::filesystem::path path_;
+    /// When it is first asked for: some tests make many that they do not need.
+    const std::filesystem::path& made() const {
+        if (!path_.empty()) return path_;
+        auto name = (std::filesystem::temp_directory_path() / "corvane-test-XXXXXX").string();
+        if (!::mkdtemp(name.data())) throw std::runtime_error("no scratch folder");
+        return path_ = name;
+    }
+
+    mutable std::filesystem::path path_;
 };
 
 }  // namespace corvane::fakes

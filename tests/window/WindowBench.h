@@ -15,10 +15,9 @@ struct WindowBench {
     static constexpr auto& kImage = fakes::kImage;
 
     /// A sound image of so many records, a byte in each, and the end record.
-    static std::string imageOf(int records) {
+    static std::string imageOf(unsigned records) {
         std::string image = "[INFO]\nPGM=TARN-R200\nVER=V5.2R1\nBUD=2024/01/31\n";
-        for (int i = 0; i < records; ++i)
-            image += QString::asprintf(":01%04X0000%02X\n", i, -(1 + (i >> 8) + i) & 0xFF).toStdString();
+        for (unsigned i = 0; i < records; ++i) image += fakes::hexRecord(i, {0});
         return image + ":00000001FF\n";
     }
 
