@@ -9,9 +9,7 @@ class OfflineRun : public RunTest {};
 
 TEST_F(OfflineRun, CarriesADeviceThroughAWholeUpdate) {
     asksAfterwards(true);
-    models::DeviceOptions options;
-    options.nextVersion = "TARN-R200 V5.2R1";
-    plugOnly({"nak@:0400100005060708D2"}, options);
+    plugOnly({"nak@:0400100005060708D2"}, {.nextVersion = "TARN-R200 V5.2R1"});
     loadImage();
     const auto verdict = updater.conclude(start());
     EXPECT_EQ(verdict.kind, Verdict::Kind::updated);
@@ -37,7 +35,8 @@ TEST_F(OfflineRun, CarriesADeviceThroughAWholeUpdate) {
 
 TEST_F(OfflineRun, RepeatsWhatFailedAndNothingElse) {
     const std::string eraseFails = "Erase Firmware... < NG\r\n", fails = "Programming... < NG\r\n",
-                      first = "\r\niTry:1\r\n", second = "\r\niTry:2\r\n", third = "\r\niTry:3\r\n";
+                      first = "\r\niTry:1\r\n", second = "\r\niTry:2\r\n", third = "\r\niTry:3\r\n",
+                      twice = eraseFails + first + kErased + fails + second + kDone;
     const struct {
         std::initializer_list<std::string_view> faults;
         std::string log;
@@ -51,11 +50,7 @@ TEST_F(OfflineRun, RepeatsWhatFailedAndNothingElse) {
          1,
          0,
          RunEnd::programmingFailed},
-        {{"erase-nak", "nak@:04002000090A0B0CB2x3"},
-         eraseFails + first + kErased + fails + second + kDone,
-         2,
-         1,
-         RunEnd::updated},
+        {{"erase-nak", "nak@:04002000090A0B0CB2x3"}, twice, 2, 1, RunEnd::updated},
     };
     for (const auto& one : cases) {
         plugOnly(one.faults);
@@ -74,28 +69,22 @@ TEST_F(OfflineRun, EndsLessThanThreeSecondsAfterAnUnpluggingAndWorksAgainAfterwa
         std::uint8_t muted;  // or the reader is unplugged while this command of its own is not answered
         RunEnd end;
     } cases[] = {
-        {"unplug-byte@1", 0, RunEnd::noDevice},          // looking for a prompt
         {"unplug-request@01", 0, RunEnd::noDevice},      // asked for its version
         {"unplug-request@1f", 0, RunEnd::lostInSwitch},  // asked to switch
         {"unplug-request@03", 0, RunEnd::lostInSwitch},  // the password
-        {"cut@5", 0, RunEnd::lostInSwitch},              // the second switch
         {"cut@6", 0, RunEnd::lostInSwitch},              // the prompt
         {"unplug-erase", 0, RunEnd::lostInBootLoader},
         {"unplug@1", 0, RunEnd::lostInBootLoader},
-        {"unplug@:00000001FF", 0, RunEnd::lostInBootLoader},
         {"", 203, RunEnd::noPortOpened},
         {"", 4, RunEnd::lostInSwitch},
     };
-    models::DeviceOptions options;
-    options.password = "quill";
     for (int i = 0; i < 2 * static_cast<int>(std::size(cases)); ++i) {
         const auto& one = cases[i / 2];
         const bool isHid = i % 2;
         SCOPED_TRACE(one.fault + std::string(isHid ? ", HID " : "") + std::to_string(one.muted));
         if (one.muted && !isHid) continue;
-        models::HidReaderOptions reader;
-        if (one.muted) reader.mutes = {one.muted};
-        isHid ? plugBehindReader({}, options, reader) : static_cast<void>(plugOnly({}, options));
+        isHid ? plugBehindReader({}, {.password = "quill"}, {.mutes = {one.muted}})
+              : static_cast<void>(plugOnly({}, {.password = "quill"}));
         if (*one.fault) device().faults().add(one.fault);
         loadImage();
         std::optional<std::int64_t> unplugged;
@@ -123,29 +112,22 @@ TEST_F(OfflineRun, EndsLessThanThreeSecondsAfterAnUnpluggingAndWorksAgainAfterwa
 
 /// A serial boot loader is passed by; the reader is told that it is over after the device.
 TEST_F(OfflineRun, TellsADeviceBehindAReaderThatTookAPasswordThatTheSessionEnds) {
-    const struct {
-        std::optional<std::string> password;
-        const char* fault;
-        std::vector<int> functions;
-    } cases[] = {
+    const std::tuple<std::optional<std::string>, const char*, std::vector<int>> cases[] = {
         {std::nullopt, "deaf@05", {0x01, 0x1F}},
         {"quill", "deaf@05", {0x01, 0x1F, 0x00, 0x03, 0x1F, 0x04}},
         {"quill", "deaf@04", {0x01, 0x1F, 0x00, 0x03, 0x1F, 0x04}},  // takes 3 s more
     };
     const Bytes rate{1, 4, 0, 0, 0x4B, 0};  // 19200 at opening, and as the scan's first setting
     std::vector<std::int64_t> ends = {runtime.ms()};
-    models::DeviceOptions boot, options;
-    boot.kind = models::Kind::boot;
-    for (const auto& one : cases) {
-        options.password = one.password;
-        plugBehindReader({one.fault}, options);
-        plug(boot, 3);
+    for (const auto& [password, fault, expected] : cases) {
+        plugBehindReader({fault}, {.password = password});
+        plug({.kind = models::Kind::boot}, 3);
         loadImage();
         EXPECT_EQ(start().end, RunEnd::updated);
         EXPECT_EQ(face.panel.front(), "show ,COM3,HID1,");
         std::vector<int> functions;
         for (const auto& request : device().log().requests) functions.push_back(request.function);
-        EXPECT_EQ(functions, one.functions);
+        EXPECT_EQ(functions, expected);
         EXPECT_EQ(behind->reader.commands(), std::vector<Bytes>({{203, 0}, rate, {5, 0}, rate, {4, 0}, {3, 1, 3}}));
         ends.push_back(runtime.ms());
     }
@@ -154,9 +136,7 @@ TEST_F(OfflineRun, TellsADeviceBehindAReaderThatTookAPasswordThatTheSessionEnds)
 
 /// One that answers no command is asked three times for a setting, and once more at closing.
 TEST_F(OfflineRun, IsCancelledWithoutWaitingForAReader) {
-    models::HidReaderOptions reader;
-    reader.mutes = {1, 3, 5};
-    plugBehindReader({}, {}, reader);
+    plugBehindReader({}, {}, {.mutes = {1, 3, 5}});
     loadImage();
     std::optional<std::int64_t> cancelledAt;
     runtime.setPump([&] {
@@ -170,9 +150,7 @@ TEST_F(OfflineRun, IsCancelledWithoutWaitingForAReader) {
 }
 
 TEST_F(OfflineRun, TakesABootLoaderOnlyWhenForcedAndAtAnyRate) {
-    models::DeviceOptions options;
-    options.startsInBoot = true;
-    plug(options);
+    plug({.startsInBoot = true});
     loadImage();
     EXPECT_EQ(start().end, RunEnd::bootLoaderSeen);
     EXPECT_EQ(device().log().erases, 0);
@@ -182,9 +160,7 @@ TEST_F(OfflineRun, TakesABootLoaderOnlyWhenForcedAndAtAnyRate) {
               "Device F/W: Unknown Device\r\n\r\n" +
                   kOffer + "TARN-R200 V5.2R1(2024/01/31)\r\n\r\n\r\n[ISP Mode]\r\n" + kErased + kDone);
     EXPECT_EQ(memoryFault(), "");
-    options.startsInBoot = false;
-    options.bootBaud = 115200;
-    plugOnly({}, options);
+    plugOnly({}, {.bootBaud = 115200});
     updater.session().ispBaudRate = 38400;  // what an earlier run left
     EXPECT_EQ(start().end, RunEnd::updated);
 }

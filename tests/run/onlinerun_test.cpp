@@ -18,9 +18,7 @@ const std::string kOffered = kListed + kFound + kOffer + "one\r\ntwo\r\n\r\n";
 class OnlineRun : public RunTest {
 protected:
     OnlineRun() {
-        models::DeviceOptions options;
-        options.bootBaud = 57600;
-        plug(options);
+        plug({.bootBaud = 57600});
         presenter.account("ftp.example", "upd", "secret");
         answer("", "drwxr-xr-x firmware\r\n");
         inform(kSection);
@@ -188,10 +186,9 @@ TEST_F(OnlineRun, StartsANewerProgramOrGoesOn) {
     EXPECT_EQ(device().log().bytesHeard, 0U);
 
     const auto sum = digest.sha256("#!program");
-    const struct {
-        std::string key, fault, words;
-    } kRefused[] = {{"SHA256=" + upperCase(sum), "it is no program", "it is no program"},
-                    {"SHA256=AB", "", "its SHA-256 is " + sum + ", but firmware.inf says ab"}};
+    const std::tuple<std::string, std::string, std::string> kRefused[] = {
+        {"SHA256=" + upperCase(sum), "it is no program", "it is no program"},
+        {"SHA256=AB", "", "its SHA-256 is " + sum + ", but firmware.inf says ab"}};
     for (const auto& [key, fault, words] : kRefused) {
         inform("[Corvane]\nVersion=V2.0\nFile=/p/new.exe\n" + key + "\n" + kSection);
         launcher.faultOfAll = fault;

@@ -10,12 +10,6 @@ protected:
 
     Restart() { asksAfterwards(true); }
 
-    models::DeviceOptions updatable() const {
-        models::DeviceOptions options;
-        options.nextVersion = "TARN-R200 V5.2R1";
-        return options;
-    }
-
     /// Runs, and lets something happen in the moment before the device is told to restart. All that while the update
     /// is announced once.
     Outcome startAnd(const Happening& happens, bool force = false) {
@@ -37,6 +31,7 @@ protected:
         return [this, fault] { device().faults().add(fault + "@" + std::to_string(device().log().bytesHeard + 2)); };
     }
 
+    const models::DeviceOptions kUpdatable{.nextVersion = "TARN-R200 V5.2R1"};
     RunJournal& journal = updater.journal();
     std::int64_t restartAt = 0;
     std::size_t requestsBefore = 0;
@@ -71,7 +66,7 @@ TEST_F(Restart, IsProven) {
     };
     for (const auto& one : cases) {
         SCOPED_TRACE(one.name);
-        plugOnly({}, updatable());
+        plugOnly({}, kUpdatable);
         for (const auto& run : journal.left()) EXPECT_TRUE(journal.forget(run));
         const auto outcome = startAnd(one.happens);
         const bool isProven = one.device == DeviceState::application;
@@ -87,9 +82,7 @@ TEST_F(Restart, IsProven) {
 }
 
 TEST_F(Restart, IsTriedThreeTimes) {
-    models::DeviceOptions never;
-    never.kind = models::Kind::boot;
-    plugOnly({}, never);
+    plugOnly({}, {.kind = models::Kind::boot});
     const auto outcome = startAnd([] {}, true);
     EXPECT_EQ(outcome.end, RunEnd::notRestarted);
     EXPECT_EQ(outcome.device, DeviceState::bootLoaderComplete);
@@ -98,29 +91,24 @@ TEST_F(Restart, IsTriedThreeTimes) {
 }
 
 TEST_F(Restart, LeadsToTheVersionThatWasInstalled) {
-    const struct {
-        Promise promise;
-        bool isOther;
-        RunEnd end;
-        std::size_t questions;
-    } cases[] = {
+    const std::tuple<Promise, bool, RunEnd, std::size_t> cases[] = {
         {Promise::version, false, RunEnd::updated, 1},
         {Promise::version, true, RunEnd::otherVersion, 1},
         {Promise::running, true, RunEnd::notConfirmed, 1},
         {Promise::programmed, true, RunEnd::updated, 0},
     };
-    for (const auto& one : cases) {
-        plugOnly({}, one.isOther ? models::DeviceOptions() : updatable());
-        face.onSelection = [&] { updater.choices.promise = one.promise; };
+    for (const auto& row : cases) {
+        plugOnly({}, std::get<1>(row) ? models::DeviceOptions() : kUpdatable);
+        face.onSelection = [&] { updater.choices.promise = std::get<Promise>(row); };
         const auto outcome = startAnd([] {});
-        EXPECT_EQ(outcome.end, one.end);
+        EXPECT_EQ(outcome.end, std::get<RunEnd>(row));
         EXPECT_EQ(outcome.device, DeviceState::application);
-        EXPECT_EQ(device().log().requests.size() - requestsBefore, one.questions);
+        EXPECT_EQ(device().log().requests.size() - requestsBefore, std::get<3>(row));
     }
 }
 
 TEST_F(Restart, OfTheBootLoaderMeanwhileIsFollowedByAnErase) {
-    plugOnly({}, updatable());
+    plugOnly({}, kUpdatable);
     loadImage(
         "[INFO]\nPGM=TARN\nVER=V5.2R1\nBUD=2024/01/31\n:0400100005060708D2\n:020000040001F9\n"
         ":04002000090A0B0CB2\n:040030000D0E0F1092\n:00000001FF\n");

@@ -94,53 +94,34 @@ TEST_F(Safety, RemembersADeviceFromBeforeItsSwitchOn) {
     leave({"t", "COM2", "b", "/y"});
     EXPECT_EQ(start(true).end, RunEnd::updated);
     EXPECT_EQ(journalled(), "COM2:b:none;");
-    models::DeviceOptions stuck;
-    stuck.startsInBoot = true;
-    plugOnly({}, stuck);
+    plugOnly({}, {.startsInBoot = true});
     EXPECT_EQ(start(true).end, RunEnd::updated);
     EXPECT_EQ(journalled(), "");  // it was the one of COM2: nothing else is missed
 }
 
 TEST_F(Safety, KnowsALeftDeviceAgain) {
     using Firmware = InterruptedRun::Firmware;
-    const InterruptedRun a{"t1", "COM1", "a", "/x", "reader 7"}, b{"t2", "COM2", "b", "/y"};
-    const struct {
-        const char* name;
-        InterruptedRun left, next;
-        bool isInBootLoader;
-        const char* journalled;
-    } cases[] = {
-        {"its adapter elsewhere", a, {"t", "COM5", "", "/z", "reader 7"}, true, "COM2:b:none;COM5:a:none;"},
-        {"its port", a, {"t", "COM1", "", "/z"}, true, "COM2:b:none;COM1:a:none;"},
-        {"another adapter at its port, its image",
-         a,
-         {"t", "COM1", "", "/x", "reader 8"},
-         true,
-         "COM2:b:none;COM1:a:none;"},
-        {"nothing of it", a, {"t", "COM6", "", "/z"}, true, "COM1:a:none;COM2:b:none;COM6::none;"},
-        {"one that runs is not the one without firmware",
-         a,
-         {"t", "COM1", "a", "/x"},
-         false,
-         "COM1:a:none;COM2:b:none;COM1:a:none;"},
-        {"but may be the one that was programmed after all",
-         {"t1", "COM1", "a", "/x", "", Firmware::none, {}, "V5.2"},
-         {"t", "COM1", "a V5.2", "/z"},
-         false,
-         "COM2:b:none;COM1:a V5.2:none;"},
-        {"but may be the one with its old",
-         {"t1", "COM1", "a", "/x", "", Firmware::uncertain},
-         {"t", "COM1", "a", "/z"},
-         false,
-         "COM2:b:none;COM1:a:none;"},
+    const InterruptedRun a{"t1", "COM1", "a", "/x", "reader 7"}, b{"t2", "COM2", "b", "/y"},
+        programmed{"t1", "COM1", "a", "/x", "", Firmware::none, {}, "V5.2"},
+        uncertain{"t1", "COM1", "a", "/x", "", Firmware::uncertain};
+    const std::tuple<InterruptedRun, InterruptedRun, bool, const char*> cases[] = {
+        // in its boot loader: its adapter elsewhere, its port, another adapter at its port, nothing of it
+        {a, {"t", "COM5", "", "/z", "reader 7"}, true, "COM2:b:none;COM5:a:none;"},
+        {a, {"t", "COM1", "", "/z"}, true, "COM2:b:none;COM1:a:none;"},
+        {a, {"t", "COM1", "", "/x", "reader 8"}, true, "COM2:b:none;COM1:a:none;"},
+        {a, {"t", "COM6", "", "/z"}, true, "COM1:a:none;COM2:b:none;COM6::none;"},
+        // one that runs is not the one without firmware
+        {a, {"t", "COM1", "a", "/x"}, false, "COM1:a:none;COM2:b:none;COM1:a:none;"},
+        // but may be the one that was programmed after all, or the one with its old
+        {programmed, {"t", "COM1", "a V5.2", "/z"}, false, "COM2:b:none;COM1:a V5.2:none;"},
+        {uncertain, {"t", "COM1", "a", "/z"}, false, "COM2:b:none;COM1:a:none;"},
     };
-    for (const auto& one : cases) {
-        SCOPED_TRACE(one.name);
+    for (const auto& [left, next, isInBootLoader, known] : cases) {
         std::filesystem::remove(journal.path());
-        leave(one.left);
+        leave(left);
         leave(b);
-        EXPECT_EQ(RunJournal(folder, files, processes).begin(one.next, one.isInBootLoader), "");
-        EXPECT_EQ(journalled(), one.journalled);
+        EXPECT_EQ(RunJournal(folder, files, processes).begin(next, isInBootLoader), "");
+        EXPECT_EQ(journalled(), known);
     }
     std::filesystem::remove(journal.path());
     processes.others = {{7, "then"}};
@@ -190,10 +171,7 @@ TEST_F(Safety, RemembersTheLastFilesThatExist) {
 
 TEST_F(Safety, RecordsEveryJob) {
     asksAfterwards(true);
-    models::DeviceOptions options;
-    options.version = "=TARN-R200 \"A\", V5.1";
-    options.nextVersion = "TARN-R200 V5.2R1";
-    plug(options);
+    plug({.version = "=TARN-R200 \"A\", V5.1", .nextVersion = "TARN-R200 V5.2R1"});
     loadImage();
     EXPECT_EQ(updater.conclude(start()).kind, Verdict::Kind::updated);
     const auto sum = digest.sha256(kImage);
