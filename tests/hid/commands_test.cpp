@@ -38,36 +38,27 @@ TEST_F(Commands, AreFramedWithCodeAndCountOrSentRaw) {
 }
 
 TEST_F(Commands, RepliesDecideTheResult) {
-    const struct {
-        bool raw;
-        Bytes reply;
-        bool result, nak, notSupported;
-        Bytes results;
-    } table[] = {
+    const std::tuple<bool, Bytes, bool, bool, bool, Bytes> table[] = {
+        // raw, the reply: result, NAK, not supported, results
         {true, {21, 1, 4}, false, true, false, {4}},  // a raw command leaves "not supported" alone, both ways
         {false, {6, 0}, true, false, false, {}},      {false, {6, 1, 4}, true, false, false, {4}},
         {false, {21, 0}, false, true, false, {}},     {false, {21, 2, 4, 9}, false, true, true, {4, 9}},
         {true, {6, 0}, true, false, true, {}},        {false, {21, 1, 3}, false, true, false, {3}},
         {false, {7, 1, 4}, false, false, false, {4}},
     };
-    for (const auto& row : table) {
-        SCOPED_TRACE(testing::PrintToString(row.reply));
-        reader_.reply({row.reply});
-        EXPECT_EQ(row.raw ? control_.SendHIDRawCmd({1}, results_) : send(), row.result);
-        EXPECT_EQ(control_.IsSendHIDCmdNAK(), row.nak);
-        EXPECT_EQ(control_.IsCommandNotSupported(), row.notSupported);
-        EXPECT_EQ(results_, row.results);
+    for (const auto& [raw, reply, result, nak, notSupported, results] : table) {
+        SCOPED_TRACE(testing::PrintToString(reply));
+        reader_.reply(reply);
+        EXPECT_EQ(raw ? control_.SendHIDRawCmd({1}, results_) : send(), result);
+        EXPECT_EQ(control_.IsSendHIDCmdNAK(), nak);
+        EXPECT_EQ(control_.IsCommandNotSupported(), notSupported);
+        EXPECT_EQ(results_, results);
     }
 }
 
 TEST(CommandTimes, OfRepliesAndTheirPieces) {
-    const struct {
-        bool served;  // the library says that data has come, which earns new time
-        ScriptedReader::Pieces reply;
-        bool result;
-        Bytes results;
-        std::int64_t ms;
-    } table[] = {
+    // whether the library says that data has come, which earns new time; the reply: result, results, ms
+    const std::tuple<bool, ScriptedReader::Pieces, bool, Bytes, std::int64_t> table[] = {
         {true, {}, false, {}, 1000},
         {false, {{999, {6, 0}}}, true, {}, 999},
         {false, {{1000, {6, 0}}}, false, {}, 1000},
@@ -77,16 +68,16 @@ TEST(CommandTimes, OfRepliesAndTheirPieces) {
         {false, {{0, {6, 4, 1, 2}}}, true, {}, 151},  // accepted stays so without its results
         {false, {{0, {21, 1}}}, false, {}, 150},
     };
-    for (const auto& row : table) {
-        SCOPED_TRACE(testing::PrintToString(row.reply));
-        ControlBench bench(true, row.served ? Texts() : Texts{"vellService"});
+    for (const auto& [served, reply, result, results, ms] : table) {
+        SCOPED_TRACE(testing::PrintToString(reply));
+        ControlBench bench(true, served ? Texts() : Texts{"vellService"});
         bench.open();
-        bench.reader.reply(row.reply);
-        Bytes results;
+        bench.reader.reply(reply);
+        Bytes found;
         const auto start = bench.runtime.ms();
-        EXPECT_EQ(bench.control->SendHIDCMD(9, {}, results), row.result);
-        EXPECT_EQ(results, row.results);
-        EXPECT_EQ(bench.runtime.ms() - start, row.ms);
+        EXPECT_EQ(bench.control->SendHIDCMD(9, {}, found), result);
+        EXPECT_EQ(found, results);
+        EXPECT_EQ(bench.runtime.ms() - start, ms);
     }
 }
 
@@ -129,10 +120,7 @@ TEST_F(Commands, AreRefusedWithoutSending) {
 
 TEST_F(Commands, OfTheReaderByteByByte) {
     Bytes buffer{1, 2, 3, 4, 5, 6, 7, 8};
-    const struct {
-        const char* bytes;
-        std::function<bool()> call;
-    } table[] = {
+    const std::pair<const char*, std::function<bool()>> table[] = {
         {"01 04 7F FE FD FC", [&] { return control_.SetHIDBaudrate(0x7FFEFDFC); }},
         {"02 03 41 1E 02", [&] { return control_.SetKestrelKeyCode('A', 0x1E, 2); }},
         {"03 01 05", [&] { return control_.SetKestrelIODirect(1, 0, 1); }},
@@ -145,13 +133,12 @@ TEST_F(Commands, OfTheReaderByteByByte) {
         {"0B 01 01", [&] { return control_.KestrelEraseFlash(3); }},
         {"CB 00", [&] { return control_.KestrelDiscardBuffer(); }},
     };
-    for (const auto& row : table) {
-        SCOPED_TRACE(row.bytes);
+    for (const auto& [bytes, call] : table) {
         reader_.reply({6, 1, 0x55});
-        EXPECT_TRUE(row.call());
-        EXPECT_EQ(sent(), row.bytes);
-        EXPECT_FALSE(row.call()) << "without an answer";
-        EXPECT_EQ(sent(), row.bytes);
+        EXPECT_TRUE(call()) << bytes;
+        EXPECT_EQ(sent(), bytes);
+        EXPECT_FALSE(call()) << "without an answer";
+        EXPECT_EQ(sent(), bytes);
     }
     EXPECT_EQ(buffer, Bytes({1, 2, 3, 4, 5, 6, 7, 8})) << "a register that was read leaves the caller's bytes alone";
     EXPECT_THROW(control_.SetHIDBaudrate(-1), RuntimeError);
@@ -181,17 +168,16 @@ TEST_F(Commands, ForVersionAndDirectionReadTheirAnswers) {
     reader_.reply({6, 0});
     EXPECT_FALSE(control_.GetKestrelDefaultIODirect(serial, ps2, extra));
     EXPECT_EQ(serial + ps2 + extra, 27);
-    const std::pair<std::uint8_t, Texts> table[] = {
-        // serial, PS/2, extra, keyboard
-        {0x00, {"0", "1", "1", "0"}}, {0x03, {"1", "1", "0", "0"}}, {0x05, {"1", "0", "1", "0"}},
-        {0x17, {"1", "1", "1", "1"}}, {0x10, {"0", "1", "1", "1"}},
-    };
+    const std::pair<std::uint8_t, int> table[] = {// serial, PS/2, extra, keyboard
+                                                  {0x00, 110},
+                                                  {0x03, 1100},
+                                                  {0x05, 1010},
+                                                  {0x17, 1111},
+                                                  {0x10, 111}};
     for (const auto& [answer, direction] : table) {
         reader_.reply({6, 1, answer});
         EXPECT_TRUE(control_.GetKestrelDefaultIODirect(serial, ps2, extra));
-        EXPECT_EQ(Texts({std::to_string(serial), std::to_string(ps2), std::to_string(extra),
-                         std::to_string(control_.KestrelIsKeyboardExist())}),
-                  direction);
+        EXPECT_EQ(serial * 1000 + ps2 * 100 + extra * 10 + control_.KestrelIsKeyboardExist(), direction);
     }
 }
 
