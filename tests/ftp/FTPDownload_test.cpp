@@ -95,49 +95,38 @@ TEST_F(FTPDownloadTest, FailuresLeaveItIdle) {
 }
 
 TEST_F(FTPDownloadTest, ReadThatNobodyWaitsForDeliversNothing) {
-    const std::function<void()> kReads[] = {
-        [this] { EXPECT_TRUE(ftp_.GetFile("/image", target_, true)); },
-        [this] { ftp_.AsyncRead("ftp://u%70d:pw@site/image", 1, target_); },
-        [this] { ftp_.AsyncRead("no address", 1, target_); },
-        [this] { ftp_.AsyncRead("ftp://upd:pw@site/image", 2, target_); },
-    };
-    for (const auto& read : kReads) {
-        const auto start = runtime_.ms();
-        read();
-        EXPECT_EQ(runtime_.ms(), start);
-        EXPECT_TRUE(reader_.isReading() || &read >= &kReads[2]);
+    EXPECT_TRUE(ftp_.GetFile("/image", target_, true));
+    EXPECT_TRUE(reader_.isReading() && runtime_.ms() == 0);
+    for (const auto& [address, type] :
+         {std::pair("ftp://u%70d:pw@site/image", 1), {"no address", 1}, {"ftp://site/x", 2}}) {
         runtime_.Sleep(1000);
         runtime_.DoEvents();
         EXPECT_FALSE(reader_.isReading());
+        ftp_.AsyncRead(address, type, target_);
     }
+    EXPECT_EQ(runtime_.ms(), 3000);
+    EXPECT_EQ(reader_.calls.at(1), "start ftp://upd:pw@site/image -> " + target_);
     EXPECT_TRUE(events_.empty());
     EXPECT_TRUE(local_.names().empty());
 }
 
 TEST_F(FTPDownloadTest, PercentageIsRoundedToEven) {
-    const std::tuple<std::int64_t, std::int64_t, const char*> kReports[] = {
-        {0, 1, "0 %"},
-        {1, 8, "12 %"},
-        {3, 8, "38 %"},
-        {1999, 2000, "100 %"},
-        {1, 40, "2 %"},
-        {12, 10, "100 %"},
-        {5'000'000'000, 10'000'000'000, "50 %"},
-    };
+    Texts percents;
     runtime_.at(50, [&] {
-        for (const auto& [read, whole, percent] : kReports) {
+        for (const auto& [read, whole] :
+             {std::pair(0LL, 1LL), {1, 8}, {3, 8}, {1999, 2000}, {12, 10}, {5000000000, 10000000000}}) {
             events_.clear();
             reader_.onProgress({read, whole, target_, {}});
-            EXPECT_EQ(events_.front(), percent);
+            percents.push_back(events_.front());
         }
     });
     ASSERT_TRUE(ftp_.GetFile("/image", target_));
+    EXPECT_EQ(percents, (Texts{"0 %", "12 %", "38 %", "100 %", "100 %", "50 %"}));
 }
 
 TEST_F(FTPDownloadTest, CancelEndsADownloadAtOnce) {
     local_.file("image", "old");
-    const std::optional<std::string> kProperties[] = {std::nullopt, target_, "other"};
-    for (const auto& property : kProperties) {
+    for (const auto& property : {std::optional<std::string>(), {target_}, {"other"}}) {
         const auto start = runtime_.ms();
         events_.clear();
         runtime_.at(start + 150, [&] { ftp_.CancelAsyncRead(property); });
@@ -165,21 +154,16 @@ TEST_F(FTPDownloadTest, DisconnectTakesLeaveAndCancelsWhatRuns) {
 }
 
 TEST_F(FTPDownloadTest, WaitEndsAfter30000SecondsOfOneDay) {
-    const struct {
-        double start;  // of the day, in seconds
-        int ms;
-        bool isFetched;
-    } kDownloads[] = {{36000, 30'000'000, true}, {36000, 30'000'020, false}, {86390, 30'000'020, true}};
-    for (const auto& download : kDownloads) {
+    for (const auto& [start, ms, isFetched] :
+         {std::tuple(36000.0, 30'000'000, true), {36000, 30'000'020, false}, {86390, 30'000'020, true}}) {
         FakeRuntime runtime;
         FakeAsyncReader reader(runtime);
         FTPDownload ftp(reader, runtime);
-        runtime.secondsOfDayAtStart(download.start);
+        runtime.secondsOfDayAtStart(start);
         ftp.HostName("site");
-        reader.answers["ftp://:@site/image"] = {"x", download.ms};
-        EXPECT_EQ(ftp.GetFile("/image", target_), download.isFetched);
-        EXPECT_EQ(!ftp.failure(), download.isFetched);
-        EXPECT_FALSE(reader.isReading());
+        reader.answers["ftp://:@site/image"] = {"x", ms};
+        EXPECT_EQ(ftp.GetFile("/image", target_), isFetched);
+        EXPECT_EQ(!ftp.failure(), isFetched);
     }
 }
 
