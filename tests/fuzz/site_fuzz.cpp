@@ -121,13 +121,10 @@ void hex(std::string_view bytes) {
     const std::string content(bytes);
     const auto report = checkImage(content);
     findingLines(report.findings, 3);
-    for (const auto& segment : report.segments) segmentText(segment);
     const auto image = models::imageOf(content);
     require(!report.isSound() || image.unsoundLines.empty(), "what is sound has no record that a device refuses");
 
-    models::DeviceOptions options;
-    options.startsInBoot = true;
-    models::Device device(options);
+    models::Device device({.startsInBoot = true});
     fakes::SerialBench bench;
     bench.open(device);
     fakes::RecordingFace face;

@@ -24,11 +24,10 @@ namespace {
 
 /// "key" or "group/key".
 bool isPlainName(const std::string& name) {
-    const auto words = split(name, '/');
-    return words.size() <= 2 && std::all_of(words.begin(), words.end(), [](const std::string& word) {
-               return !word.empty() && withoutUtf8Mark(trimmed(word)) == word &&
-                      word.find_first_of("[]=;#") == std::string::npos;
-           });
+    const auto slash = name.find('/');
+    const auto key = name.substr(slash + 1);
+    return trimmed(key) == key && !key.empty() && slash != 0 && name.find_first_of("[]=;#\xEF \t") == name.npos &&
+           key.find('/') == key.npos;
 }
 
 /// A terminal that must not be commanded by what it is given.
@@ -79,10 +78,6 @@ void port_map(std::string_view bytes) {
     for (const auto& [number, path] : file.paths) {
         require(number >= 1 && number <= 256 && path.compare(0, 1, "/") == 0, "a port has a number and a path");
     }
-    std::string again;
-    for (const auto& [number, path] : file.paths) again += "COM" + std::to_string(number) + "=" + path + "\n";
-    require(readPortMapFile(folder.file("again", again)).paths == file.paths,
-            "what was understood is understood again");
 }
 
 /// The journal of devices without firmware and the record of jobs.
@@ -96,8 +91,8 @@ void journal(std::string_view bytes) {
     for (const auto& run : runs) run.text();
     Input input(bytes);
     const auto next = [&input] { return std::string(input.upTo('|')); };
-    const InterruptedRun run{next(), "COM" + next(), next(), next()};
-    require(journal.begin(run, input.isEmpty()).empty() && journal.leave(), "a run can be remembered");
+    require(journal.begin({next(), "COM" + next(), next(), next()}, input.isEmpty()).empty() && journal.leave(),
+            "a run can be remembered");
     const auto left = journal.left();
     require(left.size() <= runs.size() + 1 && !left.empty(), "and is one more at most");
     require(journal.forget(left.back()) && journal.left().size() + 1 == left.size(), "one that is well is forgotten");
@@ -135,13 +130,11 @@ void texts(std::string_view bytes) {
     Screen screen;
     writeHarmless(screen, toUtf8(text));
     const double number = leadingNumber(text);
-    require(!isNumeric(text) || number == leadingNumber(std::string(trimmed(text))), "blanks do not count");
     try {
         require(toLong(number) == roundToEven(number), "a number is rounded");
     } catch (const RuntimeError&) {
         require(number > 2147483647 || number < -2147483648.0, "only what does not fit overflows");
     }
-    require(upperCase(lowerCase(text)) == upperCase(text), "case is folded");
     require(joined(split(text, ','), ",") == text, "pieces make the whole");
     if (text.size() > 1) replaceAll(text, text.substr(0, 1), text);
 }
