@@ -84,9 +84,8 @@ TEST(BootLoader, RestartsIntoAnApplicationOnlyWhenThereIsOne) {
 }
 
 TEST(Faults, OfReplies) {
-    const struct {
-        const char *fault, *first, *second;  // what two version queries, a second apart, are answered
-    } rows[] = {
+    // fault, first, second: what two version queries, a second apart, are answered
+    const std::tuple<const char*, const char*, const char*> rows[] = {
         {"crc@01x2", "0:0100060256313c3b", "0:0100060256313c3b"},
         {"crc@02", "0:0100060256313c7b", "0:0100060256313c7b"},
         {"corrupt@1=2", "0:0100460256313c7b", "0:0100060256313c7b"},
@@ -99,11 +98,11 @@ TEST(Faults, OfReplies) {
         {"deaf@1x1", "", "0:0100060256313c7b"},
         {"corrupt-byte@12", "0:0100060256313c7b", ""},
     };
-    for (const auto& row : rows) {
-        Device device({.version = "V1", .versionEndsInNul = false, .faults = {row.fault}});
+    for (const auto& [fault, first, second] : rows) {
+        Device device({.version = "V1", .versionEndsInNul = false, .faults = {fault}});
         Talk talk{device};
-        EXPECT_EQ(talk.timeline(kVersionQuery, 1000), row.first) << row.fault;
-        EXPECT_EQ(talk.timeline(kVersionQuery, 1000), row.second) << row.fault;
+        EXPECT_EQ(talk.timeline(kVersionQuery, 1000), first) << fault;
+        EXPECT_EQ(talk.timeline(kVersionQuery, 1000), second) << fault;
     }
 }
 

@@ -19,22 +19,18 @@ protected:
 
 TEST_P(Query, DeliversWhatARightFrameHolds) {
     bench.port.Settings("921600,N,8,1");  // so that what follows comes in the same piece
-    const struct {
-        Bytes answer;
-        bool accepted;
-        Variant asked, reply;
-    } cases[] = {
+    const std::tuple<Bytes, bool, Variant, Variant> cases[] = {
         {kYes, true, Bytes{9}, Bytes{0x41, 0x42}},
         {kNo, false, std::uint8_t{9}, std::uint8_t{228}},
         {{0x01, 0x00, 0x00, 0x01, 0xE4, 0xFF, 0x01}, false, std::uint8_t{9}, std::uint8_t{228}},
         {{0xFE, 0x80, 0, 1, 0, 6, 2, 0x41, 0x42, 0x29, 0x35, 0x33}, true, Bytes{9}, Bytes{0x41, 0x42}},
         {{0x01, 0x00, 0x06, 0x02, 0x41, 0x42, 0x29, 0x34}, false, Bytes{9}, Bytes()},
     };
-    for (const auto& one : cases) {
-        peer->answer(kAsk, {{5, one.answer}});
-        reply = one.asked;
-        EXPECT_EQ(ask(), one.accepted);
-        EXPECT_EQ(reply, one.reply) << testing::PrintToString(one.answer);
+    for (const auto& [answer, accepted, asked, delivered] : cases) {
+        peer->answer(kAsk, {{5, answer}});
+        reply = asked;
+        EXPECT_EQ(ask(), accepted);
+        EXPECT_EQ(reply, delivered) << testing::PrintToString(answer);
         bench.runtime.Sleep(50);
         EXPECT_EQ(bench.port.InBufferCount(), 0);
     }

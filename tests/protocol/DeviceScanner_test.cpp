@@ -97,26 +97,23 @@ TEST_P(Scan, AsksASilentPortEverythingAndTakesItsTime) {
 }
 
 TEST_P(Scan, FindsTheOlderProtocolAt9600WithItsOddLine) {
-    const struct {
-        int firstAnswer, secondAnswer;  // ms after the question, which takes 3 to 6 ms itself
-        const char *answer, *version;
-        bool staysOpen;
-    } cases[] = {
+    // firstAnswer, secondAnswer: ms after the question, which takes 3 to 6 ms itself
+    const std::tuple<int, int, const char*, const char*, bool> cases[] = {
         {485, 1, "\002AV1\r", "V1", true}, {500, 1, "\002AV1\r", "", false}, {1, 290, "\002AV1\r", "V1", true},
         {1, 300, "\002AV1\r", "", false},  {1, 1, "\002BV1\r", "", false},   {1, 1, "\002A\r", "", true},
     };
-    for (const auto& one : cases) {
-        SCOPED_TRACE(std::to_string(one.firstAnswer) + " " + std::to_string(one.secondAnswer) + one.answer);
+    for (const auto& [firstAnswer, secondAnswer, answer, version, staysOpen] : cases) {
+        SCOPED_TRACE(std::to_string(firstAnswer) + " " + std::to_string(secondAnswer) + answer);
         fakes::ScriptedPeer tarn;
         session.protocolName.clear();
         bench.unplugAll();
         bench.plug(1, tarn);
-        tarn.answer(bytesOf(std::string("D00\r")), {{one.firstAnswer, bytesOf(std::string("\002ok\r"))}});
-        tarn.answer(bytesOf(std::string("F\r")), {{one.secondAnswer, bytesOf(std::string(one.answer))}});
-        EXPECT_EQ(scan(), one.version);
+        tarn.answer(bytesOf(std::string("D00\r")), {{firstAnswer, bytesOf(std::string("\002ok\r"))}});
+        tarn.answer(bytesOf(std::string("F\r")), {{secondAnswer, bytesOf(std::string(answer))}});
+        EXPECT_EQ(scan(), version);
         EXPECT_EQ(face.log, here("Open COM1 ... < OK\r\n") + kAllMissed);
-        EXPECT_EQ(session.comm->PortOpen(), one.staysOpen);
-        EXPECT_EQ(session.protocolName == "Tarn", one.staysOpen);
+        EXPECT_EQ(session.comm->PortOpen(), staysOpen);
+        EXPECT_EQ(session.protocolName == "Tarn", staysOpen);
         session.comm->PortOpen(false);
     }
 }

@@ -35,10 +35,7 @@ TEST(RequestFrame, CarriesEachKindOfParameter) {
 
 TEST(Reply, IsConvertedToTheTypeThatIsAskedFor) {
     const Bytes three = {0x81, 0x02, 0x03};
-    const struct {
-        Bytes data;
-        Variant asked, reply;
-    } cases[] = {
+    const std::tuple<Bytes, Variant, Variant> cases[] = {
         {three, Bytes{1}, three},
         {three, std::uint8_t{9}, std::uint8_t{0x81}},
         {three, std::int16_t{9}, std::int16_t{-32510}},
@@ -47,11 +44,11 @@ TEST(Reply, IsConvertedToTheTypeThatIsAskedFor) {
         {{}, std::int32_t{9}, std::int32_t{0}},
         {three, std::string("kept"), std::string("kept")},
     };
-    for (const auto& one : cases) {
-        auto reply = one.asked;
+    for (const auto& [data, asked, converted] : cases) {
+        auto reply = asked;
         resetReply(reply);
-        convertReply(one.data, reply);
-        EXPECT_EQ(reply, one.reply);
+        convertReply(data, reply);
+        EXPECT_EQ(reply, converted);
     }
 }
 

@@ -17,18 +17,13 @@ protected:
 };
 
 TEST_P(Isp, SwitchesToEachBootLoaderRate) {
-    const struct {
-        std::int32_t announced;
-        std::uint32_t bootBaud;
-        bool seen;
-        std::string settings;
-    } cases[] = {{38400, 38400, true, "38400,N,8,1"}, {0, 19200, true, "19200,N,8,1"},
-                 {0, 115200, false, "19200,N,8,1"},   {-1, 19200, true, "19200,N,8,1"},
-                 {-1, 115200, true, "115200,N,8,1"},  {57600, 115200, false, "57600,N,8,1"}};
-    for (const auto& one : cases) {
-        EXPECT_EQ(goTo({.bootBaud = one.bootBaud}, one.announced), one.seen) << one.announced << " " << one.bootBaud;
+    const std::tuple<std::int32_t, std::uint32_t, bool, std::string> cases[] = {
+        {38400, 38400, true, "38400,N,8,1"}, {0, 19200, true, "19200,N,8,1"},    {0, 115200, false, "19200,N,8,1"},
+        {-1, 19200, true, "19200,N,8,1"},    {-1, 115200, true, "115200,N,8,1"}, {57600, 115200, false, "57600,N,8,1"}};
+    for (const auto& [announced, bootBaud, seen, settings] : cases) {
+        EXPECT_EQ(goTo({.bootBaud = bootBaud}, announced), seen) << announced << " " << bootBaud;
         EXPECT_EQ(face.log, "GoTo ISP Mode (TarnPlus Protocol)... < OK\r\n") << "also when no prompt followed";
-        EXPECT_EQ(bench.port.Settings(), one.settings);
+        EXPECT_EQ(bench.port.Settings(), settings);
         EXPECT_EQ(device->log().requests.size(), 1U);
     }
     bench.port.PortOpen(false);
@@ -44,32 +39,25 @@ TEST_P(Isp, WaitsASecondBeforeItLooksForThePrompt) {
 }
 
 TEST_P(Isp, TakesNothingButItsAnswerForOne) {
-    const struct {
-        models::Kind kind;
-        const char *fault, *log;
-    } cases[] = {
+    const std::tuple<models::Kind, const char*, const char*> cases[] = {
         {models::Kind::tarnPlus, "crc@1fx1", "GoTo ISP Mode (TarnPlus Protocol)... < NG\r\n"},
         {models::Kind::tarn, "tarn@X=A1", "GoTo ISP Mode (Tarn Protocol)... < OK\r\n"},
         {models::Kind::tarn, "tarn@X=BA", "GoTo ISP Mode (Tarn Protocol)... < NG\r\n"},
     };
-    for (const auto& one : cases) {
-        goTo({.kind = one.kind, .faults = {one.fault}});
-        EXPECT_EQ(face.log, one.log) << one.fault;
+    for (const auto& [kind, fault, log] : cases) {
+        goTo({.kind = kind, .faults = {fault}});
+        EXPECT_EQ(face.log, log) << fault;
     }
 }
 
 TEST_P(Isp, ErasesOnAcknowledgementWithinTenSeconds) {
-    const struct {
-        const char* fault;
-        bool erased;
-        int atLeast, atMost;
-    } cases[] = {
+    const std::tuple<const char*, bool, int, int> cases[] = {
         {"erase-slow=9900", true, 9920, 9940}, {"erase-slow=10100", false, 10000, 10020}, {"erase-nak", false, 0, 20}};
-    for (const auto& one : cases) {
-        connect(bootLoader({one.fault}));
-        EXPECT_EQ(isp.ISP_Erase(), one.erased) << one.fault;
-        expectMs(one.atLeast, one.atMost);
-        EXPECT_EQ(face.log, std::string("Erase Firmware...") + (one.erased ? " < OK\r\n" : " < NG\r\n"));
+    for (const auto& [fault, erased, atLeast, atMost] : cases) {
+        connect(bootLoader({fault}));
+        EXPECT_EQ(isp.ISP_Erase(), erased) << fault;
+        expectMs(atLeast, atMost);
+        EXPECT_EQ(face.log, std::string("Erase Firmware...") + (erased ? " < OK\r\n" : " < NG\r\n"));
         EXPECT_EQ(textOf(device->log().boot), "\x02X\r");
     }
 }

@@ -11,11 +11,7 @@ protected:
 };
 
 TEST_P(Line, EndsAReplyAsTheByteSays) {
-    const struct {
-        std::string bytes, echo;
-        int result;
-        std::string line;
-    } cases[] = {
+    const std::tuple<std::string, std::string, int, std::string> cases[] = {
         {"noise\002A1\r", "", 13, "A1"},
         {"\r\r\002\rB\r", "", 13, "B"},         // empty lines do not count
         {"\002F\r\002F\002A\r", "F", 13, "A"},  // neither does a mere echo
@@ -25,10 +21,10 @@ TEST_P(Line, EndsAReplyAsTheByteSays) {
         {std::string("\002x\0y\xE9\r", 6), "", 13, std::string("x\0y\xE9", 4)},
         {"no end", "", 0, "no end"},
     };
-    for (const auto& one : cases) {
-        peer->say(bench.runtime.ms() + 10, one.bytes);
-        EXPECT_EQ(reader.wait_comm(0.5, one.echo), one.result) << one.bytes;
-        EXPECT_EQ(session.receivedLine, one.line) << one.bytes;
+    for (const auto& [bytes, echo, result, line] : cases) {
+        peer->say(bench.runtime.ms() + 10, bytes);
+        EXPECT_EQ(reader.wait_comm(0.5, echo), result) << bytes;
+        EXPECT_EQ(session.receivedLine, line) << bytes;
         reader.wait_comm_empty();
     }
 }
@@ -61,11 +57,8 @@ TEST_P(Line, KeepsNothingWaitingForLong) {
     };
     Variant reply = Bytes();
     std::string password = "quill";
-    const struct {
-        const char* name;
-        std::function<bool()> operation;
-        int silent, talking;  // ms; 0 where bytes are counted instead
-    } limits[] = {
+    // silent, talking: ms; 0 where bytes are counted instead
+    const std::tuple<const char*, std::function<bool()>, int, int> limits[] = {
         {"Query", [&] { return query.Query(1, reply, {}, 0, 3000); }, 3000, 8000},
         {"wait_comm", [&] { return reader.wait_comm(10) != 0; }, 10000, 0},
         {"wait_comm_empty", [&] { return reader.wait_comm_empty(), false; }, 500, 3000},
@@ -75,24 +68,24 @@ TEST_P(Line, KeepsNothingWaitingForLong) {
         {"GoToISP, Tarn", [&] { return goTo("Tarn"); }, 500, 0},
         {"ISP_Erase", [&] { return isp.ISP_Erase(); }, 10000, 0},
     };
-    for (const auto& limit : limits) {
-        SCOPED_TRACE(limit.name);
+    for (const auto& [name, operation, silent, talking] : limits) {
+        SCOPED_TRACE(name);
         connectPeer();
-        EXPECT_FALSE(limit.operation());
-        expectMs(limit.silent, limit.silent + 20);
-        if (limit.talking) {
+        EXPECT_FALSE(operation());
+        expectMs(silent, silent + 20);
+        if (talking) {
             connectPeer();
-            for (int ms = 0; ms < 2 * limit.talking; ms += 20) peer->say(begin + ms, "tick ");
-            EXPECT_FALSE(limit.operation());
-            expectMs(limit.talking, limit.talking + 60);
+            for (int ms = 0; ms < 2 * talking; ms += 20) peer->say(begin + ms, "tick ");
+            EXPECT_FALSE(operation());
+            expectMs(talking, talking + 60);
         }
         connectPeer();
         bench.runtime.at(begin + 70, [this] { cancel.request(); });
-        EXPECT_FALSE(limit.operation());
+        EXPECT_FALSE(operation());
         expectMs(70, 75);
         cancel.begin();
         connectPeer().unplugAt(begin + 70);
-        EXPECT_FALSE(limit.operation());
+        EXPECT_FALSE(operation());
         expectMs(70, 130);
         EXPECT_EQ(session.busyDepth, 0);
         EXPECT_TRUE(face.questions.empty());

@@ -23,7 +23,7 @@ std::string recordsOf(const std::string& letters) {
 class OutOfStep : public Dialogue {
 protected:
     /// A device that has been erased. Its first answer was to that; the first record has the second one.
-    void connectErased(std::initializer_list<std::string_view> faults = {}, std::uint32_t rate = 19200) {
+    void connectErased(const models::Faults& faults = {}, std::uint32_t rate = 19200) {
         connect({.kind = models::Kind::boot, .baud = rate, .faults = faults});
         reopen(*device, std::to_string(rate) + ",N,8,1");
         ASSERT_TRUE(isp.ISP_Erase());
@@ -74,12 +74,9 @@ protected:
 };
 
 TEST_P(OutOfStep, AnAnswerThatMayBeAnotherRecordsIsNotBelieved) {
-    const struct {
-        const char* name;
-        std::initializer_list<std::string_view> faults;  // the second answer is the first record's
-        std::vector<int> lost;
-        std::string serial, hid;  // what is sent
-    } cases[] = {
+    // faults: the second answer is the first record's
+    // serial, hid: what is sent
+    const std::tuple<const char*, models::Faults, std::vector<int>, std::string, std::string> cases[] = {
         {"late, and the next one lost", {"delay@2=600"}, {3}, "aabb0ab0e", "aabb0ab0e"},
         {"late twice, and the next one lost", {"delay@2=600", "delay@3=700"}, {3}, "aabb0e", "aabb0e"},
         {"late within its time, its repetition lost", {"delay@2=300"}, {2}, "aaab0e", "aaab0e"},
@@ -88,16 +85,17 @@ TEST_P(OutOfStep, AnAnswerThatMayBeAnotherRecordsIsNotBelieved) {
         {"twice, and the next one lost", {"noise@3=06", "pieces@3=2/5"}, {3}, "ab0b0ab0e", "ab0b0ab0e"},
         {"refused, and accepted at once", {"noise@3=15"}, {3}, "abaab0ab0e", "abaab0ab0e"},
         {"refused, a line of text, accepted", {"noise@3=1568690d", "pieces@3=5/20"}, {3}, "abaab0ab0e", "abaab0ab0e"},
-        // Only a port that counts what it has not sent yet shows this before anything is known of the device's pace.
+        // Only a port that counts what it has not sent yet shows this before anything is known of the device's
+        // pace.
         {"the erase's twice, the first one lost", {"noise@1=06", "pieces@1=2/25"}, {1}, "aab0ab0e", ""},
         {"one refused", {"nak@:04002000090A0B0CB2"}, {}, "abb0e", "abb0e"},
     };
-    for (const auto& one : cases) {
-        SCOPED_TRACE(one.name);
-        const auto& wire = isHid() ? one.hid : one.serial;
+    for (const auto& [name, faults, lost, serial, hid] : cases) {
+        SCOPED_TRACE(name);
+        const auto& wire = isHid() ? hid : serial;
         if (wire.empty()) continue;
-        connectErased(one.faults);
-        for (const int sending : one.lost) lose(sending, wire);
+        connectErased(faults);
+        for (const int sending : lost) lose(sending, wire);
         EXPECT_TRUE(program("0abe") && programmer.isQuiet());
         EXPECT_EQ(sent(), wire);
         expectMemory("0abe");
@@ -106,15 +104,9 @@ TEST_P(OutOfStep, AnAnswerThatMayBeAnotherRecordsIsNotBelieved) {
 
 TEST_P(OutOfStep, ARestartOfTheBootLoaderEndsTheTry) {
     const std::string deaf = "boot-deaf=300", banner = "banner=0d0a4156523e";
-    const struct {
-        const char* name;
-        std::string file;
-        int restartsAtStep;  // 0: it does not
-        std::vector<std::string> faults;
-        int lost;
-        std::string wire;
-        bool isDone;  // or the next try must erase
-    } cases[] = {
+    // restartsAtStep: 0: it does not
+    // isDone: or the next try must erase
+    const std::tuple<const char*, std::string, int, std::vector<std::string>, int, std::string, bool> cases[] = {
         {"its prompt where an answer was due", "0abce", 3, {deaf, banner}, 0, "ababc0e", true},
         {"its prompt before an answer", "0abce", 3, {banner}, 0, "ababc0e", true},
         {"not a word, first segment", "0abce", 3, {deaf}, 0, "abbc0e", true},
@@ -122,21 +114,21 @@ TEST_P(OutOfStep, ARestartOfTheBootLoaderEndsTheTry) {
         {"none, but the prompt", "0abce", 0, {}, -3, "abcabc0e", true},
         {"none, but the prompt behind", "asbce", 0, {}, -4, "asbc", false},
     };
-    for (const auto& one : cases) {
-        SCOPED_TRACE(one.name);
+    for (const auto& [name, file, restartsAtStep, faults, lost, wire, isDone] : cases) {
+        SCOPED_TRACE(name);
         connectErased();
-        for (const auto& fault : one.faults) device->faults().add(fault);
-        if (one.lost) lose(one.lost, one.wire);
+        for (const auto& fault : faults) device->faults().add(fault);
+        if (lost) lose(lost, wire);
         int steps = 0;
-        watch.onStep = [&] {
-            if (++steps != one.restartsAtStep) return;
+        watch.onStep = [&, at = restartsAtStep] {
+            if (++steps != at) return;
             device->unplug();
             device->plugIn(bench.runtime.micros());
         };
-        EXPECT_EQ(program(one.file), one.isDone);
-        EXPECT_EQ(sent(), one.wire);
-        EXPECT_EQ(programmer.mustEraseAgain(), !one.isDone);
-        if (one.isDone) expectMemory(one.file);
+        EXPECT_EQ(program(file), isDone);
+        EXPECT_EQ(sent(), wire);
+        EXPECT_EQ(programmer.mustEraseAgain(), !isDone);
+        if (isDone) expectMemory(file);
     }
 }
 
@@ -155,23 +147,20 @@ TEST_P(OutOfStep, APromptThatNoRecordHasAskedForIsARestart) {
 }
 
 TEST_P(OutOfStep, EachRecordLandsInItsSegmentInTheNextTry) {
-    const struct {
-        const char* fault;
-        std::string file, wire;
-    } cases[] = {
+    const std::tuple<const char*, std::string, std::string> cases[] = {
         {"nak@:020000040000FAx3", "asaubce", "asauuu.uasaubce"},
         {"nak@:04002000090A0B0CB2x3", "agbe", "agbgbgb.uagbe"},
     };
-    for (const auto& one : cases) {
-        SCOPED_TRACE(one.file);
+    for (const auto& [fault, file, wire] : cases) {
+        SCOPED_TRACE(file);
         connectErased();
-        device->faults().add(one.fault);
-        EXPECT_FALSE(program(one.file));
+        device->faults().add(fault);
+        EXPECT_FALSE(program(file));
         EXPECT_FALSE(programmer.mustEraseAgain());
         const auto first = sent();
-        EXPECT_TRUE(program(one.file));
-        EXPECT_EQ(first + "." + sent().substr(first.size()), one.wire);
-        expectMemory(one.file);
+        EXPECT_TRUE(program(file));
+        EXPECT_EQ(first + "." + sent().substr(first.size()), wire);
+        expectMemory(file);
     }
     device->faults() = {"nak@:04002000090A0B0CB2x3"};
     EXPECT_FALSE(program("agbe"));

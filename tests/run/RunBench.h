@@ -22,7 +22,7 @@ protected:
     RunTest() : fakes::Program(static_cast<fakes::AppBench&>(*this)) {}
 
     /// The only device that there is, with these faults.
-    models::Device& plugOnly(std::initializer_list<std::string_view> faults, models::DeviceOptions options = {}) {
+    models::Device& plugOnly(const models::Faults& faults, models::DeviceOptions options = {}) {
         unplugReader();
         behind.reset();
         devices.clear();
@@ -33,7 +33,7 @@ protected:
     }
 
     /// The same behind a HID reader, HID1.
-    void plugBehindReader(std::initializer_list<std::string_view> faults, models::DeviceOptions options = {},
+    void plugBehindReader(const models::Faults& faults, models::DeviceOptions options = {},
                           models::HidReaderOptions reader = {}) {
         auto& device = plugOnly(faults, std::move(options));
         serial.map.entries.clear();

@@ -37,12 +37,7 @@ TEST_F(OfflineRun, RepeatsWhatFailedAndNothingElse) {
     const std::string eraseFails = "Erase Firmware... < NG\r\n", fails = "Programming... < NG\r\n",
                       first = "\r\niTry:1\r\n", second = "\r\niTry:2\r\n", third = "\r\niTry:3\r\n",
                       twice = eraseFails + first + kErased + fails + second + kDone;
-    const struct {
-        std::initializer_list<std::string_view> faults;
-        std::string log;
-        int erases, restarts;
-        RunEnd end;
-    } cases[] = {
+    const std::tuple<models::Faults, std::string, int, int, RunEnd> cases[] = {
         {{"erase-nak"}, eraseFails + first + kErased + kDone, 2, 1, RunEnd::updated},
         {{"erase-nakx*"}, eraseFails + first + eraseFails + second + eraseFails + third, 3, 0, RunEnd::eraseFailed},
         {{"nak@:00000001FFx*"},
@@ -52,14 +47,14 @@ TEST_F(OfflineRun, RepeatsWhatFailedAndNothingElse) {
          RunEnd::programmingFailed},
         {{"erase-nak", "nak@:04002000090A0B0CB2x3"}, twice, 2, 1, RunEnd::updated},
     };
-    for (const auto& one : cases) {
-        plugOnly(one.faults);
+    for (const auto& [faults, logged, erases, restarts, end] : cases) {
+        plugOnly(faults);
         loadImage();
-        EXPECT_EQ(start().end, one.end);
-        EXPECT_EQ(log(), kChosen + kToIsp + one.log);
-        EXPECT_EQ(device().log().erases, one.erases);
-        EXPECT_EQ(device().log().restarts, one.restarts);
-        EXPECT_EQ(one.restarts ? memoryFault() : "", "");
+        EXPECT_EQ(start().end, end);
+        EXPECT_EQ(log(), kChosen + kToIsp + logged);
+        EXPECT_EQ(device().log().erases, erases);
+        EXPECT_EQ(device().log().restarts, restarts);
+        EXPECT_EQ(restarts ? memoryFault() : "", "");
     }
 }
 

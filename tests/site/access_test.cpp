@@ -30,21 +30,17 @@ protected:
 };
 
 TEST_F(Access, LoginFailsWithItsOwnCauseAndLeavesNoConnection) {
-    const struct {
-        ReadFailure::Kind read;
-        Kind kind;
-        const char* words;
-    } kLogins[] = {
+    const std::tuple<ReadFailure::Kind, Kind, const char*> kLogins[] = {
         {ReadFailure::Kind::unreachable, Kind::unreachable, "the server host cannot be reached: why"},
         {ReadFailure::Kind::login, Kind::loginRefused, "the server did not accept user name and password: why"},
         {ReadFailure::Kind::refused, Kind::listingRefused,
          "the server accepted user name and password, but gives no listing: why"},
         {ReadFailure::Kind::brokenOff, Kind::brokenOff, "the dialogue with the server broke off: why"},
     };
-    for (const auto& one : kLogins) {
-        reader.answers["ftp://u:p@host"] = {.content = "", .failure = {one.read, "why"}};
+    for (const auto& [read, kind, words] : kLogins) {
+        reader.answers["ftp://u:p@host"] = {.content = "", .failure = {read, "why"}};
         EXPECT_FALSE(site.login());
-        expect(one.kind, one.words);
+        expect(kind, words);
         EXPECT_EQ(reader.calls.back(), "close");
     }
     reader.answers["ftp://u:p@host"].content = std::string((1 << 20) + 1, 'x');

@@ -11,11 +11,8 @@ namespace {
 
 TEST(FirmwareList, KeepsTheFormatsAsymmetries) {
     const std::string complete = "PRODUCT=P\nVERSION=V\nDESC=D\nFILE=F\n";
-    const struct {
-        const char* name;
-        std::string content;
-        std::string list;  // "section|product|version|description|file;" each
-    } cases[] = {
+    // list: "section|product|version|description|file;" each
+    const std::tuple<const char*, std::string, std::string> cases[] = {
         {"any case, blanks, any line end", "[pgmA]\r\n  product = P  \rVersion=V\r\ndesc=D\nfile\t=\tF",
          "pgmA|P|V|D|F;"},
         {"other sections", "[xPGM]\n" + complete, ""},
@@ -32,12 +29,12 @@ TEST(FirmwareList, KeepsTheFormatsAsymmetries) {
         {"what parts fields is dropped", "[PGM_A]\n" + complete + "PRODUCT=P\x01\x05Q" + std::string(1, '\0') + "\n",
          "PGM_A|PQ|V|D|F;"},
     };
-    for (const auto& one : cases) {
+    for (const auto& [name, content, wanted] : cases) {
         std::string list;
-        for (const auto& r : decodeRecords(encodeRecords(FirmwareListParser().parse(one.content)))) {
+        for (const auto& r : decodeRecords(encodeRecords(FirmwareListParser().parse(content)))) {
             list += r.section + "|" + r.product + "|" + r.version + "|" + r.description + "|" + r.file + ";";
         }
-        EXPECT_EQ(list, one.list) << one.name;
+        EXPECT_EQ(list, wanted) << name;
     }
     const FirmwareRecord record{"S", "P", "V", "D", "F"};
     EXPECT_EQ(record.encoded(), "S\001P\002V\003D\004F\005");
@@ -69,13 +66,7 @@ TEST(Selection, OffersWhatFitsOrEverythingAndJudgesIt) {
                          tarn = {"PGM_A", "TARN-R200", "V5.2R1", "one\\ntwo", "a.hex"},
                          any = {"PGM_B", "", "V5.1R23", "", "b.hex"};
     const std::vector<FirmwareRecord> all = {zeta, tarn, any};
-    const struct {
-        std::vector<FirmwareRecord> records;
-        bool forced, notFound;
-        const char *last, *offered;
-        int selected;
-        const char* verdict;
-    } cases[] = {
+    const std::tuple<std::vector<FirmwareRecord>, bool, bool, const char*, const char*, int, const char*> cases[] = {
         {all, false, false, "", "PGM_A - TARN-R200;PGM_B - ;", 0, "Firmware version is out of date"},
         {all, false, false, "PGM_B", "PGM_A - TARN-R200;PGM_B - ;", 1, "Firmware version is latest version"},
         {all, false, false, "PGM_Z", "PGM_A - TARN-R200;PGM_B - ;", 0, "Firmware version is out of date"},
@@ -85,15 +76,14 @@ TEST(Selection, OffersWhatFitsOrEverythingAndJudgesIt) {
         {{zeta}, true, false, "", "*PGM_Z - ZETA;", 0, "Different Firmware!"},
         {{zeta, yota}, true, false, "", "*PGM_Z - ZETA;*PGM_Y - YOTA;", -1, ""},
     };
-    for (const auto& one : cases) {
-        const FirmwareDialog dialog("COM3", "Tarn-R200 V5.1R23", encodeRecords(one.records), one.forced, one.notFound,
-                                    one.last);
+    for (const auto& [records, forced, notFound, last, wanted, selected, verdict] : cases) {
+        const FirmwareDialog dialog("COM3", "Tarn-R200 V5.1R23", encodeRecords(records), forced, notFound, last);
         std::string offered;
         for (const auto& entry : dialog.entries()) offered += entry.text + ";";
-        EXPECT_EQ(offered, one.offered);
-        EXPECT_EQ(dialog.selected(), one.selected);
-        EXPECT_EQ(dialog.verdict().text + (dialog.verdict().isWarning ? "!" : ""), one.verdict);
-        EXPECT_EQ(dialog.details().empty(), one.selected < 0);
+        EXPECT_EQ(offered, wanted);
+        EXPECT_EQ(dialog.selected(), selected);
+        EXPECT_EQ(dialog.verdict().text + (dialog.verdict().isWarning ? "!" : ""), verdict);
+        EXPECT_EQ(dialog.details().empty(), selected < 0);
     }
 }
 
