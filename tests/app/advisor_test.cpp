@@ -5,8 +5,7 @@
 #include "support/FakeSystem.h"
 #include "support/SerialBench.h"
 
-namespace corvane {
-namespace {
+namespace corvane::tests {
 
 TEST(Advice, NamesTheCure) {
     fakes::SerialBench serial;
@@ -39,5 +38,4 @@ TEST(Advice, NamesTheCure) {
     EXPECT_EQ(advisor.beforeScan({"", "COM1", "HID1"}).size(), 1U);
 }
 
-}  // namespace
-}  // namespace corvane
+}  // namespace corvane::tests

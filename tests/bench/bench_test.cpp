@@ -13,8 +13,7 @@
 #include "bench/Pty.h"
 #include "support/ScratchFolder.h"
 
-namespace corvane::bench {
-namespace {
+namespace corvane::bench::tests {
 
 using fakes::ScratchFolder;
 
@@ -212,5 +211,4 @@ TEST(OpenWatch, TellsWhoComesAndGoes) {
     EXPECT_EQ(taken(), "-+");
 }
 
-}  // namespace
-}  // namespace corvane::bench
+}  // namespace corvane::bench::tests

@@ -1,8 +1,7 @@
 #include "ConsoleBench.h"
 #include "text/Text.h"
 
-namespace corvane {
-namespace {
+namespace corvane::tests {
 
 TEST(ArgumentWords, AreTakenOrRefused) {
     for (const char* words :
@@ -286,5 +285,4 @@ TEST_F(ConsoleTest, KeepsATerminalSafeFromWhatDevicesSay) {
     EXPECT_TRUE(says("\0337 63 %\033[K\0338\033[K"));
 }
 
-}  // namespace
-}  // namespace corvane
+}  // namespace corvane::tests

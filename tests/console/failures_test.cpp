@@ -4,8 +4,7 @@
 #include "ConsoleBench.h"
 #include "text/Text.h"
 
-namespace corvane {
-namespace {
+namespace corvane::tests {
 
 using Words = std::vector<std::string>;
 
@@ -196,5 +195,4 @@ const Way kWays[] = {
 
 INSTANTIATE_TEST_SUITE_P(, WaysToFail, ::testing::ValuesIn(kWays));
 
-}  // namespace
-}  // namespace corvane
+}  // namespace corvane::tests

@@ -8,8 +8,7 @@
 #include "SiteProcess.h"
 #include "support/ScratchFolder.h"
 
-namespace corvane::fakes {
-namespace {
+namespace corvane::fakes::tests {
 
 const std::string kImage = "/firmware/image.hex";
 
@@ -240,5 +239,4 @@ TEST_F(CurlAsyncReaderTest, RouteDecidesAboutTheProxy) {
     EXPECT_EQ(proxy.count(asked), expected + 1);
 }
 
-}  // namespace
-}  // namespace corvane::fakes
+}  // namespace corvane::fakes::tests

@@ -6,8 +6,7 @@
 #include "support/FakeAsyncReader.h"
 #include "support/ScratchFolder.h"
 
-namespace corvane::fakes {
-namespace {
+namespace corvane::fakes::tests {
 
 using Texts = std::vector<std::string>;
 
@@ -167,5 +166,4 @@ TEST_F(FTPDownloadTest, WaitEndsAfter30000SecondsOfOneDay) {
     }
 }
 
-}  // namespace
-}  // namespace corvane::fakes
+}  // namespace corvane::fakes::tests

@@ -1,8 +1,7 @@
 #include "hid/ControlBench.h"
 #include "text/RuntimeError.h"
 
-namespace corvane {
-namespace {
+namespace corvane::tests {
 
 class Commands : public ::testing::Test {
 protected:
@@ -181,5 +180,4 @@ TEST_F(Commands, ForVersionAndDirectionReadTheirAnswers) {
     }
 }
 
-}  // namespace
-}  // namespace corvane
+}  // namespace corvane::tests

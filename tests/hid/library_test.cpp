@@ -1,8 +1,7 @@
 #include "hid/ControlBench.h"
 #include "text/RuntimeError.h"
 
-namespace corvane {
-namespace {
+namespace corvane::tests {
 
 TEST(HidLibrary, IsProbedAndGetsOneHandle) {
     ControlBench bench;
@@ -237,5 +236,4 @@ TEST(HidIdentifiers, ComeFromThePropertyBagAndCannotBeChangedAtRunTime) {
     EXPECT_EQ(saved, (VellIO::PropertyBag{{"DefaultProductID", -1}, {"DefaultVendorID", 0x0ABC}}));
 }
 
-}  // namespace
-}  // namespace corvane
+}  // namespace corvane::tests

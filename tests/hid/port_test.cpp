@@ -2,8 +2,7 @@
 #include "ports/clsVellComm.h"
 #include "text/RuntimeError.h"
 
-namespace corvane {
-namespace {
+namespace corvane::tests {
 
 const Texts kUnserved{"vellService"};  // so that replies earn no new time
 
@@ -220,5 +219,4 @@ TEST_F(Port, PropertiesAndEventsOfASerialPortHaveTheirMeaningHere) {
     EXPECT_EQ(events, (std::vector<std::int32_t>{2, 3}));
 }
 
-}  // namespace
-}  // namespace corvane
+}  // namespace corvane::tests

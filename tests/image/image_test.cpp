@@ -8,8 +8,7 @@
 #include "support/ScratchFolder.h"
 #include "text/Text.h"
 
-namespace corvane {
-namespace {
+namespace corvane::tests {
 
 const std::string kData = ":0400000001020304F2\n", kEnd = ":00000001FF\n";
 const std::string kSound = ":020000040000FA\n" + kData + ":0400100005060708D2\n:020000040001F9\n" + kData + kEnd;
@@ -121,6 +120,7 @@ TEST_F(ImageTest, FillsMemory) {
     const auto words = memoryMapOf(image(scattered))->words();
     EXPECT_TRUE(words.starts_with("40 bytes in 40 segments: 0x01000 to 0x01000, 1 byte; a gap")) << words;
     EXPECT_TRUE(words.ends_with("; and more up to 0x04900.")) << words;
+    EXPECT_EQ(image(":0400040005060708DE\n" + kData).report().segments.size(), 1U);
     EXPECT_EQ(memoryMapOf(image(":0400040005060708DE\n" + kData))->words(),
               "8 bytes in 1 segment: 0x00000 to 0x00007, 8 bytes.");
     EXPECT_FALSE(memoryMapOf(image(kEnd)));
@@ -157,5 +157,4 @@ TEST_F(ImageTest, HasTheseFindings) {
     EXPECT_EQ(found(kData + ":\n:\n:\n" + kEnd, 1), "line 2 is cut off: fewer bytes than its length says; and 2 more");
 }
 
-}  // namespace
-}  // namespace corvane
+}  // namespace corvane::tests

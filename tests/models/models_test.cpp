@@ -4,8 +4,7 @@
 #include "models/PacedLine.h"
 #include "text/Number.h"
 
-namespace corvane::models {
-namespace {
+namespace corvane::models::tests {
 
 constexpr const char* kVersionQuery = "010001005070";
 const std::string kErase = "02580d", kRecord = "3a3031303031303030333342430d";  // :0100100033BC
@@ -181,5 +180,4 @@ TEST(PacedLine, GivesEveryByteItsTimeAndNotesWhatWentOverIt) {
     }
 }
 
-}  // namespace
-}  // namespace corvane::models
+}  // namespace corvane::models::tests

@@ -2,8 +2,7 @@
 
 #include <gtest/gtest.h>
 
-namespace corvane {
-namespace {
+namespace corvane::tests {
 
 TEST(Address, IsOneTextAndTakenApartAgain) {
     const std::tuple<const char*, const char*, const char*, const char*, const char*> kAddresses[] = {
@@ -36,5 +35,4 @@ TEST(Address, OfNoServerOrWithCommandsInItIsAtFault) {
     EXPECT_NE((Address{"u", "", "site", 0, std::string("/x\0", 3)}).fault(), "");
 }
 
-}  // namespace
-}  // namespace corvane
+}  // namespace corvane::tests

@@ -4,8 +4,7 @@
 #include "platform/linux/LinuxPortMap.h"
 #include "support/ScratchFolder.h"
 
-namespace corvane {
-namespace {
+namespace corvane::tests {
 
 namespace fs = std::filesystem;
 
@@ -111,5 +110,4 @@ TEST(LinuxPortMap, LinesThatCannotBeUsedAreSkippedAndTold) {
     EXPECT_NE(machine.map.problems().at(0).find("cannot be read"), std::string::npos);
 }
 
-}  // namespace
-}  // namespace corvane
+}  // namespace corvane::tests

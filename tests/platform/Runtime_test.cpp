@@ -6,8 +6,7 @@
 
 #include "platform/linux/events/LinuxRuntime.h"
 
-namespace corvane {
-namespace {
+namespace corvane::tests {
 
 using Log = std::vector<std::string>;
 
@@ -172,5 +171,4 @@ TEST_F(LinuxRuntimeTest, NewsOfAClosedDescriptorIsNoNewsOfTheNextOneOfItsNumber)
     EXPECT_EQ(stale, 0);
 }
 
-}  // namespace
-}  // namespace corvane
+}  // namespace corvane::tests

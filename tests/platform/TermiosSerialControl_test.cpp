@@ -12,8 +12,7 @@
 #include "support/FakePortMap.h"
 #include "support/ScratchFolder.h"
 
-namespace corvane {
-namespace {
+namespace corvane::tests {
 
 using Codes = std::vector<std::int32_t>;
 
@@ -370,5 +369,4 @@ TEST(LineSettings, WhatALineHasTaken) {
     for (const auto& line : others) EXPECT_FALSE(hasTaken(line, {128000, 2, 8, 0})) << line.baudRate;
 }
 
-}  // namespace
-}  // namespace corvane
+}  // namespace corvane::tests

@@ -4,8 +4,7 @@
 
 #include "support/FakeRuntime.h"
 
-namespace corvane {
-namespace {
+namespace corvane::tests {
 
 struct Timed {
     Timed(std::uint32_t tickAtStart, std::int32_t period) {
@@ -74,5 +73,4 @@ TEST(clsTimeout, TimeOfTheOperatorIsChargedOrNot) {
     }
 }
 
-}  // namespace
-}  // namespace corvane
+}  // namespace corvane::tests

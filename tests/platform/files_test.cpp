@@ -18,8 +18,7 @@
 #include "platform/linux/files/ProcProcesses.h"
 #include "support/ScratchFolder.h"
 
-namespace corvane {
-namespace {
+namespace corvane::tests {
 
 namespace fs = std::filesystem;
 
@@ -272,5 +271,4 @@ TEST(UserFolders, FollowTheEnvironment) {
     unsetenv("XDG_DATA_HOME");
 }
 
-}  // namespace
-}  // namespace corvane
+}  // namespace corvane::tests

@@ -21,8 +21,7 @@
 #include "platform/linux/serial/ProcPortInspector.h"
 #include "support/ScratchFolder.h"
 
-namespace corvane {
-namespace {
+namespace corvane::tests {
 
 namespace fs = std::filesystem;
 
@@ -228,5 +227,4 @@ TEST_F(Launching, ProgramIsAWholeOneForThisMachineOrAScript) {
         EXPECT_EQ(launcher.fault(folder.file("it", content)), fault) << content.substr(0, 30);
 }
 
-}  // namespace
-}  // namespace corvane
+}  // namespace corvane::tests

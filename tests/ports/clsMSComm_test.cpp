@@ -5,8 +5,7 @@
 #include "support/ScriptedPeer.h"
 #include "support/SerialBench.h"
 
-namespace corvane {
-namespace {
+namespace corvane::tests {
 
 using TextPairs = std::vector<std::pair<const char*, const char*>>;
 
@@ -245,5 +244,4 @@ TEST_F(Serial, ForwardsTheRestAndItsErrors) {
     EXPECT_THROW(detached.InBufferCount(), PortError);
 }
 
-}  // namespace
-}  // namespace corvane
+}  // namespace corvane::tests

@@ -2,8 +2,7 @@
 
 #include "Dialogue.h"
 
-namespace corvane {
-namespace {
+namespace corvane::tests {
 
 const std::string kAsk("\x01\x00\x00\x00\xC0\x71", 6);
 const std::string kWantsPassword("\x01\x00\x06\x03\xFF\x10\x00\xAF\xB5", 9);
@@ -96,5 +95,4 @@ TEST_P(Login, DelaysItsTimeWhileEventsRun) {
 
 CORVANE_OVER_EACH_PORT(Login);
 
-}  // namespace
-}  // namespace corvane
+}  // namespace corvane::tests

@@ -2,8 +2,7 @@
 
 #include "Dialogue.h"
 
-namespace corvane {
-namespace {
+namespace corvane::tests {
 
 const Bytes kAsk = {0x01, 0x00, 0x01, 0x00, 0x50, 0x70};              // function 1
 const Bytes kYes = {0x01, 0x00, 0x06, 0x02, 0x41, 0x42, 0x29, 0x35};  // accepted, "AB"
@@ -78,5 +77,4 @@ TEST_P(Query, SendsNothingThatCannotBeAnswered) {
 
 CORVANE_OVER_EACH_PORT(Query);
 
-}  // namespace
-}  // namespace corvane
+}  // namespace corvane::tests

@@ -2,8 +2,7 @@
 
 #include "Dialogue.h"
 
-namespace corvane {
-namespace {
+namespace corvane::tests {
 
 constexpr char kAllMissed[] =
     "   Scan by 19200,N,8,1, No Device!!\r\n"
@@ -185,5 +184,4 @@ TEST_P(Scan, JumpsToAClickedPortAndComesBackToTheNextSetting) {
 
 CORVANE_OVER_EACH_PORT(Scan);
 
-}  // namespace
-}  // namespace corvane
+}  // namespace corvane::tests

@@ -4,8 +4,7 @@
 
 #include "text/RuntimeError.h"
 
-namespace corvane {
-namespace {
+namespace corvane::tests {
 
 TEST(Crc, HasItsCheckValueAndStaysInsideTheBytes) {
     const Bytes text = bytesOf(std::string("x123456789"));
@@ -52,5 +51,4 @@ TEST(Reply, IsConvertedToTheTypeThatIsAskedFor) {
     }
 }
 
-}  // namespace
-}  // namespace corvane
+}  // namespace corvane::tests

@@ -4,8 +4,7 @@
 #include "support/FakeSystem.h"
 #include "support/ScratchFolder.h"
 
-namespace corvane {
-namespace {
+namespace corvane::tests {
 
 using Records = std::vector<std::string>;
 
@@ -119,5 +118,4 @@ TEST_P(Programmer, LogsWhyItCouldNotGoOn) {
 
 CORVANE_OVER_EACH_PORT(Programmer);
 
-}  // namespace
-}  // namespace corvane
+}  // namespace corvane::tests

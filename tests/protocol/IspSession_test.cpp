@@ -2,8 +2,7 @@
 
 #include "Dialogue.h"
 
-namespace corvane {
-namespace {
+namespace corvane::tests {
 
 class Isp : public Dialogue {
 protected:
@@ -104,5 +103,4 @@ TEST(IspOnSerial, WaitsForTheTransmitBufferInFiveStepsAtMost) {
 
 CORVANE_OVER_EACH_PORT(Isp);
 
-}  // namespace
-}  // namespace corvane
+}  // namespace corvane::tests

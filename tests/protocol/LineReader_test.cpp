@@ -2,8 +2,7 @@
 
 #include "Dialogue.h"
 
-namespace corvane {
-namespace {
+namespace corvane::tests {
 
 class Line : public Dialogue {
 protected:
@@ -94,5 +93,4 @@ TEST_P(Line, KeepsNothingWaitingForLong) {
 
 CORVANE_OVER_EACH_PORT(Line);
 
-}  // namespace
-}  // namespace corvane
+}  // namespace corvane::tests

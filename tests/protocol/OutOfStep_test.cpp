@@ -3,8 +3,7 @@
 #include "support/FakeSystem.h"
 #include "text/Text.h"
 
-namespace corvane {
-namespace {
+namespace corvane::tests {
 
 /// Records by a letter, so that a row shows what goes over the line: "0" the one at address 0, "u" and "s" back to the
 /// first segment and on to the second, "g" to the second by an address record of type 2, "e" the end.
@@ -186,5 +185,4 @@ TEST_P(OutOfStep, ASlowDeviceIsProgrammed) {
 
 CORVANE_OVER_EACH_PORT(OutOfStep);
 
-}  // namespace
-}  // namespace corvane
+}  // namespace corvane::tests

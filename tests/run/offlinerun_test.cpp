@@ -1,7 +1,6 @@
 #include "RunBench.h"
 
-namespace corvane {
-namespace {
+namespace corvane::tests {
 
 const std::string kChosen = "\f" + kFound + kOffer + "TARN-R200 V5.2R1(2024/01/31)\r\n\r\n";
 
@@ -212,5 +211,4 @@ TEST_F(OfflineRun, IsLeftAloneWhileItProgramsAndLeavesOrderBehindWhateverHappens
     EXPECT_EQ(start().end, RunEnd::updated);
 }
 
-}  // namespace
-}  // namespace corvane
+}  // namespace corvane::tests

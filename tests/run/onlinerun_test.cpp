@@ -4,8 +4,7 @@
 #include "platform/ProgramInfo.h"
 #include "text/Text.h"
 
-namespace corvane {
-namespace {
+namespace corvane::tests {
 
 const std::string kSection =
     "[PGM_R200]\nPRODUCT=TARN-R200\nVERSION=V5.2R1\nDESC=one\\ntwo\nFILE=/f/r200.hex\nISP_BAUDRATE=57600\n"
@@ -206,5 +205,4 @@ TEST_F(OnlineRun, StartsANewerProgramOrGoesOn) {
               "start " + kSite + "/firmware/utility/corvane.exe -> " + folder.folder.at("download/Corvane.exe"));
 }
 
-}  // namespace
-}  // namespace corvane
+}  // namespace corvane::tests

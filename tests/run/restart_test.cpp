@@ -1,7 +1,6 @@
 #include "RunBench.h"
 
-namespace corvane {
-namespace {
+namespace corvane::tests {
 
 /// What comes of the restart into the new application, and what is said of it.
 class Restart : public RunTest {
@@ -124,5 +123,4 @@ TEST_F(Restart, OfTheBootLoaderMeanwhileIsFollowedByAnErase) {
     EXPECT_EQ(device().log().erases, 2);
 }
 
-}  // namespace
-}  // namespace corvane
+}  // namespace corvane::tests

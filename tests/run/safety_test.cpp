@@ -3,8 +3,7 @@
 #include "site/SiteDigests.h"
 #include "text/Text.h"
 
-namespace corvane {
-namespace {
+namespace corvane::tests {
 
 /// What protects a device and a record of it: questions before harm, the journal, digests, the record of jobs.
 class Safety : public RunTest {
@@ -223,5 +222,4 @@ TEST_F(Safety, ChecksTheDigestOfAnImageWhenThereIsOne) {
     EXPECT_EQ(withDigests("[PGM_A]\nFILE=/a.hex", digestOf), "[PGM_A]\nFILE=/a.hex\nSHA256=aa\n");
 }
 
-}  // namespace
-}  // namespace corvane
+}  // namespace corvane::tests

@@ -4,8 +4,7 @@
 
 #include "support/AppBench.h"
 
-namespace corvane {
-namespace {
+namespace corvane::tests {
 
 using Kind = SiteFailure::Kind;
 
@@ -137,5 +136,4 @@ TEST_F(Access, SessionWithAnotherServerOrAccountIsLeft) {
     }
 }
 
-}  // namespace
-}  // namespace corvane
+}  // namespace corvane::tests

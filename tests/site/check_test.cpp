@@ -5,8 +5,7 @@
 #include "support/ScratchFolder.h"
 #include "text/Text.h"
 
-namespace corvane {
-namespace {
+namespace corvane::tests {
 
 constexpr char kSound[] =
     ":020000040000FA\n:0400000001020304F2\n:0400100005060708D2\n:020000040001F9\n:0400000001020304F2\n:00000001FF\n";
@@ -90,5 +89,4 @@ TEST_F(Site, FindsEachPlantedMistake) {
     for (const auto& [inf, wanted] : cases) EXPECT_EQ(findings(inf), wanted) << inf;
 }
 
-}  // namespace
-}  // namespace corvane
+}  // namespace corvane::tests

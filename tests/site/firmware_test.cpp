@@ -6,8 +6,7 @@
 #include "support/AppBench.h"
 #include "window/presenter/LogText.h"
 
-namespace corvane {
-namespace {
+namespace corvane::tests {
 
 TEST(FirmwareList, KeepsTheFormatsAsymmetries) {
     const std::string complete = "PRODUCT=P\nVERSION=V\nDESC=D\nFILE=F\n";
@@ -193,5 +192,4 @@ TEST(LogText, DropsItsFirst255CharactersOnceItIsLongerThan16384) {
     EXPECT_EQ(log.text().size(), 36137u);
 }
 
-}  // namespace
-}  // namespace corvane
+}  // namespace corvane::tests

@@ -6,8 +6,7 @@
 
 #include "support/AppBench.h"
 
-namespace corvane {
-namespace {
+namespace corvane::tests {
 
 TEST(References, LeadToFilesOfTheSiteAndToTheWebAlone) {
     using Kind = ReferenceKind;
@@ -106,5 +105,4 @@ TEST_F(Opening, HandsTheAddressOverWhenASettingSaysSo) {
     EXPECT_EQ(launcher.shown.size(), 1U);
 }
 
-}  // namespace
-}  // namespace corvane
+}  // namespace corvane::tests

@@ -11,8 +11,7 @@
 #include "text/Profile.h"
 #include "text/RuntimeError.h"
 
-namespace corvane {
-namespace {
+namespace corvane::tests {
 
 using Pairs = std::vector<std::pair<std::string, std::string>>;
 
@@ -133,5 +132,4 @@ TEST(Text, IsReadFromWholeFilesOnly) {
     }
 }
 
-}  // namespace
-}  // namespace corvane
+}  // namespace corvane::tests

@@ -7,8 +7,7 @@
 
 #include "support/hid/FakeHidBus.h"
 
-namespace corvane {
-namespace {
+namespace corvane::tests {
 
 using Texts = std::vector<std::string>;
 using Reports = std::vector<Bytes>;
@@ -421,5 +420,4 @@ TEST_F(Streams, OpenAndCloseAlsoWhenTheDeviceIsUnplugged) {
     EXPECT_FALSE(vellIsOpen(handle_));
 }
 
-}  // namespace
-}  // namespace corvane
+}  // namespace corvane::tests

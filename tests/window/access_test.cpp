@@ -7,8 +7,7 @@
 #include "WindowTest.h"
 #include "text/Text.h"
 
-namespace corvane {
-namespace {
+namespace corvane::tests {
 
 class Access : public WindowTest {
 protected:
@@ -159,5 +158,4 @@ TEST_F(Access, FitsASmallScreenByScrollingToWhatHasTheFocus) {
     }
 }
 
-}  // namespace
-}  // namespace corvane
+}  // namespace corvane::tests

@@ -2,8 +2,7 @@
 #include "WindowBench.h"
 #include "face/FirmwareDialog.h"
 
-namespace corvane {
-namespace {
+namespace corvane::tests {
 
 /// Writes down what a face shows in the log, what it is asked and what it answers, and hands it on.
 class Witness : Log, OperatorPrompts {
@@ -113,5 +112,4 @@ TEST(Faces, SeeTheSameRun) {
     }
 }
 
-}  // namespace
-}  // namespace corvane
+}  // namespace corvane::tests

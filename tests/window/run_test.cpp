@@ -5,8 +5,7 @@
 
 #include "WindowTest.h"
 
-namespace corvane {
-namespace {
+namespace corvane::tests {
 
 TEST_F(WindowTest, CarriesADeviceThroughAWholeUpdate) {
     plug();
@@ -207,5 +206,4 @@ TEST_F(WindowTest, HandsOverToANewerProgramWithoutSaving) {
     EXPECT_TRUE(bench.settings.values.empty());
 }
 
-}  // namespace
-}  // namespace corvane
+}  // namespace corvane::tests

@@ -6,8 +6,7 @@
 
 #include "WindowTest.h"
 
-namespace corvane {
-namespace {
+namespace corvane::tests {
 
 TEST_F(WindowTest, StartsWithEmptySettingsAndKeepsThem) {
     const auto type = [this](const QString& name, const QString& typed) {
@@ -237,5 +236,4 @@ TEST_F(WindowTest, StartsARehearsalAndSaysInItThatNoDeviceIsReal) {
     EXPECT_EQ(text("labStatus"), "off line\nThe rehearsal does not start: no such file");
 }
 
-}  // namespace
-}  // namespace corvane
+}  // namespace corvane::tests

@@ -24,8 +24,7 @@
 ///     explore_wire --replay "s3:lose a5:late600" [--random 1] --port ...  one run
 ///
 /// --every K takes every K-th of the combinations of two and more.
-namespace corvane::faults {
-namespace {
+namespace corvane::faults::tests {
 
 using Events = std::vector<Event>;
 using Options = std::map<std::string, std::string>;
@@ -290,11 +289,10 @@ bool holds(PortKind port, Options& options) {
     return good;
 }
 
-}  // namespace
-}  // namespace corvane::faults
+}  // namespace corvane::faults::tests
 
 int main(int argc, char** argv) try {
-    using namespace corvane::faults;
+    using namespace corvane::faults::tests;
     Options options;
     for (int i = 1; i + 1 < argc; i += 2) options[argv[i]] = argv[i + 1];
     ::setenv("TMPDIR", "/dev/shm", 0);  // a run writes its journal

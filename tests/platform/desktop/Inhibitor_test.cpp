@@ -12,8 +12,7 @@
 
 #include "platform/linux/desktop/LogindInhibitor.h"
 
-namespace corvane {
-namespace {
+namespace corvane::tests {
 
 constexpr char kConnection[] = "stand-in";
 constexpr int kPatience = 20000;  // turns of 1 ms
@@ -96,8 +95,7 @@ TEST(LogindInhibitor, HoldsUntilItIsReleasedAndIsSilentlyAbsentWithoutABusALogin
     EXPECT_TRUE(logind.comesTo(4, 0)) << "released with the program";
 }
 
-}  // namespace
-}  // namespace corvane
+}  // namespace corvane::tests
 
 int main(int argc, char** argv) {
     const QCoreApplication application(argc, argv);

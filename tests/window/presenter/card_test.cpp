@@ -3,8 +3,7 @@
 #include "support/Program.h"
 #include "window/presenter/PasswordRemark.h"
 
-namespace corvane {
-namespace {
+namespace corvane::tests {
 
 using fakes::kImage;
 
@@ -172,5 +171,4 @@ TEST_F(SituationTest, OnlySettingsThatWereChangedAreWritten) {
                                                                    {"Corvane/FTP/UserName", "J"}}));
 }
 
-}  // namespace
-}  // namespace corvane
+}  // namespace corvane::tests

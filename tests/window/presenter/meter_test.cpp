@@ -2,8 +2,7 @@
 
 #include "window/presenter/ProgressMeter.h"
 
-namespace corvane {
-namespace {
+namespace corvane::tests {
 
 TEST(Meter, CountsRecordsCalmly) {
     ProgressMeter meter;
@@ -71,5 +70,4 @@ TEST(Meter, NeverFallsAndIsFullOnlyAtSuccess) {
     EXPECT_EQ(meter.permille(tick), 0);
 }
 
-}  // namespace
-}  // namespace corvane
+}  // namespace corvane::tests
