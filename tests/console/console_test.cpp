@@ -134,8 +134,7 @@ TEST_F(ConsoleTest, IsCancelledBySignalsUntilTheImageIsThere) {
     EXPECT_EQ(device.log().switches, 1);  // by the run before
 }
 
-class OnlineCommand : public ConsoleTest {
-protected:
+struct OnlineCommand : ConsoleTest {
     OnlineCommand() {
         plug();
         serve("", "listing");

@@ -67,8 +67,7 @@ struct Trial {
 struct Killed {};
 
 /// One program between a device and a site, and what is left when it is gone.
-class World : fakes::AppBench {
-public:
+struct World : fakes::AppBench {
     explicit World(const Trial& trial)
         : setup_(*trial.setup), device_(plug(optionsOf(setup_))), line_(device_, setup_.baud) {
         old_ = device_.flash().contents();

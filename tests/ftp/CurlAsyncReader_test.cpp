@@ -19,8 +19,7 @@ std::string everyByte() {
     return bytes;
 }
 
-class CurlAsyncReaderTest : public testing::Test {
-protected:
+struct CurlAsyncReaderTest : testing::Test {
     CurlAsyncReaderTest() {
         for (const char* name : {"image.hex", "gone", "stalls", "mutters"}) {
             root_.file(std::string("firmware/") + name, everyByte());

@@ -10,8 +10,7 @@ namespace corvane::fakes::tests {
 
 using Texts = std::vector<std::string>;
 
-class FTPDownloadTest : public testing::Test {
-protected:
+struct FTPDownloadTest : testing::Test {
     FTPDownloadTest() {
         ftp_.HostName("site");
         ftp_.Username("upd");

@@ -16,8 +16,7 @@ namespace {
 /// it 0xFF ends a piece, 0xFE makes a pause of the next byte times 20 ms, 0xFD begins a sound reply frame of a status
 /// and data, 0xFC unplugs the device, 0xFB stands before a byte that is none of these. At the end of the input it is
 /// unplugged.
-class Talker : public fakes::ScriptedPeer {
-public:
+struct Talker : fakes::ScriptedPeer {
     explicit Talker(Input& input) : input_(input) {}
 
     void hear(models::Micros now, const Bytes& bytes, std::uint32_t /*hostRate*/) override {

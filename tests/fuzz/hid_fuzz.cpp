@@ -8,8 +8,7 @@ namespace corvane::fuzz {
 namespace {
 
 /// A device that sends, takes and answers as the input says.
-class AnyReader : public fakes::ReportPeer {
-public:
+struct AnyReader : fakes::ReportPeer {
     explicit AnyReader(Input& input) : input_(input) {}
 
     bool isPlugged() const override { return plugged_; }

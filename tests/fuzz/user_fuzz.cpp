@@ -31,8 +31,7 @@ bool isPlainName(const std::string& name) {
 }
 
 /// A terminal that must not be commanded by what it is given.
-class Screen : public TextSink {
-public:
+struct Screen : TextSink {
     void write(std::string_view utf8) override {
         require(utf8.find('\x1B') == utf8.npos && utf8.find("\xC2\x9B") == utf8.npos, "a terminal is not commanded");
     }

@@ -3,8 +3,7 @@
 
 namespace corvane::tests {
 
-class Commands : public ::testing::Test {
-protected:
+struct Commands : ::testing::Test {
     Commands() { bench_.open(); }
 
     /// Sends command 9 with one parameter.

@@ -6,8 +6,7 @@ namespace corvane::tests {
 
 const Texts kUnserved{"vellService"};  // so that replies earn no new time
 
-class Port : public ::testing::Test {
-protected:
+struct Port : ::testing::Test {
     ControlBench bench_;
     VellIO& control_ = *bench_.control;
     ScriptedReader& reader_ = bench_.reader;

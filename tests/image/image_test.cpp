@@ -13,8 +13,7 @@ namespace corvane::tests {
 const std::string kData = ":0400000001020304F2\n", kEnd = ":00000001FF\n";
 const std::string kSound = ":020000040000FA\n" + kData + ":0400100005060708D2\n:020000040001F9\n" + kData + kEnd;
 
-class ImageTest : public ::testing::Test {
-protected:
+struct ImageTest : ::testing::Test {
     Image image(const std::string& content) { return {"/f/x.hex", content, digest}; }
 
     std::string found(const std::string& content, std::size_t most = 100) {

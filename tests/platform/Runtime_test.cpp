@@ -12,8 +12,7 @@ using Log = std::vector<std::string>;
 
 constexpr int kForEver = 3600 * 1000;  // ms; the test's own limit ends it otherwise
 
-class LinuxRuntimeTest : public testing::Test {
-protected:
+struct LinuxRuntimeTest : testing::Test {
     LinuxRuntime runtime;
     Log log;
 

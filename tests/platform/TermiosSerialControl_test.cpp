@@ -56,8 +56,7 @@ struct PseudoTerminal {
 };
 
 /// A control with a device at COM1 that the test plays, and no COM2.
-class Termios : public testing::Test {
-protected:
+struct Termios : testing::Test {
     LinuxRuntime runtime;
     PseudoTerminal device{true};
     fakes::FakePortMap map;

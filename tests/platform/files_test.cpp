@@ -51,8 +51,7 @@ struct FullDisk {
     void (*handler)(int) = std::signal(SIGXFSZ, SIG_IGN);
 };
 
-class LinuxFileStoreTest : public testing::Test {
-protected:
+struct LinuxFileStoreTest : testing::Test {
     std::string create(const std::string& path) {
         std::string why;
         const auto made = store.create(path, why);
@@ -183,8 +182,7 @@ TEST(LinuxProgramFolder, PrivateFoldersAreThisUsersAndGoAfterTheirProgram) {
     EXPECT_EQ(LinuxProgramFolder({folder.at("x"), "lib", "/proc/no"}).privateFolder(), "");
 }
 
-class QtSettingsStoreTest : public testing::Test {
-protected:
+struct QtSettingsStoreTest : testing::Test {
     std::string value(const std::string& key) { return store.GetSetting("Corvane", "FTP", key, "default"); }
     bool save(const std::string& key, const std::string& text) {
         return store.SaveSetting("Corvane", "FTP", key, text);

@@ -139,8 +139,7 @@ TEST(PortInspector, KnowsAnAdapterByWhatUsbSaysOfIt) {
 
 /// A program that writes what it finds itself to be, and a desktop whose program for addresses writes the address. Each
 /// test ends when what it started has ended and nothing is left of it.
-class Launching : public testing::Test {
-protected:
+struct Launching : testing::Test {
     Launching() {
         const auto opener = folder.file("bin/xdg-open", "#!/bin/sh\necho \"$1\" >\"$0.out\"\n");
         fs::permissions(opener, fs::perms(0755));

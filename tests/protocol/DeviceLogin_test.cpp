@@ -12,8 +12,7 @@ TEST(Password, IsEncodedByItsNeighbours) {
     EXPECT_EQ(EncodePassword("\xE9z"), (Bytes{0x93, 'z'}));
 }
 
-class Login : public Dialogue {
-protected:
+struct Login : Dialogue {
     bool logIn() { return login.Login(typed = "quill"); }
 
     std::string typed;

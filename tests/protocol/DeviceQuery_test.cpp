@@ -8,8 +8,7 @@ const Bytes kAsk = {0x01, 0x00, 0x01, 0x00, 0x50, 0x70};              // functio
 const Bytes kYes = {0x01, 0x00, 0x06, 0x02, 0x41, 0x42, 0x29, 0x35};  // accepted, "AB"
 const Bytes kNo = {0x01, 0x00, 0x15, 0x01, 0xE4, 0x3B, 0x10};         // refused, 228
 
-class Query : public Dialogue {
-protected:
+struct Query : Dialogue {
     Query() { connectPeer(); }
     bool ask() { return query.Query(1, reply, {}, 0, 1000); }
 

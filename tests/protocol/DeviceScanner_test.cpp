@@ -13,8 +13,7 @@ constexpr char kAllMissed[] =
 const std::string kFirstMissed = "   Scan by 19200,N,8,1, No Device!!\r\n";
 
 /// The other kind of port; none of them opens.
-class OtherPort : public clsIMScomm {
-public:
+struct OtherPort : clsIMScomm {
     explicit OtherPort(std::string prefix) : prefix_(std::move(prefix)) {}
     std::vector<std::string> names;
     std::string selected;
@@ -27,8 +26,7 @@ private:
     std::string prefix_;
 };
 
-class Scan : public Dialogue {
-protected:
+struct Scan : Dialogue {
     models::Device& plug(std::int16_t number, models::DeviceOptions options = {}) {
         devices.push_back(std::make_unique<models::Device>(std::move(options)));
         bench.plug(number, *devices.back());

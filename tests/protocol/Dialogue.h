@@ -11,8 +11,7 @@
 namespace corvane {
 
 /// A dialogue over each kind of port, with a simulated device or a far end that says what is written down for it.
-class Dialogue : public fakes::OverEachPort {
-protected:
+struct Dialogue : fakes::OverEachPort {
     /// A device at the open port, in place of what was there.
     models::Device& connect(models::DeviceOptions options = {}) {
         auto next = std::make_unique<models::Device>(std::move(options));

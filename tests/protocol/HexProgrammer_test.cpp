@@ -12,8 +12,7 @@ const std::string kAt0 = ":0400000001020304F2", kAt16 = ":0400100005060708D2", k
 const std::string kToFirst = ":020000040000FA", kToSecond = ":020000040001F9";
 const std::string kStart9 = ":0400000901020304E9", kStart5 = ":0400000500000020D7", kEnd = ":00000001FF";
 
-class Programmer : public Dialogue {
-protected:
+struct Programmer : Dialogue {
     bool program(const Records& lines, const std::string& end = "\n") {
         std::string content;
         for (const auto& line : lines) content += line + end;

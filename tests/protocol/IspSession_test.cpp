@@ -4,8 +4,7 @@
 
 namespace corvane::tests {
 
-class Isp : public Dialogue {
-protected:
+struct Isp : Dialogue {
     /// Connects a device, and asks it to switch.
     bool goTo(const models::DeviceOptions& options, std::int32_t rate = -1) {
         connect(options);

@@ -4,8 +4,7 @@
 
 namespace corvane::tests {
 
-class Line : public Dialogue {
-protected:
+struct Line : Dialogue {
     Line() { connectPeer(); }
 };
 

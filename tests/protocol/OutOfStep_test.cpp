@@ -19,8 +19,7 @@ std::string recordsOf(const std::string& letters) {
     return all;
 }
 
-class OutOfStep : public Dialogue {
-protected:
+struct OutOfStep : Dialogue {
     /// A device that has been erased. Its first answer was to that; the first record has the second one.
     void connectErased(const models::Faults& faults = {}, std::uint32_t rate = 19200) {
         connect({.kind = models::Kind::boot, .baud = rate, .faults = faults});

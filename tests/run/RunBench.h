@@ -17,8 +17,7 @@ struct ReaderBench : fakes::AppBench {
 };
 
 /// A run in virtual time: a device, an image, the whole workflow.
-class RunTest : public ::testing::Test, protected ReaderBench, protected fakes::Program {
-protected:
+struct RunTest : ::testing::Test, protected ReaderBench, protected fakes::Program {
     RunTest() : fakes::Program(static_cast<fakes::AppBench&>(*this)) {}
 
     /// The only device that there is, with these faults.

@@ -14,8 +14,7 @@ const std::string kLogin = "\fLogin Server... < OK\r\n";
 const std::string kListed = kLogin + "Downloading File... < OK\r\n";
 const std::string kOffered = kListed + kFound + kOffer + "one\r\ntwo\r\n\r\n";
 
-class OnlineRun : public RunTest {
-protected:
+struct OnlineRun : RunTest {
     OnlineRun() {
         plug({.bootBaud = 57600});
         presenter.account("ftp.example", "upd", "secret");

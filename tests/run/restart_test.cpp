@@ -3,8 +3,7 @@
 namespace corvane::tests {
 
 /// What comes of the restart into the new application, and what is said of it.
-class Restart : public RunTest {
-protected:
+struct Restart : RunTest {
     using Happening = std::function<void()>;
 
     Restart() { asksAfterwards(true); }

@@ -6,8 +6,7 @@
 namespace corvane::tests {
 
 /// What protects a device and a record of it: questions before harm, the journal, digests, the record of jobs.
-class Safety : public RunTest {
-protected:
+struct Safety : RunTest {
     /// "PORT:DEVICE:FIRMWARE;" for each device that the next start would speak of, were this program killed now.
     std::string journalled() {
         constexpr const char* kFirmware[] = {"old", "uncertain", "none", "whole"};

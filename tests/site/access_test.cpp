@@ -8,8 +8,7 @@ namespace corvane::tests {
 
 using Kind = SiteFailure::Kind;
 
-class Access : public ::testing::Test, protected fakes::AppBench {
-protected:
+struct Access : ::testing::Test, protected fakes::AppBench {
     Access() {
         choices.server = "host";
         choices.userName = "u";

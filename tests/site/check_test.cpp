@@ -10,8 +10,7 @@ namespace corvane::tests {
 constexpr char kSound[] =
     ":020000040000FA\n:0400000001020304F2\n:0400100005060708D2\n:020000040001F9\n:0400000001020304F2\n:00000001FF\n";
 
-class Site : public ::testing::Test {
-protected:
+struct Site : ::testing::Test {
     std::string findings(const std::string& inf) {
         SiteCheck check(digest, [this](const std::string& path) -> std::optional<std::string> {
             const auto content = fakes::ScratchFolder::content(folder.at("site" + path));

@@ -122,8 +122,7 @@ TEST(Selection, SaysWhatIsUnusualBelowItsQuestion) {
     }
 }
 
-class Information : public ::testing::Test, protected fakes::AppBench {
-protected:
+struct Information : ::testing::Test, protected fakes::AppBench {
     bool check(const std::string& chosen) {
         inf.forget();
         return FTP_CheckFirmware(inf, face, chosen, information);

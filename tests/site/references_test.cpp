@@ -57,8 +57,7 @@ TEST(References, AreShownWhenTheyAreWhatTheyAreCalled) {
     for (const auto& [name, content, isShown] : kFiles) EXPECT_EQ(isShowable(name, content), isShown) << name;
 }
 
-class Opening : public ::testing::Test, protected fakes::AppBench {
-protected:
+struct Opening : ::testing::Test, protected fakes::AppBench {
     Opening() {
         choices.server = "host:2121";
         choices.userName = "u";

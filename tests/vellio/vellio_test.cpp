@@ -49,8 +49,7 @@ struct ScriptedPeer : fakes::ReportPeer {
 };
 
 /// Handles of the library over a bus of the test, with the events that were delivered as texts "code:parameter:text".
-class Devices : public ::testing::Test {
-protected:
+struct Devices : ::testing::Test {
     ~Devices() override {
         for (const auto handle : handles_) vellDestroy(handle);
     }
@@ -196,8 +195,7 @@ TEST_F(Devices, EventsThatNobodyTakesDoNotPileUp) {
     EXPECT_EQ(vellGetEvent(handle), -1);
 }
 
-class Streams : public Devices {
-protected:
+struct Streams : Devices {
     Streams() {
         plug(1);
         handle_ = create();

@@ -10,8 +10,7 @@
 
 namespace corvane {
 
-class WindowTest : public ::testing::Test, protected WindowBench {
-protected:
+struct WindowTest : ::testing::Test, protected WindowBench {
     WindowTest() {
         answers.onUnexpected = [](const std::string& name) { ADD_FAILURE() << "unexpected dialog " << name; };
         open();

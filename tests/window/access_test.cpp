@@ -9,8 +9,7 @@
 
 namespace corvane::tests {
 
-class Access : public WindowTest {
-protected:
+struct Access : WindowTest {
     /// What an operator can do something with.
     static bool isInteractive(const QWidget& widget) {
         static const char* const kinds[] = {"QAbstractButton", "QLineEdit",      "QComboBox",

@@ -5,8 +5,7 @@
 namespace corvane::tests {
 
 /// Writes down what a face shows in the log, what it is asked and what it answers, and hands it on.
-class Witness : Log, OperatorPrompts {
-public:
+struct Witness : Log, OperatorPrompts {
     std::string events;
 
     FaceWitness between() {

@@ -122,17 +122,20 @@ TEST_F(WindowTest, ClosingFromOutsideAnswersItsQuestionsWithCancel) {
     EXPECT_EQ(bench.devices[0]->log().switches, 0);
 }
 
-TEST_F(WindowTest, ClosingWhileItProgramsWaitsForTheEnd) {
-    plug();
+TEST_F(WindowTest, ClosingWhileItProgramsWaitsForTheEndAndStaysWhenTheDeviceIsNotWell) {
+    auto& device = plug();
+    device.faults().add("nak@2x9");
     pickImage();
-    agree();
-    when("Programming...", [&] {
-        EXPECT_TRUE(!window->close() && window->isVisible());
-        EXPECT_EQ(text("labStatus"), "The window closes when the update has finished.");
-    });
-    press("cmdStartCheck");
+    for (const bool isWell : {false, true}) {
+        agree();
+        when("Programming...", [&] {
+            EXPECT_TRUE(!window->close() && window->isVisible());
+            EXPECT_EQ(text("labStatus"), "The window closes when the update has finished.");
+        });
+        press(isWell ? "cmdForceISP" : "cmdStartCheck");
+        EXPECT_EQ(window->isVisible(), !isWell);
+    }
     EXPECT_EQ(bench.memoryFault(), "");
-    EXPECT_FALSE(window->isVisible());
 }
 
 TEST_F(WindowTest, LeadsFromThreeFailuresToTheRescueAndKeepsBothInTheListOfJobs) {

@@ -42,8 +42,7 @@ constexpr const char* kPorts[] = {"counting", "blind", "hid"};
 
 /// A serial control at a wire. It moves whole sendings where the fake control of the other tests moves bytes, which
 /// makes a run ten times as fast.
-class WirePort : public fakes::FakeSerialControl {
-public:
+struct WirePort : fakes::FakeSerialControl {
     WirePort(fakes::FakeRuntime& clock, Wire& wire, bool isBlind)
         : FakeSerialControl(clock), clock_(clock), wire_(wire), isBlind_(isBlind) {
         plug(1, wire);

@@ -18,8 +18,7 @@ constexpr char kConnection[] = "stand-in";
 constexpr int kPatience = 20000;  // turns of 1 ms
 
 /// Stands in for logind on the bus: hands out descriptors and sees when they are closed.
-class Logind : public QDBusVirtualObject {
-public:
+struct Logind : QDBusVirtualObject {
     Logind() {
         auto connection = QDBusConnection::connectToBus(QDBusConnection::SessionBus, kConnection);
         connection.registerVirtualObject("/org/freedesktop/login1", this);

@@ -10,8 +10,7 @@ FakeHidBus* current = nullptr;  // the library is made by a C function, which ta
 
 }  // namespace
 
-class FakeHidDevice : public vellio::HidDevice {
-public:
+struct FakeHidDevice : vellio::HidDevice {
     FakeHidDevice(FakeHidBus& bus, std::string path, ReportPeer& peer)
         : bus_(bus), path_(std::move(path)), peer_(peer) {
         ++bus_.open_;
@@ -51,8 +50,7 @@ private:
     bool gone_ = false;
 };
 
-class FakeHidBackend : public vellio::HidBackend {
-public:
+struct FakeHidBackend : vellio::HidBackend {
     explicit FakeHidBackend(FakeHidBus& bus) : bus_(bus) {}
 
     std::vector<vellio::DeviceInfo> devices() override {

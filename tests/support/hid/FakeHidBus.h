@@ -47,8 +47,8 @@ public:
     static std::unique_ptr<vellio::HidBackend> makeBackend();
 
 private:
-    friend class FakeHidBackend;
-    friend class FakeHidDevice;
+    friend struct FakeHidBackend;
+    friend struct FakeHidDevice;
 
     struct Entry {
         vellio::DeviceInfo info;

@@ -71,8 +71,7 @@ private:
 };
 
 /// A test of the dialogue with a device that runs over each kind of port.
-class OverEachPort : public ::testing::TestWithParam<PortKind> {
-protected:
+struct OverEachPort : ::testing::TestWithParam<PortKind> {
     static bool isHid() { return GetParam() == PortKind::hid; }
 
     PortBench bench{GetParam()};
