@@ -93,10 +93,10 @@ TEST(Bench, GivesACommandADataFolderAndShowsItItsReadersAndNoOthers) {
         EXPECT_EQ(ScratchFolder::content(scratch.at("printed")),
                   "/data " + library + " " + (hasReaders ? socket : "") + "\n");
         const auto ready = ScratchFolder::content(scratch.at("ready"));
-        EXPECT_EQ(ready.starts_with("HID1=bench:1\nCOM1=/dev/p"), hasReaders) << ready;
-        EXPECT_EQ(
-            ready.ends_with("HID2=bench:2\nCORVANE_VELLIO=" + library + "\nCORVANE_BENCH_SOCKET=" + socket + "\n"),
-            hasReaders);
+        EXPECT_EQ(ready.starts_with("HID1=" + socket + ".1\nCOM1=/dev/p"), hasReaders) << ready;
+        EXPECT_EQ(ready.ends_with("HID2=" + socket + ".2\nCORVANE_VELLIO=" + library +
+                                  "\nCORVANE_BENCH_SOCKET=" + socket + "\n"),
+                  hasReaders);
     }
 }
 

@@ -229,8 +229,8 @@ TEST_F(ConsoleTest, ScansAndListsPorts) {
          "{\"port\":\"COM2\",\"settings\":\"19200,N,8,1\",\"version\":\"TARN-R200\\nV5.1R23\",\"bootLoader\":false}\n"},
         {{"ports"}, "COM2\tttyS2\t\nCOM17\tttyS17\tnot scanned\n"},
         {{"ports", "--json"},
-         "{\"ports\":[{\"name\":\"COM2\",\"device\":\"ttyS2\",\"description\":\"\",\"scanned\":true},"
-         "{\"name\":\"COM17\",\"device\":\"ttyS17\",\"description\":\"\",\"scanned\":false}]}\n"},
+         "{\"ports\":[{\"name\":\"COM2\",\"device\":\"ttyS2\",\"description\":\"\",\"scanned\":true,\"problem\":\"\"},"
+         "{\"name\":\"COM17\",\"device\":\"ttyS17\",\"description\":\"\",\"scanned\":false,\"problem\":\"\"}]}\n"},
     };
     for (const auto& [words, printed] : cases) {
         EXPECT_EQ(run(words), 0);

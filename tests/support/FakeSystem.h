@@ -68,7 +68,7 @@ public:
 /// Nodes as a test says.
 class FakePortInspector : public PortInspector {
 public:
-    std::map<std::string, PortHolder> holders;
+    std::map<std::string, PortHolder> holders, lockers;
     std::set<std::string> probed, forbidden, missing;
     std::map<std::string, PortAdapter> adapters;
 
@@ -77,6 +77,10 @@ public:
     bool mayUse(const std::string& node) override { return forbidden.count(node) == 0; }
     std::string userName() override { return "olive"; }
     std::string groupOf(const std::string&) override { return "dialout"; }
+    std::optional<PortHolder> lockerOf(const std::string& node) override {
+        const auto found = lockers.find(node);
+        return found == lockers.end() ? std::nullopt : std::optional(found->second);
+    }
     std::optional<PortHolder> holderOf(const std::string& node) override {
         const auto found = holders.find(node);
         return found == holders.end() ? std::nullopt : std::optional(found->second);
