@@ -43,6 +43,17 @@ TEST_F(UpdateCommand, KeepsACopyOfTheLog) {
     EXPECT_TRUE(says("The log file /dev/full is not complete"));
 }
 
+TEST_F(UpdateCommand, ADevicesVersionStaysInItsLineAndCommandsNoTerminal) {
+    models::DeviceOptions options;
+    options.version = "V1\r\nUpdate Finish\r\n\x1b[2J\r\x81";
+    plug(options);
+    const auto log = folder.folder.at("log.txt");
+    EXPECT_EQ(update({"--log", log}), 1);
+    const std::string line = "\nDevice F/W: V1  Update Finish   [2J  \n";
+    EXPECT_TRUE(prints(line)) << out.text;
+    EXPECT_NE(fakes::ScratchFolder::content(log).find(line), std::string::npos);
+}
+
 TEST_F(UpdateCommand, WritesOneJsonObjectALine) {
     models::DeviceOptions options;
     options.version = "TARN-R200 \"\\\t\xE9\x1b";

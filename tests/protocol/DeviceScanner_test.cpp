@@ -105,6 +105,17 @@ TEST_P(Scan, AsksASilentPortEverythingAndTakesItsTime) {
     EXPECT_EQ(face.panel, (std::vector<std::string>{here("show ,COM1,"), "off 0", "off 1", "hide"}));
 }
 
+TEST_P(Scan, SaysWhereSomethingAnswersThatCannotBeRead) {
+    auto damaged = of(models::Kind::tarnPlus);
+    damaged.faults = {"crcx*"};
+    plug(1, damaged);
+    EXPECT_EQ(scan() + scanner.unreadable(),
+              here("something answers on COM1 at 19200, but not in a way that can be read: noise, or another kind of "
+                   "device"));
+    plug(1, of(models::Kind::silent));
+    EXPECT_EQ(scan() + scanner.unreadable(), "");
+}
+
 TEST_P(Scan, FindsTheOlderProtocolAt9600WithItsOddLine) {
     const struct {
         int firstAnswer, secondAnswer;  // ms after the question, which takes 3 to 6 ms itself
