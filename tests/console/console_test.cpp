@@ -287,6 +287,10 @@ TEST_F(ConsoleTest, ChecksImagesAndSites) {
               "\"findings\":[]}\n");
     EXPECT_EQ(run({"check-site", "ftp://u@host:21/else"}), 4);
     EXPECT_TRUE(says("The site could not be read: the transfer broke off: the server did not answer with data."));
+    EXPECT_FALSE(std::filesystem::exists(folder.data.at("private"))) << "what was fetched is gone";
+    folder.hasNoRoom = true;
+    EXPECT_EQ(run({"check-site", "ftp://u@host:21/sub/a%20b"}), 4);
+    EXPECT_TRUE(says("No folder for what is fetched can be made in " + folder.dataPath() + "."));
     for (const char* typed : {"ftp://u:p@host", "ftp://u:21/w@host", "ftp://u:p@x/y@host"}) {
         EXPECT_EQ(run({"check-site", typed}), 2) << typed;
     }
