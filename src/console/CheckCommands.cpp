@@ -106,7 +106,7 @@ bool writeDigests(Console& console, const std::string& file, const SiteCheck::Fe
         const auto content = fetch(path);
         return content ? console.platform.digest.sha256(*content) : std::string();
     });
-    const auto problem = console.platform.files.replace(file, text);
+    const auto problem = console.platform.files.replace(file, text, FileStore::Named::byOperator);
     if (!problem.empty()) console.err.write("corvane-cli: " + file + " cannot be written: " + problem + ".\n");
     return problem.empty();
 }

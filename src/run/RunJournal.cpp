@@ -168,7 +168,7 @@ std::string RunJournal::begin(InterruptedRun run, bool isInBootLoader) {
     for (auto* value : {&run.time, &run.port, &run.device, &run.image, &run.place, &run.version})
         *value = withoutLineEnds(std::move(*value));
     run.process = processes_.own();
-    if (!makeFolder(folder_.dataPath())) return "the folder cannot be made";
+    if (const auto why = files_.makeFolder(folder_.dataPath()); !why.empty()) return "no folder can be made: " + why;
     const auto lock = files_.lock(folder_.dataPath());
     if (!lock) return "another program keeps it";
     auto runs = readJournal(path());
@@ -234,7 +234,7 @@ std::string RunJournal::write(const std::vector<InterruptedRun>& runs) const {
     if (runs.empty()) return files_.remove(path());
     std::string content;
     for (const auto& run : runs) content += entryOf(run);
-    return files_.replace(path(), content);
+    return files_.replace(path(), content, FileStore::Named::byProgram);
 }
 
 }  // namespace corvane

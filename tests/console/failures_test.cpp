@@ -245,9 +245,10 @@ std::vector<Way> WaysToFail::atTheDevice() {
         {kLocalYes, 4, "Something unexpected happened: no memory.", throwing("[Local Site]\n")},
         {kLocalYes, 5, "Something unexpected happened: no memory.", throwing("Programming...")},
         {kLocalYes, 0,
-         "The journal $DATA/interrupted-runs could not be written (the folder cannot be made): had the program or the "
+         "The journal $DATA/interrupted-runs could not be written (no folder can be made: $DATA: File exists): had the "
+         "program or the "
          "computer failed meanwhile, the next start would not have known of this device.\nThe record "
-         "$DATA/jobs.csv could not be written: the folder cannot be made.",
+         "$DATA/jobs.csv could not be written: no folder can be made: $DATA: File exists.",
          inJournal},
     };
 }

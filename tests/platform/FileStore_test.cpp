@@ -9,6 +9,7 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include "platform/files/Files.h"
 #include "platform/linux/files/LinuxFileStore.h"
 #include "platform/linux/files/ProcProcesses.h"
 #include "support/ScratchFolder.h"
@@ -50,9 +51,38 @@ TEST_F(LinuxFileStoreTest, OpensOrdinaryFilesOnlyAndFollowsTheOperatorsLinks) {
     EXPECT_EQ(content(file), "older");
     EXPECT_EQ(create(link), "");
     EXPECT_EQ(content(file), "new");
-    EXPECT_EQ(store.replace(link, "own"), "");
-    EXPECT_EQ(content(file) + content(link), "newown");
+    EXPECT_EQ(store.replace(link, "newer", Named::byOperator), "");
+    EXPECT_EQ(content(file), "newer");
+    EXPECT_EQ(store.replace(link, "own", Named::byProgram), "");
+    EXPECT_EQ(content(file) + content(link), "newerown");
     EXPECT_FALSE(fs::is_symlink(link));
+    fs::create_symlink(folder.at("none"), folder.at("lost"));
+    EXPECT_EQ(store.replace(folder.at("lost"), "x", Named::byOperator),
+              "it is a link to nothing: No such file or directory");
+}
+
+TEST_F(LinuxFileStoreTest, AReplacedFileStaysAsOpenAsItWas) {
+    const auto modeOf = [this](const char* name) {
+        return static_cast<int>(fs::status(folder.at(name)).permissions());
+    };
+    fs::permissions(folder.file("site", ""), fs::perms(0664));
+    fs::create_symlink("site", folder.at("link"));
+    const auto before = umask(027);
+    for (const char* name : {"new", "link"}) EXPECT_EQ(store.replace(folder.at(name), "x", Named::byOperator), "");
+    EXPECT_EQ(store.replace(folder.at("own"), "x", Named::byProgram), "");
+    umask(before);
+    EXPECT_EQ(modeOf("site"), 0664);
+    EXPECT_EQ(modeOf("new"), 0640);
+    EXPECT_EQ(modeOf("own"), 0600);
+}
+
+TEST(Files, EachFolderInWhichOneWasMadeIsHandedOver) {
+    fakes::ScratchFolder folder;
+    std::vector<std::string> folders;
+    for (const char* path : {"a/b/c", "a/d"})
+        EXPECT_EQ(makeFolder(folder.at(path), [&](const std::string& in) { folders.push_back(in); }), "");
+    EXPECT_EQ(folders, (Names{folder.path(), folder.at("a"), folder.at("a/b"), folder.at("a")}));
+    EXPECT_EQ(makeFolder(folder.file("file", "") + "/x/y"), folder.at("file") + ": File exists");
 }
 
 TEST_F(LinuxFileStoreTest, WritesAllOrNothingAndClearsAwayWhatTheKilledLeft) {
@@ -68,13 +98,13 @@ TEST_F(LinuxFileStoreTest, WritesAllOrNothingAndClearsAwayWhatTheKilledLeft) {
     const auto handler = std::signal(SIGXFSZ, SIG_IGN);
     const rlimit few{5, limit.rlim_max};
     setrlimit(RLIMIT_FSIZE, &few);
-    const auto replaced = store.replace(file, "too long"),
+    const auto replaced = store.replace(file, "too long", Named::byProgram),
                appended = store.append(file, "", "too long", Named::byProgram);
     setrlimit(RLIMIT_FSIZE, &limit);
     std::signal(SIGXFSZ, handler);
     EXPECT_EQ(replaced + appended, "File too largeFile too large");
     EXPECT_EQ(content(file), "old");
-    EXPECT_EQ(store.replace(file, "long enough"), "");
+    EXPECT_EQ(store.replace(file, "long enough", Named::byProgram), "");
     EXPECT_EQ(content(file), "long enough");
     EXPECT_EQ(fs::status(file).permissions(), fs::perms(0640));
     EXPECT_EQ(folder.names(), (Names{living, "file"}));

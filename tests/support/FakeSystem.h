@@ -15,6 +15,7 @@
 #include "platform/SettingsStore.h"
 #include "platform/SleepInhibitor.h"
 #include "platform/files/FileStore.h"
+#include "platform/files/Files.h"
 
 namespace corvane::fakes {
 
@@ -94,7 +95,8 @@ public:
     std::string failure;
 
     std::unique_ptr<Lock> lock(const std::string&) override { return std::make_unique<Lock>(); }
-    std::string replace(const std::string& path, std::string_view content) override {
+    std::string makeFolder(const std::string& path) override { return corvane::makeFolder(path); }
+    std::string replace(const std::string& path, std::string_view content, Named) override {
         return failure.empty() && !(std::ofstream(path, std::ios::binary) << content).flush() ? "no such folder"
                                                                                               : failure;
     }
