@@ -52,6 +52,8 @@ TEST_F(Access, LoginFailsWithItsOwnCauseAndLeavesNoConnection) {
     expect(Kind::tooLong, "the server's listing is too long: it is longer than 1048576 bytes");
     EXPECT_FALSE(site.FTP_Download("/f/a.hex", folder.folder.at("a")));
     expect(Kind::noSession, "there is no session with the site");
+    reader.answers["ftp://u:p@host"].content.pop_back();
+    EXPECT_TRUE(site.login()) << "1 MiB is taken";
     choices.server = "h/st";
     EXPECT_FALSE(site.login());
     expect(Kind::noServer, "\"h/st\" can be no server's name");
