@@ -258,6 +258,32 @@ TEST_F(ConsoleTest, ScansAndListsPorts) {
                   platform().hidLibrary + ": cannot open shared object file\n");
 }
 
+TEST_F(ConsoleTest, ListsLeftDevicesAndForgetsThem) {
+    using Firmware = InterruptedRun::Firmware;
+    EXPECT_EQ(run({"lost"}), 0);
+    EXPECT_EQ(out.text + err.text, "corvane-cli: No device was left in its boot loader.\n");
+    for (const InterruptedRun& left : {InterruptedRun{"t1", "COM1", "a\tb", "/x.hex", "R 7"},
+                                       InterruptedRun{"t2", "COM2", "c", "/y.hex", "", Firmware::old}}) {
+        RunJournal earlier(folder, files, processes);
+        EXPECT_EQ(earlier.begin(left, false) + earlier.leave(), "");
+    }
+    EXPECT_EQ(run({"lost"}), 0);
+    EXPECT_EQ(out.text, "COM1\tt1\ta b\tnone\t/x.hex\tR 7\nCOM2\tt2\tc\told\t/y.hex\t\n");
+    EXPECT_TRUE(says("A device was left in its boot loader at t1: COM1, a\tb (R 7)."));
+    EXPECT_EQ(run({"forget", "COM3"}), 1);
+    EXPECT_EQ(err.text, "corvane-cli: No device was left at COM3.\n");
+    files.failure = "no room";
+    EXPECT_EQ(run({"forget", "COM2"}), 4);
+    EXPECT_TRUE(says("interrupted-runs could not be written: no room."));
+    files.failure.clear();
+    EXPECT_EQ(run({"forget", "com2", "--json"}), 0);
+    EXPECT_EQ(out.text,
+              "{\"lost\":[{\"port\":\"COM2\",\"time\":\"t2\",\"device\":\"c\",\"firmware\":\"old\","
+              "\"image\":\"/y.hex\",\"place\":\"\"}]}\n");
+    EXPECT_EQ(run({"forget", "all"}) + run({"lost", "--json"}), 0);
+    EXPECT_EQ(out.text, "{\"lost\":[]}\n");
+}
+
 TEST_F(ConsoleTest, ChecksImagesAndSites) {
     EXPECT_EQ(run({"check", image()}), 0);
     EXPECT_EQ(out.text,

@@ -102,6 +102,7 @@ public:
     }
     std::string remove(const std::string& path) override {
         std::error_code none;
+        if (!failure.empty()) return failure;
         std::filesystem::remove(path, none);
         return none ? "no permission" : "";
     }

@@ -145,7 +145,7 @@ TEST_F(Window, SaysAtItsStartWhichDevicesEarlierRunsLeftBehind) {
     RunJournal journal(bench.folder, bench.files, bench.processes);
     const auto image = bench.folder.folder.file("a.hex", kImage);
     EXPECT_EQ(journal.begin({"2026-11-24 14:02:07", "COM3", "TARN-<b>R200</b> V5.1R23", image}, false), "");
-    EXPECT_TRUE(journal.leave());
+    EXPECT_EQ(journal.leave(), "");
     open();
     EXPECT_EQ(text("labNotice"), "A device was left in its boot loader, without working firmware.");
     EXPECT_TRUE(verdict().starts_with("2026-11-24 14:02: COM3, TARN-<b>R200</b> V5.1R23, a.hex\n")) << verdict();
