@@ -152,6 +152,22 @@ TEST_F(Window, SaysAtItsStartWhichDevicesEarlierRunsLeftBehind) {
     const auto& rescue = control<QPushButton>("cmdForceISP");
     EXPECT_TRUE(rescue.isDefault() && rescue.hasFocus());
     EXPECT_EQ(rescue.text() + rescue.accessibleName(), "&Rescue with a.hexRescue with a.hex");
+    answers.expect("frmForget", [](QDialog& dialog) {
+        EXPECT_TRUE(dialog.findChild<QPushButton*>("cmdCancel")->isDefault());
+        dialog.reject();
+    });
+    press("cmdForget");
+    EXPECT_EQ(journal.left().size(), 1U);
+    bench.files.failure = "no room";
+    answers.expect("frmForget", DialogAnswers::pressing("cmdOK"));
+    press("cmdForget");
+    EXPECT_EQ(text("labStatus"), "The journal " + journal.path() + " could not be written: no room.");
+    bench.files.failure.clear();
+    answers.expect("frmForget", DialogAnswers::pressing("cmdOK"));
+    press("cmdForget");
+    EXPECT_EQ(journal.left().size(), 0U);
+    EXPECT_TRUE(control<QPushButton>("cmdForget").isHidden());
+    EXPECT_EQ(text("labNotice"), "Plug in your device.");
 }
 
 TEST_F(Window, FindsOneOfManyImages) {
