@@ -9,6 +9,8 @@ Ending loginEnding(const SiteFailure& failure) {
             return {RunEnd::cancelled};
         case SiteFailure::Kind::loginRefused:
             return {RunEnd::loginRefused, failure.words};
+        case SiteFailure::Kind::notStored:
+            return {RunEnd::notStored, "The login failed: " + failure.words};
         default:
             return {RunEnd::loginFailed, failure.words};
     }
@@ -21,7 +23,10 @@ std::optional<Ending> OnlinePart::enter(std::vector<std::string>& remarks) {
     if (!site_.login()) return loginEnding(site_.failure());
     view_.phase(RunPhase::information);
     if (!site_.fetchInformation(inf_)) {
-        const Ending ending{RunEnd::informationMissing, site_.failure().words};
+        const auto& failure = site_.failure();
+        const auto ending = failure.isOfStorage()
+                                ? Ending{RunEnd::notStored, "firmware.inf could not be fetched: " + failure.words}
+                                : Ending{RunEnd::informationMissing, failure.words};
         site_.disconnect();
         return ending;
     }

@@ -233,6 +233,9 @@ std::optional<Ending> UpdateRun::fetchImage() {
         case SiteFailure::Kind::tooLong:
             return Ending{RunEnd::imageTooLarge, toUtf8(lastPart(information_.firmwareFile)) + " is larger than " +
                                                      byteCount(static_cast<std::int64_t>(p_.choices.mostImageBytes))};
+        case SiteFailure::Kind::oldFileStays:
+        case SiteFailure::Kind::notStored:
+            return Ending{RunEnd::notStored, "The image could not be had: " + failure.words};
         default:
             return Ending{RunEnd::imageNotFetched, failure.words};
     }

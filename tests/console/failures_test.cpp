@@ -115,6 +115,14 @@ std::vector<Way> WaysToFail::atTheSite() {
          [](T& t) { t.reader.answers["ftp://upd:@host"].ends = false, t.interruptAfter(500); }},
         {kOnLineYes, 4, "firmware.inf could not be fetched: the transfer " + kBrokeOff,
          [](T& t) { t.withdraw("/firmware/firmware.inf"); }, "Downloading File... < NG\n"},
+        {kOnLineYes, 4,
+         "firmware.inf could not be fetched: it could not be stored: /x: No space left on device.\n...\n1. Make room "
+         "on "
+         "the disk, or make the folder one that this user may write to.",
+         [](T& t) {
+             t.reader.answers["ftp://upd:@host/firmware/firmware.inf"] = {
+                 .content = "", .failure = {ReadFailure::Kind::storage, "/x: No space left on device"}};
+         }},
         {kOnLine, 4,
          "The session with the site was closed while a question stood open, since nothing was asked of the site for "
          "three minutes.",
@@ -145,6 +153,7 @@ std::vector<Way> WaysToFail::atTheSite() {
 }
 
 std::vector<Way> WaysToFail::withoutAnImage() {
+    const std::string room = "\n...\n1. Make room on the disk, or make the folder one that this user may write to.";
     const std::string had = "The image could not be had: ", empty = "The image a.hex holds no data.",
                       unsafe = had + "the site's name for it, \"x\\a.hex\", may be no file's here.",
                       refused = "The image does not add up and was not installed.",
@@ -160,7 +169,7 @@ std::vector<Way> WaysToFail::withoutAnImage() {
     const auto unsound = [](T& t) { t.serve(kUnsound), t.image(kUnsound), t.type({"y", "n"}); };
     return {
         {kOnLineYes, 4, had + "the transfer " + kBrokeOff, [](T& t) { t.withdraw("/f/a.hex"); }},
-        {kOnLineYes, 4, had + "the old $/Download/status cannot be replaced: Operation not permitted.",
+        {kOnLineYes, 4, had + "the old $/Download/status cannot be replaced: Operation not permitted." + room,
          [](T& t) { t.replace("Download", "/proc/self"), t.offer("/f/status\n"); }},
         {kOnLineYes, 4, unsafe, isUnsafe},
         {kFolder, 4, unsafe, isUnsafe, "\n\nFirmware download fail!!\n"},
