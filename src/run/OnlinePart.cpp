@@ -16,6 +16,13 @@ Ending loginEnding(const SiteFailure& failure) {
     }
 }
 
+Ending informationEnding(const SiteFailure& failure) {
+    const auto whole = "firmware.inf could not be fetched: " + failure.words;
+    if (failure.kind == SiteFailure::Kind::oldFileStays) return {RunEnd::oldFileStays, whole};
+    if (failure.kind == SiteFailure::Kind::notStored) return {RunEnd::notStored, whole};
+    return {RunEnd::informationMissing, failure.words};
+}
+
 }  // namespace
 
 std::optional<Ending> OnlinePart::enter(std::vector<std::string>& remarks) {
@@ -23,10 +30,7 @@ std::optional<Ending> OnlinePart::enter(std::vector<std::string>& remarks) {
     if (!site_.login()) return loginEnding(site_.failure());
     view_.phase(RunPhase::information);
     if (!site_.fetchInformation(inf_)) {
-        const auto& failure = site_.failure();
-        const auto ending = failure.isOfStorage()
-                                ? Ending{RunEnd::notStored, "firmware.inf could not be fetched: " + failure.words}
-                                : Ending{RunEnd::informationMissing, failure.words};
+        const auto ending = informationEnding(site_.failure());
         site_.disconnect();
         return ending;
     }

@@ -27,9 +27,6 @@ struct SiteFailure {
     Kind kind = Kind::none;
     std::string words{};
 
-    /// The fault lies on this computer, and no other site would be better.
-    bool isOfStorage() const { return kind == Kind::oldFileStays || kind == Kind::notStored; }
-
     explicit operator bool() const { return kind != Kind::none; }
 };
 

@@ -123,6 +123,10 @@ std::vector<Way> WaysToFail::atTheSite() {
              t.reader.answers["ftp://upd:@host/firmware/firmware.inf"] = {
                  .content = "", .failure = {ReadFailure::Kind::storage, "/x: No space left on device"}};
          }},
+        {kOnLineYes, 4,
+         "firmware.inf could not be fetched: the old $/firmware.inf cannot be replaced: Is a directory.\n...\n"
+         "1. Move the old one away, or make it one that this user may replace.",
+         [](T& t) { t.remove("firmware.inf"), t.folder.folder.file("firmware.inf/x", ""); }},
         {kOnLine, 4,
          "The session with the site was closed while a question stood open, since nothing was asked of the site for "
          "three minutes.",
@@ -153,7 +157,7 @@ std::vector<Way> WaysToFail::atTheSite() {
 }
 
 std::vector<Way> WaysToFail::withoutAnImage() {
-    const std::string room = "\n...\n1. Make room on the disk, or make the folder one that this user may write to.";
+    const std::string move = "\n...\n1. Move the old one away, or make it one that this user may replace.";
     const std::string had = "The image could not be had: ", empty = "The image a.hex holds no data.",
                       unsafe = had + "the site's name for it, \"x\\a.hex\", may be no file's here.",
                       refused = "The image does not add up and was not installed.",
@@ -168,8 +172,12 @@ std::vector<Way> WaysToFail::withoutAnImage() {
     const auto removed = [](T& t) { t.when("\n\n[FTP Site]\n", [&t] { t.remove("Download/a.hex"); }); };
     const auto unsound = [](T& t) { t.serve(kUnsound), t.image(kUnsound), t.type({"y", "n"}); };
     return {
+        {kOnLineYes, 4, had + "the old $/Download/a.hex cannot be replaced: it is a folder." + move,
+         [](T& t) {
+             t.remove("Download/a.hex"), std::filesystem::create_directory(t.folder.folder.at("Download/a.hex"));
+         }},
         {kOnLineYes, 4, had + "the transfer " + kBrokeOff, [](T& t) { t.withdraw("/f/a.hex"); }},
-        {kOnLineYes, 4, had + "the old $/Download/status cannot be replaced: Operation not permitted." + room,
+        {kOnLineYes, 4, had + "the old $/Download/status cannot be replaced: Operation not permitted." + move,
          [](T& t) { t.replace("Download", "/proc/self"), t.offer("/f/status\n"); }},
         {kOnLineYes, 4, unsafe, isUnsafe},
         {kFolder, 4, unsafe, isUnsafe, "\n\nFirmware download fail!!\n"},

@@ -84,9 +84,9 @@ TEST_F(Access, DownloadFailsWithItsOwnCause) {
     reader.answers["ftp://u:p@host/f/b.hex"] = {.content = "", .failure = {ReadFailure::Kind::refused, "550"}};
     download("/f/b.hex", target);
     expect(Kind::notGiven, "the server does not give it: 550");
-    folder.folder.file("full/x", "");
-    download("/f/a.hex", folder.folder.at("full"));
-    EXPECT_EQ(site.failure().kind, Kind::notStored);
+    reader.answers["ftp://u:p@host/f/b.hex"] = {.content = "", .failure = {ReadFailure::Kind::storage, "no room"}};
+    download("/f/b.hex", target);
+    expect(Kind::notStored, "it could not be stored: no room");
     reader.answers["ftp://u:p@host/f/a.hex"].ends = false;
     runtime.at(runtime.ms() + 500, [this] { site.cancel(); });
     download("/f/a.hex", target);

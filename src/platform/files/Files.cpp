@@ -57,6 +57,10 @@ bool deleteFile(const std::string& path) {
 }
 
 bool deleteFile(const std::string& path, std::string& why) {
+    if (FolderExists(path)) {
+        why = "it is a folder";
+        return false;
+    }
     std::error_code error;
     std::filesystem::remove(path, error);
     why = error.message();
