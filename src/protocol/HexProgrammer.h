@@ -93,6 +93,8 @@ private:
     bool sendStep(const SendStep& step);
     bool place(std::string_view address);
     bool mayRepeat() const;
+    bool mayBeBehindEcho() const;
+    bool isClear();
     bool mayGoOn();
     bool startOver();
     Found attempt(const std::string& code);
@@ -114,10 +116,12 @@ private:
     bool isBeyond_ = false;        // and led the device out of the first segment
     bool isAnswered_ = false;      // some record of it was answered
     bool isSettled_ = false;       // nothing is owed
+    bool wasSettled_ = false;      // when the last record was sent
     bool isEchoPossible_ = false;  // the last record was sent while a second erase might have been going on
     bool countsUnsent_ = true;     // unless the port reports bytes as unsent whose answer is there
     bool mustErase_ = false;
     bool hasStrays_ = false;  // this line has been seen to double answers or to hold them back
+    bool isUneven_ = false;   // a record did not go well the first time
     bool isSecond_ = false;   // the image is being sent once more
     int doubts_ = 0;
     int lateTries_ = 0;  // that ended with an answer that came late, behind the first segment
