@@ -188,7 +188,7 @@ bool HexProgrammer::sendImage(std::string_view content) {
     for (std::size_t at = 0;; ++at) {
         if (at + 1 >= end && hasStrays_ && !isSecond_) {
             if (!startOver()) return false;
-            at = 0;
+            at = before = 0;
         }
         if (at >= end) break;
         const auto& step = plan.steps[at];
@@ -252,6 +252,7 @@ bool HexProgrammer::isClear() {
 }
 
 bool HexProgrammer::place(std::string_view address) {
+    isBeyond_ = isBeyond_ || !address.empty();
     if (!ProgramHex(address.empty() ? kToFirstSegment : std::string(address), false)) return false;
     place_ = address;
     if (address.empty()) isBeyond_ = false;
