@@ -8,11 +8,7 @@
 namespace corvane {
 
 std::string PortAdvisor::refusal(const std::string& port) {
-    if (!startsWithNoCase(port, "COM")) {
-        const auto reason = readerFailure ? readerFailure() : std::string();
-        return port + " does not open" + (reason.empty() ? "" : ": " + reason) +
-               ". Plug the reader in again; when this user may not use it, install the udev rules of this program.";
-    }
+    if (!startsWithNoCase(port, "COM")) return readerRefusal(port);
     const auto failure = serial_.openFailure();
     const auto place = port + " (" + failure.path + ")";
     switch (failure.kind) {
@@ -26,18 +22,26 @@ std::string PortAdvisor::refusal(const std::string& port) {
                    " " + failure.path + "\" and start again; for good, join the group: \"sudo adduser " + user + " " +
                    group + "\", then log in anew.";
         }
-        case OpenFailure::Kind::inUse: {
-            const auto holder = inspector_.holderOf(failure.path);
-            if (!holder) return place + " is in use by another program. Close that and start again.";
-            return place + " is in use by " + holder->program + " (process " + std::to_string(holder->process) +
-                   "). Close that and start again.";
-        }
+        case OpenFailure::Kind::inUse:
+            return inUse(place, failure.path);
         case OpenFailure::Kind::noSerialPort:
             return place + " is no serial port. Mend its line in serialcomm.conf.";
         case OpenFailure::Kind::other:
             break;
     }
     return place + " does not open: " + std::strerror(failure.systemError) + ".";
+}
+
+std::string PortAdvisor::readerRefusal(const std::string& port) {
+    const auto failure = readerFailure ? readerFailure(port) : ReaderFailure();
+    if (failure.isInUse) return inUse(port + " (" + failure.path + ")", failure.path);
+    return port + " does not open" + (failure.words.empty() ? "" : ": " + failure.words) +
+           ". Plug the reader in again; when this user may not use it, install the udev rules of this program.";
+}
+
+std::string PortAdvisor::inUse(const std::string& place, const std::string& node) {
+    const auto holder = inspector_.holderOf(node);
+    return place + " is in use by " + (holder ? holder->text() : "another program") + ". Close that and start again.";
 }
 
 std::vector<std::string> PortAdvisor::beforeScan(const std::vector<std::string>& ports) {

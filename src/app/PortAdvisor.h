@@ -16,8 +16,13 @@ public:
     PortAdvisor(SerialControl& serial, PortMap& map, PortInspector& inspector)
         : serial_(serial), map_(map), inspector_(inspector) {}
 
-    /// Why the last reader that was tried did not open; empty when nobody knows.
-    std::function<std::string()> readerFailure;
+    /// Why the reader that was tried last, this one, did not open.
+    struct ReaderFailure {
+        std::string words;  ///< empty when nobody knows
+        std::string path;   ///< its node
+        bool isInUse = false;
+    };
+    std::function<ReaderFailure(const std::string& port)> readerFailure;
 
     /// Why the port that was tried last did not open.
     std::string refusal(const std::string& port);
@@ -26,6 +31,9 @@ public:
     std::vector<std::string> beforeScan(const std::vector<std::string>& ports);
 
 private:
+    std::string readerRefusal(const std::string& port);
+    std::string inUse(const std::string& place, const std::string& node);
+
     SerialControl& serial_;
     PortMap& map_;
     PortInspector& inspector_;

@@ -44,6 +44,9 @@ bool PortList::look() {
         } else {
             row.product = toUtf8(readers_.GetDeviceProduct(fromUtf8(row.name)));
             row.serialNumber = toUtf8(readers_.GetDeviceSerialNumber(fromUtf8(row.name)));
+            // Services of a desktop look at every HID device without disturbing it; only a lock tells of a dialogue.
+            const auto holder = inspector_.lockerOf(readers_.devicePath(fromUtf8(row.name)));
+            if (holder) row.problem = "in use by " + holder->text();
         }
     }
     rows_ = std::move(rows);
@@ -54,7 +57,7 @@ std::string PortList::problemOf(const std::string& node) {
     if (!inspector_.isThere(node)) return "not there: plug the adapter in, or mend its line in serialcomm.conf";
     if (!inspector_.mayUse(node)) return "you may not open it: it belongs to the group " + inspector_.groupOf(node);
     const auto holder = inspector_.holderOf(node);
-    return holder ? "in use by " + holder->program + " (process " + std::to_string(holder->process) + ")" : "";
+    return holder ? "in use by " + holder->text() : "";
 }
 
 }  // namespace corvane

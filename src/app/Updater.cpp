@@ -40,7 +40,9 @@ Updater::Updater(const Platform& platform, const Face& face)
     vellIO_.OnDevice = [this](std::int32_t event, const std::string& port, const std::string& device) {
         tellReader(event, port, device);
     };
-    advisor_.readerFailure = [this] { return vellIO_.openFailure(); };
+    advisor_.readerFailure = [this](const std::string& port) {
+        return PortAdvisor::ReaderFailure{vellIO_.openFailure(), vellIO_.devicePath(port), vellIO_.isInUse()};
+    };
     vellIO_.ReadProperties(true, {});
     hidPort_.Attach(&vellIO_, &commEvent_);
 }

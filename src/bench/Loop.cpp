@@ -41,7 +41,8 @@ std::optional<Micros> Loop::nextAt() const {
 
 void Loop::run(std::optional<Micros> until) {
     stopped_ = false;
-    while (!stopped_ && !(until && now() >= *until)) step(until);
+    do step(until);
+    while (!stopped_ && !(until && now() >= *until));
 }
 
 void Loop::step(std::optional<Micros> until) {

@@ -37,7 +37,7 @@ public:
     void add(Timed& timed) { timed_.push_back(&timed); }
     void remove(Timed& timed) { std::erase(timed_, &timed); }
 
-    /// Runs until stop is called, or until the moment has come.
+    /// Runs until stop is called, or until the moment has come; what is due or there already is handled in any case.
     void run(std::optional<Micros> until = std::nullopt);
     void stop() { stopped_ = true; }
 

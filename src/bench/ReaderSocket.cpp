@@ -1,6 +1,7 @@
 #include "bench/ReaderSocket.h"
 
 #include <algorithm>
+#include <fcntl.h>
 #include <sys/socket.h>
 #include <sys/un.h>
 
@@ -41,11 +42,13 @@ ReaderSocket::~ReaderSocket() {
     loop_.remove(*this);
     loop_.unwatch(listener_.get());
     for (auto& connection : connections_) watch(connection, false);
+    for (const auto& entry : entries_) ::unlink(entry.path.c_str());
     ::unlink(path_.c_str());
 }
 
 std::string ReaderSocket::add(models::HidReader& reader) {
-    auto path = "bench:" + std::to_string(++lastNumber_);
+    auto path = path_ + "." + std::to_string(++lastNumber_);
+    const Descriptor node(::open(path.c_str(), O_CREAT | O_RDWR | O_CLOEXEC, 0600), path.c_str());
     entries_.push_back({path, &reader});
     update();
     return path;

@@ -25,7 +25,8 @@ public:
 
     const std::string& path() const { return path_; }
 
-    /// Lists the reader under a device path of its own, "bench:1" and so on, which is returned.
+    /// Lists the reader under a device path of its own, the socket's with ".1" behind it and so on, which is returned.
+    /// An empty file lies there that programs lock, as they do with the node of a real reader.
     std::string add(models::HidReader& reader);
     void remove(models::HidReader& reader);
 

@@ -40,7 +40,8 @@ const std::vector<Option>& options() {
         {"--write-sha256", {Command::checkSite}, flag(&Arguments::writeDigests), nullptr},
         {"--self-update", {Command::update}, flag(&Arguments::selfUpdate), nullptr},
         {"--json",
-         {Command::update, Command::scan, Command::ports, Command::images, Command::check, Command::checkSite},
+         {Command::update, Command::scan, Command::ports, Command::images, Command::lost, Command::forget,
+          Command::check, Command::checkSite},
          flag(&Arguments::json),
          nullptr},
     };
@@ -49,9 +50,12 @@ const std::vector<Option>& options() {
 
 std::optional<Command> commandOf(const std::string& word) {
     static const std::vector<std::pair<const char*, Command>> names = {
-        {"update", Command::update},     {"scan", Command::scan},   {"ports", Command::ports},
-        {"images", Command::images},     {"check", Command::check}, {"check-site", Command::checkSite},
-        {"--version", Command::version}, {"--help", Command::help}, {"-h", Command::help},
+        {"update", Command::update},     {"scan", Command::scan},
+        {"ports", Command::ports},       {"lost", Command::lost},
+        {"forget", Command::forget},     {"images", Command::images},
+        {"check", Command::check},       {"check-site", Command::checkSite},
+        {"--version", Command::version}, {"--help", Command::help},
+        {"-h", Command::help},
     };
     for (const auto& [name, command] : names) {
         if (word == name) return command;
@@ -59,7 +63,11 @@ std::optional<Command> commandOf(const std::string& word) {
     return std::nullopt;
 }
 
-bool takesSubject(Command command) { return command == Command::check || command == Command::checkSite; }
+/// What the word behind a command is; null when it takes none.
+const char* subjectOf(Command command) {
+    if (command == Command::forget) return "the port of a device that was left, or \"all\"";
+    return command == Command::check || command == Command::checkSite ? "the name of what it checks" : nullptr;
+}
 
 /// Sets one option, taking its value from the words behind it; false with a problem.
 bool takeOption(const std::vector<std::string>& words, std::size_t& at, Arguments& arguments, std::string& problem) {
@@ -134,15 +142,15 @@ std::optional<Arguments> parseArguments(const std::vector<std::string>& words, s
         }
         if (words[at].compare(0, 1, "-") == 0 && words[at].size() > 1) {
             if (!takeOption(words, at, arguments, problem)) return std::nullopt;
-        } else if (takesSubject(*command) && arguments.subject.empty() && !words[at].empty()) {
+        } else if (subjectOf(*command) && arguments.subject.empty() && !words[at].empty()) {
             arguments.subject = words[at];
         } else {
             problem = "\"" + words[at] + "\" is one word too many";
             return std::nullopt;
         }
     }
-    if (takesSubject(*command) && arguments.subject.empty()) {
-        problem = words.front() + " needs the name of what it checks";
+    if (const auto* subject = subjectOf(*command); subject && arguments.subject.empty()) {
+        problem = words.front() + " needs " + subject;
         return std::nullopt;
     }
     if (!settleMode(arguments, problem)) return std::nullopt;
@@ -160,6 +168,8 @@ std::string usageText() {
   scan [--force] [--json]                 finds the device, prints its port and version
   ports [--json]                          lists serial and HID ports
   images [--offline] [--json]             lists what firmware.inf offers
+  lost [--json]                           lists devices that an update left in their boot loaders
+  forget PORT|all [--json]                takes devices off that list, because they are well
   check IMAGE.hex [--json]                says what is wrong with an image, and its memory map
   check-site FOLDER|ftp://... [--json]    says what an operator would get from a site
              [--write-sha256]             first writes the digests of a FOLDER's images into firmware.inf

@@ -8,10 +8,10 @@ namespace corvane {
 
 /// What the command line asks for; texts in the system's bytes, which are UTF-8.
 struct Arguments {
-    enum class Command { update, scan, ports, images, check, checkSite, version, help };
+    enum class Command { update, scan, ports, images, lost, forget, check, checkSite, version, help };
 
     Command command = Command::help;
-    std::string subject;  ///< what check and check-site look at
+    std::string subject;  ///< what check and check-site look at, and forget forgets
     std::optional<std::string> file;
     std::optional<std::string> server;
     std::optional<std::string> user;

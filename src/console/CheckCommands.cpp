@@ -1,5 +1,4 @@
 #include <filesystem>
-#include <random>
 
 #include "console/Console.h"
 #include "console/TerminalText.h"
@@ -78,13 +77,10 @@ std::string textOf(const SiteReport& report) {
     return text;
 }
 
-/// A folder of its own for what is fetched from a site; gone with the object.
+/// The folder for what is fetched from a site; gone with the object.
 class FetchFolder {
 public:
-    FetchFolder()
-        : path_(std::filesystem::temp_directory_path() / ("corvane-check-" + std::to_string(std::random_device()()))) {
-        std::filesystem::create_directory(path_);
-    }
+    explicit FetchFolder(std::filesystem::path path) : path_(std::move(path)) {}
     ~FetchFolder() {
         std::error_code ignored;
         std::filesystem::remove_all(path_, ignored);
@@ -110,7 +106,7 @@ bool writeDigests(Console& console, const std::string& file, const SiteCheck::Fe
         const auto content = fetch(path);
         return content ? console.platform.digest.sha256(*content) : std::string();
     });
-    const auto problem = console.platform.files.replace(file, text);
+    const auto problem = console.platform.files.replace(file, text, FileStore::Named::byOperator);
     if (!problem.empty()) console.err.write("corvane-cli: " + file + " cannot be written: " + problem + ".\n");
     return problem.empty();
 }
@@ -154,7 +150,13 @@ int checkServer(Console& console, const Arguments& arguments, const Address& add
         cancelled = true;
         site.cancel();
     };
-    const FetchFolder folder;
+    // Nobody else can look into it or have made it before.
+    const auto place = console.platform.folder.privateFolder();
+    if (place.empty()) {
+        scope.face.say("No folder for what is fetched can be made in " + console.platform.folder.dataPath() + ".");
+        return scope.end(kNoSite);
+    }
+    const FetchFolder folder(place);
     const auto fetch = [&](const std::string& path) -> std::optional<std::string> {
         if (cancelled || !site.FTP_Download(root + path, folder.file())) return std::nullopt;
         return contentOf(folder.file());

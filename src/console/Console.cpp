@@ -46,6 +46,10 @@ int Console::run(const Arguments& arguments) {
             return portsCommand(*this, arguments);
         case Arguments::Command::images:
             return imagesCommand(*this, arguments);
+        case Arguments::Command::lost:
+            return lostCommand(*this, arguments);
+        case Arguments::Command::forget:
+            return forgetCommand(*this, arguments);
         case Arguments::Command::check:
             return checkCommand(*this, arguments);
         case Arguments::Command::checkSite:

@@ -51,6 +51,8 @@ int updateCommand(Console& console, const Arguments& arguments);
 int scanCommand(Console& console, const Arguments& arguments);
 int portsCommand(Console& console, const Arguments& arguments);
 int imagesCommand(Console& console, const Arguments& arguments);
+int lostCommand(Console& console, const Arguments& arguments);
+int forgetCommand(Console& console, const Arguments& arguments);
 int checkCommand(Console& console, const Arguments& arguments);
 int checkSiteCommand(Console& console, const Arguments& arguments);
 

@@ -1,3 +1,5 @@
+#include <map>
+
 #include "console/Console.h"
 #include "console/TerminalText.h"
 #include "text/Cp1252.h"
@@ -38,16 +40,29 @@ std::vector<PortRow> portRows(Updater& updater) {
     return rows;
 }
 
+/// Why ports cannot be opened, by their names; nothing for those that can.
+std::map<std::string, std::string> problemsOf(PortList& list) {
+    std::map<std::string, std::string> problems;
+    list.look();
+    for (const auto& row : list.rows()) {
+        if (!row.problem.empty()) problems[row.name] = row.problem;
+    }
+    return problems;
+}
+
 }  // namespace
 
 int portsCommand(Console& console, const Arguments& arguments) {
     CommandScope scope(console, arguments, console.err, false);
     std::vector<std::string> objects;
     const auto rows = portRows(scope.updater);
+    const auto problems = problemsOf(scope.updater.portList());
     for (const auto& row : rows) {
+        const auto problem = problems.find(toUtf8(row.name));
         objects.push_back("{" + jsonPair("name", row.name) + "," + jsonString("device") + ":" + jsonString(row.device) +
                           "," + jsonPair("description", row.description) +
-                          ",\"scanned\":" + (row.isScanned ? "true" : "false") + "}");
+                          ",\"scanned\":" + (row.isScanned ? "true" : "false") + "," + jsonString("problem") + ":" +
+                          jsonString(problem == problems.end() ? "" : problem->second) + "}");
         if (arguments.json) continue;
         auto line = withoutControls(row.name) + "\t" + withoutControls(row.device) + "\t" +
                     withoutControls(toUtf8(row.description));
@@ -56,6 +71,7 @@ int portsCommand(Console& console, const Arguments& arguments) {
     }
     if (arguments.json) console.out.write(jsonList("ports", objects));
     if (rows.empty()) scope.face.say("There is no port.");
+    for (const auto& [name, problem] : problems) scope.face.say(name + ": " + problem + ".");
     if (const auto& problem = scope.updater.vellIO().libraryProblem(); !problem.empty())
         scope.face.say("There are no HID readers: " + problem);
     return scope.end(0);

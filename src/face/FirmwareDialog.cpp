@@ -96,7 +96,7 @@ int FirmwareDialog::selectedPlace() const {
 }
 
 std::string FirmwareDialog::header() const {
-    return "[Local Site]\r\nComm Port : " + port_ + "\r\nDevice F/W: " + deviceVersion_ + "\r\n";
+    return "[Local Site]\r\nComm Port : " + onOneLine(port_) + "\r\nDevice F/W: " + onOneLine(deviceVersion_) + "\r\n";
 }
 
 std::string FirmwareDialog::details() const {

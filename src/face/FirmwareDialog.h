@@ -42,7 +42,7 @@ public:
     FirmwareDialog(std::string port, std::string deviceVersion, const std::string& szROMList, bool isForced,
                    bool isFirmwareNotFound, const std::string& lastSection);
 
-    /// The lines about the device that stand above the list.
+    /// The lines about the device that stand above the list, whatever it says of itself.
     std::string header() const;
     const std::vector<Entry>& entries() const { return entries_; }
     int selected() const { return selected_; }  ///< -1 when nothing is

@@ -184,10 +184,15 @@ void FTPDownload::onComplete(AsyncResult AsyncProp) {
 
 bool FTPDownload::putInPlace(const AsyncResult& AsyncProp) {
     if (isWanted && !isWanted(AsyncProp.value)) return false;
-    std::error_code error;
-    std::filesystem::rename(AsyncProp.value, AsyncProp.propertyName, error);
-    if (error) m_oFailure = {ReadFailure::Kind::storage, AsyncProp.propertyName + ": " + error.message()};
-    return !error;
+    std::error_code error, ignored;
+    const auto& place = AsyncProp.propertyName;
+    std::filesystem::rename(AsyncProp.value, place, error);
+    if (!error) return true;
+    const bool isOld = std::filesystem::exists(std::filesystem::symlink_status(place, ignored));
+    m_oFailure =
+        isOld ? ReadFailure{ReadFailure::Kind::oldStays, "the old " + place + " cannot be replaced: " + error.message()}
+              : ReadFailure{ReadFailure::Kind::storage, place + ": " + error.message()};
+    return false;
 }
 
 }  // namespace corvane

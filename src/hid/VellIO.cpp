@@ -139,6 +139,10 @@ std::string VellIO::GetIndexedString(std::int32_t dwStringIndex) {
     return vellText(session_.library.getIndexedString(session_.handle, dwStringIndex));
 }
 
+std::string VellIO::devicePath(const std::string& szDevice) {
+    return session_.handle ? vellText(session_.library.getDevicePath(session_.handle, szDevice.c_str())) : "";
+}
+
 bool VellIO::CheckDevicesIsChanged(bool bRaiseDeviceEvent) {
     if (!has(session_.supportsCheckDevicesIsChanged)) return false;
     const bool changed = session_.library.checkDevicesIsChanged(session_.handle, bRaiseDeviceEvent ? -1 : 0);

@@ -73,6 +73,9 @@ public:
     std::string GetDeviceSerialNumber(const std::string& szDevice);
     std::string GetIndexedString(std::int32_t dwStringIndex);
 
+    /// The node of a listed device, in the system's bytes; empty when a library does not tell.
+    std::string devicePath(const std::string& szDevice);
+
     bool CheckDevicesIsChanged(bool bRaiseDeviceEvent);
     bool IsNewDevicePlugin();  ///< True once after a device was plugged in
     bool IsHIDIOReady();
@@ -138,6 +141,9 @@ public:
     bool PortOpen() { return port_.PortOpen(); }
     void PortOpen(bool bPortOpen) { port_.PortOpen(bPortOpen); }
     const std::string& openFailure() const { return port_.openFailure(); }
+
+    /// Whether it failed because another program has the reader open.
+    bool isInUse() { return session_.handle && session_.library.isInUse(session_.handle); }
     std::string CommPort() const { return port_.CommPort(); }
     void CommPort(const std::string& szCommPort) { port_.CommPort(szCommPort); }
     std::int32_t CommID() const { return session_.handle; }

@@ -67,11 +67,13 @@ public:
     Operation<decltype(vellGetDeviceManufacturer)> getDeviceManufacturer{*this, "vellGetDeviceManufacturer"};
     Operation<decltype(vellGetDeviceProduct)> getDeviceProduct{*this, "vellGetDeviceProduct"};
     Operation<decltype(vellGetDeviceSerialNumber)> getDeviceSerialNumber{*this, "vellGetDeviceSerialNumber"};
+    Operation<decltype(vellGetDevicePath)> getDevicePath{*this, "vellGetDevicePath"};
     Operation<decltype(vellCheckDevicesIsChanged)> checkDevicesIsChanged{*this, "vellCheckDevicesIsChanged"};
     Operation<decltype(vellGetScanTiming)> getScanTiming{*this, "vellGetScanTiming"};
     Operation<decltype(vellSetScanTiming)> setScanTiming{*this, "vellSetScanTiming"};
 
     Operation<decltype(vellOpen)> open{*this, "vellOpen"};
+    Operation<decltype(vellIsInUse)> isInUse{*this, "vellIsInUse"};
     Operation<decltype(vellClose)> close{*this, "vellClose"};
     Operation<decltype(vellIsOpen)> isOpen{*this, "vellIsOpen"};
     Operation<decltype(vellIsHIDIOReady)> isHIDIOReady{*this, "vellIsHIDIOReady"};

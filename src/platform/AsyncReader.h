@@ -29,6 +29,7 @@ struct ReadFailure {
         refused,      ///< the server accepts the login and gives nothing
         brokenOff,    ///< it began and did not come to its end
         storage,      ///< what came could not be stored
+        oldStays,     ///< what lies at its place cannot be replaced
         tooLong,      ///< it is longer than what was to be read
     };
     Kind kind = Kind::none;

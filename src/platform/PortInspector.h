@@ -9,6 +9,9 @@ namespace corvane {
 struct PortHolder {
     int process = 0;
     std::string program;
+
+    /// "minicom (process 4711)"
+    std::string text() const { return program + " (process " + std::to_string(process) + ")"; }
 };
 
 /// What the adapter that a serial port belongs to says about itself; empty for a built-in port.
@@ -18,7 +21,7 @@ struct PortAdapter {
     std::string socket;  ///< that it is plugged into, "1-2.4"
 };
 
-/// Who may use a serial port's device node, and who does. Paths and names in the system's bytes; what cannot be found
+/// Who may use a port's device node, and who does. Paths and names in the system's bytes; what cannot be found
 /// out is empty.
 class PortInspector {
 public:
@@ -36,7 +39,10 @@ public:
     /// The name of the group that owns the node.
     virtual std::string groupOf(const std::string& node) = 0;
 
-    /// Another process that has it open, as far as this user may see that.
+    /// Another process that has locked it as this program locks the ports that it opens.
+    virtual std::optional<PortHolder> lockerOf(const std::string& node) = 0;
+
+    /// The same, or else another process that has it open, as far as this user may see that.
     virtual std::optional<PortHolder> holderOf(const std::string& node) = 0;
 
     /// Whether the modem service runs and would open the node to look for a modem behind it.

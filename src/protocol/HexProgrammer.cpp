@@ -13,7 +13,6 @@ constexpr std::int32_t kOwed = 1500;  // ms of silence; no answer to what was se
 constexpr int kMostDoubts = 16;       // that one try may mend
 constexpr int kLateTries = 2;         // after which answers that come late are taken for a habit of the device
 constexpr std::size_t kLargestPage = 4096;
-constexpr std::size_t kShortestText = 2;  // that a device says of itself; a byte alone is a damaged answer
 const std::string kToFirstSegment = ":020000040000FA";
 
 /// Where to begin again so that nothing of the page at hand is missing, had the device forgotten it.
@@ -33,7 +32,7 @@ void HexProgrammer::beginDevice(bool hasLine) {
     clock_.beginDevice(hasLine);
     repeated_ = 0;
     place_ = "";
-    isSettled_ = mustErase_ = hasStrays_ = false;
+    isSettled_ = mustErase_ = hasStrays_ = isUneven_ = false;
     lateTries_ = 0;
     countsUnsent_ = true;
 }
@@ -57,8 +56,14 @@ bool HexProgrammer::ProgramHex(const std::string& code, bool bShowCode) {
     return false;
 }
 
+/// Whether the last record's silence may hide that an answer before it was a second erase's.
+bool HexProgrammer::mayBeBehindEcho() const {
+    return last_ == Found::silent && isEchoPossible_ && isAnswered_ && !wasSettled_ && !isBeyond_;
+}
+
 /// Whether sending the last record again, with nothing owed, mends what came of it.
 bool HexProgrammer::mayRepeat() const {
+    if (mayBeBehindEcho()) return false;
     if (last_ == Found::refused) return true;
     if (last_ == Found::late) return (!isBeyond_ || lateTries_ >= kLateTries) && !isEchoPossible_;
     return last_ == Found::silent && !isBeyond_;
@@ -74,6 +79,7 @@ HexProgrammer::Found HexProgrammer::attempt(const std::string& code) {
     clock_.sent(code.size() + 1);
     session_.comm->CommOutput(code + "\r");
     const auto answer = lines_.wait_comm(clock_.untilCrossed() + clock_.patience(isSettled_));
+    wasSettled_ = isSettled_;
     if (lines_.isPromptSeen()) return isAskedFor() ? Found::prompted : Found::restarted;
     if (answer != kAck && answer != kNak) return Found::silent;
     isAnswered_ = true;
@@ -91,14 +97,15 @@ bool HexProgrammer::isAskedFor() const {
 HexProgrammer::Found HexProgrammer::judge(std::uint8_t answer) {
     if (lines_.along().answers() > 0) return Found::extra;
     if (countsUnsent_ && session_.comm->OutBufferCount() > 0) return Found::extra;
-    // An odd byte before it may be the answer, damaged; then this one is another record's.
-    if (!session_.receivedLine.empty() && session_.receivedLine.size() < kShortestText) return Found::late;
+    // A few odd bytes before it may be the answer, damaged; then this one is another record's.
+    const auto said = static_cast<int>(session_.receivedLine.size());
+    if (said > 0 && said < kShortestText) return Found::late;
     switch (clock_.arrival()) {
         case AnswerClock::Arrival::early:
             return Found::extra;
         case AnswerClock::Arrival::late:
             // A device that says something meanwhile has heard its record and is at work.
-            if (session_.receivedLine.empty()) return Found::late;
+            if (said == 0) return Found::late;
             break;
         case AnswerClock::Arrival::usual:
             break;
@@ -118,7 +125,10 @@ HexProgrammer::Found HexProgrammer::judgeSettled(std::uint8_t answer) {
     }
     if (session_.comm->OutBufferCount() > 0) countsUnsent_ = false;
     clock_.taken(true);
-    if (along.answers() > 0) lines_.settle(kOwed);
+    if (along.answers() == 0) return Found::taken;
+    // Behind the first segment the other answer may be that of a record which was heard again, in the wrong place.
+    if (isBeyond_) return Found::extra;
+    lines_.settle(kOwed);
     return Found::taken;
 }
 
@@ -126,6 +136,7 @@ HexProgrammer::Found HexProgrammer::judgeSettled(std::uint8_t answer) {
 HexProgrammer::Found HexProgrammer::settle(Found found) {
     const auto strays = lines_.settle(kOwed);
     isSettled_ = true;
+    isUneven_ = isUneven_ || found != Found::taken;
     hasStrays_ = hasStrays_ || found == Found::extra || strays.answers() > (found == Found::silent ? 1 : 0);
     if (strays.prompt && found != Found::prompted) return Found::restarted;
     if (strays.answers() == 0) return found;
@@ -177,13 +188,15 @@ bool HexProgrammer::sendImage(std::string_view content) {
     for (std::size_t at = 0;; ++at) {
         if (at + 1 >= end && hasStrays_ && !isSecond_) {
             if (!startOver()) return false;
-            at = 0;
+            at = before = 0;
         }
         if (at >= end) break;
         const auto& step = plan.steps[at];
-        if (!step.record.empty() && !sendStep(step)) {
+        const bool leavesPlace = step.isAddress || (isBeyond_ && at + 1 == end);
+        if (!step.record.empty() && !((!leavesPlace || isClear()) && sendStep(step))) {
             if (!mayGoOn()) return false;
             if (last_ == Found::extra) at = before;
+            if (last_ == Found::silent) at = 0;
             if (last_ == Found::prompted) at = pageBefore(plan, at);
             --at;
             ++repeated_;
@@ -231,7 +244,15 @@ bool HexProgrammer::startOver() {
     return last_ == Found::taken || mayGoOn();
 }
 
+/// A record that is heard a second time behind the next address record is stored in the wrong place. On a line that has
+/// gone wrong before, nothing is under way any more when the place changes.
+bool HexProgrammer::isClear() {
+    last_ = isUneven_ && !isSettled_ ? settle(Found::taken) : Found::taken;
+    return last_ == Found::taken;
+}
+
 bool HexProgrammer::place(std::string_view address) {
+    isBeyond_ = isBeyond_ || !address.empty();
     if (!ProgramHex(address.empty() ? kToFirstSegment : std::string(address), false)) return false;
     place_ = address;
     if (address.empty()) isBeyond_ = false;
@@ -246,7 +267,8 @@ bool HexProgrammer::mayGoOn() {
                  (last_ == Found::silent && (isBeyond_ || !isAnswered_));
     if (!session_.comm->PortOpen()) mustErase_ = false;  // nobody is there to have seen anything
     if (isLate && isBeyond_) ++lateTries_;
-    return !mustErase_ && (isExtra || last_ == Found::prompted) && ++doubts_ <= kMostDoubts;
+    const bool isMendable = isExtra || last_ == Found::prompted || mayBeBehindEcho();
+    return !mustErase_ && isMendable && ++doubts_ <= kMostDoubts;
 }
 
 }  // namespace corvane

@@ -29,13 +29,16 @@ namespace corvane {
 ///
 /// A line that is seen to double answers or to hold them back (a stray) may do so again unseen, just when a record is
 /// lost. Then the whole image is sent once more before its last record, which is sent with nothing owed: chance would
-/// have to strike the same record twice. A lone refusal, a lone loss and a slow device cost nothing of the kind.
+/// have to strike the same record twice. A lone refusal, a lone loss and a slow device cost nothing of the kind. Once
+/// anything has gone wrong on a line, it is also left silent before each address record, and before the end record of
+/// an image of several segments: a record that is heard again behind one of those lands in the wrong place.
 ///
 /// What nothing on the line shows: a boot loader that restarts without a word, within the first 64 KiB, and had part of
 /// a page in a buffer (the record lost in it is repeated, the rest of the page is not); a record that the device hears
-/// twice in a row while it never hears the next one; and a second copy of a record or an answer, the only stray of the
+/// twice in a row while it never hears the next one; a second copy of a record or an answer, the first stray of the
 /// run, that comes so late that its answer falls, by chance, into the 0.1 s behind another record whose own answer does
-/// not come. Each looks like an answer that took a little longer.
+/// not come; and such a copy of a record that is heard behind an address record while its answer is lost, when nothing
+/// has gone wrong before. Each looks like an answer that took a little longer, or like nothing at all.
 class HexProgrammer {
 public:
     HexProgrammer(DeviceSession& session, Progress& progress, Digest& digest)
@@ -93,6 +96,8 @@ private:
     bool sendStep(const SendStep& step);
     bool place(std::string_view address);
     bool mayRepeat() const;
+    bool mayBeBehindEcho() const;
+    bool isClear();
     bool mayGoOn();
     bool startOver();
     Found attempt(const std::string& code);
@@ -114,10 +119,12 @@ private:
     bool isBeyond_ = false;        // and led the device out of the first segment
     bool isAnswered_ = false;      // some record of it was answered
     bool isSettled_ = false;       // nothing is owed
+    bool wasSettled_ = false;      // when the last record was sent
     bool isEchoPossible_ = false;  // the last record was sent while a second erase might have been going on
     bool countsUnsent_ = true;     // unless the port reports bytes as unsent whose answer is there
     bool mustErase_ = false;
     bool hasStrays_ = false;  // this line has been seen to double answers or to hold them back
+    bool isUneven_ = false;   // a record did not go well the first time
     bool isSecond_ = false;   // the image is being sent once more
     int doubts_ = 0;
     int lateTries_ = 0;  // that ended with an answer that came late, behind the first segment

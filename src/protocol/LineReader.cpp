@@ -7,7 +7,6 @@ namespace {
 
 constexpr std::uint8_t kStx = 0x02, kAck = 0x06, kCr = 0x0D, kNak = 0x15;
 constexpr std::int32_t kSilence = 500;  // ms that count as an empty line
-constexpr int kShortestText = 4;        // bytes that a device says of itself
 
 }  // namespace
 

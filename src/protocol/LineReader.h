@@ -11,6 +11,9 @@ namespace corvane {
 /// Whether a text holds the prompt of a boot loader, "M51>", "AVR>" or "ARM>".
 bool holdsPrompt(std::string_view text);
 
+/// Bytes that a device says of itself, at least; fewer odd ones are answers that were damaged on the way.
+inline constexpr int kShortestText = 4;
+
 /// Text replies, and waiting for silence.
 class LineReader {
 public:

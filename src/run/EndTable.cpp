@@ -33,6 +33,8 @@ constexpr Steps kVersionSteps = {
     "Switch the device off and on, and scan for it: some say their new version only then.",
     "If it stays like this, ask the image's maker which version it should say, or update once more."};
 constexpr Steps kSiteSteps = {"Try again; the site may be busy.", kTellTheSite, kWithoutSite};
+constexpr Steps kRoomSteps = {"Make room on the disk, or make the folder one that this user may write to.",
+                              "Then start again."};
 constexpr Steps kSwitchSteps = {kOffAndOn, kForceIfDead, kOtherRate};
 constexpr Steps kForceSteps = {kLeaveConnected, kForce, kOtherCable, kOtherImage};
 
@@ -72,6 +74,11 @@ constexpr EndRow kEnds[] = {
      "minutes",
      {"Start again and answer within three minutes.", kWithoutSite}},
     {RunEnd::informationMissing, kNoImage, "firmware.inf could not be fetched", kSiteSteps},
+    {RunEnd::notStored, kNoImage, "%", kRoomSteps},
+    {RunEnd::oldFileStays,
+     kNoImage,
+     "%",
+     {"Move the old one away, or make it one that this user may replace.", "Then start again."}},
     {RunEnd::handedOver, kWithoutUpdate, "", {}, "The newer program has been started.", Kind::handedOver, false, false},
     {RunEnd::handOverFailed,
      kNoImage,
@@ -151,10 +158,8 @@ constexpr EndRow kEnds[] = {
      kWithoutUpdate,
      "The image does not add up and was not installed",
      {"Fetch the image again, or ask its maker for a sound one.", "corvane-cli check says what is wrong with it."}},
-    {RunEnd::notRemembered,
-     kWithoutUpdate,
-     "The journal of devices without firmware could not be written, and nothing was installed without it",
-     {"Make room on the disk, or make the folder one that this user may write to.", "Then start again."}},
+    {RunEnd::notRemembered, kWithoutUpdate,
+     "The journal of devices without firmware could not be written, and nothing was installed without it", kRoomSteps},
 
     {RunEnd::switchLocked,
      kLeftInBootLoader,

@@ -149,9 +149,10 @@ std::optional<Ending> Installation::enterBootLoader(DeviceState& device) {
 
 /// What the next start would say of the device, were this program killed now.
 void Installation::note(InterruptedRun::Firmware firmware, RunFacts& facts) {
-    if (journal_.note(firmware)) return;
-    const auto remark = "The journal " + journal_.path() +
-                        " could not be kept up: had the program or the computer failed meanwhile, the next start would "
+    const auto problem = journal_.note(firmware);
+    if (problem.empty()) return;
+    const auto remark = "The journal " + journal_.path() + " could not be kept up (" + problem +
+                        "): had the program or the computer failed meanwhile, the next start would "
                         "not have known how far it came.";
     if (std::find(facts.remarks.begin(), facts.remarks.end(), remark) == facts.remarks.end())
         facts.remarks.push_back(remark);
@@ -163,9 +164,11 @@ void Installation::closeJournal(Outcome& outcome) {
     const auto device = outcome.device;
     const bool isWell = device == DeviceState::application || device == DeviceState::mayBeInBootLoader ||
                         device == DeviceState::bootLoaderWhole;
-    if (!isWell || journal_.end()) return;
-    outcome.facts.remarks.push_back("The journal " + journal_.path() +
-                                    " could not be written: the next start still names this device, which is well.");
+    const auto problem = isWell ? journal_.end() : std::string();
+    if (problem.empty()) return;
+    outcome.facts.remarks.push_back(
+        "The journal " + journal_.path() + " could not be written (" + problem +
+        "): the next start still names this device, which is well, until you have it forgotten.");
 }
 
 /// Tries until one succeeds, three in all. An erase that has succeeded is not repeated, unless what was programmed

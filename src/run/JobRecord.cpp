@@ -82,7 +82,8 @@ std::vector<std::string> jobFields(std::string_view line) {
 std::string JobRecord::add(const Job& job) {
     if (job.verdict == verdictName(Verdict::Kind::updated)) ++updated_;
     const auto folder = std::filesystem::path(path_).parent_path().string();
-    if (!folder.empty() && !makeFolder(folder)) return "the folder cannot be made";
+    const auto why = folder.empty() ? std::string() : files_.makeFolder(folder);
+    if (!why.empty()) return "no folder can be made: " + why;
     return files_.append(path_, std::string(kHead) + "\r\n", csvLine(job) + "\r\n", named_);
 }
 

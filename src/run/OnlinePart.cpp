@@ -9,9 +9,18 @@ Ending loginEnding(const SiteFailure& failure) {
             return {RunEnd::cancelled};
         case SiteFailure::Kind::loginRefused:
             return {RunEnd::loginRefused, failure.words};
+        case SiteFailure::Kind::notStored:
+            return {RunEnd::notStored, "The login failed: " + failure.words};
         default:
             return {RunEnd::loginFailed, failure.words};
     }
+}
+
+Ending informationEnding(const SiteFailure& failure) {
+    const auto whole = "firmware.inf could not be fetched: " + failure.words;
+    if (failure.kind == SiteFailure::Kind::oldFileStays) return {RunEnd::oldFileStays, whole};
+    if (failure.kind == SiteFailure::Kind::notStored) return {RunEnd::notStored, whole};
+    return {RunEnd::informationMissing, failure.words};
 }
 
 }  // namespace
@@ -21,7 +30,7 @@ std::optional<Ending> OnlinePart::enter(std::vector<std::string>& remarks) {
     if (!site_.login()) return loginEnding(site_.failure());
     view_.phase(RunPhase::information);
     if (!site_.fetchInformation(inf_)) {
-        const Ending ending{RunEnd::informationMissing, site_.failure().words};
+        const auto ending = informationEnding(site_.failure());
         site_.disconnect();
         return ending;
     }

@@ -24,6 +24,8 @@ enum class RunEnd {
     loginFailed,         ///< it did not come to that, or broke off
     sessionClosed,       ///< by the idle watch, while a question stood open
     informationMissing,  ///< firmware.inf could not be fetched
+    notStored,           ///< what the site gave could not be stored on this computer
+    oldFileStays,        ///< nor could it take the place of what is there
     handedOver,          ///< a newer program was started
     handOverFailed,      ///< a newer program was fetched and did not start
     // The scan.

@@ -16,6 +16,7 @@ namespace {
 using Firmware = InterruptedRun::Firmware;
 using Runs = std::vector<InterruptedRun>;
 
+constexpr char kKept[] = "another program keeps it", kUnreadable[] = "it cannot be read";
 constexpr std::array<const char*, 4> kFirmware = {"old", "uncertain", "none", "whole"};
 
 /// Every value is a line of the file.
@@ -33,7 +34,7 @@ std::string entryOf(const InterruptedRun& run) {
         {"image", run.image},
         {"place", run.place},
         {"version", run.version},
-        {"firmware", kFirmware[static_cast<std::size_t>(run.firmware)]},
+        {"firmware", nameOf(run.firmware)},
         {"process", run.process.number == 0 ? "" : std::to_string(run.process.number) + " " + run.process.start}};
     std::string lines;
     for (const auto& [name, value] : values) lines.append(name).append("=").append(value).append("\n");
@@ -129,6 +130,8 @@ Runs::iterator entryFor(const InterruptedRun& run, bool isInBootLoader, Runs& ru
 
 }  // namespace
 
+const char* nameOf(Firmware firmware) { return kFirmware[static_cast<std::size_t>(firmware)]; }
+
 std::string InterruptedRun::brief() const {
     constexpr std::size_t kToTheMinute = 16;
     return time.substr(0, kToTheMinute) + ": " + port + ", " + device;
@@ -168,11 +171,11 @@ std::string RunJournal::begin(InterruptedRun run, bool isInBootLoader) {
     for (auto* value : {&run.time, &run.port, &run.device, &run.image, &run.place, &run.version})
         *value = withoutLineEnds(std::move(*value));
     run.process = processes_.own();
-    if (!makeFolder(folder_.dataPath())) return "the folder cannot be made";
+    if (const auto why = files_.makeFolder(folder_.dataPath()); !why.empty()) return "no folder can be made: " + why;
     const auto lock = files_.lock(folder_.dataPath());
-    if (!lock) return "another program keeps it";
+    if (!lock) return kKept;
     auto runs = readJournal(path());
-    if (!runs) return "it cannot be read";
+    if (!runs) return kUnreadable;
     std::vector<Runs::iterator> left;
     for (auto entry = runs->begin(); entry != runs->end(); ++entry) {
         if (!isAtWork(*entry)) left.push_back(entry);
@@ -188,53 +191,64 @@ std::string RunJournal::begin(InterruptedRun run, bool isInBootLoader) {
     return problem;
 }
 
-/// Changes this process's entry, or takes it out: nothing is what it becomes then.
+/// Reads all entries, has them changed and writes them.
 template <typename Change>
-bool RunJournal::changeOwn(Change change) {
-    if (!own_) return true;
+std::string RunJournal::change(Change change) {
     const auto lock = files_.lock(folder_.dataPath());
+    if (!lock) return kKept;
     auto runs = readJournal(path());
-    if (!lock || !runs) return false;
-    const auto found = std::find(runs->begin(), runs->end(), *own_);
-    std::optional<InterruptedRun> changed = own_;
-    change(changed);
-    if (found != runs->end()) runs->erase(found);
-    if (changed) runs->push_back(*changed);
-    if (!write(*runs).empty()) return false;
-    own_ = changed;
-    return true;
+    if (!runs) return kUnreadable;
+    change(*runs);
+    return write(*runs);
 }
 
-bool RunJournal::note(Firmware firmware) {
-    if (own_ && own_->firmware == firmware) return true;
+/// Changes this process's entry, or takes it out: nothing is what it becomes then.
+template <typename Change>
+std::string RunJournal::changeOwn(Change changeEntry) {
+    if (!own_) return {};
+    std::optional<InterruptedRun> changed = own_;
+    changeEntry(changed);
+    auto problem = change([&](Runs& runs) {
+        const auto found = std::find(runs.begin(), runs.end(), *own_);
+        if (found != runs.end()) runs.erase(found);
+        if (changed) runs.push_back(*changed);
+    });
+    if (problem.empty()) own_ = changed;
+    return problem;
+}
+
+std::string RunJournal::note(Firmware firmware) {
+    if (own_ && own_->firmware == firmware) return {};
     return changeOwn([firmware](auto& run) { run->firmware = firmware; });
 }
 
-bool RunJournal::end() {
+std::string RunJournal::end() {
     return changeOwn([](auto& run) { run.reset(); });
 }
 
-bool RunJournal::leave() {
-    const bool isWritten = changeOwn([](auto& run) { run->process = {}; });
+std::string RunJournal::leave() {
+    auto problem = changeOwn([](auto& run) { run->process = {}; });
     own_.reset();
-    return isWritten;
+    return problem;
 }
 
-bool RunJournal::forget(const InterruptedRun& run) {
-    const auto lock = files_.lock(folder_.dataPath());
-    auto runs = readJournal(path());
-    if (!lock || !runs) return false;
-    const auto found = std::find(runs->begin(), runs->end(), run);
-    if (found != runs->end()) runs->erase(found);
-    return write(*runs).empty();
+std::string RunJournal::forget(const std::vector<InterruptedRun>& runs) {
+    return change([&](Runs& all) {
+        for (const auto& run : runs) {
+            const auto found = std::find(all.begin(), all.end(), run);
+            if (found != all.end()) all.erase(found);
+        }
+    });
 }
+
+std::string RunJournal::fault() const { return readJournal(path()) ? "" : kUnreadable; }
 
 /// A journal without entries is no file.
 std::string RunJournal::write(const std::vector<InterruptedRun>& runs) const {
     if (runs.empty()) return files_.remove(path());
     std::string content;
     for (const auto& run : runs) content += entryOf(run);
-    return files_.replace(path(), content);
+    return files_.replace(path(), content, FileStore::Named::byProgram);
 }
 
 }  // namespace corvane

@@ -38,6 +38,9 @@ struct InterruptedRun {
     std::string text() const;
 };
 
+/// In one word, as the journal and scripts have it: "old".
+const char* nameOf(InterruptedRun::Firmware firmware);
+
 /// Remembers which devices are on their way to other firmware, in a file that outlives a killed program and is on the
 /// disk when each of these functions returns. An entry belongs to the process that works on the device as long as that
 /// lives, else to nobody; it goes when the device is well or when the operator says so. One device rescued is one entry
@@ -55,25 +58,30 @@ public:
     /// is there cannot be read.
     [[nodiscard]] std::string begin(InterruptedRun run, bool isInBootLoader);
 
-    /// What the device at work has now. False when it could not be written; so with the next two. Nothing is done
-    /// without a begin.
-    [[nodiscard]] bool note(InterruptedRun::Firmware firmware);
+    /// What the device at work has now. The reason in words when it could not be written; so with the next three.
+    /// Nothing is done without a begin.
+    [[nodiscard]] std::string note(InterruptedRun::Firmware firmware);
 
     /// It is well.
-    [[nodiscard]] bool end();
+    [[nodiscard]] std::string end();
 
     /// The run has ended, and the device is left as it is.
-    [[nodiscard]] bool leave();
+    [[nodiscard]] std::string leave();
 
-    /// The operator says that this one is well, or will never be.
-    [[nodiscard]] bool forget(const InterruptedRun& run);
+    /// The operator says that these are well, or will never be.
+    [[nodiscard]] std::string forget(const std::vector<InterruptedRun>& runs);
+
+    /// Why nobody knows which devices were left; empty when it can be read, or is not there.
+    std::string fault() const;
 
     /// The file, in the system's bytes.
     std::string path() const { return folder_.dataPath() + "/interrupted-runs"; }
 
 private:
     template <typename Change>
-    bool changeOwn(Change change);
+    std::string change(Change change);
+    template <typename Change>
+    std::string changeOwn(Change change);
     std::string write(const std::vector<InterruptedRun>& runs) const;
     bool isAtWork(const InterruptedRun& run) const;
 

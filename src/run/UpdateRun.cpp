@@ -233,6 +233,10 @@ std::optional<Ending> UpdateRun::fetchImage() {
         case SiteFailure::Kind::tooLong:
             return Ending{RunEnd::imageTooLarge, toUtf8(lastPart(information_.firmwareFile)) + " is larger than " +
                                                      byteCount(static_cast<std::int64_t>(p_.choices.mostImageBytes))};
+        case SiteFailure::Kind::oldFileStays:
+            return Ending{RunEnd::oldFileStays, "The image could not be had: " + failure.words};
+        case SiteFailure::Kind::notStored:
+            return Ending{RunEnd::notStored, "The image could not be had: " + failure.words};
         default:
             return Ending{RunEnd::imageNotFetched, failure.words};
     }

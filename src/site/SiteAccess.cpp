@@ -43,6 +43,8 @@ SiteFailure failureOf(const ReadFailure& read, const std::string& server) {
             return {Kind::brokenOff, "the transfer broke off: " + read.words};
         case ReadFailure::Kind::tooLong:
             return {Kind::tooLong, read.words + ", which is more than is taken"};
+        case ReadFailure::Kind::oldStays:
+            return {Kind::oldFileStays, read.words};
         case ReadFailure::Kind::storage:
             return {Kind::notStored, "it could not be stored: " + read.words};
     }

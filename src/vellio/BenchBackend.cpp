@@ -11,6 +11,7 @@
 
 #include "cable/HidBench.h"
 #include "vellio/HidBackend.h"
+#include "vellio/NodeLock.h"
 
 namespace corvane::vellio {
 namespace {
@@ -86,12 +87,13 @@ std::string packetOf(char kind, const HidReport& report) { return kind + std::st
 
 class BenchDevice : public HidDevice {
 public:
-    bool open(const std::string& path, std::string& problem) {
-        problem = "the bench does not answer";
+    bool open(const std::string& path, Refusal& refusal) {
+        if (!lock_.take(path, refusal)) return false;
+        refusal.words = "the bench does not answer";
         std::string answer;
         if (!socket_.connect("O" + path)) return false;
         if (socket_.receive(answer, kAnswerTime) != BenchSocket::Got::packet) return false;
-        problem = answer.substr(1);
+        refusal.words = answer.substr(1);
         return answer[0] == 'Y';
     }
 
@@ -138,6 +140,7 @@ private:
         return false;
     }
 
+    NodeLock lock_;
     BenchSocket socket_;
     std::deque<std::string> early_;  // reports that came before an answer
 };
@@ -160,9 +163,9 @@ public:
         return std::exchange(gone_, {});
     }
 
-    std::unique_ptr<HidDevice> open(const std::string& path, std::string& problem) override {
+    std::unique_ptr<HidDevice> open(const std::string& path, Refusal& refusal) override {
         auto device = std::make_unique<BenchDevice>();
-        if (!device->open(path, problem)) return nullptr;
+        if (!device->open(path, refusal)) return nullptr;
         return device;
     }
 

@@ -138,6 +138,10 @@ const char* vellGetDeviceSerialNumber(std::int32_t hVell, const char* device) {
     return textOf(hVell, device, [](const Device& found) { return found.info.serialNumber; });
 }
 
+const char* vellGetDevicePath(std::int32_t hVell, const char* device) {
+    return textOf(hVell, device, [](const Device& found) { return found.info.path; });
+}
+
 std::int16_t vellCheckDevicesIsChanged(std::int32_t hVell, std::int16_t raiseDeviceEvent) {
     return with(hVell, kFalse, [raiseDeviceEvent](Transport& transport) {
         transport.look();
@@ -160,6 +164,10 @@ void vellSetScanTiming(std::int32_t hVell, std::int32_t milliseconds) {
 std::int16_t vellOpen(std::int32_t hVell, const char* device) {
     return with(hVell, kFalse,
                 [device](Transport& transport) { return truth(transport.open(device ? device : std::string())); });
+}
+
+std::int16_t vellIsInUse(std::int32_t hVell) {
+    return with(hVell, kFalse, [](Transport& transport) { return truth(transport.isInUse()); });
 }
 
 void vellClose(std::int32_t hVell) {

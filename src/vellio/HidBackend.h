@@ -23,6 +23,12 @@ struct DeviceInfo {
 /// How an attempt to move one report ended. A device that is gone stays gone.
 enum class Moved { done, notNow, gone };
 
+/// Why a device could not be opened.
+struct Refusal {
+    std::string words;     ///< in plain words, with the path
+    bool isInUse = false;  ///< another program has it open
+};
+
 /// An open device; it is closed when it ends. Nothing here throws; bytes may be anything.
 class HidDevice {
 public:
@@ -52,8 +58,8 @@ public:
     /// may be back at the same path.
     virtual std::optional<std::vector<std::string>> changes() = 0;
 
-    /// Null when it cannot be opened, with the reason.
-    virtual std::unique_ptr<HidDevice> open(const std::string& path, std::string& problem) = 0;
+    /// Kept for this program alone. Null when it cannot be opened, with the reason.
+    virtual std::unique_ptr<HidDevice> open(const std::string& path, Refusal& refusal) = 0;
 
     /// Milliseconds since some moment; wraps.
     virtual std::uint32_t tick() = 0;

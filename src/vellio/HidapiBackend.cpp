@@ -8,6 +8,7 @@
 
 #include "text/Cp1252.h"
 #include "vellio/HidBackend.h"
+#include "vellio/NodeLock.h"
 
 namespace corvane::vellio {
 namespace {
@@ -55,7 +56,7 @@ private:
 /// A device node of the hidraw driver, which knows no time limit but its own.
 class HidrawDevice : public HidDevice {
 public:
-    explicit HidrawDevice(hid_device* device) : device_(device) {}
+    HidrawDevice(hid_device* device, NodeLock lock) : lock_(std::move(lock)), device_(device) {}
     ~HidrawDevice() override { hid_close(device_); }
     HidrawDevice(const HidrawDevice&) = delete;
     HidrawDevice& operator=(const HidrawDevice&) = delete;
@@ -89,6 +90,7 @@ private:
         return count > 0 ? Moved::done : Moved::notNow;
     }
 
+    NodeLock lock_;  // goes after the device is closed
     hid_device* device_;
 };
 
@@ -138,10 +140,13 @@ public:
         return gone;
     }
 
-    std::unique_ptr<HidDevice> open(const std::string& path, std::string& problem) override {
+    std::unique_ptr<HidDevice> open(const std::string& path, Refusal& refusal) override {
+        NodeLock lock;
+        if (!lock.take(path, refusal)) return nullptr;
         const Utf8Scope scope;
-        if (hid_device* const device = hid_open_path(path.c_str())) return std::make_unique<HidrawDevice>(device);
-        problem = path + ": " + utf8Of(hid_error(nullptr));
+        hid_device* const device = hid_open_path(path.c_str());
+        if (device) return std::make_unique<HidrawDevice>(device, std::move(lock));
+        refusal = {path + ": " + utf8Of(hid_error(nullptr)), false};
         return nullptr;
     }
 

@@ -27,6 +27,7 @@ bool Transport::open(const std::string& device) {
         look();
         found = devices_.find(device);
     }
+    refusal_ = {};
     if (!found) {
         eventText_ = "there is no device of that name";
         return false;
@@ -34,10 +35,9 @@ bool Transport::open(const std::string& device) {
     const Device* current = connection_.identity();
     if (current && current->info.path == found->info.path) return true;
     connection_.close();
-    std::string problem;
-    auto opened = backend_->open(found->info.path, problem);
+    auto opened = backend_->open(found->info.path, refusal_);
     if (!opened) {
-        eventText_ = problem;
+        eventText_ = refusal_.words;
         return false;
     }
     connection_.open(std::move(opened), *found, devices_.textOf(*found));

@@ -24,6 +24,9 @@ public:
     void want(std::int32_t vendor, std::int32_t product);
 
     bool open(const std::string& device);
+
+    /// Whether the last opening failed because another program has the device.
+    bool isInUse() const { return refusal_.isInUse; }
     void close() { connection_.close(); }
 
     /// Moves reports and looks for devices when it is time to; True when something new has come in.
@@ -70,6 +73,7 @@ private:
     VellCallBack proc_ = nullptr;
     std::intptr_t user_ = 0;
     std::uint32_t lastLook_ = 0;
+    Refusal refusal_;
     bool changed_ = false;
     bool delivering_ = false;
     std::string eventText_;

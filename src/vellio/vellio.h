@@ -77,6 +77,7 @@ VELL_API int16_t vellGetDeviceUSBID(int32_t hVell, const char* device, int32_t* 
 VELL_API const char* vellGetDeviceManufacturer(int32_t hVell, const char* device);
 VELL_API const char* vellGetDeviceProduct(int32_t hVell, const char* device);
 VELL_API const char* vellGetDeviceSerialNumber(int32_t hVell, const char* device);
+VELL_API const char* vellGetDevicePath(int32_t hVell, const char* device);
 
 /* Looks afresh. True when a device has come or gone since the last call; with the flag, queued device events are
  * delivered before it returns, otherwise they wait for vellDispatch. */
@@ -87,8 +88,10 @@ VELL_API void vellSetScanTiming(int32_t hVell, int32_t milliseconds); /* 0 to 60
 
 /* -- opening ------------------------------------------------------------------------------------------------------- */
 
-/* One device a handle: another one that is open is closed first; the same one stays as it is. */
+/* One device a handle: another one that is open is closed first; the same one stays as it is. While it is open no other
+ * handle and no other program opens it through this library: its node is locked (flock). */
 VELL_API int16_t vellOpen(int32_t hVell, const char* device);
+VELL_API int16_t vellIsInUse(int32_t hVell);      /* the last vellOpen failed because somebody else has the device */
 VELL_API void vellClose(int32_t hVell);           /* what waits in the buffers is lost */
 VELL_API int16_t vellIsOpen(int32_t hVell);       /* False as well once the open device is found unplugged */
 VELL_API int16_t vellIsHIDIOReady(int32_t hVell); /* a device is open and takes reports */

@@ -134,6 +134,8 @@ void MainControls::makeCard() {
     card->body()->addWidget(pbProgram);
     card->body()->addWidget(labPhase);
     card->body()->addWidget(labStatus);
+    cmdForget = new ForgetButton;
+    card->body()->addWidget(cmdForget);
 }
 
 void MainControls::makeChoices() {
@@ -270,6 +272,7 @@ void MainControls::emphasize(bool force) {
 void MainControls::setTabOrder() {
     QWidget* const order[] = {card->findChild<QLabel*>("labNotice"),
                               card->text(),
+                              cmdForget,
                               source.optLine[0],
                               source.optLine[1],
                               source.cmdOption,

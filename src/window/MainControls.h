@@ -3,6 +3,7 @@
 #include <QMainWindow>
 
 #include "window/SourceControls.h"
+#include "window/dialogs/ForgetButton.h"
 #include "window/widgets/CardView.h"
 #include "window/widgets/LinkPicture.h"
 #include "window/widgets/LogPane.h"
@@ -31,6 +32,7 @@ struct MainControls {
     QProgressBar* pbProgram = nullptr;
     QLabel* labPhase = nullptr;
     QLabel* labStatus = nullptr;
+    ForgetButton* cmdForget = nullptr;
 
     SourceControls source;
     QWidget* choices = nullptr;  ///< source with its heading

@@ -152,6 +152,7 @@ void frmCorvane::connectDetails() {
     });
     connect(ui_.cmdCopyLog, &QPushButton::clicked, this, [this] { ui_.txtInfo->copyAll(); });
     connect(ui_.cmdSaveLog, &QPushButton::clicked, this, [this] { saveLog(); });
+    ui_.cmdForget->onForget = [this](const InterruptedRun& run) { presenter_.forget(run); };
     connect(ui_.mnuSaveLog, &QAction::triggered, this, [this] { saveLog(); });
     connect(ui_.mnuJobs, &QAction::triggered, this, [this] { frmJobs(updater_.jobs(), this).exec(); });
     ui_.mnuRehearse->setEnabled(static_cast<bool>(options_.rehearse));
@@ -340,6 +341,7 @@ void frmCorvane::showSituation() {
     const auto device = QString::fromStdString(situation.device());
     ui_.card->show(card);
     ui_.picLink->show(card.cable);
+    ui_.cmdForget->offer(situation.left());
     showIn(ui_.labStatus, QString::fromStdString(situation.hints()));
     showIn(ui_.labDevice, device);
     QStringList facts;

@@ -29,11 +29,16 @@ TEST(Advice, NamesTheCure) {
                   node +
                   "\" and start again; for good, join the group: \"sudo adduser olive dialout\", "
                   "then log in anew.");
-    advisor.readerFailure = [] { return "/dev/hidraw0: Permission denied"; };
+    PortAdvisor::ReaderFailure failure{"/dev/hidraw0: Permission denied", "/dev/hidraw0", false};
+    advisor.readerFailure = [&](const std::string&) { return failure; };
     EXPECT_EQ(
         advisor.refusal("HID1"),
         "HID1 does not open: /dev/hidraw0: Permission denied. Plug the reader in again; when this user may not use "
         "it, install the udev rules of this program.");
+    failure.isInUse = true;
+    inspector.holders["/dev/hidraw0"] = {4711, "corvane"};
+    EXPECT_EQ(advisor.refusal("HID1"),
+              "HID1 (/dev/hidraw0) is in use by corvane (process 4711). Close that and start again.");
     inspector.probed.insert("/dev/ttyS1");
     EXPECT_EQ(advisor.beforeScan({"", "COM1", "HID1"}).size(), 1U);
 }

@@ -40,6 +40,15 @@ TEST_F(ConsoleTest, KeepsACopyOfTheLog) {
     EXPECT_TRUE(says("The log file /dev/full is not complete"));
 }
 
+TEST_F(ConsoleTest, ADevicesVersionStaysInItsLineAndCommandsNoTerminal) {
+    plug({.version = "V1\r\nUpdate Finish\r\n\x1b[2J\r\x81"});
+    const auto log = folder.folder.at("log.txt");
+    EXPECT_EQ(update({"--log", log}), 1);
+    const std::string line = "\nDevice F/W: V1  Update Finish   [2J  \n";
+    EXPECT_TRUE(prints(line)) << out.text;
+    EXPECT_NE(fakes::ScratchFolder::content(log).find(line), std::string::npos);
+}
+
 TEST_F(ConsoleTest, WritesOneJsonObjectALine) {
     plug({.version = "TARN-R200 \"\\\t\xE9\x1b"});
     EXPECT_EQ(update({"--yes", "--json"}), 0);
@@ -208,8 +217,8 @@ TEST_F(ConsoleTest, ScansAndListsPorts) {
          "{\"port\":\"COM2\",\"settings\":\"19200,N,8,1\",\"version\":\"TARN-R200\\nV5.1R23\",\"bootLoader\":false}\n"},
         {{"ports"}, "COM2\tttyS2\t\nCOM17\tttyS17\tnot scanned\n"},
         {{"ports", "--json"},
-         "{\"ports\":[{\"name\":\"COM2\",\"device\":\"ttyS2\",\"description\":\"\",\"scanned\":true},"
-         "{\"name\":\"COM17\",\"device\":\"ttyS17\",\"description\":\"\",\"scanned\":false}]}\n"},
+         "{\"ports\":[{\"name\":\"COM2\",\"device\":\"ttyS2\",\"description\":\"\",\"scanned\":true,\"problem\":\"\"},"
+         "{\"name\":\"COM17\",\"device\":\"ttyS17\",\"description\":\"\",\"scanned\":false,\"problem\":\"\"}]}\n"},
     };
     for (const auto& [words, printed] : cases) {
         EXPECT_EQ(run(words), 0);
@@ -224,6 +233,32 @@ TEST_F(ConsoleTest, ScansAndListsPorts) {
     EXPECT_EQ(err.text,
               "corvane-cli: line 3: no port\ncorvane-cli: There is no port.\ncorvane-cli: There are no HID readers: " +
                   platform().hidLibrary + ": cannot open shared object file\n");
+}
+
+TEST_F(ConsoleTest, ListsLeftDevicesAndForgetsThem) {
+    using Firmware = InterruptedRun::Firmware;
+    EXPECT_EQ(run({"lost"}), 0);
+    EXPECT_EQ(out.text + err.text, "corvane-cli: No device was left in its boot loader.\n");
+    for (const InterruptedRun& left : {InterruptedRun{"t1", "COM1", "a\tb", "/x.hex", "R 7"},
+                                       InterruptedRun{"t2", "COM2", "c", "/y.hex", "", Firmware::old}}) {
+        RunJournal earlier(folder, files, processes);
+        EXPECT_EQ(earlier.begin(left, false) + earlier.leave(), "");
+    }
+    EXPECT_EQ(run({"lost"}), 0);
+    EXPECT_EQ(out.text, "COM1\tt1\ta b\tnone\t/x.hex\tR 7\nCOM2\tt2\tc\told\t/y.hex\t\n");
+    EXPECT_TRUE(says("A device was left in its boot loader at t1: COM1, a\tb (R 7)."));
+    EXPECT_EQ(run({"forget", "COM3"}), 1);
+    EXPECT_EQ(err.text, "corvane-cli: No device was left at COM3.\n");
+    files.failure = "no room";
+    EXPECT_EQ(run({"forget", "COM2"}), 4);
+    EXPECT_TRUE(says("interrupted-runs could not be written: no room."));
+    files.failure.clear();
+    EXPECT_EQ(run({"forget", "com2", "--json"}), 0);
+    EXPECT_EQ(out.text,
+              "{\"lost\":[{\"port\":\"COM2\",\"time\":\"t2\",\"device\":\"c\",\"firmware\":\"old\","
+              "\"image\":\"/y.hex\",\"place\":\"\"}]}\n");
+    EXPECT_EQ(run({"forget", "all"}) + run({"lost", "--json"}), 0);
+    EXPECT_EQ(out.text, "{\"lost\":[]}\n");
 }
 
 TEST_F(ConsoleTest, ChecksImagesAndSites) {
@@ -255,6 +290,10 @@ TEST_F(ConsoleTest, ChecksImagesAndSites) {
               "\"findings\":[]}\n");
     EXPECT_EQ(run({"check-site", "ftp://u@host:21/else"}), 4);
     EXPECT_TRUE(says("The site could not be read: the transfer broke off: the server did not answer with data."));
+    EXPECT_FALSE(std::filesystem::exists(folder.data.at("private"))) << "what was fetched is gone";
+    folder.hasNoRoom = true;
+    EXPECT_EQ(run({"check-site", "ftp://u@host:21/sub/a%20b"}), 4);
+    EXPECT_TRUE(says("No folder for what is fetched can be made in " + folder.dataPath() + "."));
     for (const char* typed : {"ftp://u:p@host", "ftp://u:21/w@host", "ftp://u:p@x/y@host"}) {
         EXPECT_EQ(run({"check-site", typed}), 2) << typed;
     }

@@ -10,7 +10,8 @@ using Words = std::vector<std::string>;
 
 struct Operation;
 
-/// What goes wrong, and what the operator reads then, line by line; "$" is the program's folder.
+/// What goes wrong, and what the operator reads then, line by line ("..." stands for lines between); "$" is the
+/// program's folder.
 struct Way {
     Words words;
     int status;
@@ -80,7 +81,11 @@ TEST_P(WaysToFail, IsToldWithItsCause) {
     EXPECT_EQ(run(words), way.status);
     const auto sum = replaceAll(way.sentences, "$SUM", digest.sha256(fakes::kImage));
     const auto wanted = replaceAll(replaceAll(sum, "$DATA", folder.dataPath()), "$", folder.path());
-    EXPECT_TRUE(says(replaceAll("\n" + wanted, "\n", "\ncorvane-cli: ").substr(1))) << wanted << "\nbut: " << err.text;
+    for (std::size_t from = 0, to = 0; to != std::string::npos; from = to + 5) {
+        to = wanted.find("\n...\n", from);
+        const auto part = "\n" + wanted.substr(from, to == std::string::npos ? to : to - from);
+        EXPECT_TRUE(says(replaceAll(part, "\n", "\ncorvane-cli: ").substr(1))) << part << "\nbut: " << err.text;
+    }
     EXPECT_TRUE(out.text.ends_with(way.last)) << out.text;
     const bool isToldWhatToDo =
         says("It is safe to unplug the device.\n") || says("Better leave the device plugged in");
@@ -99,6 +104,7 @@ const Words kOnLine = {"update", "--server", "host", "--user", "upd"},
 const std::string kBrokeOff = "broke off: the server did not answer with data.",
                   kLost = "COM1 was lost: it was unplugged, or its cable came loose.",
                   kWaits = "The device waits in its boot loader. ",
+                  kMove = "\n...\n1. Move the old one away, or make it one that this user may replace.",
                   kNone = kWaits + "It has no working firmware yet.\n";
 constexpr char kEmpty[] = "[INFO]\nPGM=TARN\n:00000001FF\n", kNewerOne[] = "[Corvane]\nVersion=Z\n",
                kOther[] = "[PGM X]\nPRODUCT=TARN\nVERSION=V1\nDESC=\nFILE=x\n";
@@ -110,6 +116,16 @@ const Way kWays[] = {
      [](It& it) { it.reader.answers["ftp://upd:@host"].ends = false, it.interruptAfter(500); }},
     {kOnLineYes, 4, "firmware.inf could not be fetched: the transfer " + kBrokeOff,
      [](It& it) { it.serve("/firmware/firmware.inf", ""); }, "Downloading File... < NG\n"},
+    {kOnLineYes, 4,
+     "firmware.inf could not be fetched: it could not be stored: /x: No space left on device.\n...\n"
+     "1. Make room on the disk, or make the folder one that this user may write to.",
+     [](It& it) {
+         it.reader.answers["ftp://upd:@host/firmware/firmware.inf"] = {
+             .content = "", .failure = {ReadFailure::Kind::storage, "/x: No space left on device"}};
+     }},
+    {kOnLineYes, 4,
+     "firmware.inf could not be fetched: the old $/firmware.inf cannot be replaced: Is a directory." + kMove,
+     [](It& it) { it.remove("firmware.inf"), it.folder.folder.file("firmware.inf/x", ""); }},
     {kOnLine, 4,
      "The session with the site was closed while a question stood open, since nothing was asked of the site for "
      "three minutes.",
@@ -134,6 +150,8 @@ const Way kWays[] = {
      "Firmware not found!!!\n"},
 
     {kOnLineYes, 4, "The image could not be had: the transfer " + kBrokeOff, [](It& it) { it.serve("/f/a.hex", ""); }},
+    {kOnLineYes, 4, "The image could not be had: the old $/Download/a.hex cannot be replaced: it is a folder." + kMove,
+     [](It& it) { it.remove("Download/a.hex"), it.folder.folder.file("Download/a.hex/x", ""); }},
     {kFolder, 4, "The image could not be had: the site's name for it, \"x\\a.hex\", may be no file's here.",
      [](It& it) { it.offer("x\\a.hex\n"); }, "\n\nFirmware download fail!!\n"},
     {kFolder, 4, "The image is not the one that firmware.inf means: its SHA-256 is $SUM, but firmware.inf says 00.",
@@ -187,9 +205,10 @@ const Way kWays[] = {
     {kLocalYes, 4, "Something unexpected happened: no memory.", [](It& it) { it.throwAt("[Local Site]\n"); }},
     {kLocalYes, 5, "Something unexpected happened: no memory.", [](It& it) { it.throwAt("Programming..."); }},
     {kLocalYes, 0,
-     "The journal $DATA/interrupted-runs could not be written (the folder cannot be made): had the program or the "
+     "The journal $DATA/interrupted-runs could not be written (no folder can be made: $DATA: File exists): had the "
+     "program or the "
      "computer failed meanwhile, the next start would not have known of this device.\nThe record "
-     "$DATA/jobs.csv could not be written: the folder cannot be made.",
+     "$DATA/jobs.csv could not be written: no folder can be made: $DATA: File exists.",
      [](It& it) { it.folder.data.file("Corvane", "a file and no folder"); }},
 };
 

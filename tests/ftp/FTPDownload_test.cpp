@@ -87,7 +87,7 @@ TEST_F(FTPDownloadTest, FailuresLeaveItIdle) {
     EXPECT_FALSE(ftp_.GetFile("/image", target_));
     EXPECT_EQ(events_.back(), "complete 0 of 10");
     EXPECT_EQ(local_.names(), Texts{"image"});
-    EXPECT_EQ(ftp_.failure().kind, ReadFailure::Kind::storage);
+    EXPECT_EQ(ftp_.failure().words, "the old " + target_ + " cannot be replaced: Is a directory");
     EXPECT_FALSE(ftp_.GetFile("/folder/", target_));  // whose listing is no file
     EXPECT_EQ(ftp_.failure().kind, ReadFailure::Kind::noFile);
 }

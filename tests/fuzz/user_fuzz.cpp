@@ -90,11 +90,12 @@ void journal(std::string_view bytes) {
     for (const auto& run : runs) run.text();
     Input input(bytes);
     const auto next = [&input] { return std::string(input.upTo('|')); };
-    require(journal.begin({next(), "COM" + next(), next(), next()}, input.isEmpty()).empty() && journal.leave(),
-            "a run can be remembered");
+    const InterruptedRun run{next(), "COM" + next(), next(), next()};
+    require(journal.begin(run, input.isEmpty()).empty() && journal.leave().empty(), "a run can be remembered");
     const auto left = journal.left();
     require(left.size() <= runs.size() + 1 && !left.empty(), "and is one more at most");
-    require(journal.forget(left.back()) && journal.left().size() + 1 == left.size(), "one that is well is forgotten");
+    require(journal.forget({left.back()}).empty() && journal.left().size() + 1 == left.size(),
+            "one that is well is forgotten");
 
     folder.data.file("Corvane/jobs.csv", std::string(bytes));
     JobRecord record(folder, files);

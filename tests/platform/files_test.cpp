@@ -1,5 +1,7 @@
 // What the program keeps in files: its own and the operator's, the settings, and the folders where they lie.
 
+#include "platform/files/Files.h"
+
 #include <algorithm>
 #include <csignal>
 #include <fcntl.h>
@@ -76,9 +78,35 @@ TEST_F(LinuxFileStoreTest, OpensOrdinaryFilesOnlyAndFollowsTheOperatorsLinks) {
     EXPECT_EQ(store.append(link, "head", "er", Named::byOperator), "");
     EXPECT_EQ(content(file), "older");
     EXPECT_EQ(create(link), "");
-    EXPECT_EQ(store.replace(link, "own"), "");
-    EXPECT_EQ(content(file) + content(link), "newown");
+    EXPECT_EQ(store.replace(link, "newer", Named::byOperator), "");
+    EXPECT_EQ(content(file), "newer");
+    EXPECT_EQ(store.replace(link, "own", Named::byProgram), "");
+    EXPECT_EQ(content(file) + content(link), "newerown");
     EXPECT_FALSE(fs::is_symlink(link));
+    fs::create_symlink(folder.at("none"), folder.at("lost"));
+    EXPECT_EQ(store.replace(folder.at("lost"), "x", Named::byOperator),
+              "it is a link to nothing: No such file or directory");
+}
+
+TEST_F(LinuxFileStoreTest, AReplacedFileStaysAsOpenAsItWas) {
+    fs::permissions(folder.file("site", ""), fs::perms(0664));
+    fs::create_symlink("site", folder.at("link"));
+    const auto before = umask(027);
+    for (const char* name : {"new", "link"}) EXPECT_EQ(store.replace(folder.at(name), "x", Named::byOperator), "");
+    EXPECT_EQ(store.replace(folder.at("own"), "x", Named::byProgram), "");
+    umask(before);
+    EXPECT_EQ(permissions(folder.at("site")), fs::perms(0664));
+    EXPECT_EQ(permissions(folder.at("new")), fs::perms(0640));
+    EXPECT_EQ(permissions(folder.at("own")), fs::perms(0600));
+}
+
+TEST(Files, EachFolderInWhichOneWasMadeIsHandedOver) {
+    fakes::ScratchFolder folder;
+    Names folders;
+    for (const char* path : {"a/b/c", "a/d"})
+        EXPECT_EQ(makeFolder(folder.at(path), [&](const std::string& in) { folders.push_back(in); }), "");
+    EXPECT_EQ(folders, (Names{folder.path(), folder.at("a"), folder.at("a/b"), folder.at("a")}));
+    EXPECT_EQ(makeFolder(folder.file("file", "") + "/x/y"), folder.at("file") + ": File exists");
 }
 
 TEST_F(LinuxFileStoreTest, WritesAllOrNothingAndClearsAwayWhatTheKilledLeft) {
@@ -88,11 +116,11 @@ TEST_F(LinuxFileStoreTest, WritesAllOrNothingAndClearsAwayWhatTheKilledLeft) {
     fs::permissions(file, fs::perms(0640));
     {
         const FullDisk full(5);
-        EXPECT_EQ(store.replace(file, "too long"), "File too large");
+        EXPECT_EQ(store.replace(file, "too long", Named::byProgram), "File too large");
         EXPECT_EQ(store.append(file, "", "too long", Named::byProgram), "File too large");
     }
     EXPECT_EQ(content(file), "old");
-    EXPECT_EQ(store.replace(file, "long enough"), "");
+    EXPECT_EQ(store.replace(file, "long enough", Named::byProgram), "");
     EXPECT_EQ(content(file), "long enough");
     EXPECT_EQ(permissions(file), fs::perms(0640));
     EXPECT_EQ(folder.names(), (Names{living, "file"}));

@@ -119,6 +119,25 @@ TEST(PortInspector, KnowsWhichAdaptersTheModemServiceProbes) {
     EXPECT_FALSE(inspector.isProbedForModems(adapter));
 }
 
+TEST(PortInspector, KnowsWhoHasLockedANode) {
+    fakes::ScratchFolder tree;
+    const auto node = tree.file("dev/hidraw0", ""), other = tree.file("dev/hidraw1", "");
+    struct stat status {};
+    ASSERT_EQ(stat(node.c_str(), &status), 0);
+    char where[64];
+    std::snprintf(where, sizeof where, " %02x:%02x:%lu 0 EOF\n", major(status.st_dev), minor(status.st_dev),
+                  status.st_ino);
+    tree.file("proc/4711/comm", "corvane\n");
+    tree.file("proc/locks", std::string("1: POSIX  ADVISORY  WRITE 811") + where + "2: FLOCK  ADVISORY  WRITE " +
+                                std::to_string(getpid()) + where + "3: FLOCK  ADVISORY  WRITE 4711" + where +
+                                "3: -> FLOCK  ADVISORY  WRITE 812" + where);
+    ProcPortInspector inspector({tree.at("proc"), tree.at("udev")});
+    for (const auto& holder : {inspector.lockerOf(node), inspector.holderOf(node)}) {
+        EXPECT_EQ(holder.value_or(PortHolder()).text(), "corvane (process 4711)");
+    }
+    EXPECT_FALSE(inspector.lockerOf(other));
+}
+
 TEST(PortInspector, KnowsAnAdapterByWhatUsbSaysOfIt) {
     using namespace std::string_view_literals;
     fakes::ScratchFolder tree;

@@ -93,6 +93,17 @@ TEST_P(Scan, AsksASilentPortEverythingAndTakesItsTime) {
     EXPECT_EQ(face.panel, (std::vector<std::string>{here("show ,COM1,"), "off 0", "off 1", "hide"}));
 }
 
+TEST_P(Scan, SaysWhereSomethingAnswersThatCannotBeRead) {
+    plug(1, {.kind = models::Kind::tarnPlus, .faults = {"crcx*"}});
+    EXPECT_EQ(scan(), "");
+    EXPECT_EQ(scanner.unreadable(),
+              here("something answers on COM1 at 19200, but not in a way that can be read: noise, or another kind of "
+                   "device"));
+    plug(1, {.kind = models::Kind::silent});
+    EXPECT_EQ(scan(), "");
+    EXPECT_EQ(scanner.unreadable(), "");
+}
+
 TEST_P(Scan, FindsTheOlderProtocolAt9600WithItsOddLine) {
     // firstAnswer, secondAnswer: ms after the question, which takes 3 to 6 ms itself
     const std::tuple<int, int, const char*, const char*, bool> cases[] = {

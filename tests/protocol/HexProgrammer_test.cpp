@@ -90,11 +90,11 @@ TEST_P(Programmer, CountsTheBytesOfRecordsInAFile) {
 }
 
 TEST_P(Programmer, WaitsHalfASecondForEachAnswer) {
-    // 0.6 s, but never 0.5 s of silence
-    connect(bootLoader({"dots@:0400100005060708D2=2", "mute@:00000001FFx*"}));
+    // 1.2 s, but never 0.5 s of silence
+    connect(bootLoader({"dots@:0400100005060708D2=4", "mute@:00000001FFx*"}));
     EXPECT_FALSE(program({kAt16, kEnd}));
     EXPECT_EQ(device->log().records, (Records{kAt16, kEnd, kEnd, kEnd}));
-    expectMs(600 + 8000, 600 + 8000 + 250);  // and 1.5 s after each silence, for what may be owed
+    expectMs(1200 + 8000, 1200 + 8000 + 250);  // and 1.5 s after each silence, for what may be owed
     connect(bootLoader({"nak@:0400100005060708D2x1"}));
     EXPECT_TRUE(programmer.ProgramHex(kAt16, true));
     EXPECT_EQ(face.log, kAt16 + " < NG\r\n" + kAt16 + " < OK\r\n");

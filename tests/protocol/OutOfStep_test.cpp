@@ -182,6 +182,25 @@ TEST_P(OutOfStep, ASlowDeviceIsProgrammed) {
     EXPECT_EQ(programmer.repeatedRecords(), 0);
 }
 
+TEST_P(OutOfStep, WhatMayBeHeardASecondTimeDoesNotLandElsewhere) {
+    connectErased({"nak@:0400100005060708D2"});
+    begin = bench.runtime.ms();
+    EXPECT_TRUE(program("absce"));
+    EXPECT_EQ(sent(), "aabsce");
+    expectMs(4500, 4750);  // silence after the refusal, before the place changes and before the end
+
+    connectErased({"nak@:020000040001F9", "repeat@4"});
+    EXPECT_FALSE(program("asbce"));
+    EXPECT_EQ(sent(), isHid() ? "assb" : "ass");  // a HID reader hands the copy over later
+    EXPECT_TRUE(programmer.mustEraseAgain());
+
+    connectErased();
+    programmer.erased(300);  // a second erase would take "a" with it, and its answer would stand for that of "a"
+    lose(2, "ab");
+    EXPECT_TRUE(program("0abe"));
+    EXPECT_EQ(sent(), "abab0e");
+}
+
 CORVANE_OVER_EACH_PORT(OutOfStep);
 
 }  // namespace corvane::tests

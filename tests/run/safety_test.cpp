@@ -20,7 +20,7 @@ struct Safety : RunTest {
     void leave(const InterruptedRun& run) {
         RunJournal earlier(folder, files, processes);
         EXPECT_EQ(earlier.begin(run, false), "");
-        EXPECT_TRUE(earlier.leave());
+        EXPECT_EQ(earlier.leave(), "");
     }
 
     RunJournal& journal = updater.journal();
@@ -129,10 +129,32 @@ TEST_F(Safety, KnowsALeftDeviceAgain) {
     EXPECT_EQ(journalled(), "");  // somebody works on it
     processes.others = {{7, "later"}};
     EXPECT_EQ(journalled(), "COM1:ab:none;");
-    EXPECT_TRUE(journal.forget(journal.left().front()));
+    EXPECT_EQ(journal.forget({journal.left().front()}), "");
     EXPECT_EQ(journalled(), "");
     folder.data.file("Corvane/interrupted-runs", "t1\nCOM1\na\n/x\ncut\noff\n");  // as older versions wrote it
     EXPECT_EQ(journalled(), "COM1:a:none;");
+}
+
+TEST_F(Safety, SaysWhyTheJournalCouldNotBeKeptUpOrCleared) {
+    const auto remarks = [this](const std::string& from) {
+        plugOnly({});
+        loadImage();
+        when(from, [this] { files.failure = "No space left on device"; });
+        const auto outcome = start();
+        EXPECT_EQ(outcome.end, RunEnd::updated);
+        files.failure.clear();
+        return joined(outcome.facts.remarks, "\n");
+    };
+    const auto entry = "The journal " + journal.path() + " could not be ";
+    const auto cleared = entry +
+                         "written (No space left on device): the next start still names this device, which is "
+                         "well, until you have it forgotten.";
+    EXPECT_EQ(remarks("Update Finish\r\n"), cleared);
+    EXPECT_EQ(remarks("Erase Firmware..."),
+              entry +
+                  "kept up (No space left on device): had the program or the computer failed "
+                  "meanwhile, the next start would not have known how far it came.\n" +
+                  cleared);
 }
 
 TEST_F(Safety, AsksBeforeADeviceWouldBeForgotten) {

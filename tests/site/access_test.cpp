@@ -46,6 +46,8 @@ TEST_F(Access, LoginFailsWithItsOwnCauseAndLeavesNoConnection) {
     expect(Kind::tooLong, "the server's listing is too long: it is longer than 1048576 bytes");
     EXPECT_FALSE(site.FTP_Download("/f/a.hex", folder.folder.at("a")));
     expect(Kind::noSession, "there is no session with the site");
+    reader.answers["ftp://u:p@host"].content.pop_back();
+    EXPECT_TRUE(site.login()) << "1 MiB is taken";
     choices.server = "h/st";
     EXPECT_FALSE(site.login());
     expect(Kind::noServer, "\"h/st\" can be no server's name");
@@ -76,9 +78,9 @@ TEST_F(Access, DownloadFailsWithItsOwnCause) {
     reader.answers["ftp://u:p@host/f/b.hex"] = {.content = "", .failure = {ReadFailure::Kind::refused, "550"}};
     download("/f/b.hex", target);
     expect(Kind::notGiven, "the server does not give it: 550");
-    folder.folder.file("full/x", "");
-    download("/f/a.hex", folder.folder.at("full"));
-    EXPECT_EQ(site.failure().kind, Kind::notStored);
+    reader.answers["ftp://u:p@host/f/b.hex"] = {.content = "", .failure = {ReadFailure::Kind::storage, "no room"}};
+    download("/f/b.hex", target);
+    expect(Kind::notStored, "it could not be stored: no room");
     reader.answers["ftp://u:p@host/f/a.hex"].ends = false;
     runtime.at(runtime.ms() + 500, [this] { site.cancel(); });
     download("/f/a.hex", target);

@@ -134,6 +134,8 @@ struct Information : ::testing::Test, protected fakes::AppBench {
 
 TEST(Selection, ForgetsAChoiceThatASearchLeavesOut) {
     const auto record = [](const char* section) { return FirmwareRecord{section, "TARN", "V1", "", ""}; };
+    EXPECT_EQ(FirmwareDialog("HID1", "V1\r\n[FTP Site]", {}, false, false, {}).header(),
+              "[Local Site]\r\nComm Port : HID1\r\nDevice F/W: V1  [FTP Site]\r\n");
     FirmwareDialog dialog("COM3", "TARN V1", encodeRecords({record("A1"), record("A2"), record("B\xC4")}), false, false,
                           "A2");
     const std::pair<const char*, const char*> searches[] = {

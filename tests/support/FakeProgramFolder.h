@@ -11,10 +11,12 @@ public:
     ScratchFolder folder;
 
     ScratchFolder data;
+    bool hasNoRoom = false;
 
     std::string path() const override { return folder.path(); }
     std::string dataPath() const override { return data.at("Corvane"); }
     std::string privateFolder() const override {
+        if (hasNoRoom) return {};
         std::filesystem::create_directory(data.at("private"));
         return data.at("private");
     }

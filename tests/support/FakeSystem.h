@@ -15,6 +15,7 @@
 #include "platform/SettingsStore.h"
 #include "platform/SleepInhibitor.h"
 #include "platform/files/FileStore.h"
+#include "platform/files/Files.h"
 
 namespace corvane::fakes {
 
@@ -68,7 +69,7 @@ public:
 /// Nodes as a test says.
 class FakePortInspector : public PortInspector {
 public:
-    std::map<std::string, PortHolder> holders;
+    std::map<std::string, PortHolder> holders, lockers;
     std::set<std::string> probed, forbidden, missing;
     std::map<std::string, PortAdapter> adapters;
 
@@ -77,6 +78,10 @@ public:
     bool mayUse(const std::string& node) override { return forbidden.count(node) == 0; }
     std::string userName() override { return "olive"; }
     std::string groupOf(const std::string&) override { return "dialout"; }
+    std::optional<PortHolder> lockerOf(const std::string& node) override {
+        const auto found = lockers.find(node);
+        return found == lockers.end() ? std::nullopt : std::optional(found->second);
+    }
     std::optional<PortHolder> holderOf(const std::string& node) override {
         const auto found = holders.find(node);
         return found == holders.end() ? std::nullopt : std::optional(found->second);
@@ -90,12 +95,14 @@ public:
     std::string failure;
 
     std::unique_ptr<Lock> lock(const std::string&) override { return std::make_unique<Lock>(); }
-    std::string replace(const std::string& path, std::string_view content) override {
+    std::string makeFolder(const std::string& path) override { return corvane::makeFolder(path); }
+    std::string replace(const std::string& path, std::string_view content, Named) override {
         return failure.empty() && !(std::ofstream(path, std::ios::binary) << content).flush() ? "no such folder"
                                                                                               : failure;
     }
     std::string remove(const std::string& path) override {
         std::error_code none;
+        if (!failure.empty()) return failure;
         std::filesystem::remove(path, none);
         return none ? "no permission" : "";
     }

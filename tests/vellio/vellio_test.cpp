@@ -5,7 +5,9 @@
 #include <string>
 #include <vector>
 
+#include "support/ScratchFolder.h"
 #include "support/hid/FakeHidBus.h"
+#include "vellio/NodeLock.h"
 
 namespace corvane::tests {
 
@@ -47,6 +49,22 @@ struct ScriptedPeer : fakes::ReportPeer {
     std::deque<HidReport> toSay;
     std::vector<HidReport> heard;
 };
+
+TEST(NodeLock, KeepsANodeUntilItEnds) {
+    fakes::ScratchFolder folder;
+    const auto node = folder.file("hidraw0", "");
+    vellio::Refusal refusal;
+    {
+        vellio::NodeLock first, second;
+        EXPECT_TRUE(first.take(node, refusal));
+        EXPECT_FALSE(second.take(node, refusal));
+        EXPECT_EQ(refusal.words, node + ": in use by another program");
+        EXPECT_TRUE(refusal.isInUse);
+    }
+    EXPECT_TRUE(vellio::NodeLock().take(node, refusal));
+    EXPECT_FALSE(vellio::NodeLock().take(folder.at("hidraw1"), refusal) || refusal.isInUse);
+    EXPECT_EQ(refusal.words, folder.at("hidraw1") + ": No such file or directory");
+}
 
 /// Handles of the library over a bus of the test, with the events that were delivered as texts "code:parameter:text".
 struct Devices : ::testing::Test {

@@ -185,13 +185,29 @@ TEST_F(WindowTest, SaysAtItsStartWhichDevicesEarlierRunsLeftBehind) {
     RunJournal journal(bench.folder, bench.files, bench.processes);
     const auto image = bench.folder.folder.file("a.hex", kImage);
     EXPECT_EQ(journal.begin({"2026-11-24 14:02:07", "COM3", "TARN-<b>R200</b> V5.1R23", image}, false), "");
-    EXPECT_TRUE(journal.leave());
+    EXPECT_EQ(journal.leave(), "");
     open();
     EXPECT_EQ(text("labNotice"), "A device was left in its boot loader, without working firmware.");
     EXPECT_TRUE(verdict().starts_with("2026-11-24 14:02: COM3, TARN-<b>R200</b> V5.1R23, a.hex\n")) << verdict();
     const auto& rescue = control<QPushButton>("cmdForceISP");
     EXPECT_TRUE(rescue.isDefault() && rescue.hasFocus());
     EXPECT_EQ(rescue.text() + rescue.accessibleName(), "&Rescue with a.hexRescue with a.hex");
+    answers.expect("frmForget", [](QDialog& dialog) {
+        EXPECT_TRUE(dialog.findChild<QPushButton*>("cmdCancel")->isDefault());
+        dialog.reject();
+    });
+    press("cmdForget");
+    EXPECT_EQ(journal.left().size(), 1U);
+    bench.files.failure = "no room";
+    answers.expect("frmForget", DialogAnswers::pressing("cmdOK"));
+    press("cmdForget");
+    EXPECT_EQ(text("labStatus"), "The journal " + journal.path() + " could not be written: no room.");
+    bench.files.failure.clear();
+    answers.expect("frmForget", DialogAnswers::pressing("cmdOK"));
+    press("cmdForget");
+    EXPECT_EQ(journal.left().size(), 0U);
+    EXPECT_TRUE(control<QPushButton>("cmdForget").isHidden());
+    EXPECT_EQ(text("labNotice"), "Plug in your device.");
 }
 
 TEST_F(WindowTest, FindsOneOfManyImages) {

@@ -35,9 +35,14 @@ public:
     /// Waits for it a little; null when another program keeps it.
     virtual std::unique_ptr<Lock> lock(const std::string& folder) = 0;
 
-    /// The content, whole or not at all, is on the disk when this returns. A new file is for this user alone; another
-    /// one's mode stays.
-    [[nodiscard]] virtual std::string replace(const std::string& path, std::string_view content) = 0;
+    /// Makes a folder and those above it that are missing, all on the disk when this returns.
+    [[nodiscard]] virtual std::string makeFolder(const std::string& path) = 0;
+
+    /// The content, whole or not at all, is on the disk when this returns. The mode of a file that was there stays, and
+    /// its owner as far as this user may give files away. One that the program has named is for this user alone when it
+    /// is new, and takes the place of a link. Where the operator has named it, a new one is as open as the process
+    /// makes files (umask), and a link stays: the file behind it is replaced.
+    [[nodiscard]] virtual std::string replace(const std::string& path, std::string_view content, Named named) = 0;
 
     /// Takes a file away, if there is one; on the disk when this returns.
     [[nodiscard]] virtual std::string remove(const std::string& path) = 0;

@@ -38,10 +38,17 @@ std::vector<std::string> filesIn(const std::string& folder) {
     return names;
 }
 
-bool makeFolder(const std::string& path) {
+std::string makeFolder(const std::string& path, const std::function<void(const std::string& folder)>& madeIn) {
+    if (FolderExists(path)) return {};
+    const auto above = std::filesystem::path(path).parent_path().string();
+    if (!above.empty() && above != path) {
+        if (auto why = makeFolder(above, madeIn); !why.empty()) return why;
+    }
     std::error_code error;
-    std::filesystem::create_directories(path, error);
-    return FolderExists(path);
+    const bool isMade = std::filesystem::create_directory(path, error);
+    if (!FolderExists(path)) return path + ": " + error.message();
+    if (isMade && madeIn) madeIn(above.empty() ? "." : above);
+    return {};
 }
 
 bool deleteFile(const std::string& path) {
@@ -50,6 +57,10 @@ bool deleteFile(const std::string& path) {
 }
 
 bool deleteFile(const std::string& path, std::string& why) {
+    if (FolderExists(path)) {
+        why = "it is a folder";
+        return false;
+    }
     std::error_code error;
     std::filesystem::remove(path, error);
     why = error.message();

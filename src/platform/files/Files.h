@@ -1,5 +1,6 @@
 #pragma once
 
+#include <functional>
 #include <string>
 #include <vector>
 
@@ -19,8 +20,9 @@ bool isSameFile(const std::string& one, const std::string& other);
 /// The names of the files in a folder; none when it cannot be read.
 std::vector<std::string> filesIn(const std::string& folder);
 
-/// Makes a folder; False when that was not possible.
-bool makeFolder(const std::string& path);
+/// Makes a folder and those above it that are missing, and hands over each folder in which one was made. The reason in
+/// words when that was not possible; empty when the folder is there.
+std::string makeFolder(const std::string& path, const std::function<void(const std::string& folder)>& madeIn = {});
 
 /// Deletes a file if there is one; False when it could not be deleted, and why, in the system's words.
 bool deleteFile(const std::string& path);

@@ -8,6 +8,7 @@
 #include <unistd.h>
 
 #include "platform/linux/UserFolders.h"
+#include "platform/linux/files/StoredFolder.h"
 #include "text/Number.h"
 
 namespace corvane {
@@ -36,7 +37,7 @@ LinuxProgramFolder::LinuxProgramFolder(const Places& places) : data_(places.data
         path_ = folder.string();
     } else {
         path_ = places.data;
-        fs::create_directories(path_, error);  // a failure shows at the first file that is written there
+        makeStoredFolder(path_);  // a failure shows at the first file that is written there
     }
     beside_ = (folder / kLibraryName).string();
     private_ = (privateLibrary / kLibraryName).string();
@@ -45,7 +46,7 @@ LinuxProgramFolder::LinuxProgramFolder(const Places& places) : data_(places.data
 std::string LinuxProgramFolder::privateFolder() const {
     const fs::path all = fs::path(data_) / "fetched";
     std::error_code error;
-    fs::create_directories(all, error);
+    makeStoredFolder(all.string());
     // Each begins with the number of the process that made it.
     for (fs::directory_iterator at(all, error), end; !error && at != end; at.increment(error)) {
         const double process = leadingNumber(at->path().filename().string());

@@ -114,6 +114,15 @@ void MainPresenter::takeRescueImage() {
     loadFile(path);
 }
 
+void MainPresenter::forget(const InterruptedRun& run) {
+    if (isBusy()) return;
+    const auto& path = updater_.journal().path();
+    const auto problem = updater_.journal().forget({run});
+    problem.empty() ? situation_.forgotten()
+                    : situation_.say("The journal " + path + " could not be written: " + problem + ".");
+    if (onChange) onChange();
+}
+
 Verdict MainPresenter::conclude(const Outcome& outcome) {
     auto verdict = updater_.conclude(outcome);
     if (updater_.portList().look()) situation_.hasPorts(!updater_.portList().rows().empty());

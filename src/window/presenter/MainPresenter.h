@@ -53,6 +53,9 @@ public:
     /// Before a forced run: the image that a rescue installs becomes the chosen local file.
     void takeRescueImage();
 
+    /// The operator says that a device which was left is well, or will never be: it is not named any more.
+    void forget(const InterruptedRun& run);
+
     /// What follows a run: it is recorded, and the situation says how it ended.
     Verdict conclude(const Outcome& outcome);
 

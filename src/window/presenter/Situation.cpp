@@ -59,6 +59,12 @@ void Situation::changed() {
     look();
 }
 
+void Situation::forgotten() {
+    state_.verdict.reset();
+    found({});
+    changed();
+}
+
 void Situation::say(const std::string& text) {
     constexpr std::size_t kKept = 20;
     if (std::find(hints_.begin(), hints_.end(), text) != hints_.end()) return;

@@ -26,6 +26,12 @@ public:
     /// Something else was chosen, or plugged in: what was said of the last device is over, unless it is an alarm.
     void changed();
 
+    /// A device that was left is not named any more, and no alarm of the last run stands for it.
+    void forgotten();
+
+    /// The devices that were left, for as long as nothing runs.
+    std::vector<InterruptedRun> left() const { return state_.isRunning ? std::vector<InterruptedRun>() : state_.left; }
+
     /// Something to say beside the card. Only the last few lines are shown; nothing is said twice.
     void say(const std::string& text);
     void forgetHints() { hints_.clear(); }

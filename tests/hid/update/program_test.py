@@ -61,6 +61,13 @@ class Updates:
         self.assertEqual(done.returncode, 0, done.stdout + done.stderr)
         self.assertIn("memory equals image", done.stdout)
 
+    def test_a_reader_in_use_is_refused_and_its_holder_named(self):
+        lost = self.run_with_reader("sh", "-c", f'exec flock "{self.node}" sh -c \'"$1" ports --json; "$@"\' sh "$@"', "sh",
+                                    self.program, "update", "--yes", "--file", self.image, verifies=False)
+        self.assertIn('"problem":"in use by flock (process ', lost.stdout, lost.stderr)
+        self.assertRegex(lost.stderr, r"HID1 \(/\S+\) is in use by flock \(process \d+\)\. Close that and start again\.")
+        self.assertIn("HID1: 0 requests", lost.stdout)
+
     def test_ports_names_it_in_a_session_without_a_locale(self):
         done = self.run_with_reader(self.program, "ports", reader="reader=Größer €", verifies=False)
         self.assertEqual((done.returncode, done.stdout.split("\n")[0]), (0, "HID1\t\tHID1 Größer €"), done.stderr)
@@ -68,10 +75,12 @@ class Updates:
 
 class BenchLibrary(Updates, ProgramTest):
     way = []
+    node = "$CORVANE_BENCH_SOCKET.1"
 
 
 class RealLibrary(Updates, ProgramTest):
     way = [WRAPPER, BIN / "mocked-reader"]
+    node = "/dev/hidraw1"
 
 
 if __name__ == "__main__":

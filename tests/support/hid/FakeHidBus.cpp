@@ -66,9 +66,9 @@ struct FakeHidBackend : vellio::HidBackend {
         return std::exchange(bus_.gone_, {});
     }
 
-    std::unique_ptr<vellio::HidDevice> open(const std::string& path, std::string& problem) override {
+    std::unique_ptr<vellio::HidDevice> open(const std::string& path, vellio::Refusal& refusal) override {
         const auto found = bus_.plugged_.find(path);
-        problem = path + ": Permission denied";
+        refusal = {path + ": Permission denied", false};
         if (found == bus_.plugged_.end() || bus_.forbidden_.count(path)) return nullptr;
         return std::make_unique<FakeHidDevice>(bus_, path, *found->second.peer);
     }

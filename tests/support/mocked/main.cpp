@@ -112,9 +112,9 @@ int relay(const std::vector<std::string>& command) {
     MockedHidraw node;
     std::unique_ptr<vellio::HidDevice> reader;
     std::optional<bench::ChildProcess> child;
-    for (std::string problem;;) {
+    for (vellio::Refusal refusal;;) {
         const auto readers = reader ? std::vector<vellio::DeviceInfo>() : bench->devices();
-        if (!readers.empty() && (reader = bench->open(readers.front().path, problem))) {
+        if (!readers.empty() && (reader = bench->open(readers.front().path, refusal))) {
             whileStopped(child, [&] { node.plug(readers.front()); });
         }
         if (!child) child.emplace(command, bench::Variables{{"CORVANE_VELLIO", CORVANE_REAL_LIBRARY}});

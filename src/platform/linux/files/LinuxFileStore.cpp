@@ -12,6 +12,7 @@
 #include <utility>
 
 #include "platform/linux/files/LeftFiles.h"
+#include "platform/linux/files/StoredFolder.h"
 
 namespace corvane {
 namespace {
@@ -80,10 +81,19 @@ std::string folderOf(const std::string& path) {
     return folder.empty() ? "." : folder;
 }
 
-/// A name that is to be there, or gone, after a failure of the power too.
-void storeName(const std::string& folder) {
-    const Descriptor opened(::open(folder.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
-    if (opened.isOpen()) fsync(opened.get());  // some file systems cannot, and need not
+/// Gives a new file what the one before had, or what any other new file of the operator's would have.
+bool setAccess(int file, const std::string& path, FileStore::Named named) {
+    struct stat before {};
+    if (lstat(path.c_str(), &before) == 0 && S_ISREG(before.st_mode)) {
+        // Before the mode, of which it may take bits away. Whoever may give neither owner nor group away keeps both.
+        constexpr auto kSame = static_cast<uid_t>(-1);
+        static_cast<void>(fchown(file, before.st_uid, before.st_gid) == 0 || fchown(file, kSame, before.st_gid) == 0);
+        return fchmod(file, before.st_mode & 07777) == 0;
+    }
+    if (named == FileStore::Named::byProgram) return true;  // it is this user's alone
+    const auto mask = umask(0);
+    umask(mask);
+    return fchmod(file, 0666 & ~mask) == 0;
 }
 
 class HeldFolder : public FileStore::Lock {
@@ -116,29 +126,34 @@ std::unique_ptr<FileStore::Lock> LinuxFileStore::lock(const std::string& folder)
     return std::make_unique<HeldFolder>(std::move(opened));
 }
 
-std::string LinuxFileStore::replace(const std::string& path, std::string_view content) {
+std::string LinuxFileStore::makeFolder(const std::string& path) { return makeStoredFolder(path); }
+
+std::string LinuxFileStore::replace(const std::string& given, std::string_view content, Named named) {
+    auto path = given;
+    if (named == Named::byOperator && std::filesystem::is_symlink(given)) {
+        std::error_code error;
+        path = std::filesystem::canonical(given, error).string();
+        if (error) return "it is a link to nothing: " + error.message();
+    }
     const auto folder = folderOf(path);
     removeLeftFiles(folder);
     auto part = folder + "/" + partName("XXXXXX");
     Descriptor file(mkostemps(part.data(), 5, O_CLOEXEC));  // a name that nobody guesses, and never a link
     if (!file.isOpen()) return words(errno);
-    struct stat before {};
-    const bool keepsMode = lstat(path.c_str(), &before) == 0 && S_ISREG(before.st_mode);
-    const bool isThere = (!keepsMode || fchmod(file.get(), before.st_mode & 07777) == 0) &&
-                         writeAll(file.get(), content) && fsync(file.get()) == 0 && file.close() &&
-                         ::rename(part.c_str(), path.c_str()) == 0;
+    const bool isThere = setAccess(file.get(), path, named) && writeAll(file.get(), content) &&
+                         fsync(file.get()) == 0 && file.close() && ::rename(part.c_str(), path.c_str()) == 0;
     if (!isThere) {
         const int error = errno;
         ::unlink(part.c_str());
         return words(error);
     }
-    storeName(folder);
+    storeFolder(folder);
     return {};
 }
 
 std::string LinuxFileStore::remove(const std::string& path) {
     if (::unlink(path.c_str()) < 0) return errno == ENOENT ? std::string() : words(errno);
-    storeName(folderOf(path));
+    storeFolder(folderOf(path));
     return {};
 }
 

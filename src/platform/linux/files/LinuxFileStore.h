@@ -8,7 +8,8 @@ namespace corvane {
 class LinuxFileStore : public FileStore {
 public:
     std::unique_ptr<Lock> lock(const std::string& folder) override;
-    std::string replace(const std::string& path, std::string_view content) override;
+    std::string makeFolder(const std::string& path) override;
+    std::string replace(const std::string& given, std::string_view content, Named named) override;
     std::string remove(const std::string& path) override;
     std::string append(const std::string& path, std::string_view head, std::string_view text, Named named) override;
     std::unique_ptr<OutputFile> create(const std::string& path, std::string& why) override;

@@ -21,6 +21,7 @@ public:
     bool mayUse(const std::string& node) override;
     std::string userName() override;
     std::string groupOf(const std::string& node) override;
+    std::optional<PortHolder> lockerOf(const std::string& node) override;
     std::optional<PortHolder> holderOf(const std::string& node) override;
     bool isProbedForModems(const std::string& node) override;
 
