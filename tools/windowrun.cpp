@@ -79,6 +79,7 @@ public:
         paused_ += time.nsecsElapsed();
     }
     std::uint32_t tick() override { return runtime_.tick(); }
+    std::int64_t micros() const override { return runtime_.micros(); }
     double secondsOfDay() override { return runtime_.secondsOfDay(); }
     std::string timestamp() override { return runtime_.timestamp(); }
     void WaitActivity(int ms) override { runtime_.WaitActivity(ms); }

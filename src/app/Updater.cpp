@@ -8,35 +8,41 @@
 namespace corvane {
 
 Updater::Updater(const Platform& platform, const Face& face)
-    : platform_(platform),
-      vellIO_(platform.runtime, platform.modules, platform.hidLibrary, cancel_),
-      serialPort_(platform.ports),
+    : recorder_(platform, face),
+      platform_(recorder_.platform()),
+      face_(recorder_.face()),
+      vellIO_(platform_.runtime, platform_.modules, platform_.hidLibrary, cancel_),
+      serialPort_(platform_.ports),
       reader_(vellIO_, platform_),
-      session_(platform.runtime, face.log, serialPort_, cancel_),
+      session_(platform_.runtime, face_.log, serialPort_, cancel_),
       ports_(session_, serialPort_, hidPort_, reader_),
-      scanner_(session_, serialPort_, hidPort_, face.password, face.panel),
-      isp_(session_, face.password),
-      programmer_(session_, face.progress, platform.digest),
-      inf_(platform.folder),
-      ftp_(platform.reader, platform.runtime),
-      site_({ftp_, platform.reader, platform.runtime, choices, platform.settings, platform.folder, face.log,
-             face.progress}),
-      references_(site_, choices, platform.settings, platform.folder, platform.launcher),
-      selfUpdate_(inf_, platform.folder, site_, face.prompts, platform.launcher, platform.digest),
-      selection_(choices, platform.folder, inf_, platform.settings, face.prompts, face.log),
-      journal_(platform.folder, platform.files, platform.processes),
-      jobs_(platform.folder, platform.files),
-      online_(site_, selfUpdate_, inf_, {platform.launcher, platform.hidLibrary}, face.log, face.view),
-      installation_(session_, {scanner_, isp_, programmer_}, journal_, platform.inhibitor, face.view),
-      run_({choices, session_, ports_, scanner_, site_, online_, selection_, inf_, platform.folder, platform.digest,
-            installation_, face.prompts, face.view}),
-      advisor_(platform.serial, platform.ports, platform.inspector),
-      portList_(platform.ports, platform.inspector, vellIO_) {
+      scanner_(session_, serialPort_, hidPort_, face_.password, face_.panel),
+      isp_(session_, face_.password),
+      programmer_(session_, face_.progress, platform_.digest),
+      inf_(platform_.folder),
+      ftp_(platform_.reader, platform_.runtime),
+      site_({ftp_, platform_.reader, platform_.runtime, choices, platform_.settings, platform_.folder, face_.log,
+             face_.progress}),
+      references_(site_, choices, platform_.settings, platform_.folder, platform_.launcher),
+      selfUpdate_(inf_, platform_.folder, site_, face_.prompts, platform_.launcher, platform_.digest),
+      selection_(choices, platform_.folder, inf_, platform_.settings, face_.prompts, face_.log),
+      journal_(platform_.folder, platform_.files, platform_.processes),
+      jobs_(platform_.folder, platform_.files),
+      online_(site_, selfUpdate_, inf_, {platform_.launcher, platform_.hidLibrary}, face_.log, face_.view),
+      installation_(session_, {scanner_, isp_, programmer_}, journal_, platform_.inhibitor, face_.view),
+      run_({choices, session_, ports_, scanner_, site_, online_, selection_, inf_, platform_.folder, platform_.digest,
+            installation_, face_.prompts, face_.view}),
+      advisor_(platform_.serial, platform_.ports, platform_.inspector),
+      portList_(platform_.ports, platform_.inspector, vellIO_),
+      reports_({platform_, choices, inf_, recorder_.tape}) {
+    vellIO_.watch(
+        [this](const char* what, const Bytes& bytes) { recorder_.tape.crossed(what, vellIO_.CommPort(), bytes); });
+    session_.veil = [this](const Bytes& secret) { recorder_.tape.veil(secret); };
     session_.hasLine = [this] { return session_.comm != &serialPort_ || platform_.serial.hasLine(); };
     serialPort_.Attach(&platform_.serial, &commEvent_);
     serialPort_.InputMode(1);
     serialPort_.CommPort("COM1");
-    vellIO_.showCritical = [&view = face.view](const std::string& message) { view.advice(message); };
+    vellIO_.showCritical = [&view = face_.view](const std::string& message) { view.advice(message); };
     vellIO_.OnDevice = [this](std::int32_t event, const std::string& port, const std::string& device) {
         tellReader(event, port, device);
     };
@@ -53,7 +59,9 @@ Verdict Updater::conclude(Outcome outcome) {
         rowOf(outcome.end).isJob ? jobs_.add(jobOf(outcome, platform_.runtime.timestamp())) : std::string();
     if (!problem.empty())
         facts.remarks.push_back("The record " + jobs_.path() + " could not be written: " + problem + ".");
-    return verdictFor(outcome);
+    auto verdict = verdictFor(outcome);
+    reports_.concluded(outcome, verdict);
+    return verdict;
 }
 
 void Updater::shutDown() {

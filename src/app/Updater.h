@@ -2,10 +2,12 @@
 
 #include "app/PortAdvisor.h"
 #include "app/PortList.h"
+#include "app/ReportMaker.h"
 #include "face/Face.h"
 #include "platform/Platform.h"
 #include "ports/clsMSComm.h"
 #include "ports/clsVellComm.h"
+#include "record/Recorder.h"
 #include "run/JobRecord.h"
 #include "run/UpdateRun.h"
 #include "run/Verdict.h"
@@ -44,6 +46,9 @@ public:
     clsMSComm& serialPort() { return serialPort_; }
     clsVellComm& hidPort() { return hidPort_; }
     VellIO& vellIO() { return vellIO_; }
+    /// What was taken down of the last run, as text, and what can be sent of it.
+    std::string recording() const { return recorder_.tape.text(); }
+    ReportMaker& reports() { return reports_; }
     const Platform& platform() const { return platform_; }
 
     /// What follows a run: adds one that was a job on a device to the record of jobs, and says what the operator has to
@@ -72,7 +77,9 @@ private:
 
     void tellReader(std::int32_t event, const std::string& port, const std::string& device);
 
+    Recorder recorder_;
     Platform platform_;
+    Face face_;
     Cancel cancel_;
     VellIO vellIO_;
     clsMSCommEvent commEvent_;
@@ -97,6 +104,7 @@ private:
     UpdateRun run_;
     PortAdvisor advisor_;
     PortList portList_;
+    ReportMaker reports_;
 };
 
 }  // namespace corvane

@@ -32,6 +32,10 @@ const std::vector<Option>& options() {
         {"--port", {Command::update}, nullptr, value(&Arguments::port)},
         {"--log", {Command::update}, nullptr, value(&Arguments::logFile)},
         {"--record", {Command::update}, nullptr, value(&Arguments::record)},
+        {"--report", {Command::update}, nullptr, value(&Arguments::report)},
+        {"--report-on-failure", {Command::update}, nullptr, value(&Arguments::reportOnFailure)},
+        {"--bytes", {Command::explain}, flag(&Arguments::bytes), nullptr},
+        {"--timing", {Command::explain}, flag(&Arguments::timing), nullptr},
         {"--force", {Command::update, Command::scan}, flag(&Arguments::force), nullptr},
         {"--yes", {Command::update}, flag(&Arguments::yes), nullptr},
         {"--accept-unsound", {Command::update}, flag(&Arguments::acceptUnsound), nullptr},
@@ -41,7 +45,7 @@ const std::vector<Option>& options() {
         {"--self-update", {Command::update}, flag(&Arguments::selfUpdate), nullptr},
         {"--json",
          {Command::update, Command::scan, Command::ports, Command::images, Command::lost, Command::forget,
-          Command::check, Command::checkSite},
+          Command::check, Command::checkSite, Command::explain},
          flag(&Arguments::json),
          nullptr},
     };
@@ -50,12 +54,12 @@ const std::vector<Option>& options() {
 
 std::optional<Command> commandOf(const std::string& word) {
     static const std::vector<std::pair<const char*, Command>> names = {
-        {"update", Command::update},     {"scan", Command::scan},
-        {"ports", Command::ports},       {"lost", Command::lost},
-        {"forget", Command::forget},     {"images", Command::images},
-        {"check", Command::check},       {"check-site", Command::checkSite},
-        {"--version", Command::version}, {"--help", Command::help},
-        {"-h", Command::help},
+        {"update", Command::update},   {"scan", Command::scan},
+        {"ports", Command::ports},     {"lost", Command::lost},
+        {"forget", Command::forget},   {"images", Command::images},
+        {"check", Command::check},     {"check-site", Command::checkSite},
+        {"explain", Command::explain}, {"--version", Command::version},
+        {"--help", Command::help},     {"-h", Command::help},
     };
     for (const auto& [name, command] : names) {
         if (word == name) return command;
@@ -66,6 +70,7 @@ std::optional<Command> commandOf(const std::string& word) {
 /// What the word behind a command is; null when it takes none.
 const char* subjectOf(Command command) {
     if (command == Command::forget) return "the port of a device that was left, or \"all\"";
+    if (command == Command::explain) return "the name of a report";
     return command == Command::check || command == Command::checkSite ? "the name of what it checks" : nullptr;
 }
 
@@ -162,7 +167,8 @@ std::string usageText() {
 
   update [--offline|--online] [--file IMAGE.hex] [--server HOST[:PORT]] [--user NAME]
          [--select SECTION] [--force] [--yes] [--accept-unsound] [--self-update]
-         [--port COMn] [--verify|--no-verify] [--log FILE] [--record FILE] [--json]
+         [--port COMn] [--verify|--no-verify] [--log FILE] [--record FILE] [--report FILE]
+         [--report-on-failure FOLDER] [--json]
                                           updates the attached device, and asks it afterwards whether
                                           it runs; with --verify it must say the image's version
   scan [--force] [--json]                 finds the device, prints its port and version
@@ -173,6 +179,9 @@ std::string usageText() {
   check IMAGE.hex [--json]                says what is wrong with an image, and its memory map
   check-site FOLDER|ftp://... [--json]    says what an operator would get from a site
              [--write-sha256]             first writes the digests of a FOLDER's images into firmware.inf
+  explain FILE [--bytes] [--timing] [--json]
+                                          says what a report tells: an account, the whole dialogue, or
+                                          how long each record took
   --version | --help
 
 The FTP password comes from CORVANE_FTP_PASSWORD or the stored settings, the device's

@@ -8,10 +8,10 @@ namespace corvane {
 
 /// What the command line asks for; texts in the system's bytes, which are UTF-8.
 struct Arguments {
-    enum class Command { update, scan, ports, images, lost, forget, check, checkSite, version, help };
+    enum class Command { update, scan, ports, images, lost, forget, check, checkSite, explain, version, help };
 
     Command command = Command::help;
-    std::string subject;  ///< what check and check-site look at, and forget forgets
+    std::string subject;  ///< what check, check-site and explain look at, and forget forgets
     std::optional<std::string> file;
     std::optional<std::string> server;
     std::optional<std::string> user;
@@ -19,6 +19,8 @@ struct Arguments {
     std::optional<std::string> port;
     std::optional<std::string> logFile;
     std::optional<std::string> record;
+    std::optional<std::string> report;           ///< where a report of the run goes
+    std::optional<std::string> reportOnFailure;  ///< the folder of those of runs that did not update
     std::optional<bool> offLine;  ///< as --offline, --online, --file or --server say; nothing when none does
     bool offLineWanted = false;   ///< --offline stood there
     bool onLineWanted = false;    ///< --online
@@ -30,6 +32,8 @@ struct Arguments {
     bool noVerify = false;
     bool json = false;
     bool writeDigests = false;
+    bool bytes = false;
+    bool timing = false;
 };
 
 /// Reads the words behind the program's name. Nothing when they are wrong, with a sentence about it in problem.

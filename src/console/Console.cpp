@@ -54,6 +54,8 @@ int Console::run(const Arguments& arguments) {
             return checkCommand(*this, arguments);
         case Arguments::Command::checkSite:
             return checkSiteCommand(*this, arguments);
+        case Arguments::Command::explain:
+            return explainCommand(*this, arguments);
         case Arguments::Command::version:
         case Arguments::Command::help:
             break;

@@ -47,14 +47,7 @@ void LogPrinter::progress(std::int64_t value, std::int64_t maximum) {
 
 void LogPrinter::verdict(const Verdict& verdict) {
     if (!json_) return;
-    const auto list = [](const std::vector<std::string>& texts) {
-        std::vector<std::string> strings;
-        for (const auto& text : texts) strings.push_back(jsonString(text));
-        return "[" + joined(strings, ",") + "]";
-    };
-    out_.write("{\"event\":\"verdict\",\"kind\":" + jsonString(verdictName(verdict.kind)) +
-               ",\"headline\":" + jsonString(verdict.headline) + ",\"facts\":" + list(verdict.facts) + ",\"steps\":" +
-               list(verdict.steps) + ",\"safeToUnplug\":" + (verdict.isSafeToUnplug ? "true" : "false") + "}\n");
+    out_.write("{\"event\":\"verdict\"," + verdictJson(verdict).substr(1) + "\n");
 }
 
 void LogPrinter::result(int code) {

@@ -67,6 +67,14 @@ bool openOutputs(CommandScope& scope, const Arguments& arguments) {
             return refuse("The job record " + *record + " is no ordinary file");
         scope.updater.jobs().keepIn(*record);
     }
+    if (const auto& report = arguments.report) {
+        const auto role = isSameFile(*report, scope.updater.jobs().path()) ? "the job record"
+                          : log && isSameFile(*report, *log)               ? "the log file"
+                                                                           : roleOf(*report, scope, arguments);
+        if (!role.empty()) return refuse("The report " + *report + " is " + role);
+        if (isSpecialFile(*report) || FolderExists(*report))
+            return refuse("The report " + *report + " is no ordinary file");
+    }
     if (!log) return true;
     const bool isRecord = isSameFile(*log, scope.updater.jobs().path());
     const auto role = isRecord ? "the job record" : roleOf(*log, scope, arguments);
@@ -76,6 +84,20 @@ bool openOutputs(CommandScope& scope, const Arguments& arguments) {
     if (!file) return refuse("The log file " + *log + " cannot be written: " + why);
     scope.printer.copyTo(std::move(file));
     return true;
+}
+
+/// Saves what can be sent of the run, where that was asked for. What cannot be saved does not change how it ended.
+void saveReports(CommandScope& scope, const Arguments& arguments, int code) {
+    const auto tell = [&scope](const std::string& path, const std::string& problem) {
+        scope.face.say(problem.empty() ? "A report of this run lies in " + path + "; corvane-cli explain reads it."
+                                       : "The report " + path + " could not be written: " + problem + ".");
+    };
+    const auto& maker = scope.updater.reports();
+    if (arguments.report) tell(*arguments.report, maker.save(*arguments.report));
+    if (!arguments.reportOnFailure || code == 0) return;
+    std::string path;
+    const auto problem = maker.saveIn(*arguments.reportOnFailure, path);
+    tell(path, problem);
 }
 
 int perform(CommandScope& scope, const Arguments& arguments) {
@@ -89,7 +111,9 @@ int perform(CommandScope& scope, const Arguments& arguments) {
     const auto verdict = scope.updater.conclude(outcome);
     for (const auto& line : verdictLines(verdict)) scope.face.say(line);
     scope.printer.verdict(verdict);
-    return exitStatus(outcome);
+    const int code = exitStatus(outcome);
+    saveReports(scope, arguments, code);
+    return code;
 }
 
 }  // namespace

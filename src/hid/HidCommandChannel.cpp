@@ -56,6 +56,7 @@ bool HidCommandChannel::run(Kind kind, const Bytes& frame, Bytes& bResults) {
     nakSeen_ = false;
     auto& library = session_.library;
     library.discardReadCtrlBuffer(session_.handle);
+    session_.tell("command", frame);
     if (!library.writeCtrl(session_.handle, frame.data(), static_cast<std::int32_t>(frame.size()), 0, 0)) return false;
     timer().Timeout(kReplyTime);
     cancel_ = false;
@@ -83,6 +84,7 @@ HidCommandChannel::Turn HidCommandChannel::readStatus(Reply& reply) {
     std::uint8_t packet[kStatusSize] = {};
     const auto count = session_.library.readCtrl(session_.handle, packet, kStatusSize, 0, 0);
     if (count != static_cast<std::int32_t>(kStatusSize)) return Turn::wait;
+    session_.tell("reply", {packet, packet + kStatusSize});
     reply.statusRead = true;
     reply.seen = 0;
     reply.status = packet[0];
@@ -102,6 +104,7 @@ HidCommandChannel::Turn HidCommandChannel::readResults(Reply& reply, Kind kind, 
         bResults.clear();
         return Turn::wait;
     }
+    session_.tell("reply", bResults);
     if (kind == Kind::command && reply.status == kNak && bResults[0] == kUnknownCommand) notSupported_ = true;
     return Turn::stop;
 }

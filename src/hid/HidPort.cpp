@@ -57,8 +57,10 @@ void HidPort::open() {
     if (!handle) return;
     if (!library.open(handle, commPort_.c_str())) {
         openFailure_ = vellText(library.getParamString(handle));
+        session_.tell("refused", bytesOf(openFailure_));
         return;
     }
+    session_.tell("open");
     if (!takesCommands()) channel_.KestrelCmdSetEnabled(false);
     Break(false);
     session_.registerCallBack();
@@ -123,6 +125,7 @@ void HidPort::close() {
         }
     }
     session_.library.close(session_.handle);
+    session_.tell("close");
     runtime_.Sleep(kClosePause);
 }
 
@@ -176,6 +179,7 @@ Variant HidPort::CommInput() {
             bytes.resize(static_cast<std::size_t>(count));
             const std::int32_t read = session_.library.read(session_.handle, bytes.data(), count, 0, 0);
             bytes.resize(static_cast<std::size_t>(std::clamp(read, 0, count)));
+            session_.tell("got", bytes);
         }
     }
     if (InputMode == 1) return bytes;
@@ -186,6 +190,7 @@ void HidPort::CommOutput(const Variant& vOutput) {
     const Bytes bytes = bytesOf(vOutput);
     if (bytes.empty() || !PortOpen()) return;
     const auto size = static_cast<std::int32_t>(bytes.size());
+    session_.tell("sent", bytes);
     session_.library.write(session_.handle, bytes.data(), size, 0, size);
 }
 

@@ -220,6 +220,9 @@ void VellIO::complain(const std::string& message) const {
 }
 
 std::int32_t VellIO::VellIOProc(std::int32_t hVell, std::int32_t wParam, std::int32_t lParam) {
+    constexpr std::int32_t kData = 0, kWritten = 2, kControlData = 4, kControlWritten = 6;  // they say nothing new
+    if (wParam != kData && wParam != kWritten && wParam != kControlData && wParam != kControlWritten)
+        session_.tell("event", bytesOf(std::to_string(wParam) + " " + std::to_string(lParam)));
     const bool isControlNotice = wParam >= 4 && wParam <= 7;
     if (!(channel_.isExchanging() && isControlNotice) && OnVellProc) OnVellProc(wParam, lParam);
     switch (wParam) {

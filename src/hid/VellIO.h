@@ -38,6 +38,11 @@ public:
     std::function<void(std::int32_t lEvent, const std::string& szPortName, const std::string& szDeviceName)> OnDevice;
     std::function<void(std::int32_t wParam, std::int32_t lParam)> OnVellProc;  ///< every event as it comes
 
+    /// Tells what crosses the library's border, in the words of a recording.
+    void watch(std::function<void(const char* what, const Bytes& bytes)> witness) {
+        session_.witness = std::move(witness);
+    }
+
     /// A message box with the critical-error icon.
     std::function<void(const std::string& message)> showCritical;
 

@@ -1,9 +1,11 @@
 #pragma once
 
 #include <cstdint>
+#include <functional>
 #include <string>
 
 #include "hid/modVell.h"
+#include "text/Variant.h"
 
 namespace corvane {
 
@@ -21,6 +23,12 @@ public:
     bool supportsFlushQueue = false;
     bool supportsCheckDevicesIsChanged = false;
     bool isPolled = false;  ///< it wants to be served (vellService, vellDispatch)
+
+    /// Told what crosses the library's border, in the words of a recording; not set where nobody takes it down.
+    std::function<void(const char* what, const Bytes& bytes)> witness;
+    void tell(const char* what, const Bytes& bytes = {}) const {
+        if (witness) witness(what, bytes);
+    }
 
     std::int32_t handle = 0;
     std::int32_t vendorId = 0;   ///< for create

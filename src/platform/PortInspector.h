@@ -18,7 +18,10 @@ struct PortHolder {
 struct PortAdapter {
     std::string product;
     std::string serialNumber;
-    std::string socket;  ///< that it is plugged into, "1-2.4"
+    std::string socket;      ///< that it is plugged into, "1-2.4"
+    std::string identity{};  ///< vendor and product, "0403:6001"
+    std::string driver{};    ///< "ftdi_sio"
+    std::string latency{};   ///< how long it may hold bytes back, in ms, where its driver tells
 };
 
 /// Who may use a port's device node, and who does. Paths and names in the system's bytes; what cannot be found
@@ -31,6 +34,9 @@ public:
     virtual std::string userName() = 0;
 
     virtual PortAdapter adapterOf(const std::string& node) = 0;
+
+    /// The system's kernel, for people: "6.1.0-18-amd64".
+    virtual std::string kernel() { return {}; }
 
     /// Whether the node is there, and whether this user may read and write it.
     virtual bool isThere(const std::string& node) = 0;

@@ -31,6 +31,9 @@ public:
     /// Milliseconds since some moment; wraps after 2^32.
     virtual std::uint32_t tick() = 0;
 
+    /// Microseconds since some moment; never goes back.
+    virtual std::int64_t micros() const = 0;
+
     /// Seconds since midnight, with a fraction.
     virtual double secondsOfDay() = 0;
 

@@ -11,6 +11,22 @@ constexpr std::uint8_t kIdentify = 0x00, kVersion = 0x01, kPassword = 0x03;
 constexpr std::int32_t kPromptSilence = 100;  // ms
 constexpr std::size_t kPromptLength = 4;
 
+/// As long as it lives, what is sent is a secret.
+class Veil {
+public:
+    Veil(DeviceSession& session, const Bytes& secret) : session_(session) {
+        if (session_.veil) session_.veil(secret);
+    }
+    ~Veil() {
+        if (session_.veil) session_.veil({});
+    }
+    Veil(const Veil&) = delete;
+    Veil& operator=(const Veil&) = delete;
+
+private:
+    DeviceSession& session_;
+};
+
 }  // namespace
 
 Bytes EncodePassword(const std::string& text) {
@@ -37,7 +53,9 @@ bool DeviceLogin::Login(std::string& szPass) {
 
 bool DeviceLogin::isPasswordAccepted(const std::string& password) {
     Variant nothing;
-    return query_.Query(kPassword, nothing, EncodePassword(password), 0, 3000);
+    const auto encoded = EncodePassword(password);
+    const Veil veil(session_, encoded);
+    return query_.Query(kPassword, nothing, encoded, 0, 3000);
 }
 
 bool DeviceLogin::GetVersion(std::string& szVersion, std::int32_t timeout) {

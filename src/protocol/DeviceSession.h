@@ -27,6 +27,10 @@ struct DeviceSession {
     /// False behind a port without a line of its own, whose rate says nothing about time; not set is True.
     std::function<bool()> hasLine;
 
+    /// Told what is sent next when that is a secret, and nothing once it is over; not set where nobody takes anything
+    /// down.
+    std::function<void(const Bytes& secret)> veil;
+
     std::string protocolName;       ///< "TarnPlus" or "Tarn", set by the scan
     std::int32_t ispBaudRate = -1;  ///< the boot loader's rate; 0 keeps the settings, -1 tries 115200 too
     std::string receivedLine;       ///< what wait_comm collected

@@ -1,6 +1,7 @@
 #include "run/Verdict.h"
 
 #include "text/Cp1252.h"
+#include "text/Json.h"
 #include "text/Text.h"
 
 namespace corvane {
@@ -116,6 +117,17 @@ std::string verdictName(Verdict::Kind kind) {
             break;
     }
     return "handedOver";
+}
+
+std::string verdictJson(const Verdict& verdict) {
+    const auto list = [](const std::vector<std::string>& texts) {
+        std::vector<std::string> strings;
+        for (const auto& text : texts) strings.push_back(jsonString(text));
+        return "[" + joined(strings, ",") + "]";
+    };
+    return "{\"kind\":" + jsonString(verdictName(verdict.kind)) + ",\"headline\":" + jsonString(verdict.headline) +
+           ",\"facts\":" + list(verdict.facts) + ",\"steps\":" + list(verdict.steps) +
+           ",\"safeToUnplug\":" + (verdict.isSafeToUnplug ? "true" : "false") + "}";
 }
 
 }  // namespace corvane

@@ -29,6 +29,9 @@ Verdict verdictFor(const Outcome& outcome);
 /// All of it as lines, the steps numbered.
 std::vector<std::string> verdictLines(const Verdict& verdict);
 
+/// The same as one JSON object, without a line end.
+std::string verdictJson(const Verdict& verdict);
+
 /// "updated", "unconfirmed", "untouched", "waiting", "uncertain" or "handedOver".
 std::string verdictName(Verdict::Kind kind);
 

@@ -30,7 +30,7 @@ public:
 /// any run may take.
 class FakeRuntime : public EventRuntime {
 public:
-    Micros micros() const { return now_; }
+    Micros micros() const override { return now_; }
     std::int64_t ms() const { return now_ / 1000; }
 
     /// Runs a handler (an operator's click, say) in the first DoEvents at or after that moment.

@@ -71,6 +71,8 @@ void LinuxRuntime::unwatch(int descriptor) {
 
 std::uint32_t LinuxRuntime::tick() { return static_cast<std::uint32_t>(monotonicMicros() / kMicrosPerMs); }
 
+std::int64_t LinuxRuntime::micros() const { return monotonicMicros(); }
+
 double LinuxRuntime::secondsOfDay() {
     constexpr double kDay = 86400;
     const double seconds = std::fmod(static_cast<double>(monotonicMicros()) / 1e6 + dayOffset_, kDay);

@@ -28,6 +28,7 @@ public:
     int descriptor() const { return epoll_; }
 
     std::uint32_t tick() override;
+    std::int64_t micros() const override;
     double secondsOfDay() override;
     std::string timestamp() override;
     void Sleep(int ms) override;

@@ -61,10 +61,19 @@ PortAdapter ProcPortInspector::adapterOf(const std::string& node) {
     auto folder = error ? fs::path() : fs::canonical(fs::path(places_.ttys) / name / "device", error);
     for (; !error && folder.has_relative_path(); folder = folder.parent_path()) {
         if (!fs::exists(folder / "idVendor", error)) continue;
-        return {firstLine(contentOf(folder / "product")), firstLine(contentOf(folder / "serial")),
-                folder.filename().string()};
+        const auto port = fs::path(places_.ttys) / name / "device";
+        return {firstLine(contentOf(folder / "product")),
+                firstLine(contentOf(folder / "serial")),
+                folder.filename().string(),
+                firstLine(contentOf(folder / "idVendor")) + ":" + firstLine(contentOf(folder / "idProduct")),
+                fs::canonical(port / "driver", error).filename().string(),
+                firstLine(contentOf(port / "latency_timer"))};
     }
     return {};
+}
+
+std::string ProcPortInspector::kernel() {
+    return firstLine(contentOf(fs::path(places_.proc) / "sys/kernel/osrelease"));
 }
 
 bool ProcPortInspector::isThere(const std::string& node) { return access(node.c_str(), F_OK) == 0; }

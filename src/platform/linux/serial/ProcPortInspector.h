@@ -17,6 +17,7 @@ public:
     explicit ProcPortInspector(Places places) : places_(std::move(places)) {}
 
     PortAdapter adapterOf(const std::string& node) override;
+    std::string kernel() override;
     bool isThere(const std::string& node) override;
     bool mayUse(const std::string& node) override;
     std::string userName() override;

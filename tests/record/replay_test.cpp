@@ -1,0 +1,129 @@
+#include "models/Replay.h"
+
+#include <gtest/gtest.h>
+
+#include "support/Program.h"
+#include "text/Text.h"
+
+namespace corvane {
+namespace {
+
+using models::Replay;
+
+/// All that a run leaves behind.
+struct Left {
+    int status;
+    std::string verdict, log, recording;
+};
+
+Left runOver(fakes::AppBench& bench, models::Peer& peer) {
+    bench.serial.control.plug(1, peer);
+    bench.serial.list(1);
+    bench.asksAfterwards(true);
+    fakes::Program program(bench);
+    program.loadImage();
+    const auto outcome = program.start(true);
+    return {exitStatus(outcome), joined(verdictLines(program.updater.conclude(outcome)), "\n"), bench.face.log,
+            program.updater.recording()};
+}
+
+std::vector<RecordedEvent> eventsOf(const std::string& recording) {
+    std::string why;
+    const auto events = parseRecording(recording, why);
+    EXPECT_TRUE(events) << why;
+    return events.value_or(std::vector<RecordedEvent>());
+}
+
+/// Everything that was sent, in order.
+std::string sentIn(const std::string& recording) {
+    std::string all;
+    for (const auto& event : eventsOf(recording)) {
+        if (event.what == "sent") all += event.bytes;
+    }
+    return all;
+}
+
+/// Empty when a replay of the run with this device ends as the run did, and does the same at the same times. Of a
+/// device that never stops talking nobody sees each byte come, so there the times are off by less than one.
+std::string difference(models::DeviceOptions options, bool isExact) {
+    fakes::AppBench bench, again;
+    models::Device device(std::move(options));
+    const auto then = runOver(bench, device);
+    Replay replay(eventsOf(then.recording), "COM1", Replay::Timing::absolute);
+    const auto now = runOver(again, replay);
+    if (replay.departure()) return "departs at byte " + std::to_string(replay.departure()->at);
+    if (now.status != then.status || now.verdict != then.verdict) return now.verdict + " instead of " + then.verdict;
+    if (now.log != then.log) return "another log: " + now.log;
+    if (sentIn(then.recording) != sentIn(now.recording)) return "something else is sent";
+    return !isExact || then.recording == now.recording ? "" : "it happens at other times";
+}
+
+/// Each fault of docs/device-bench.md, at the places where it does something else.
+TEST(Replay, ARunWithAnyFaultEndsInTheSameWay) {
+    const std::vector<std::string> faults = {
+        "",
+        "nak@2",
+        "nak@2x*",
+        "nak@:00000001FFx*",
+        "mute@2",
+        "mute@2x*",
+        "dots@2",
+        "unplug@2",
+        "erase-nak",
+        "erase-nakx*",
+        "erase-mute",
+        "erase-mutex*",
+        "unplug-erase",
+        "unplug-request",
+        "unplug-request@1f",
+        "unplug-byte@20",
+        "corrupt-byte@40",
+        "drop-byte@40",
+        "crc@01",
+        "crc@00",
+        "crc@1f",
+        "corrupt@4",
+        "corrupt@9",
+        "drop@4",
+        "drop@9",
+        "repeat@4",
+        "repeat@9",
+        "delay@9=700",
+        "delay@9=4000",
+        "cut@4",
+        "cut@9",
+        "erase-slow=3000",
+        "refuse@1f=07",
+        "refuse@03",
+        "deaf@1f",
+        "deaf@00",
+        "noise=fe80",
+        "noise@9=06",
+        "pieces@3=3/20",
+        "prompt-pieces",
+        "boot-deaf=500",
+        "banner=0d0a41",
+        "babble",
+        "babble@19200",
+        "crc@03",
+        "crc@04",
+    };
+    int equal = 0;
+    for (const auto kind : {models::Kind::tarnPlus, models::Kind::tarn}) {
+        for (const auto* password : {"", "quill", "marten"}) {
+            for (const auto& fault : faults) {
+                models::DeviceOptions options;
+                options.kind = kind;
+                if (*password) options.password = password;
+                if (!fault.empty()) options.faults = {fault};
+                const auto wrong = difference(options, !fault.starts_with("babble"));
+                EXPECT_EQ(wrong, "") << fault << " " << static_cast<int>(kind) << " " << password;
+                equal += wrong.empty();
+            }
+        }
+    }
+    RecordProperty("equal", equal);
+}
+
+}  // namespace
+}  // namespace corvane
