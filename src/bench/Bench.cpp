@@ -1,6 +1,7 @@
 #include "bench/Bench.h"
 
 #include <algorithm>
+#include <cstdlib>
 #include <filesystem>
 #include <stdexcept>
 #include <sys/prctl.h>
@@ -10,6 +11,7 @@
 #include "bench/Signals.h"
 #include "bench/Station.h"
 #include "cable/HidBench.h"
+#include "report/RunReport.h"
 #include "text/RuntimeError.h"
 #include "text/Text.h"
 
@@ -48,19 +50,62 @@ Bench::Bench(const BenchOptions& options)
     : options_(options), image_(readImage(options.image)), config_(options.configFolder) {
     loop_.watch(watch_.descriptor(), [this] { watch_.take(); });
     for (const auto& spec : options_.devices) plugIn(spec);
+    if (!options_.replay.empty()) replay();
     recordTo(options_.transcript);
     writePorts();
     if (!options_.settings.empty()) config_.writeSettings(options_.settings);
 }
 
-void Bench::plugIn(const DeviceSpec& spec) {
+void Bench::plugIn(const DeviceSpec& spec, std::unique_ptr<models::ReplayThen> recorded) {
     if (!spec.isReader) {
-        outlets_.push_back(std::make_unique<Station>(loop_, watch_, spec, [this] { writePorts(); }));
+        outlets_.push_back(std::make_unique<Station>(
+            loop_, watch_, spec, [this] { writePorts(); }, std::move(recorded)));
         return;
     }
     if (transportLibrary().empty()) throw std::runtime_error("bench/VellIO.so is not beside this program");
     if (!readers_) readers_.emplace(loop_, config_.path() + "/Corvane/readers");
-    outlets_.push_back(std::make_unique<ReaderStation>(loop_, *readers_, spec));
+    outlets_.push_back(std::make_unique<ReaderStation>(loop_, *readers_, spec, std::move(recorded)));
+}
+
+/// The recorded device on a port of the recorded name.
+void Bench::replay() {
+    using Timing = models::Replay::Timing;
+    std::string why;
+    const auto report = RunReport::read(readFile(options_.replay), why);
+    if (!report) throw std::runtime_error(options_.replay + " " + why);
+    const auto port = portOf(report->events);
+    constexpr std::size_t kPrefix = 3;  // "COM", "HID"
+    DeviceSpec spec;
+    spec.isReader = port.compare(0, kPrefix, "HID") == 0;
+    spec.port = spec.isReader ? 1 : std::atoi(port.substr(std::min(kPrefix, port.size())).c_str());
+    if (spec.port <= 0) throw std::runtime_error(options_.replay + " tells of no port with a device");
+    if (spec.isReader) spec.reader.serialNumber = "K1";
+    plugIn(spec,
+           std::make_unique<models::ReplayThen>(
+               models::Replay(report->events, port, options_.isFast ? Timing::fast : Timing::recorded), options_.then));
+}
+
+/// What became of the recorded devices; False when a program departed.
+bool Bench::reportReplays(std::ostream& report) const {
+    bool isSame = true;
+    for (const auto& outlet : outlets_) {
+        if (!outlet->recorded()) continue;
+        const auto& replay = outlet->recorded()->replay();
+        report << outlet->name() << ": ";
+        if (const auto& departure = replay.departure()) {
+            isSame = false;
+            report << "departs at byte " << departure->at << ", behind " << escapedBytes(departure->before)
+                   << "\n  then: " << (departure->then.empty() ? "(nothing)" : escapedBytes(departure->then))
+                   << "\n  now:  " << escapedBytes(departure->now) << "\n";
+        } else if (replay.missing()) {
+            isSame = false;
+            report << "departs at byte " << replay.heard() << ": " << replay.missing()
+                   << " bytes that were sent then were not sent now\n";
+        } else {
+            report << "sent the same " << replay.heard() << " bytes as then\n";
+        }
+    }
+    return isSame;
 }
 
 void Bench::writePorts() const {
@@ -124,10 +169,12 @@ int Bench::run(std::ostream& report) {
     for (const auto& outlet : outlets_) outlet->line().transcript().finish();
     transcript_.flush();
     for (const auto& outlet : outlets_) {
+        if (outlet->recorded()) continue;
         report << outlet->name() << ": " << countsOf(outlet->device()) << outlet->remark() << "\n";
     }
     if (child_ && status != 0) report << "The command ended with status " << status << ".\n";
     if (image_ && !reportMemories(report) && options_.verifies) status = kMemoryDiffers;
+    if (!reportReplays(report)) status = kDeparted;
     report.flush();
     return status;
 }

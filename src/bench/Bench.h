@@ -35,9 +35,12 @@ public:
     int run(std::ostream& report);
 
     static constexpr int kMemoryDiffers = 10;
+    static constexpr int kDeparted = 11;
 
 private:
-    void plugIn(const DeviceSpec& spec);
+    void plugIn(const DeviceSpec& spec, std::unique_ptr<models::ReplayThen> recorded = nullptr);
+    void replay();
+    bool reportReplays(std::ostream& report) const;
     void writePorts() const;
     void writeReadyFile() const;
     void recordTo(const std::string& path);

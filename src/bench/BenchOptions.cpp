@@ -96,6 +96,13 @@ BenchOptions benchOptions(const std::vector<std::string>& all) {
             options.devices.push_back(deviceSpec(arguments.value()));
         } else if (name == "--setting") {
             options.settings.push_back(settingOf(arguments.value()));
+        } else if (name == "--replay") {
+            options.replay = arguments.value();
+        } else if (name == "--fast") {
+            options.isFast = true;
+        } else if (name == "--then") {
+            const auto model = arguments.value();
+            options.then = deviceSpec(model.find('=') == std::string::npos ? "kind=" + model : model).device;
         } else if (name == "--image") {
             options.image = arguments.value();
         } else if (name == "--verify") {
@@ -110,7 +117,10 @@ BenchOptions benchOptions(const std::vector<std::string>& all) {
             throw std::invalid_argument("unknown option \"" + name + "\"");
         }
     }
-    if (options.devices.empty()) throw std::invalid_argument("no --device");
+    if (options.replay.empty() && (options.isFast || options.then))
+        throw std::invalid_argument("--fast and --then need a --replay");
+    if (options.replay.empty() == options.devices.empty())
+        throw std::invalid_argument(options.replay.empty() ? "no --device" : "--replay does not go with --device");
     if (options.verifies && options.image.empty()) throw std::invalid_argument("--verify needs an --image");
     givePorts(options.devices);
     numberReaders(options.devices);
@@ -125,6 +135,11 @@ std::string benchHelp() {
            "are the only ones, and its exit status is passed on; without one the bench runs until SIGINT or SIGTERM.\n"
            "\n"
            "  --config-dir DIR           where to write that configuration (default: a temporary folder)\n"
+           "  --replay FILE              instead of --device: answers as the device in a report or recording did, and "
+           "says\n"
+           "                             where the command departs from what was sent then (exit status 11)\n"
+           "  --fast                     answers without the recorded delays\n"
+           "  --then MODEL               goes on there as that kind of device, or a SPEC; else it says no more\n"
            "  --setting SECTION/KEY=VALUE  a line of the settings file; may be given again\n"
            "  --image FILE               an Intel HEX file; at the end each device's memory is compared with it\n"
            "  --verify                   a memory that differs, or none programmed, is exit status 10\n"

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -11,7 +12,10 @@ namespace corvane::bench {
 /// What the command line asks for. Paths are the system's bytes; an empty one is not wanted.
 struct BenchOptions {
     std::string configFolder;
-    std::vector<DeviceSpec> devices;  ///< each with a number of its own among its kind
+    std::string replay;                         ///< a report or a recording whose device is to answer
+    bool isFast = false;                        ///< without the recorded delays
+    std::optional<models::DeviceOptions> then;  ///< how it goes on where the program departs
+    std::vector<DeviceSpec> devices;            ///< each with a number of its own among its kind
     std::vector<Setting> settings;
     std::string image;
     bool verifies = false;

@@ -1,17 +1,23 @@
 #pragma once
 
+#include <memory>
 #include <string>
 
 #include "bench/DeviceSpec.h"
 #include "models/PacedLine.h"
+#include "models/Replay.h"
 
 namespace corvane::bench {
 
 /// One simulated device, the wire to it, and the place where programs find it.
 class Outlet {
 public:
-    explicit Outlet(DeviceSpec spec)
-        : spec_(std::move(spec)), device_(spec_.device), line_(device_, spec_.device.baud) {}
+    /// A recorded device stands in for the simulated one, when there is one; its answers bring the line's time along.
+    explicit Outlet(DeviceSpec spec, std::unique_ptr<models::ReplayThen> recorded = nullptr)
+        : spec_(std::move(spec)),
+          device_(spec_.device),
+          line_(device_, spec_.device.baud),
+          recorded_(std::move(recorded)) {}
     virtual ~Outlet() = default;
     Outlet(const Outlet&) = delete;
     Outlet& operator=(const Outlet&) = delete;
@@ -32,10 +38,19 @@ public:
     models::PacedLine& line() { return line_; }
     const models::PacedLine& line() const { return line_; }
 
+    /// The recorded device; null when this is a simulated one.
+    const models::ReplayThen* recorded() const { return recorded_.get(); }
+
+protected:
+    /// What the host's end leads to.
+    models::Peer& wire() { return recorded_ ? static_cast<models::Peer&>(*recorded_) : line_; }
+    const models::Peer& wire() const { return recorded_ ? static_cast<const models::Peer&>(*recorded_) : line_; }
+
 private:
     DeviceSpec spec_;
     models::Device device_;
     models::PacedLine line_;
+    std::unique_ptr<models::ReplayThen> recorded_;
 };
 
 }  // namespace corvane::bench

@@ -2,11 +2,12 @@
 
 namespace corvane::bench {
 
-ReaderStation::ReaderStation(Loop& loop, ReaderSocket& socket, DeviceSpec spec)
-    : Outlet(std::move(spec)),
+ReaderStation::ReaderStation(Loop& loop, ReaderSocket& socket, DeviceSpec spec,
+                             std::unique_ptr<models::ReplayThen> recorded)
+    : Outlet(std::move(spec), std::move(recorded)),
       loop_(loop),
       socket_(socket),
-      reader_(line(), Outlet::spec().reader),
+      reader_(wire(), Outlet::spec().reader),
       path_(socket.add(reader_)) {
     loop_.add(*this);
 }

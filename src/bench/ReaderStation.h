@@ -10,7 +10,8 @@ namespace corvane::bench {
 /// not listed. Loop and socket must live longer.
 class ReaderStation : public Outlet, public Timed {
 public:
-    ReaderStation(Loop& loop, ReaderSocket& socket, DeviceSpec spec);
+    ReaderStation(Loop& loop, ReaderSocket& socket, DeviceSpec spec,
+                  std::unique_ptr<models::ReplayThen> recorded = nullptr);
     ~ReaderStation() override;
 
     std::string path() const override { return device().isPlugged() ? path_ : ""; }

@@ -2,8 +2,9 @@
 
 namespace corvane::bench {
 
-Station::Station(Loop& loop, OpenWatch& watch, DeviceSpec spec, std::function<void()> portsChanged)
-    : Outlet(std::move(spec)), loop_(loop), watch_(watch), portsChanged_(std::move(portsChanged)) {
+Station::Station(Loop& loop, OpenWatch& watch, DeviceSpec spec, std::function<void()> portsChanged,
+                 std::unique_ptr<models::ReplayThen> recorded)
+    : Outlet(std::move(spec), std::move(recorded)), loop_(loop), watch_(watch), portsChanged_(std::move(portsChanged)) {
     plugIn();
     loop_.add(*this);
 }
@@ -27,13 +28,13 @@ void Station::hear() {
     watch_.take();
     const Bytes bytes = pty_->read();
     const Micros now = loop_.now();
-    line().hear(now - pty_->carryingTime(), bytes, pty_->hostRate());
+    wire().hear(now - pty_->carryingTime(), bytes, pty_->hostRate());
     checkPlug(now);
 }
 
 std::optional<Micros> Station::nextAt() const {
     if (!pty_) return comesBackAt_;
-    const auto next = line().nextAt();
+    const auto next = wire().nextAt();
     return next ? std::optional(*next - pty_->carryingTime()) : std::nullopt;
 }
 
@@ -47,13 +48,13 @@ void Station::act(Micros now) {
     }
     // The pseudo-terminal takes a moment to carry a byte, so what the host is to have now was to be written a little
     // earlier.
-    pty_->write(line().speak(now + pty_->carryingTime()));
-    line().hear(now, {}, pty_->hostRate());
+    pty_->write(wire().speak(now + pty_->carryingTime()));
+    wire().hear(now, {}, pty_->hostRate());
     checkPlug(now);
 }
 
 void Station::checkPlug(Micros now) {
-    if (line().isPlugged()) return;
+    if (wire().isPlugged()) return;
     loop_.unwatch(pty_->descriptor());
     watch_.unwatch(watchNumber_);
     // Told first: a program that notices the end of its port finds it gone from the list too.

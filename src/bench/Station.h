@@ -15,7 +15,8 @@ namespace corvane::bench {
 class Station : public Outlet, public Timed {
 public:
     /// portsChanged is called after the device was unplugged or has come back.
-    Station(Loop& loop, OpenWatch& watch, DeviceSpec spec, std::function<void()> portsChanged);
+    Station(Loop& loop, OpenWatch& watch, DeviceSpec spec, std::function<void()> portsChanged,
+            std::unique_ptr<models::ReplayThen> recorded = nullptr);
     ~Station() override;
 
     /// The slave's path.

@@ -1,7 +1,7 @@
 #include "models/Replay.h"
 
 #include <algorithm>
-#include <map>
+#include <cstdlib>
 
 namespace corvane::models {
 namespace {
@@ -55,17 +55,6 @@ Replay::Replay(const std::vector<RecordedEvent>& events, const std::string& port
     }
     heardAt_.reserve(expected_.size());
     std::stable_sort(steps_.begin(), steps_.end(), [](const Step& a, const Step& b) { return a.at < b.at; });
-}
-
-std::string Replay::portOf(const std::vector<RecordedEvent>& events) {
-    std::map<std::string, std::size_t> heard;
-    std::string best;
-    for (const auto& event : events) {
-        if (event.what != "got" && event.what != "sent") continue;
-        heard[event.where] += event.what == "got" ? 1000 * event.bytes.size() : 1;  // where somebody answers
-        if (best.empty() || heard[event.where] > heard[best]) best = event.where;
-    }
-    return best;
 }
 
 /// A frame of any content: its fourth byte says how many follow that and precede the CRC. True when the byte is one of
@@ -131,6 +120,23 @@ Bytes Replay::speak(Micros now) {
         said.insert(said.end(), step.bytes.begin(), step.bytes.end());
     }
     return said;
+}
+
+void ReplayThen::hear(Micros now, const Bytes& bytes, std::uint32_t hostRate) {
+    replay_.hear(now, bytes, hostRate);
+    if (!device_) return;
+    device_->hear(now, bytes, hostRate);
+    if (!goesOn()) device_->speak(now);  // the recorded one has said it
+}
+
+std::optional<Micros> ReplayThen::nextAt() const {
+    const auto next = replay_.nextAt(), then = device_ ? device_->nextAt() : std::nullopt;
+    return next && then ? std::min(next, then) : next ? next : then;
+}
+
+Bytes ReplayThen::speak(Micros now) {
+    const auto then = device_ ? device_->speak(now) : Bytes();
+    return goesOn() ? then : replay_.speak(now);
 }
 
 }  // namespace corvane::models

@@ -4,7 +4,7 @@
 #include <string>
 #include <vector>
 
-#include "models/Peer.h"
+#include "models/Device.h"
 #include "recording/Recording.h"
 
 namespace corvane::models {
@@ -34,14 +34,12 @@ public:
     Bytes speak(Micros now) override;
     bool isPlugged() const override { return isPlugged_; }
 
+    /// Where the program departed; nothing as long as it did not.
     const std::optional<Departure>& departure() const { return departure_; }
 
     /// Bytes that were sent then and have not come now, and the other way round what has come.
     std::size_t missing() const { return expected_.size() - heard_; }
     std::size_t heard() const { return heard_; }
-
-    /// The port that a recording is mostly about; empty when there is none.
-    static std::string portOf(const std::vector<RecordedEvent>& events);
 
 private:
     struct Step {
@@ -67,6 +65,28 @@ private:
     Bytes latest_;  ///< what came last, for people
     bool isPlugged_ = true;
     std::optional<Departure> departure_;
+};
+
+/// A replay that goes on as a device of that kind where the program departs. The device hears everything from the
+/// start, so that it stands where the recorded one stood; without one the rest is silence.
+class ReplayThen : public Peer {
+public:
+    ReplayThen(Replay replay, const std::optional<DeviceOptions>& then) : replay_(std::move(replay)) {
+        if (then) device_.emplace(*then);
+    }
+
+    void hear(Micros now, const Bytes& bytes, std::uint32_t hostRate) override;
+    std::optional<Micros> nextAt() const override;
+    Bytes speak(Micros now) override;
+    bool isPlugged() const override { return goesOn() ? device_->isPlugged() : replay_.isPlugged(); }
+
+    const Replay& replay() const { return replay_; }
+
+private:
+    bool goesOn() const { return device_ && replay_.departure(); }
+
+    Replay replay_;
+    std::optional<Device> device_;
 };
 
 }  // namespace corvane::models

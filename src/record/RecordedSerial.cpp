@@ -101,13 +101,13 @@ void RecordedSerial::InBufferCount(std::int32_t count) {
 
 void RecordedSerial::Output(const Variant& data) {
     unsent_ = -1;
-    tape_.sent(where(), bytesOf(data));
     try {
         control_.Output(data);
     } catch (const RuntimeError& error) {
         note("error", "send: " + error.description());
         throw;
     }
+    tape_.sent(where(), bytesOf(data));
 }
 
 std::int32_t RecordedSerial::OutBufferCount() {

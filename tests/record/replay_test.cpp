@@ -110,7 +110,8 @@ TEST(Replay, ARunWithAnyFaultEndsInTheSameWay) {
     };
     int equal = 0;
     for (const auto kind : {models::Kind::tarnPlus, models::Kind::tarn}) {
-        for (const auto* password : {"", "quill", "marten"}) {
+        for (const auto* password : {"", "quill"}) {
+            if (kind == models::Kind::tarn && *password) continue;  // that kind knows no login
             for (const auto& fault : faults) {
                 models::DeviceOptions options;
                 options.kind = kind;
