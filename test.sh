@@ -5,6 +5,7 @@
 #   ./test.sh              all tests
 #   ./test.sh NAME...      only those whose names match one of these expressions
 #   ./test.sh --coverage   all tests, built with counters instead; prints line and branch coverage of the core folders
+#   ./test.sh --record     makes the recordings of tests/recordings anew, for a change of the dialogue that is meant
 #   ./test.sh --tidy       clang-tidy over the sources
 set -eu
 cd "$(dirname "$0")"
@@ -21,6 +22,12 @@ case ${1:-} in
     ctest --preset coverage -j "$(nproc)"
     gcovr --root . --print-summary --exclude-throw-branches --exclude-unreachable-branches \
         --filter 'src/(ports|protocol|hid|ftp|app)/' build/coverage
+    ;;
+--record)
+    cmake --preset test >/dev/null
+    cmake --build --preset test --target test_record
+    CORVANE_RECORD=1 build/test/bin/test_record --gtest_brief=1 --gtest_filter='Replay.TheKept*'
+    git --no-pager diff --stat tests/recordings
     ;;
 --tidy)
     need clang-tidy

@@ -1,5 +1,7 @@
 #include "models/Replay.h"
 
+#include <cstdlib>
+#include <fstream>
 #include <gtest/gtest.h>
 
 #include "support/Program.h"
@@ -124,6 +126,52 @@ TEST(Replay, ARunWithAnyFaultEndsInTheSameWay) {
         }
     }
     RecordProperty("equal", equal);
+}
+
+/// Runs that were recorded earlier: the program must still do the same. CORVANE_RECORD in the environment makes the
+/// recordings anew, for a change of the dialogue that is meant.
+TEST(Replay, TheKeptRecordingsAreStillRight) {
+    using models::Kind;
+    const struct {
+        const char* name;
+        Kind kind;
+        const char *password, *fault;
+    } rows[] = {
+        {"plain", Kind::tarnPlus, "", ""},
+        {"password", Kind::tarnPlus, "quill", ""},
+        {"tarn", Kind::tarn, "", ""},
+        {"nak", Kind::tarnPlus, "", "nak@2"},
+        {"nak-always", Kind::tarnPlus, "", "nak@2x*"},
+        {"mute", Kind::tarnPlus, "", "mute@2"},
+        {"doubled-answer", Kind::tarnPlus, "", "repeat@9"},
+        {"late-answer", Kind::tarn, "", "delay@9=700"},
+        {"erase-refused", Kind::tarnPlus, "", "erase-nakx*"},
+        {"switch-refused", Kind::tarnPlus, "", "refuse@1f=07"},
+        {"unplugged", Kind::tarnPlus, "", "unplug@2"},
+        {"noise", Kind::tarnPlus, "", "noise=fe80"},
+    };
+    for (const auto& row : rows) {
+        SCOPED_TRACE(row.name);
+        const auto path = std::string(CORVANE_RECORDINGS) + "/" + row.name + ".txt";
+        fakes::AppBench bench;
+        if (std::getenv("CORVANE_RECORD")) {
+            models::DeviceOptions options;
+            options.kind = row.kind;
+            if (*row.password) options.password = row.password;
+            if (*row.fault) options.faults.add(row.fault);
+            models::Device device(options);
+            std::ofstream(path, std::ios::binary) << runOver(bench, device).recording;
+            continue;
+        }
+        const auto then = readFile(path);
+        Replay replay(eventsOf(then), "COM1", Replay::Timing::absolute);
+        const auto now = runOver(bench, replay).recording;
+        Lines before(then), after(now);
+        std::string_view a, b;
+        while (before.next(a) && after.next(b) && a == b) continue;
+        EXPECT_EQ(a, b);
+        EXPECT_EQ(then.size(), now.size());
+    }
 }
 
 }  // namespace
