@@ -36,7 +36,7 @@ Replay::Replay(const std::vector<RecordedEvent>& events, const std::string& port
             for (const char c : event.bytes) expected_.push_back(static_cast<std::uint8_t>(c));
         } else if (event.what == "seen") {
             const auto blank = std::min(event.bytes.find(' '), event.bytes.size());
-            sightings.emplace_back(std::strtoll(event.bytes.c_str(), nullptr, 10),
+            sightings.emplace_back(std::clamp<Micros>(std::strtoll(event.bytes.c_str(), nullptr, 10), 0, event.at),
                                    std::strtoul(event.bytes.c_str() + blank, nullptr, 10));
         } else if (event.what == "got" || event.what == "dropped") {
             said = 0;

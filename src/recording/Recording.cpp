@@ -11,6 +11,7 @@ namespace {
 
 constexpr char kHead[] = "corvane-recording 1";
 constexpr std::size_t kChunk = 65536;
+constexpr std::int64_t kLongest = 1000000000000000;  // microseconds, some thirty years
 
 std::optional<std::string> unescaped(std::string_view text) {
     std::string bytes;
@@ -32,7 +33,8 @@ std::optional<RecordedEvent> eventOf(std::string_view line) {
     RecordedEvent event;
     const auto* end = line.data() + line.size();
     const auto [after, error] = std::from_chars(line.data(), end, event.at);
-    if (error != std::errc() || event.at < 0 || after == end || *after != ' ') return std::nullopt;
+    if (error != std::errc() || event.at < 0 || event.at > kLongest || after == end || *after != ' ')
+        return std::nullopt;
     auto rest = line.substr(static_cast<std::size_t>(after - line.data()) + 1);
     for (auto* word : {&event.what, &event.where}) {
         const auto blank = std::min(rest.find(' '), rest.size());
