@@ -92,8 +92,11 @@ bool DeviceLogin::waitForPrompt(std::string& collected, clsTimeout& whole) {
     silence.Timeout(kPromptSilence);
     while (!silence.IsTimeout() && !whole.IsTimeout() && !session_.cancel.isRequested()) {
         if (session_.comm->InBufferCount() >= 1) {
-            collected += textOf(session_.takeInput());
-            if (holdsPrompt(collected)) return true;
+            const auto bytes = session_.takeInput();
+            collected += textOf(bytes);
+            const bool isPrompt = holdsPrompt(collected);
+            session_.noteStrays(bytes, isPrompt ? static_cast<int>(kPromptLength) : 0);
+            if (isPrompt) return true;
             collected.erase(0, collected.size() - std::min(collected.size(), kPromptLength - 1));
             silence.Reset();
         } else if (!session_.comm->PortOpen()) {

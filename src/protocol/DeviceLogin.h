@@ -21,7 +21,6 @@ public:
     [[nodiscard]] bool GetVersion(std::string& szVersion, std::int32_t timeout = 3000);
 
     /// Whether an answer of a boot loader's has come in while the version was asked for.
-    bool takeStrayAck() { return query_.takeStrayAck(); }
 
     /// True when a boot loader answers a carriage return with its prompt.
     [[nodiscard]] bool DetectPrompt();

@@ -26,7 +26,6 @@ bool DeviceQuery::exchange(const Bytes& frame, std::int32_t timeout, Variant& re
     clsTimeout whole(session_.runtime);
     silence.Timeout(timeout);
     whole.Timeout(timeout + kLongestReplyOverrun);
-    if (session_.comm->InBufferCount() > 0) noteStrays(session_.takeInput());
     session_.discardInput();  // what comes before the question is no answer to it
     if (session_.cancel.isRequested() || !session_.send(frame)) return false;
     ReplyFrame received;
@@ -39,20 +38,14 @@ bool DeviceQuery::exchange(const Bytes& frame, std::int32_t timeout, Variant& re
             continue;
         }
         const auto bytes = session_.takeInput();
-        if (!received.isBegun()) noteStrays(bytes);
+        if (!received.isBegun())
+            session_.noteStrays({bytes.begin(), std::find(bytes.begin(), bytes.end(), ReplyFrame::kStart)});
         if (!received.take(bytes)) silence.Reset();
     }
     answered_ = received.isCrcRight();
     if (!answered_) return false;
     convertReply(received.data(), reply);
     return received.isAccepted();
-}
-
-/// Looks for an ACK in what stands before a reply, if there is one.
-void DeviceQuery::noteStrays(const Bytes& bytes) {
-    constexpr std::uint8_t kAck = 6;
-    const auto reply = std::find(bytes.begin(), bytes.end(), ReplyFrame::kStart);
-    strayAck_ = strayAck_ || std::find(bytes.begin(), reply, kAck) != reply;
 }
 
 }  // namespace corvane

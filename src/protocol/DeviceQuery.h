@@ -1,7 +1,5 @@
 #pragma once
 
-#include <utility>
-
 #include "protocol/DeviceSession.h"
 
 namespace corvane {
@@ -24,18 +22,11 @@ public:
     /// Whether the last query got a sound reply, accepted or refused.
     bool wasAnswered() const { return answered_; }
 
-    /// Whether an ACK outside of any reply has come in since the last call: an answer of the boot loader's, to
-    /// something before.
-    bool takeStrayAck() { return std::exchange(strayAck_, false); }
-
 private:
     [[nodiscard]] bool exchange(const Bytes& frame, std::int32_t timeout, Variant& reply);
 
     DeviceSession& session_;
-    void noteStrays(const Bytes& bytes);
-
     bool answered_ = false;
-    bool strayAck_ = false;
 };
 
 }  // namespace corvane

@@ -53,9 +53,6 @@ public:
     /// Changes the line's settings, unless they are those already; false on a port that was lost.
     [[nodiscard]] bool setSettings(const std::string& settings);
 
-    /// Whether an answer of a boot loader's has come in meanwhile.
-    bool takeStrayAck() { return login_.takeStrayAck(); }
-
     /// Leaves every port but this one out of the scans; empty for all of them.
     void onlyPort(const std::string& name) { onlyPort_ = name; }
     const std::string& onlyPort() const { return onlyPort_; }

@@ -16,6 +16,12 @@ namespace corvane {
 
 /// What the operations of one dialogue with a device share. It owns none of what it refers to; the port is never null.
 struct DeviceSession {
+    /// What came in outside of any reply: the boot loader's answers to something before.
+    struct Strays {
+        bool hasAck = false;
+        int bytes = 0;  ///< without NAK, since what is refused does nothing, and without the ends of lines
+    };
+
     DeviceSession(Runtime& theRuntime, Log& theLog, clsIMScomm& port, Cancel& theCancel)
         : runtime(theRuntime), log(theLog), cancel(theCancel), comm(&port) {}
 
@@ -35,6 +41,7 @@ struct DeviceSession {
     std::int32_t ispBaudRate = -1;  ///< the boot loader's rate; 0 keeps the settings, -1 tries 115200 too
     std::string receivedLine;       ///< what wait_comm collected
     std::string rememberedPort;     ///< where the next scan starts
+    Strays strays;                  ///< since whoever asks set this back
     bool hasHeard = false;          ///< something has come in since whoever asks set this back
     bool loggedIn = false;          ///< the device has accepted a password
     std::int16_t busyDepth = 0;     ///< runs and queries in progress
@@ -59,10 +66,19 @@ struct DeviceSession {
         return bytes;
     }
 
+    /// Notes bytes that are no part of a reply; so many of them were due.
+    void noteStrays(const Bytes& bytes, int due = 0) {
+        for (const auto byte : bytes) {
+            strays.hasAck = strays.hasAck || byte == 6;
+            if (byte != 21 && byte != '\r' && byte != '\n') ++strays.bytes;
+        }
+        strays.bytes -= due;
+    }
+
     /// Drops what has come in and was not read.
     void discardInput() {
-        hasHeard = hasHeard || comm->InBufferCount() > 0;
         try {
+            if (comm->InBufferCount() > 0) noteStrays(takeInput());
             comm->InBufferCount(0);
         } catch (const RuntimeError&) {
             // A lost port holds nothing.

@@ -9,22 +9,30 @@ RestartProof::Found RestartProof::find(const DeviceScanner::Way& way, std::strin
     constexpr int kRestarts = 2;
     const auto port = session_.comm->CommPort();
     const auto bootSettings = session_.comm->Settings();
-    LineReader(session_).waiting();  // a boot loader may acknowledge the restart
-    scanner_.takeStrayAck();
-    bool isInStep = true;
+    auto& strays = session_.strays = {};
     clsTimeout whole(session_.runtime);
     whole.Timeout(kLongest);
     int restarts = 0;
+    bool isInStep = true;
+    const auto restartAgain = [&] {
+        // It was not heard, and what came instead of it may be the answer to a record, damaged perhaps.
+        isInStep = isInStep && (strays.bytes == 0 || strays.bytes >= kShortestText);
+        ++restarts;
+        isp_.restartAgain();
+        session_.runtime.Sleep(300);
+        strays.bytes = LineReader(session_).waiting().accepted;  // a boot loader may acknowledge it
+    };
+    const auto first = LineReader(session_).waiting();
+    strays.bytes = first.accepted;
+    // Who refuses the restart did not understand it, and still writes whatever record comes late.
+    if (first.refused > 0) restartAgain();
     for (auto time = kFirstQuestion; !whole.IsTimeout(); time = std::min(2 * time, kLastQuestion)) {
         if (!isReachable(port, bootSettings)) continue;
         const bool runs = scanner_.askVersion(way, time, version);
-        isInStep = isInStep && !scanner_.takeStrayAck();
-        if (runs) return isInStep ? Found::runs : Found::outOfStep;
+        if (runs) return isInStep && !strays.hasAck ? Found::runs : Found::outOfStep;
         if (!isReachable(port, bootSettings) || !scanner_.setSettings(bootSettings) || !isp_.isPrompting()) continue;
-        if (restarts++ == kRestarts) return Found::waits;
-        isp_.restartAgain();
-        session_.runtime.Sleep(300);
-        LineReader(session_).waiting();
+        if (restarts == kRestarts) return Found::waits;
+        restartAgain();
     }
     return Found::silent;
 }
