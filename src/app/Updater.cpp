@@ -11,27 +11,29 @@ Updater::Updater(const Platform& platform, const Face& face)
     : recorder_(platform, face),
       platform_(recorder_.platform()),
       face_(recorder_.face()),
+      answers_(face_.prompts, face_.password),
       vellIO_(platform_.runtime, platform_.modules, platform_.hidLibrary, cancel_),
       serialPort_(platform_.ports),
       reader_(vellIO_, platform_),
       session_(platform_.runtime, face_.log, serialPort_, cancel_),
       ports_(session_, serialPort_, hidPort_, reader_),
-      scanner_(session_, serialPort_, hidPort_, face_.password, face_.panel),
-      isp_(session_, face_.password),
+      scanner_(session_, serialPort_, hidPort_, answers_, face_.panel),
+      isp_(session_, answers_),
       programmer_(session_, face_.progress, platform_.digest),
       inf_(platform_.folder),
       ftp_(platform_.reader, platform_.runtime),
       site_({ftp_, platform_.reader, platform_.runtime, choices, platform_.settings, platform_.folder, face_.log,
              face_.progress}),
       references_(site_, choices, platform_.settings, platform_.folder, platform_.launcher),
-      selfUpdate_(inf_, platform_.folder, site_, face_.prompts, platform_.launcher, platform_.digest),
-      selection_(choices, platform_.folder, inf_, platform_.settings, face_.prompts, face_.log),
+      selfUpdate_(inf_, platform_.folder, site_, answers_, platform_.launcher, platform_.digest),
+      selection_(choices, platform_.folder, inf_, platform_.settings, answers_, face_.log),
       journal_(platform_.folder, platform_.files, platform_.processes),
       jobs_(platform_.folder, platform_.files),
       online_(site_, selfUpdate_, inf_, {platform_.launcher, platform_.hidLibrary}, face_.log, face_.view),
       installation_(session_, {scanner_, isp_, programmer_}, journal_, platform_.inhibitor, face_.view),
       run_({choices, session_, ports_, scanner_, site_, online_, selection_, inf_, platform_.folder, platform_.digest,
-            installation_, face_.prompts, face_.view}),
+            installation_, answers_, face_.view}),
+      series_(session_, ports_, scanner_, isp_, face_.view),
       advisor_(platform_.serial, platform_.ports, platform_.inspector),
       portList_(platform_.ports, platform_.inspector, vellIO_),
       reports_({platform_, choices, inf_, recorder_.tape}) {
@@ -51,6 +53,15 @@ Updater::Updater(const Platform& platform, const Face& face)
     };
     vellIO_.ReadProperties(true, {});
     hidPort_.Attach(&vellIO_, &commEvent_);
+}
+
+Outcome Updater::start(bool force, bool keepsAnswers) {
+    answers_.begin(keepsAnswers);
+    const auto kept = scanner_.onlyPort();
+    if (const auto port = series_.takePort(); !port.empty()) scanner_.onlyPort(port);
+    auto outcome = run_.run(force);
+    scanner_.onlyPort(kept);
+    return outcome;
 }
 
 Verdict Updater::conclude(Outcome outcome) {

@@ -9,6 +9,8 @@
 #include "ports/clsVellComm.h"
 #include "record/Recorder.h"
 #include "run/JobRecord.h"
+#include "run/RememberedAnswers.h"
+#include "run/Series.h"
 #include "run/UpdateRun.h"
 #include "run/Verdict.h"
 #include "site/References.h"
@@ -29,7 +31,12 @@ public:
     /// A HID reader was plugged in or out; a text to show, in UTF-8.
     std::function<void(const std::string& text, bool isPluggedIn)> onReader;
 
+    /// A run. With the answers that the operator gave to the one before nobody is asked the same once more; the device
+    /// that a series has waited for is looked for where it was seen.
+    Outcome start(bool force, bool keepsAnswers = false);
+
     UpdateRun& run() { return run_; }
+    Series& series() { return series_; }
     DeviceScanner& scanner() { return scanner_; }
     DeviceSession& session() { return session_; }
     SiteAccess& site() { return site_; }
@@ -80,6 +87,7 @@ private:
     Recorder recorder_;
     Platform platform_;
     Face face_;
+    RememberedAnswers answers_;
     Cancel cancel_;
     VellIO vellIO_;
     clsMSCommEvent commEvent_;
@@ -102,6 +110,7 @@ private:
     OnlinePart online_;
     Installation installation_;
     UpdateRun run_;
+    Series series_;
     PortAdvisor advisor_;
     PortList portList_;
     ReportMaker reports_;

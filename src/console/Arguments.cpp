@@ -41,6 +41,7 @@ const std::vector<Option>& options() {
         {"--accept-unsound", {Command::update}, flag(&Arguments::acceptUnsound), nullptr},
         {"--verify", {Command::update}, flag(&Arguments::verify), nullptr},
         {"--no-verify", {Command::update}, flag(&Arguments::noVerify), nullptr},
+        {"--repeat", {Command::update}, flag(&Arguments::repeat), nullptr},
         {"--write-sha256", {Command::checkSite}, flag(&Arguments::writeDigests), nullptr},
         {"--self-update", {Command::update}, flag(&Arguments::selfUpdate), nullptr},
         {"--json",
@@ -122,6 +123,10 @@ bool settleMode(Arguments& arguments, std::string& problem) {
         problem = "--verify does not go with --no-verify";
         return false;
     }
+    if (arguments.repeat && !arguments.yes) {
+        problem = "--repeat needs --yes: from the second device on nobody is asked";
+        return false;
+    }
     if (offLine || onLine) arguments.offLine = offLine;
     return true;
 }
@@ -167,10 +172,11 @@ std::string usageText() {
 
   update [--offline|--online] [--file IMAGE.hex] [--server HOST[:PORT]] [--user NAME]
          [--select SECTION] [--force] [--yes] [--accept-unsound] [--self-update]
-         [--port COMn] [--verify|--no-verify] [--log FILE] [--record FILE] [--report FILE]
-         [--report-on-failure FOLDER] [--json]
+         [--port COMn] [--verify|--no-verify] [--repeat] [--log FILE] [--record FILE]
+         [--report FILE] [--report-on-failure FOLDER] [--json]
                                           updates the attached device, and asks it afterwards whether
-                                          it runs; with --verify it must say the image's version
+                                          it runs; with --verify it must say the image's version;
+                                          with --repeat the next one that is connected follows
   scan [--force] [--json]                 finds the device, prints its port and version
   ports [--json]                          lists serial and HID ports
   images [--offline] [--json]             lists what firmware.inf offers

@@ -34,6 +34,7 @@ struct Arguments {
     bool writeDigests = false;
     bool bytes = false;
     bool timing = false;
+    bool repeat = false;
 };
 
 /// Reads the words behind the program's name. Nothing when they are wrong, with a sentence about it in problem.

@@ -53,6 +53,14 @@ void ConsoleFace::progress(std::int64_t value, std::int64_t maximum) {
     err_.write("\0337 " + std::to_string(percent) + " %\033[K\0338");
 }
 
+void ConsoleFace::phase(RunPhase phase) {
+    if (phase != RunPhase::removal && phase != RunPhase::nextDevice) return;
+    const bool isRemoval = phase == RunPhase::removal;
+    printer_.waiting(isRemoval ? "removal" : "device");
+    say(isRemoval ? "Take the device off and connect the next one; an interrupt (Ctrl-C) ends the series."
+                  : "Waiting for the next device.");
+}
+
 void ConsoleFace::showPorts(const std::vector<std::string>& names) {
     if (!beforeScan) return;
     for (const auto& line : beforeScan(names)) say(line);

@@ -48,7 +48,7 @@ public:
     void chooseFirmware(FirmwareDialog& dialog) override;
     void running(bool) override {}
     void cancellable(bool) override {}
-    void phase(RunPhase) override {}
+    void phase(RunPhase phase) override;
     void links(const std::vector<ReferenceLink>&) override {}
     void advice(const std::string& text) override { say(text); }
 

@@ -50,6 +50,10 @@ void LogPrinter::verdict(const Verdict& verdict) {
     out_.write("{\"event\":\"verdict\"," + verdictJson(verdict).substr(1) + "\n");
 }
 
+void LogPrinter::waiting(const char* what) {
+    if (json_) out_.write(std::string("{\"event\":\"waiting\",\"for\":\"") + what + "\"}\n");
+}
+
 void LogPrinter::result(int code) {
     if (json_) out_.write("{\"event\":\"result\",\"code\":" + std::to_string(code) + "}\n");
 }

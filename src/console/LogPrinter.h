@@ -35,6 +35,9 @@ public:
     void text(std::string_view logged);
     void clear();
     void progress(std::int64_t value, std::int64_t maximum);
+
+    /// Between two devices: for the "removal" of one, or for the next "device".
+    void waiting(const char* what);
     void verdict(const Verdict& verdict);
     void result(int code);
 

@@ -10,6 +10,7 @@ namespace {
 /// What a signal does: Cancel while that is possible; a device that is being programmed must be finished first.
 void interruptRun(CommandScope& scope) {
     auto& run = scope.updater.run();
+    scope.updater.series().end();
     if (run.isRunning() && !run.isCancellable() && !scope.face.isAskingAboutHarm()) {
         scope.face.say("The device is being programmed and cannot be left like this; the run goes on to its end.");
         return;
@@ -107,13 +108,19 @@ int perform(CommandScope& scope, const Arguments& arguments) {
     for (const auto& left : scope.updater.journal().left()) scope.face.say(left.text());
     if (arguments.verify) scope.updater.choices.promise = Promise::version;
     if (arguments.noVerify) scope.updater.choices.promise = Promise::programmed;
-    const auto outcome = scope.updater.run().run(arguments.force);
-    const auto verdict = scope.updater.conclude(outcome);
-    for (const auto& line : verdictLines(verdict)) scope.face.say(line);
-    scope.printer.verdict(verdict);
-    const int code = exitStatus(outcome);
-    saveReports(scope, arguments, code);
-    return code;
+    scope.updater.series().begin();
+    for (bool isFirst = true;; isFirst = false) {
+        const auto outcome = scope.updater.start(arguments.force, !isFirst);
+        const auto verdict = scope.updater.conclude(outcome);
+        for (const auto& line : verdictLines(verdict)) scope.face.say(line);
+        scope.printer.verdict(verdict);
+        const int code = exitStatus(outcome);
+        saveReports(scope, arguments, code);
+        if (arguments.repeat && scope.updater.series().next(outcome)) continue;
+        if (arguments.repeat)
+            scope.face.say("Devices updated: " + std::to_string(scope.updater.jobs().updatedDevices()) + ".");
+        return code;
+    }
 }
 
 }  // namespace

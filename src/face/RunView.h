@@ -18,6 +18,9 @@ enum class RunPhase {
     program,
     reset,
     proof,  ///< the device is asked whether it runs
+    // Between two devices of a series.
+    removal,     ///< the one that was updated is to be taken off
+    nextDevice,  ///< the next one is waited for
 };
 
 /// A reference link; the index counts from 1, the title is Windows-1252.

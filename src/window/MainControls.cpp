@@ -1,5 +1,6 @@
 #include "window/MainControls.h"
 
+#include <QCheckBox>
 #include <QLabel>
 #include <QLineEdit>
 #include <QMenu>
@@ -74,9 +75,9 @@ MainControls::MainControls(QMainWindow& window) {
     auto* layout = new QVBoxLayout(inner);
     layout->setContentsMargins(2 * kGrid, kGrid, 2 * kGrid, kGrid);
     layout->setSpacing(kGrid);
-    for (QWidget* part :
-         {static_cast<QWidget*>(labRehearsal), static_cast<QWidget*>(picLink), static_cast<QWidget*>(labDevice),
-          static_cast<QWidget*>(card), choices, devices, references, static_cast<QWidget*>(cmdDetails)})
+    for (QWidget* part : {static_cast<QWidget*>(labRehearsal), static_cast<QWidget*>(picLink),
+                          static_cast<QWidget*>(labDevice), static_cast<QWidget*>(card), choices,
+                          static_cast<QWidget*>(chkSeries), devices, references, static_cast<QWidget*>(cmdDetails)})
         layout->addWidget(part);
     layout->setAlignment(cmdDetails, Qt::AlignLeft);
     layout->addWidget(details, 1);
@@ -141,6 +142,9 @@ void MainControls::makeCard() {
 void MainControls::makeChoices() {
     choices = new QWidget;
     section(choices, headingFor(tr("What to install")))->addWidget(source.box);
+    chkSeries =
+        named(new QCheckBox(tr("Then the next one (&many of one kind)")), "chkSeries", tr("Then the next one"),
+              tr("After a device is updated: waits for the next one on its port, and updates that in the same way"));
 }
 
 void MainControls::makeDevices() {
@@ -283,6 +287,7 @@ void MainControls::setTabOrder() {
                               source.optFile,
                               source.cmdLoadFile,
                               source.cmdRecent,
+                              chkSeries,
                               lstPorts,
                               frameComport->cmdMovePanel(),
                               lstRefer,

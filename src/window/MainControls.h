@@ -12,6 +12,7 @@
 #include "window/widgets/PortsView.h"
 
 class QAction;
+class QCheckBox;
 class QHBoxLayout;
 class QProgressBar;
 class QScrollArea;
@@ -36,6 +37,8 @@ struct MainControls {
 
     SourceControls source;
     QWidget* choices = nullptr;  ///< source with its heading
+
+    QCheckBox* chkSeries = nullptr;  ///< seen in a run, too: the last device is often known only then
 
     // Which device.
     QWidget* devices = nullptr;

@@ -1,6 +1,7 @@
 #include "window/SourceControls.h"
 
 #include <QButtonGroup>
+#include <QFileInfo>
 #include <QFormLayout>
 #include <QKeyEvent>
 #include <QLineEdit>
@@ -10,6 +11,7 @@
 #include <QRadioButton>
 
 #include "window/widgets/Naming.h"
+#include "window/widgets/QtText.h"
 #include "window/widgets/Tones.h"
 
 namespace corvane {
@@ -22,6 +24,12 @@ ElidedLabel* lineLabel(const char* objectName, const QString& about, Qt::TextEli
     auto* label = namedLabel(new ElidedLabel(mode), objectName, about);
     label->setTextFormat(Qt::PlainText);
     return label;
+}
+
+/// What stands there already keeps its cursor.
+void showIn(QLineEdit* field, const std::string& text) {
+    const auto wanted = QString::fromStdString(text);
+    if (field->text() != wanted) field->setText(wanted);
 }
 
 /// A place with a dashed edge, as places look onto which something can be dropped.
@@ -118,6 +126,22 @@ void SourceControls::makeLocalPage() {
     layout->setContentsMargins(0, 0, 0, 0);
     layout->addLayout(choice);
     layout->addWidget(makeDropTarget());
+}
+
+void SourceControls::show(const Choices& choices, const std::string& step) {
+    optLine[choices.offLine ? 1 : 0]->setChecked(true);
+    (choices.useFile ? optFile : optLast)->setChecked(true);
+    sitePage->setVisible(!choices.offLine);
+    localPage->setVisible(choices.offLine);
+    showIn(txtServer, choices.server);
+    showIn(txtAccount[0], choices.userName);
+    showIn(txtAccount[1], choices.password);
+    labFilePGM->showText(fromDevice(choices.programLabel()));
+    const auto path = fromPath(choices.image.path());
+    labFileName->showText(path.isEmpty() ? tr("Drop an Intel HEX file here") : QFileInfo(path).fileName(), path);
+    labFileVersion->showText(fromDevice(choices.image.info().version));
+    labFileDate->showText(fromDevice(choices.image.info().date));
+    labFileStep->showText(fromDevice(step));
 }
 
 QWidget* SourceControls::makeDropTarget() {

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "settings/Choices.h"
 #include "window/widgets/ElidedLabel.h"
 
 class QLabel;
@@ -36,6 +37,9 @@ struct SourceControls {
     ElidedLabel* labFileVersion = nullptr;
     ElidedLabel* labFileDate = nullptr;
     ElidedLabel* labFileStep = nullptr;
+
+    /// What is chosen; the step (Windows-1252) leads from the device's version to the local file's.
+    void show(const Choices& choices, const std::string& step);
 
     /// Whether the operator is walking through the two file options with the arrow keys just now.
     bool isWalking() const;

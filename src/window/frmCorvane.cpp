@@ -2,8 +2,9 @@
 
 #include <QAction>
 #include <QApplication>
+#include <QCheckBox>
 #include <QCloseEvent>
-#include <QFileDialog>
+#include <QFileInfo>
 #include <QLabel>
 #include <QLineEdit>
 #include <QListWidget>
@@ -40,11 +41,6 @@ void showIn(QLabel* label, const QString& text) {
     label->setVisible(!text.isEmpty());
 }
 
-void showIn(QLineEdit* field, const std::string& text) {
-    const auto wanted = QString::fromStdString(text);
-    if (field->text() != wanted) field->setText(wanted);
-}
-
 /// What a button does, for the eye and for a screen reader, which needs no mark of the key.
 void showIn(QPushButton* button, const std::string& caption) {
     const auto text = QString::fromStdString(caption);
@@ -61,7 +57,7 @@ frmCorvane::frmCorvane(const Platform& platform, const WindowOptions& options)
       questions_(*this),
       updater_(platform_, face()),
       presenter_(updater_),
-      folder_(options.folder) {
+      files_(*this, options.usesQtDialogs, options.folder) {
     named(this, "frmCorvane");
     ui_.labVersion->setText(QString::fromStdString(programVersion()));
     showIn(ui_.labRehearsal, options_.rehearsal);
@@ -97,7 +93,7 @@ Face frmCorvane::face() {
 void frmCorvane::connectChoices() {
     const auto& source = ui_.source;
     presenter_.onChange = [this] { refresh(); };
-    presenter_.pickFile = [this] { return pickFile(); };
+    presenter_.pickFile = [this] { return files_.pickImage(); };
     // "clicked" and not "toggled": a button that is set by refresh was not clicked.
     connect(source.optLine[0], &QRadioButton::clicked, this, [this] { presenter_.optLine_Click(false); });
     connect(source.optLine[1], &QRadioButton::clicked, this, [this] { presenter_.optLine_Click(true); });
@@ -123,6 +119,7 @@ void frmCorvane::connectChoices() {
 void frmCorvane::connectRun() {
     connect(ui_.cmdStartCheck, &QPushButton::clicked, this, [this] { startRun(false); });
     connect(ui_.cmdForceISP, &QPushButton::clicked, this, [this] { startRun(true); });
+    connect(ui_.chkSeries, &QCheckBox::clicked, this, [this](bool isOn) { presenter_.chkSeries_Click(isOn); });
     connect(ui_.cmdCancel, &QPushButton::clicked, this, [this] { presenter_.cmdCancel_Click(); });
     connect(new QShortcut(Qt::Key_Escape, this), &QShortcut::activated, ui_.cmdCancel, &QPushButton::click);
     ui_.frameComport->onClick = [this](int index) { presenter_.cmdComport_Click(index); };
@@ -175,9 +172,14 @@ void frmCorvane::startRun(bool force) {
     if (presenter_.isBusy()) return;
     questions_.renew();
     if (force) presenter_.takeRescueImage();
-    const auto outcome = presenter_.start(force);
-    if (outcome.end == RunEnd::handedOver) return handOver();
-    conclude(outcome);
+    Outcome outcome;
+    do {
+        QApplication::setOverrideCursor(Qt::WaitCursor);
+        outcome = presenter_.start(force);
+        QApplication::restoreOverrideCursor();
+        if (outcome.end == RunEnd::handedOver) return handOver();
+        conclude(outcome);
+    } while (presenter_.waitForNext(outcome));
     if (presenter_.closesAfter(outcome)) close();
 }
 
@@ -251,17 +253,13 @@ void frmCorvane::dropEvent(QDropEvent* event) {
 }
 
 void frmCorvane::running(bool isRunning) {
+    const bool isAtWork = isRunning && !presenter_.isWaiting();
     presenter_.situation().running(isRunning);
-    if (isRunning) {
-        meter_.begin(!presenter_.choices().offLine, platform_.runtime.tick());
-        QApplication::setOverrideCursor(Qt::WaitCursor);
-    } else {
-        QApplication::restoreOverrideCursor();
-    }
+    if (isAtWork) meter_.begin(!presenter_.choices().offLine, platform_.runtime.tick());
     for (QWidget* idle :
          {ui_.choices, ui_.devices, static_cast<QWidget*>(ui_.cmdStartCheck), static_cast<QWidget*>(ui_.cmdForceISP)})
         idle->setVisible(!isRunning);
-    ui_.pbProgram->setVisible(isRunning);
+    ui_.pbProgram->setVisible(isAtWork);
     ui_.cmdCancel->setVisible(isRunning);
     refresh();
     if (isRunning) ui_.cmdCancel->setFocus();
@@ -355,20 +353,7 @@ void frmCorvane::showSituation() {
 
 void frmCorvane::showChoices() {
     const auto& choices = presenter_.choices();
-    const auto& source = ui_.source;
-    source.optLine[choices.offLine ? 1 : 0]->setChecked(true);
-    (choices.useFile ? source.optFile : source.optLast)->setChecked(true);
-    source.sitePage->setVisible(!choices.offLine);
-    source.localPage->setVisible(choices.offLine);
-    showIn(source.txtServer, choices.server);
-    showIn(source.txtAccount[0], choices.userName);
-    showIn(source.txtAccount[1], choices.password);
-    source.labFilePGM->showText(fromDevice(choices.programLabel()));
-    const auto path = fromPath(choices.image.path());
-    source.labFileName->showText(path.isEmpty() ? tr("Drop an Intel HEX file here") : QFileInfo(path).fileName(), path);
-    source.labFileVersion->showText(fromDevice(choices.image.info().version));
-    source.labFileDate->showText(fromDevice(choices.image.info().date));
-    source.labFileStep->showText(fromDevice(presenter_.localStep(presenter_.situation().deviceVersion())));
+    ui_.source.show(choices, presenter_.localStep(presenter_.situation().deviceVersion()));
     const auto map = presenter_.localMap();
     ui_.picMemory->showMap(map);
     ui_.picMemory->setVisible(choices.isLocalFile() && map.has_value());
@@ -431,9 +416,7 @@ void frmCorvane::lstRefer_Click(int index) {
 
 /// For a file that the desktop might run when it is asked to open it.
 void frmCorvane::saveFetched(const std::string& file) {
-    const auto options = options_.usesQtDialogs ? QFileDialog::DontUseNativeDialog : QFileDialog::Options();
-    const auto name = QFileInfo(fromPath(file)).fileName();
-    const auto path = QFileDialog::getSaveFileName(this, tr("Save the File"), name, {}, nullptr, options);
+    const auto path = files_.placeFor(QFileInfo(fromPath(file)).fileName());
     if (path.isEmpty()) return;
     const auto problem = presenter_.saveFetched(file, toPath(path));
     if (!problem.empty()) say(tr("The file could not be saved: %1").arg(QString::fromStdString(problem)));
@@ -444,23 +427,8 @@ void frmCorvane::backFromDialog() {
     if (isVisible()) activateWindow();
 }
 
-std::optional<std::string> frmCorvane::pickFile() {
-    // The operator reads the text before the patterns; some desktops tell "hex" from "HEX", so each case is listed.
-    QFileDialog::Options options = QFileDialog::HideNameFilterDetails;
-    options.setFlag(QFileDialog::DontUseNativeDialog, options_.usesQtDialogs);
-    const auto filter = tr("Intel HEX (*.Hex)") + " (*.Hex *.hex *.HEX *.hEx *.heX *.HEx *.HeX *.hEX)";
-    const auto path = QFileDialog::getOpenFileName(this, tr("Open Firmware File"), folder_, filter, nullptr, options);
-    backFromDialog();
-    if (path.isEmpty()) return std::nullopt;
-    folder_ = QFileInfo(path).path();
-    return toPath(path);
-}
-
 void frmCorvane::saveLog() {
-    const auto options = options_.usesQtDialogs ? QFileDialog::DontUseNativeDialog : QFileDialog::Options();
-    const auto path =
-        QFileDialog::getSaveFileName(this, tr("Save Log"), "corvane.log", tr("Text (*.log *.txt)"), nullptr, options);
-    backFromDialog();
+    const auto path = files_.placeForLog();
     if (path.isEmpty()) return;
     const auto problem = ui_.txtInfo->save(path);
     if (!problem.isEmpty()) say(tr("The log could not be saved: %1").arg(problem));

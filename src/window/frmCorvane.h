@@ -5,6 +5,7 @@
 #include <functional>
 
 #include "window/MainControls.h"
+#include "window/dialogs/FileDialogs.h"
 #include "window/dialogs/Questions.h"
 #include "window/presenter/MainPresenter.h"
 #include "window/presenter/ProgressMeter.h"
@@ -76,7 +77,6 @@ private:
     void mnuRehearse_Click();
     void saveLog();
     void backFromDialog();
-    std::optional<std::string> pickFile();
 
     Platform platform_;
     WindowOptions options_;
@@ -85,8 +85,8 @@ private:
     Updater updater_;
     MainPresenter presenter_;
     ProgressMeter meter_;
+    FileDialogs files_;
     QTimer portLook_;             // while no run is on
-    QString folder_;              // of the last file dialog
     std::uint32_t lastPump_ = 0;  // ticks
     std::uint32_t lastProgress_ = 0;
     bool hasEnded_ = false;

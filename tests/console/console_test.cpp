@@ -8,7 +8,7 @@ TEST(ArgumentWords, AreTakenOrRefused) {
          {"", "frobnicate", "update --frobnicate", "update --file", "update x", "scan --yes", "scan --file=x",
           "update --yes=1", "update --file a --online", "update --file a --server h", "update --server h --offline",
           "update --online --offline --file a", "update --offline --online", "update --port ",
-          "update --port=", "check", "check a b", "images --online", "ports --json -x"}) {
+          "update --port=", "update --repeat", "check", "check a b", "images --online", "ports --json -x"}) {
         std::string problem;
         EXPECT_FALSE(parseArguments(*words ? split(words, ' ') : std::vector<std::string>(), problem)) << words;
         EXPECT_NE(problem, "");
@@ -63,6 +63,26 @@ TEST_F(ConsoleTest, WritesOneJsonObjectALine) {
     EXPECT_TRUE(out.text.ends_with("\"steps\":[],\"safeToUnplug\":true}\n{\"event\":\"result\",\"code\":0}\n"));
     EXPECT_EQ(run({"update", "--file", folder.folder.at("none"), "--json"}), 1);
     EXPECT_EQ(out.text, "{\"event\":\"result\",\"code\":1}\n");
+}
+
+TEST_F(ConsoleTest, GoesOnWithTheNextDeviceUntilItIsInterrupted) {
+    plug();
+    const auto unplug = [this] { serial.map.entries.clear(), devices.back()->unplug(); };
+    err.onWrite = [&, said = std::size_t(0)]() mutable {
+        const auto news = err.text.substr(std::exchange(said, err.text.size()));
+        const auto takenOff = news.find("Take the device off") != std::string::npos;
+        if (takenOff) runtime.at(runtime.ms() + 3000, unplug);
+        if (takenOff && devices.size() == 1) runtime.at(runtime.ms() + 9000, [this] { plug(); });
+        if (news.find("Waiting") != std::string::npos && devices.size() == 2) interrupt();
+    };
+    EXPECT_EQ(update({"--yes", "--repeat", "--json"}), 0);
+    EXPECT_TRUE(err.text.ends_with("Devices updated: 2.\n")) << err.text;
+    EXPECT_TRUE(
+        prints("\"safeToUnplug\":true}\n{\"event\":\"waiting\",\"for\":\"removal\"}\n"
+               "{\"event\":\"waiting\",\"for\":\"device\"}\n{\"event\":\"clear\"}\n"))
+        << out.text;
+    EXPECT_TRUE(out.text.ends_with("\"for\":\"device\"}\n{\"event\":\"result\",\"code\":0}\n")) << out.text;
+    EXPECT_EQ(devices.back()->log().erases, 1);
 }
 
 TEST_F(ConsoleTest, AsksOnATerminalOnly) {

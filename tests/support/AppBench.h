@@ -26,7 +26,8 @@ public:
     std::vector<RunPhase> phases;
     std::vector<std::string> events;                          ///< "running", "idle", "cancel on", "cancel off"
     std::function<bool(Question, const std::string&)> onBox;  ///< answers instead
-    std::function<void()> onSelection;                        ///< while the selection is open
+    std::function<void(RunPhase)> onPhase;
+    std::function<void()> onSelection;  ///< while the selection is open
 
     Face face() { return {*this, *this, *this, *this, *this, *this}; }
 
@@ -48,7 +49,10 @@ public:
 
     void running(bool isRunning) override { events.emplace_back(isRunning ? "running" : "idle"); }
     void cancellable(bool isCancellable) override { events.emplace_back(isCancellable ? "cancel on" : "cancel off"); }
-    void phase(RunPhase phase) override { phases.push_back(phase); }
+    void phase(RunPhase phase) override {
+        phases.push_back(phase);
+        if (onPhase) onPhase(phase);
+    }
     void links(const std::vector<ReferenceLink>& links) override { shownLinks = links; }
     void advice(const std::string&) override {}
 };

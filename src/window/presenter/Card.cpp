@@ -28,7 +28,22 @@ void setButtons(Card& card, const WindowState& state, const Choices& choices) {
     }
 }
 
-Card runningCard(RunPhase phase) {
+std::string countLine(int updated) {
+    return updated == 1 ? "1 device is updated." : std::to_string(updated) + " devices are updated.";
+}
+
+Card runningCard(RunPhase phase, int updated) {
+    if (phase == RunPhase::removal)
+        return {
+            Tone::good,
+            Cable::done,
+            "The device is updated. Take it off and connect the next one.",
+            {countLine(updated), "The next one is updated in the same way as soon as it answers. Cancel ends this."}};
+    if (phase == RunPhase::nextDevice)
+        return {Tone::plain,
+                Cable::none,
+                "Connect the next device.",
+                {countLine(updated), "It is updated in the same way as soon as it answers. Cancel ends this."}};
     if (phase == RunPhase::proof)
         return {Tone::good, Cable::moving, "The device is programmed. It is asked whether it runs."};
     if (phase == RunPhase::erase || phase == RunPhase::program || phase == RunPhase::reset)
@@ -156,7 +171,7 @@ bool isAlarm(const Verdict& verdict) {
 Card cardFor(const WindowState& state, const Choices& choices) {
     Card card;
     if (state.isRunning) {
-        card = runningCard(state.phase);
+        card = runningCard(state.phase, state.updated);
     } else if (state.verdict && isAlarm(*state.verdict)) {
         card = verdictCard(*state.verdict, state.rescueImage);
         if (state.left.size() > 1)
@@ -165,10 +180,12 @@ Card cardFor(const WindowState& state, const Choices& choices) {
         card = alarmCard(state);
     } else if (state.verdict) {
         card = verdictCard(*state.verdict, state.rescueImage);
+        if (card.tone == Tone::good && state.updated > 1) card.lines.push_back(countLine(state.updated));
     } else {
         card = readyCard(state, choices);
     }
-    card.isLarge = !state.isRunning && (state.verdict || !state.left.empty());
+    const bool isWaiting = state.phase == RunPhase::removal || state.phase == RunPhase::nextDevice;
+    card.isLarge = state.isRunning ? isWaiting : state.verdict || !state.left.empty();
     setButtons(card, state, choices);
     return card;
 }

@@ -43,6 +43,7 @@ struct WindowState {
     bool hasOffer = true;                ///< off line: something of firmware.inf lies in the Download folder
     bool hasPorts = true;                ///< some port or reader is there
     bool asksForAccount = false;         ///< on line without a user name
+    int updated = 0;                     ///< devices, since the start of the program
 };
 
 Card cardFor(const WindowState& state, const Choices& choices);

@@ -101,10 +101,23 @@ std::string MainPresenter::localStep(const std::string& deviceVersion) const {
 Outcome MainPresenter::start(bool force) {
     updater_.choices.refusal = {};
     updater_.choices.promise = stored().connection().asksVersion ? Promise::running : Promise::programmed;
-    if (!isBusy()) reloadLocalFile(updater_.choices, updater_.platform().digest);
-    auto outcome = updater_.run().run(force);
+    if (!isBusy() && !isInSeries_) {
+        updater_.series().begin();
+        reloadLocalFile(updater_.choices, updater_.platform().digest);
+    }
+    auto outcome = updater_.start(force, isInSeries_ || (!force && situation_.isForNextDevice()));
     if (onChange) onChange();
     return outcome;
+}
+
+void MainPresenter::chkSeries_Click(bool isWanted) {
+    wantsSeries_ = isWanted;
+    if (!isWanted) updater_.series().end();
+}
+
+bool MainPresenter::waitForNext(const Outcome& outcome) {
+    isInSeries_ = wantsSeries_ && !closes_ && updater_.series().next(outcome);
+    return isInSeries_;
 }
 
 void MainPresenter::takeRescueImage() {
@@ -168,6 +181,7 @@ void MainPresenter::lookAtPorts() {
 
 void MainPresenter::cmdCancel_Click() {
     if (updater_.references().isFetching()) return updater_.references().cancel();
+    updater_.series().end();
     updater_.run().cancel();
 }
 

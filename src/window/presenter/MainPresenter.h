@@ -50,6 +50,12 @@ public:
     /// Runs an update, with a local file as it is now.
     Outcome start(bool force);
 
+    /// After a device the next one: set, or taken back at any moment.
+    void chkSeries_Click(bool isWanted);
+
+    /// Behind a run: waits for the next device if one is wanted. True when it is there, to be started in the same way.
+    [[nodiscard]] bool waitForNext(const Outcome& outcome);
+
     /// Before a forced run: the image that a rescue installs becomes the chosen local file.
     void takeRescueImage();
 
@@ -79,8 +85,11 @@ public:
     /// Looks whether ports or readers have come or gone.
     void lookAtPorts();
 
-    /// A run is on, or a reference is fetched.
-    bool isBusy() const { return updater_.run().isRunning() || updater_.references().isFetching(); }
+    /// A run is on, a device is waited for, or a reference is fetched.
+    bool isBusy() const { return updater_.run().isRunning() || isWaiting() || updater_.references().isFetching(); }
+
+    /// Between two devices of a series.
+    bool isWaiting() const { return updater_.series().isWaiting(); }
 
     /// Takes an image as if it had been picked, and remembers it as a recent one; False when it is none.
     bool loadFile(const std::string& path);
@@ -112,7 +121,9 @@ public:
     Controls controls() const;
 
 private:
-    bool isCancellable() const { return updater_.run().isCancellable() || updater_.references().isFetching(); }
+    bool isCancellable() const {
+        return updater_.run().isCancellable() || isWaiting() || updater_.references().isFetching();
+    }
     StoredSettings stored() const { return StoredSettings(updater_.platform().settings); }
     void selectLast();
     void changed() {
@@ -124,6 +135,8 @@ private:
     Situation situation_;
     Choices loaded_;  // the settings as they were read
     bool loading_ = false;
+    bool wantsSeries_ = false;
+    bool isInSeries_ = false;  // the run at hand, or the next one, is not its first
     bool closes_ = false;
 };
 

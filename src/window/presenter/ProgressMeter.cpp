@@ -153,9 +153,13 @@ std::string ProgressMeter::phaseText() const {
         case RunPhase::reset:
             return "Restarting the device";
         case RunPhase::proof:
+            return "Asking the device whether it runs";
+        case RunPhase::removal:
+            return "Waiting until the device is taken off";
+        case RunPhase::nextDevice:
             break;
     }
-    return "Asking the device whether it runs";
+    return "Waiting for the next device";
 }
 
 std::string ProgressMeter::text() const {
@@ -176,7 +180,8 @@ std::string ProgressMeter::text() const {
 
 std::string ProgressMeter::title() const {
     if (phase_ == RunPhase::idle) return {};
-    return percent() > 0 ? std::to_string(percent()) + " % " + phaseText() : phaseText();
+    const bool isWaiting = phase_ == RunPhase::removal || phase_ == RunPhase::nextDevice;
+    return percent() > 0 && !isWaiting ? std::to_string(percent()) + " % " + phaseText() : phaseText();
 }
 
 }  // namespace corvane

@@ -30,7 +30,7 @@ std::string Situation::imageForRescue() const {
 
 void Situation::running(bool isRunning) {
     state_.isRunning = isRunning;
-    if (!isRunning) return;
+    if (!isRunning || updater_.series().isWaiting()) return;
     state_.verdict.reset();
     hints_.clear();
     facts_.clear();
@@ -39,6 +39,7 @@ void Situation::running(bool isRunning) {
 
 void Situation::conclude(const Outcome& outcome, const Verdict& verdict) {
     state_.verdict = verdict;
+    state_.updated = updater_.jobs().updatedDevices();
     auto& reasons = state_.verdict->reasons;
     const bool isUpdated = verdict.kind == Verdict::Kind::updated;
     if (!isUpdated) reasons.insert(reasons.begin(), hints_.begin(), hints_.end());

@@ -50,6 +50,9 @@ public:
     /// The path of the image that a rescue installs; empty when there is none at hand.
     const std::string& rescueImage() const { return state_.rescueImage; }
 
+    /// The last run was a success, and nothing else was chosen since: the next device is another one of the same kind.
+    bool isForNextDevice() const { return state_.verdict && state_.verdict->kind == Verdict::Kind::updated; }
+
     void hasPorts(bool has) { state_.hasPorts = has; }
 
 private:
