@@ -59,9 +59,23 @@ Outcome Updater::start(bool force, bool keepsAnswers) {
     answers_.begin(keepsAnswers);
     const auto kept = scanner_.onlyPort();
     if (const auto port = series_.takePort(); !port.empty()) scanner_.onlyPort(port);
+    if (force) lookFirstWhereItIsMissed();
     auto outcome = run_.run(force);
     scanner_.onlyPort(kept);
     return outcome;
+}
+
+/// A device that waits for this image is looked for at its adapter, or at its port: another one may be waiting, too.
+void Updater::lookFirstWhereItIsMissed() {
+    for (const auto& left : journal_.left()) {
+        if (!choices.isLocalFile() || left.image != choices.image.path()) continue;
+        session_.rememberedPort = fromUtf8(left.port);
+        for (const auto& name : scanner_.portNames()) {
+            if (left.place.empty() || reader_.place(name) != left.place) continue;
+            session_.rememberedPort = name;
+            break;
+        }
+    }
 }
 
 Verdict Updater::conclude(Outcome outcome) {

@@ -82,6 +82,7 @@ private:
         const Platform& platform_;
     };
 
+    void lookFirstWhereItIsMissed();
     void tellReader(std::int32_t event, const std::string& port, const std::string& device);
 
     Recorder recorder_;

@@ -12,7 +12,8 @@ enum class Question {
     unusualUpdate,  ///< an older version, another product, an unknown one, a device that does not say what it is
     newerProgram,
     unsoundImage,
-    noJournal,  ///< a device that would be forgotten if the program or the computer failed
+    noJournal,     ///< a device that would be forgotten if the program or the computer failed
+    otherDevices,  ///< the image that another device waits for
 };
 
 inline bool isUsual(Question question) {
@@ -21,7 +22,7 @@ inline bool isUsual(Question question) {
 
 /// The last questions before the device is changed.
 inline bool isAboutHarm(Question question) {
-    return question == Question::unsoundImage || question == Question::noJournal;
+    return question == Question::unsoundImage || question == Question::noJournal || question == Question::otherDevices;
 }
 
 /// Questions to the operator that stop the run until they are answered.

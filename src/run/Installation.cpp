@@ -34,19 +34,26 @@ private:
 
 }  // namespace
 
-std::string Installation::remember(const Outcome& outcome) {
+InterruptedRun Installation::entryFor(const Outcome& outcome) const {
     const auto& facts = outcome.facts;
     const bool isInBootLoader = outcome.device == DeviceState::leftInBootLoader;
-    const auto firmware = isInBootLoader ? InterruptedRun::Firmware::none : InterruptedRun::Firmware::old;
-    return journal_.begin({session_.runtime.timestamp(),
-                           toUtf8(facts.portName),
-                           toUtf8(facts.deviceVersion),
-                           facts.image.path(),
-                           facts.place,
-                           firmware,
-                           {},
-                           toUtf8(facts.image.info().version)},
-                          isInBootLoader);
+    return {session_.runtime.timestamp(),
+            toUtf8(facts.portName),
+            toUtf8(facts.deviceVersion),
+            facts.image.path(),
+            facts.place,
+            isInBootLoader ? InterruptedRun::Firmware::none : InterruptedRun::Firmware::old,
+            {},
+            toUtf8(facts.image.info().version)};
+}
+
+std::optional<InterruptedRun> Installation::confusedWith(const Outcome& outcome) const {
+    if (outcome.device != DeviceState::leftInBootLoader) return std::nullopt;
+    return journal_.confusedWith(entryFor(outcome));
+}
+
+std::string Installation::remember(const Outcome& outcome) {
+    return journal_.begin(entryFor(outcome), outcome.device == DeviceState::leftInBootLoader);
 }
 
 Ending Installation::install(Promise promise, Outcome& outcome) {

@@ -35,6 +35,9 @@ public:
     /// stands there, else why not, in words: had the program or the computer to stop meanwhile, nobody would know of
     /// the device.
     [[nodiscard]] std::string remember(const Outcome& outcome);
+    /// The device that was left at the outcome's place and waits for another image, when this one is another left
+    /// device's.
+    std::optional<InterruptedRun> confusedWith(const Outcome& outcome) const;
     std::string journalPath() const { return journal_.path(); }
 
     /// Installs the outcome's image on the device at the session's port. Port and device version stand in it, too; what
@@ -42,6 +45,7 @@ public:
     [[nodiscard]] Ending install(Promise promise, Outcome& outcome);
 
 private:
+    InterruptedRun entryFor(const Outcome& outcome) const;
     [[nodiscard]] std::optional<Ending> enterBootLoader(DeviceState& device);
     [[nodiscard]] Ending program(Promise promise, Outcome& outcome);
     [[nodiscard]] bool eraseAndProgram(Outcome& outcome);

@@ -166,6 +166,20 @@ std::vector<InterruptedRun> RunJournal::left() const {
     return runs;
 }
 
+std::optional<InterruptedRun> RunJournal::confusedWith(const InterruptedRun& run) const {
+    std::optional<InterruptedRun> here;
+    bool isElsewhere = false;
+    for (const auto& entry : left()) {
+        if (!isSamePlace(entry, run))
+            isElsewhere = isElsewhere || entry.image == run.image;
+        else if (entry.image == run.image)
+            return std::nullopt;
+        else
+            here = entry;
+    }
+    return isElsewhere ? here : std::nullopt;
+}
+
 std::string RunJournal::begin(InterruptedRun run, bool isInBootLoader) {
     constexpr std::size_t kMost = 1000;  // of a disk that always fails, or of whoever writes into the file
     for (auto* value : {&run.time, &run.port, &run.device, &run.image, &run.place, &run.version})

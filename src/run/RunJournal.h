@@ -53,6 +53,10 @@ public:
     /// The devices that were left, the oldest first; not those that a living program works on.
     std::vector<InterruptedRun> left() const;
 
+    /// The device that was left where this run is about to put another one's image, which waits elsewhere; nothing when
+    /// no two are confused.
+    std::optional<InterruptedRun> confusedWith(const InterruptedRun& run) const;
+
     /// A run begins on this device: the entry becomes this process's. It takes the place of an earlier one that is, as
     /// far as anybody can know, about the same device. The reason in words when it could not be written, or when what
     /// is there cannot be read.

@@ -183,6 +183,7 @@ Ending UpdateRun::withImage() {
         return *ending;
     }
     if (!isImageWanted()) return {RunEnd::imageRefused};
+    if (!isForThisDevice()) return {RunEnd::declined, "that one is for another device"};
     if ((ending = remember())) return *ending;
     return p_.installation.install(p_.choices.promise, outcome_);
 }
@@ -249,6 +250,15 @@ bool UpdateRun::isImageWanted() {
     return findings.empty() ||
            p_.prompts.messageBox(Question::unsoundImage, "This image does not add up:\r\n" + joined(findings, "\r\n") +
                                                              "\r\nInstall it all the same?");
+}
+
+/// Where several devices wait for their rescue, each for its own image, the one at hand may be the wrong one.
+bool UpdateRun::isForThisDevice() {
+    const auto other = p_.installation.confusedWith(outcome_);
+    return !other || p_.prompts.messageBox(Question::otherDevices,
+                                           fromUtf8("The device that was left at " + other->brief() + ", waits for " +
+                                                    lastPart(other->image) + ". " + outcome_.facts.image.name() +
+                                                    " is the image of another one.\r\nInstall it all the same?"));
 }
 
 /// Before the device leaves its application the journal knows of it, or the operator that it does not. Nothing when the

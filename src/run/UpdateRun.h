@@ -65,6 +65,7 @@ private:
     [[nodiscard]] std::optional<Ending> takeImage();
     [[nodiscard]] std::optional<Ending> fetchImage();
     [[nodiscard]] bool isImageWanted();
+    [[nodiscard]] bool isForThisDevice();
     [[nodiscard]] std::optional<Ending> remember();
     [[nodiscard]] std::string digestFault(const Image& image) const;
     void fillLinks();

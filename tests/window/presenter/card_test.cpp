@@ -134,6 +134,42 @@ TEST_F(SituationTest, AnAlarmOutlivesARunThatFindsNothingAndEndsWithTheRescue) {
     EXPECT_EQ(card().headline, "Ready. Nothing is installed before you agree.");
 }
 
+/// Killed with two devices at work, one after the other, each with its own image; then started anew.
+TEST_F(SituationTest, RescuesEachOfTwoLostDevicesWithItsOwnImageWhereverItIs) {
+    const auto r200 = folder.folder.file("r200.hex", kImage), r300 = folder.folder.file("r300.hex", kImage);
+    processes.others = {{7, "then"}};
+    for (const auto& [port, image] : {std::pair("COM1", r200), {"COM2", r300}}) {
+        processes.self = {7, "then"};
+        ASSERT_EQ(RunJournal(folder, files, processes).begin({"2026-11-24 14:02:07", port, "R V1", image}, false), "");
+    }
+    processes.self = {1, "now"}, processes.others.clear();
+    models::DeviceOptions options;
+    options.startsInBoot = true;
+    const auto &first = plug(options), &second = plug(options, 2);
+    std::string asked;
+    face.onBox = [&](Question question, const std::string& text) {
+        return question == Question::otherDevices ? asked = text, false : true;
+    };
+    presenter.situation().look();
+    EXPECT_EQ(card().force, "&Rescue with r300.hex");
+    const auto rescue = [this] { return presenter.takeRescueImage(), run(true).kind; };
+    serial.control.markBusy(2);  // the other one is found, which waits for another image
+    EXPECT_EQ(rescue(), VerdictKind::untouched);
+    EXPECT_EQ(asked,
+              "The device that was left at 2026-11-24 14:02: COM1, R V1, waits for r200.hex. r300.hex is the image of "
+              "another one.\r\nInstall it all the same?");
+    serial.control.markBusy(2, false);
+    EXPECT_EQ(rescue(), VerdictKind::updated);
+    EXPECT_EQ(first.log().erases * 10 + second.log().erases, 1);
+    EXPECT_EQ(card().force, "&Rescue with r200.hex");
+    serial.map.entries.clear();  // the first one is at another port now
+    options.version = "moved";
+    const auto& moved = plug(options, 3);
+    EXPECT_EQ(rescue(), VerdictKind::updated);
+    EXPECT_EQ(moved.log().erases, 1);
+    EXPECT_EQ(told(card()), "good The device is updated.|!Ne&xt device|Fo&rce ISP");
+}
+
 TEST_F(SituationTest, WhatIsPluggedInEndsWhatWasSaidOfTheLastRun) {
     presenter.lookAtPorts();
     EXPECT_EQ(card().headline, "Plug in your device.");
