@@ -241,6 +241,7 @@ void MainControls::applyPalette(QWidget& window) {
                 "QRadioButton::indicator:checked { border-color: palette(highlight); background: qradialgradient("
                 "cx: 0.5, cy: 0.5, radius: 0.5, fx: 0.5, fy: 0.5, stop: 0 palette(highlight), stop: 0.55"
                 " palette(highlight), stop: 0.65 palette(base), stop: 1 palette(base)); }"
+                "QRadioButton:focus, QCheckBox:focus { text-decoration: underline; font-weight: bold; }"
                 "QPushButton#cmdDetails { border: none; padding: 4px 2px; text-align: left; }"
                 "QPushButton#cmdDetails:focus { text-decoration: underline; font-weight: bold; }"
                 "QListWidget#lstPorts { background: transparent; }"

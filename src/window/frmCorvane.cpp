@@ -77,7 +77,7 @@ frmCorvane::frmCorvane(const Platform& platform, const WindowOptions& options)
     for (const auto& problem : platform_.ports.problems()) say(QString::fromStdString(problem));
     showProgress();
     resize(QSize(720, 600).boundedTo(screen()->availableSize()));
-    (ui_.cmdForceISP->isDefault() ? ui_.cmdForceISP : ui_.cmdStartCheck)->setFocus();
+    largeButton().setFocus();
 }
 
 frmCorvane::~frmCorvane() {
@@ -100,7 +100,7 @@ void frmCorvane::connectChoices() {
     connect(source.optLast, &QRadioButton::clicked, this, [this] { presenter_.optLast_Click(); });
     connect(source.optFile, &QRadioButton::clicked, this,
             [this] { ui_.source.isWalking() ? presenter_.optFile_Walked() : presenter_.optFile_Click(); });
-    connect(source.cmdLoadFile, &QPushButton::clicked, this, [this] { presenter_.cmdLoadFile_Click(); });
+    connect(source.cmdLoadFile, &QPushButton::clicked, this, [this] { cmdLoadFile_Click(); });
     connect(source.mnuRecent, &QMenu::aboutToShow, this, [this] { fillRecent(); });
     connect(source.cmdOption, &QPushButton::clicked, this, [this] { cmdOption_Click(); });
     for (auto* field : {source.txtServer, source.txtAccount[0], source.txtAccount[1]}) {
@@ -225,14 +225,13 @@ void frmCorvane::closeEvent(QCloseEvent* event) {
     box.exec();
 }
 
-/// Return does what the large button says, from the fields and from the card, as it does in a dialog.
+/// Return does what the large button says, from wherever it means nothing else, as it does in a dialog.
 void frmCorvane::keyPressEvent(QKeyEvent* event) {
     const auto* at = focusWidget();
     const bool isReturn = event->key() == Qt::Key_Return || event->key() == Qt::Key_Enter;
-    const bool isOn =
-        at && (at->inherits("QLineEdit") || at->objectName() == "labNotice" || at->objectName() == "txtVerdict");
-    if (!isReturn || !isOn || presenter_.isBusy()) return QMainWindow::keyPressEvent(event);
-    (ui_.cmdForceISP->isDefault() ? ui_.cmdForceISP : ui_.cmdStartCheck)->click();
+    const bool isElsewhere = at && (at->inherits("QPushButton") || at->inherits("QAbstractItemView"));
+    if (!isReturn || isElsewhere || presenter_.isBusy()) return QMainWindow::keyPressEvent(event);
+    largeButton().click();
 }
 
 void frmCorvane::changeEvent(QEvent* event) {
@@ -391,6 +390,12 @@ void frmCorvane::fillRecent() {
         action->setToolTip(plainToolTip(path));
     }
     if (menu->isEmpty()) menu->addAction(tr("No file has been chosen yet"))->setEnabled(false);
+}
+
+/// A file has been chosen: the next thing is to install it.
+void frmCorvane::cmdLoadFile_Click() {
+    presenter_.cmdLoadFile_Click();
+    if (largeButton().isEnabled()) largeButton().setFocus();
 }
 
 void frmCorvane::mnuRehearse_Click() {

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <QMainWindow>
+#include <QPushButton>
 #include <QTimer>
 #include <functional>
 
@@ -57,6 +58,7 @@ private:
     void transferred(std::int64_t bytes, std::int64_t total) override;
 
     Face face();
+    QPushButton& largeButton() const { return ui_.cmdForceISP->isDefault() ? *ui_.cmdForceISP : *ui_.cmdStartCheck; }
     void connectChoices();
     void connectRun();
     void connectDetails();
@@ -74,6 +76,7 @@ private:
     void lstRefer_Click(int index);
     void saveFetched(const std::string& file);
     void fillRecent();
+    void cmdLoadFile_Click();
     void mnuRehearse_Click();
     void saveLog();
     void backFromDialog();

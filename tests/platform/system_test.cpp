@@ -138,6 +138,20 @@ TEST(PortInspector, KnowsWhoHasLockedANode) {
     EXPECT_FALSE(inspector.lockerOf(other));
 }
 
+TEST(PortInspector, DoesNotTakeASimulatedDeviceForAProgramThatHasItsPort) {
+    fakes::ScratchFolder tree;
+    const int far = posix_openpt(O_RDWR | O_NOCTTY);
+    ASSERT_TRUE(far >= 0 && grantpt(far) == 0 && unlockpt(far) == 0);
+    const std::string node = ptsname(far);
+    tree.file("proc/812/fd/0", "");
+    std::filesystem::create_symlink(node, tree.at("proc/812/fd/3"));
+    ProcPortInspector inspector({tree.at("proc"), tree.at("udev")});
+    EXPECT_EQ(inspector.holderOf(node)->process, 812);
+    tree.file("proc/812/fdinfo/4", "pos:\t0\ntty-index:\t" + node.substr(9) + "\n");
+    EXPECT_FALSE(inspector.holderOf(node));
+    close(far);
+}
+
 TEST(PortInspector, KnowsAnAdapterByWhatUsbSaysOfIt) {
     using namespace std::string_view_literals;
     fakes::ScratchFolder tree;

@@ -42,6 +42,18 @@ bool holdsDevice(const fs::path& process, dev_t device) {
     return false;
 }
 
+/// Whether a process is what a pseudo-terminal leads to, as a simulated device is: that has it open at all times.
+bool isFarEnd(const fs::path& process, dev_t device) {
+    constexpr unsigned kPseudoTerminal = 136;  // the kernel's number of the driver
+    if (major(device) != kPseudoTerminal) return false;
+    const auto line = "tty-index:\t" + std::to_string(minor(device)) + "\n";
+    std::error_code error;
+    for (fs::directory_iterator at(process / "fdinfo", error), end; !error && at != end; at.increment(error)) {
+        if (contentOf(at->path()).find(line) != std::string::npos) return true;
+    }
+    return false;
+}
+
 /// Calls the function with each process's folder until it is true.
 template <typename Function>
 bool anyProcess(const std::string& proc, Function function) {
@@ -120,6 +132,7 @@ std::optional<PortHolder> ProcPortInspector::holderOf(const std::string& node) {
     anyProcess(places_.proc, [&](const fs::path& process) {
         const int number = static_cast<int>(leadingNumber(process.filename().string()));
         if (number == getpid() || !holdsDevice(process, status.st_rdev)) return false;
+        if (isFarEnd(process, status.st_rdev)) return false;
         holder = PortHolder{number, programOf(process)};
         return true;
     });
