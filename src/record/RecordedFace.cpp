@@ -6,9 +6,35 @@ namespace {
 constexpr char kRun[] = "run";
 
 const char* nameOf(RunPhase phase) {
-    constexpr const char* kNames[] = {"idle",        "login", "information", "scan",  "selection", "image",
-                                      "boot-loader", "erase", "program",     "reset", "proof"};
-    return kNames[static_cast<int>(phase)];
+    switch (phase) {
+        case RunPhase::idle:
+            return "idle";
+        case RunPhase::login:
+            return "login";
+        case RunPhase::information:
+            return "information";
+        case RunPhase::scan:
+            return "scan";
+        case RunPhase::selection:
+            return "selection";
+        case RunPhase::image:
+            return "image";
+        case RunPhase::bootLoader:
+            return "boot-loader";
+        case RunPhase::erase:
+            return "erase";
+        case RunPhase::program:
+            return "program";
+        case RunPhase::reset:
+            return "reset";
+        case RunPhase::proof:
+            return "proof";
+        case RunPhase::removal:
+            return "removal";
+        case RunPhase::nextDevice:
+            return "next-device";
+    }
+    return "";
 }
 
 }  // namespace

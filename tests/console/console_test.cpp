@@ -4,13 +4,15 @@
 namespace corvane::tests {
 
 TEST(ArgumentWords, AreTakenOrRefused) {
-    for (const char* words :
-         {"", "frobnicate", "update --frobnicate", "update --file", "update x", "scan --yes", "scan --file=x",
-          "update --yes=1", "update --file a --online", "update --file a --server h", "update --server h --offline",
-          "update --online --offline --file a", "update --offline --online", "update --port ",
-          "update --port=", "update --repeat", "check", "check a b", "images --online", "ports --json -x"}) {
+    const auto wrong = split(
+        ";frobnicate;update --frobnicate;update --file;update x;scan --yes;scan --file=x;update --yes=1;"
+        "update --file a --online;update --file a --server h;update --server h --offline;"
+        "update --online --offline --file a;update --offline --online;update --port ;update --port=;update --repeat;"
+        "check;check a b;images --online;ports --json -x",
+        ';');
+    for (const auto& words : wrong) {
         std::string problem;
-        EXPECT_FALSE(parseArguments(*words ? split(words, ' ') : std::vector<std::string>(), problem)) << words;
+        EXPECT_FALSE(parseArguments(!words.empty() ? split(words, ' ') : std::vector<std::string>(), problem)) << words;
         EXPECT_NE(problem, "");
     }
     std::string problem;
