@@ -20,10 +20,12 @@ RestartProof::Found RestartProof::find(const DeviceScanner::Way& way, std::strin
         ++restarts;
         isp_.restartAgain();
         session_.runtime.Sleep(300);
-        strays.bytes = LineReader(session_).waiting().accepted;  // a boot loader may acknowledge it
+        // One that acknowledges a restart would have done so the first time: this is a record's answer.
+        isInStep = isInStep && LineReader(session_).waiting().accepted == 0;
+        strays.bytes = 0;
     };
     const auto first = LineReader(session_).waiting();
-    strays.bytes = first.accepted;
+    strays.bytes = first.accepted;  // a boot loader may acknowledge it
     // Who refuses the restart did not understand it, and still writes whatever record comes late.
     if (first.refused > 0) restartAgain();
     for (auto time = kFirstQuestion; !whole.IsTimeout(); time = std::min(2 * time, kLastQuestion)) {
