@@ -15,7 +15,7 @@ LONGEST_FILE = 500
 LARGEST_FOLDER = 30         # files
 
 # These folders are C++ and its standard library, so that they run on any system.
-PURE = ["text", "cable", "platform", "platform/files", "platform/serial", "image", "face", "settings", "hid", "ports", "protocol", "ftp", "site", "run",
+PURE = ["text", "cable", "platform", "platform/files", "platform/serial", "image", "face", "trust", "settings", "hid", "ports", "protocol", "ftp", "site", "run",
         "app", "console", "window/presenter", "models"]
 CLOCKS_IN = ["platform/linux", "bench", "vellio"]     # and the folders in them
 # One header is included across: what the transport library exports, for whoever loads it by path.
