@@ -200,10 +200,10 @@ void close(corvane::frmCorvane& window, const QString& frozen) {
 int showWindow(corvane::LinuxPlatform& system, const Script& script, const corvane::WindowOptions& options) {
     PauseCounter runtime(system.runtime());
     const auto real = system.seams();
-    corvane::frmCorvane window(
-        {runtime, real.serial, real.ports, real.modules, real.reader, real.settings, real.folder, real.launcher,
-         real.digest, real.inspector, real.inhibitor, real.files, real.processes, real.hidLibrary},
-        options);
+    corvane::frmCorvane window({runtime, real.serial, real.ports, real.modules, real.reader, real.settings, real.folder,
+                                real.launcher, real.digest, real.inspector, real.inhibitor, real.files, real.processes,
+                                real.hidLibrary, real.signatures, real.keys},
+                               options);
     QSocketNotifier due(system.runtime().descriptor(), QSocketNotifier::Read);
     QObject::connect(&due, &QSocketNotifier::activated, &due, [&system] { system.runtime().dispatch(); });
     const Agreeable operatorAtWork(script.value("--file"));

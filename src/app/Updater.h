@@ -42,6 +42,7 @@ public:
     SiteAccess& site() { return site_; }
     FirmwareSelection& selection() { return selection_; }
     InfReader& inf() { return inf_; }
+    const ListTrust& trust() const { return trust_; }
     RunJournal& journal() { return journal_; }
     References& references() { return references_; }
     JobRecord& jobs() { return jobs_; }
@@ -100,6 +101,7 @@ private:
     DeviceScanner scanner_;
     IspSession isp_;
     HexProgrammer programmer_;
+    ListTrust trust_;
     InfReader inf_;
     FTPDownload ftp_;
     SiteAccess site_;

@@ -39,6 +39,7 @@ const std::vector<Option>& options() {
         {"--force", {Command::update, Command::scan}, flag(&Arguments::force), nullptr},
         {"--yes", {Command::update}, flag(&Arguments::yes), nullptr},
         {"--accept-unsound", {Command::update}, flag(&Arguments::acceptUnsound), nullptr},
+        {"--accept-older-list", {Command::update, Command::images}, flag(&Arguments::acceptOlderList), nullptr},
         {"--verify", {Command::update}, flag(&Arguments::verify), nullptr},
         {"--no-verify", {Command::update}, flag(&Arguments::noVerify), nullptr},
         {"--repeat", {Command::update}, flag(&Arguments::repeat), nullptr},
@@ -172,14 +173,15 @@ std::string usageText() {
 
   update [--offline|--online] [--file IMAGE.hex] [--server HOST[:PORT]] [--user NAME]
          [--select SECTION] [--force] [--yes] [--accept-unsound] [--self-update]
-         [--port COMn] [--verify|--no-verify] [--repeat] [--log FILE] [--record FILE]
-         [--report FILE] [--report-on-failure FOLDER] [--json]
+         [--port COMn] [--verify|--no-verify] [--repeat] [--accept-older-list] [--log FILE]
+         [--record FILE] [--report FILE] [--report-on-failure FOLDER] [--json]
                                           updates the attached device, and asks it afterwards whether
                                           it runs; with --verify it must say the image's version;
                                           with --repeat the next one that is connected follows
   scan [--force] [--json]                 finds the device, prints its port and version
   ports [--json]                          lists serial and HID ports
-  images [--offline] [--json]             lists what firmware.inf offers
+  images [--offline] [--accept-older-list] [--json]
+                                          lists what firmware.inf offers
   lost [--json]                           lists devices that an update left in their boot loaders
   forget PORT|all [--json]                takes devices off that list, because they are well
   check IMAGE.hex [--json]                says what is wrong with an image, and its memory map

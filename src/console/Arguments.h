@@ -28,6 +28,7 @@ struct Arguments {
     bool yes = false;
     bool selfUpdate = false;
     bool acceptUnsound = false;
+    bool acceptOlderList = false;
     bool verify = false;
     bool noVerify = false;
     bool json = false;

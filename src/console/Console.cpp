@@ -17,10 +17,12 @@ CommandScope::CommandScope(Console& console, const Arguments& arguments, TextSin
     if (arguments.offLine) choices.offLine = *arguments.offLine;
     if (arguments.server) choices.server = *arguments.server;
     if (arguments.user) choices.userName = *arguments.user;
+    choices.acceptsOlderList = arguments.acceptOlderList;
     if (console.ftpPassword) choices.password = *console.ftpPassword;
     updater.selection().remembersEntry(false);
     for (const auto& problem : StoredSettings(console.platform.settings).problems()) face.say(problem);
     for (const auto& problem : console.platform.ports.problems()) face.say(problem);
+    for (const auto& problem : updater.trust().problems()) face.say(problem);
 }
 
 CommandScope::~CommandScope() { console_.interrupt = nullptr; }

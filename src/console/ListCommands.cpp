@@ -13,9 +13,10 @@ std::string jsonPair(const std::string& key, const std::string& text1252) {
     return jsonString(key) + ":" + jsonString(toUtf8(text1252));
 }
 
-/// {"key":[{...},{...}]} on one line.
-std::string jsonList(const std::string& key, const std::vector<std::string>& objects) {
-    return "{" + jsonString(key) + ":[" + joined(objects, ",") + "]}\n";
+/// {"key":[{...},{...}]} on one line, and who has signed them.
+std::string jsonList(const std::string& key, const std::vector<std::string>& objects, const std::string& signer = {}) {
+    const auto who = signer.empty() ? std::string() : ",\"signedBy\":" + jsonString(signer);
+    return "{" + jsonString(key) + ":[" + joined(objects, ",") + "]" + who + "}\n";
 }
 
 struct PortRow {
@@ -114,10 +115,22 @@ int imagesCommand(Console& console, const Arguments& arguments) {
         scope.updater.choices.offLine || (site.login() && !cancelled && site.fetchInformation(scope.updater.inf()));
     if (!fetched) {
         if (cancelled) return scope.end(kCancelled);
-        scope.face.say("The site could not be read: " + site.failure().words + ".");
+        const bool isThere = site.failure().kind == SiteFailure::Kind::notBelieved;
+        scope.face.say((isThere ? "firmware.inf is not to be believed: " : "The site could not be read: ") +
+                       site.failure().words + ".");
         return scope.end(kNoSite);
     }
-    const auto records = scope.updater.selection().list();
+    auto& selection = scope.updater.selection();
+    const auto records = selection.list();
+    const auto vouching = selection.vouching();
+    for (const auto& text : site.takeRemarks()) scope.face.say(text);
+    for (const auto& text : {vouching.details, selection.withheld()}) {
+        if (!text.empty()) scope.face.say(text);
+    }
+    if (const auto& why = scope.updater.inf().distrust(); !why.empty()) {
+        scope.face.say("firmware.inf is not to be believed: " + why + ".");
+        return scope.end(kNoSite);
+    }
     std::vector<std::string> objects;
     for (const auto& record : records) {
         objects.push_back("{" + jsonPair("section", record.section) + "," + jsonPair("product", record.product) + "," +
@@ -129,7 +142,7 @@ int imagesCommand(Console& console, const Arguments& arguments) {
             cells.push_back(withoutControls(toUtf8(*cell)));
         writeHarmless(console.out, joined(cells, "\t") + "\n");
     }
-    if (arguments.json) console.out.write(jsonList("images", objects));
+    if (arguments.json) console.out.write(jsonList("images", objects, vouching.name));
     if (records.empty()) scope.face.ShowInfo("Firmware file(s) not found !!!\r\n");
     return scope.end(records.empty() ? kNothing : 0);
 }

@@ -104,7 +104,8 @@ std::string FirmwareDialog::details() const {
     const auto& record = current();
     return "[FTP Site]\r\nROM Number: " + record.section + "\r\nProduct   : " + record.product +
            "\r\nVersion   : " + record.version + "\r\n\r\n[Update Information]\r\n" +
-           replaceAll(record.description, "\\n", "\r\n") + "\r\n";
+           replaceAll(record.description, "\\n", "\r\n") + "\r\n" +
+           (vouchingInFull_.empty() ? std::string() : "\r\n" + vouchingInFull_ + "\r\n");
 }
 
 FirmwareDialog::Verdict FirmwareDialog::verdict() const {

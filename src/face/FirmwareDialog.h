@@ -71,6 +71,13 @@ public:
     /// What is unusual about the selected entry on this device, a sentence each; the question says it.
     std::vector<std::string> cautions() const;
 
+    /// Who answers for the entries, in short and in full; both empty where nobody is asked for that.
+    void vouching(const std::string& brief, const std::string& full) {
+        vouching_ = brief;
+        vouchingInFull_ = full;
+    }
+    const std::string& vouching() const { return vouching_; }
+
     /// Asks the question and, when the answer is OK, closes the dialog with the selected entry chosen.
     void ok(OperatorPrompts& prompts);
 
@@ -91,6 +98,7 @@ private:
     std::vector<int> found_;
     int selected_ = -1;
     bool chosen_ = false;
+    std::string vouching_, vouchingInFull_;
 };
 
 }  // namespace corvane

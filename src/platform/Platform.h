@@ -12,6 +12,7 @@
 #include "platform/Runtime.h"
 #include "platform/SerialControl.h"
 #include "platform/SettingsStore.h"
+#include "platform/SignatureCheck.h"
 #include "platform/SleepInhibitor.h"
 #include "platform/files/FileStore.h"
 #include "platform/files/ProgramFolder.h"
@@ -34,6 +35,8 @@ struct Platform {
     FileStore& files;
     Processes& processes;
     std::string hidLibrary;  ///< path of the HID transport library, which need not exist
+    SignatureCheck& signatures;
+    KeyPlaces keys{};  ///< none: nothing has to be signed
 };
 
 }  // namespace corvane

@@ -12,7 +12,8 @@
 namespace corvane {
 namespace {
 
-constexpr char kHead[] = "time,port,device before,device after,image,SHA-256,repeated records,verdict";
+constexpr char kFirst[] = "time,port,";  // of the head line, whichever version has written it
+constexpr char kHead[] = "time,port,device before,device after,image,SHA-256,repeated records,verdict,signed by";
 
 /// Also those of two bytes, U+0080 to U+009F.
 std::string withoutControls(const std::string& utf8) {
@@ -48,6 +49,7 @@ Job jobOf(const Outcome& outcome, const std::string& time) {
     job.digest = known.image.sha256();
     job.repeatedRecords = known.repeatedRecords.value_or(0);
     job.verdict = verdictName(kindOf(outcome));
+    job.signedBy = known.vouching.name;
     return job;
 }
 
@@ -58,6 +60,7 @@ std::string csvLine(const Job& job) {
     }
     fields.push_back(std::to_string(job.repeatedRecords));
     fields.push_back(job.verdict);
+    fields.push_back(csvField(job.signedBy));
     return joined(fields, ",");
 }
 
@@ -93,7 +96,7 @@ std::vector<std::string> JobRecord::last(std::size_t most) const {
         const auto content = readFile(path_);
         std::string_view line;
         for (Lines lines(content); lines.next(line);) {
-            if (!line.empty() && line != kHead) all.emplace_back(line);
+            if (!line.empty() && !line.starts_with(kFirst)) all.emplace_back(line);
         }
     } catch (const RuntimeError&) {
         return {};  // no record yet

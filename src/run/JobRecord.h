@@ -20,6 +20,7 @@ struct Job {
     std::string digest;
     int repeatedRecords = 0;
     std::string verdict;
+    std::string signedBy;  ///< the key of whoever answers for the image; empty when nobody does
 };
 
 Job jobOf(const Outcome& outcome, const std::string& time);

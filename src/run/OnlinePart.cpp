@@ -17,6 +17,7 @@ Ending loginEnding(const SiteFailure& failure) {
 }
 
 Ending informationEnding(const SiteFailure& failure) {
+    if (failure.kind == SiteFailure::Kind::notBelieved) return {RunEnd::listNotBelieved, failure.words};
     const auto whole = "firmware.inf could not be fetched: " + failure.words;
     if (failure.kind == SiteFailure::Kind::oldFileStays) return {RunEnd::oldFileStays, whole};
     if (failure.kind == SiteFailure::Kind::notStored) return {RunEnd::notStored, whole};
@@ -34,6 +35,7 @@ std::optional<Ending> OnlinePart::enter(std::vector<std::string>& remarks) {
         site_.disconnect();
         return ending;
     }
+    for (auto& remark : site_.takeRemarks()) remarks.push_back(std::move(remark));
     if (selfUpdate_.CheckNewVersion()) return handOver();
     if (const auto& failure = selfUpdate_.failure()) {
         remarks.push_back("The newer program could not be fetched: " + failure.words + ". This one went on.");

@@ -6,6 +6,7 @@
 #include <vector>
 
 #include "image/Image.h"
+#include "trust/Voucher.h"
 
 namespace corvane {
 
@@ -26,6 +27,7 @@ enum class RunEnd {
     informationMissing,  ///< firmware.inf could not be fetched
     notStored,           ///< what the site gave could not be stored on this computer
     oldFileStays,        ///< nor could it take the place of what is there
+    listNotBelieved,     ///< firmware.inf is signed by nobody who is trusted here
     handedOver,          ///< a newer program was started
     handOverFailed,      ///< a newer program was fetched and did not start
     // The scan.
@@ -94,6 +96,7 @@ struct RunFacts {
     std::string deviceVersion;  ///< as the device said it before
     std::string product;
     std::string version;                 ///< of the image
+    Vouching vouching;                   ///< who answers for it
     Image image;                         ///< what was to be installed, or was; none when no image was had
     std::optional<int> repeatedRecords;  ///< since the first erase was sent
     std::uint32_t milliseconds = 0;      ///< from start to end

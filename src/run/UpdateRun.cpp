@@ -135,9 +135,12 @@ std::optional<Ending> UpdateRun::select(bool force, bool inIsp, std::string& cho
         return Ending{RunEnd::cancelled};
     }
     p_.view.phase(RunPhase::selection);
-    const auto& facts = outcome_.facts;
+    auto& facts = outcome_.facts;
+    const auto withheld = p_.selection.withheld();
+    if (!withheld.empty()) p_.view.advice(withheld);
     switch (p_.selection.SelectFirmware(chosen, facts.port, facts.deviceVersion, force, inIsp)) {
         case SelectionEnd::chosen:
+            facts.vouching = p_.selection.vouching();
             return std::nullopt;
         case SelectionEnd::cancelled:
             return Ending{RunEnd::declined};
@@ -146,6 +149,8 @@ std::optional<Ending> UpdateRun::select(bool force, bool inIsp, std::string& cho
         case SelectionEnd::nothingListed:
             break;
     }
+    if (!p_.inf.distrust().empty()) return Ending{RunEnd::listNotBelieved, p_.inf.distrust()};
+    if (!withheld.empty()) facts.remarks.push_back(withheld);
     if (!p_.choices.offLine) return Ending{RunEnd::nothingListed};
     return Ending{RunEnd::nothingDownloaded, FileExists(p_.folder.resolve("\\firmware.inf"))
                                                  ? "none of those in firmware.inf lies in the Download folder"
@@ -281,6 +286,7 @@ std::optional<Ending> UpdateRun::remember() {
 
 /// Why a fetched image is not the one that the site announces; empty when it is, or when the site does not say.
 std::string UpdateRun::digestFault(const Image& image) const {
+    if (information_.isSigned && information_.digest.empty()) return "the signed firmware.inf gives no SHA256 for it";
     if (information_.digest.empty() || image.sha256() == information_.digest) return {};
     return "its SHA-256 is " + image.sha256() + ", but firmware.inf says " + toUtf8(information_.digest);
 }

@@ -52,6 +52,7 @@ Facts numbersFor(const RunFacts& known) {
     if (!known.deviceVersion.empty())
         facts.push_back(toUtf8(known.port) + ": " + toUtf8(known.deviceVersion) + " before the run.");
     if (!known.image.isNone()) facts.push_back(imageFact(known));
+    if (!known.vouching.details.empty()) facts.push_back(known.vouching.details);
     if (!known.versionNow.empty()) facts.push_back(proofFact(known, known.versionNow));
     if (known.repeatedRecords) {
         facts.push_back(std::to_string(*known.repeatedRecords) +
@@ -73,6 +74,8 @@ Verdict verdictFor(const Outcome& outcome) {
     for (auto& fact : numbersFor(outcome.facts)) verdict.facts.push_back(std::move(fact));
     if (!outcome.facts.versionNow.empty())
         verdict.reasons.push_back(proofFact(outcome.facts, outcome.facts.versionNow));
+    if (!outcome.facts.vouching.brief.empty()) verdict.reasons.push_back(outcome.facts.vouching.brief);
+    verdict.signedBy = outcome.facts.vouching.name;
     for (auto* lines : {&verdict.facts, &verdict.reasons}) {
         for (auto& line : *lines) line = withoutControls(line);
     }
@@ -127,6 +130,7 @@ std::string verdictJson(const Verdict& verdict) {
     };
     return "{\"kind\":" + jsonString(verdictName(verdict.kind)) + ",\"headline\":" + jsonString(verdict.headline) +
            ",\"facts\":" + list(verdict.facts) + ",\"steps\":" + list(verdict.steps) +
+           (verdict.signedBy.empty() ? "" : ",\"signedBy\":" + jsonString(verdict.signedBy)) +
            ",\"safeToUnplug\":" + (verdict.isSafeToUnplug ? "true" : "false") + "}";
 }
 

@@ -16,6 +16,7 @@ struct Verdict {
     std::vector<std::string> facts;    ///< the cause first
     std::vector<std::string> reasons;  ///< those of the facts that are no numbers, for a face that shows them apart
     std::vector<std::string> steps;    ///< what mends it, to be numbered
+    std::string signedBy;              ///< the key of whoever answers for the image; empty when nobody does
     bool isSafeToUnplug = true;
     bool isUnplugged = false;
     bool callsForForce = false;  ///< the next run has to be a forced one

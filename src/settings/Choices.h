@@ -30,6 +30,7 @@ struct Choices {
     ImageProblem imageProblem;  ///< why the local file is no image, or none any more
     FileRefusal refusal;        ///< the file that was picked last, when it was no image
     std::size_t mostImageBytes = ImageReading::kMostBytes;  ///< of an image, a local one or a site's
+    bool acceptsOlderList = false;  ///< a signed list may be older than the last one from its server
     Promise promise = Promise::running;
 
     /// What labFilePGM shows; Windows-1252.

@@ -38,6 +38,7 @@ bool FTP_CheckFirmware(InfReader& reader, Log& log, const std::string& szDeviceV
     information.firmwareFile = read("File");
     information.ispBaudRate = baudRate(read("ISP_BAUDRATE"));
     information.digest = lowerCase(read("SHA256"));
+    information.isSigned = offer->voucher().has_value();
     for (std::size_t n = 0; n < information.linkTitle.size(); ++n) {
         information.linkTitle[n] = read("LinkDOC" + std::to_string(n + 1));
         information.linkUrl[n] = read("LinkURL" + std::to_string(n + 1));

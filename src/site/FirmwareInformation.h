@@ -18,7 +18,8 @@ struct FirmwareInformation {
     std::string updateInfo;
     std::string firmwareFile;  ///< remote path
     std::int32_t ispBaudRate = -1;
-    std::string digest;  ///< SHA-256 that the image must have, in lower case; empty when the site gives none
+    std::string digest;     ///< SHA-256 that the image must have, in lower case; empty when the site gives none
+    bool isSigned = false;  ///< by somebody who is trusted, so that only a digest says which image is meant
     std::array<std::string, kLinks> linkTitle;
     std::array<std::string, kLinks> linkUrl;
 

@@ -23,7 +23,15 @@ public:
 
     /// The records on offer: the local image alone, or the complete sections of firmware.inf; off line those whose file
     /// lies in the Download folder.
+    /// Of a signed list those alone that a digest tells from others.
     std::vector<FirmwareRecord> list() const;
+
+    /// Why some of a signed list's are not offered, a sentence; empty when all are. UTF-8.
+    std::string withheld() const;
+
+    /// Who answers for what list() offers. A local image is the operator's own affair; whether the signed list knows
+    /// it is said all the same.
+    Vouching vouching() const;
 
     /// The image of such a record as far as it is on this computer: the local file, or its copy in the Download folder,
     /// read now. None when there is no copy yet, or it cannot be read.

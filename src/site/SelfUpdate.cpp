@@ -14,6 +14,10 @@ bool SelfUpdate::CheckNewVersion() {
     const auto offered = offer->value("Corvane", "Version");
     // Texts are compared by their characters' codes, not as numbers: whoever runs a site counts on just that.
     if (offered <= programVersion()) return false;
+    if (offer->voucher() && !offer->hasDigest("Corvane")) {
+        failure_ = {SiteFailure::Kind::wrongContent, "the signed list gives no SHA256 for it"};
+        return false;
+    }
     const auto remote = offer->value("Corvane", "File", "firmware/utility/corvane.exe");
     if (!prompts_.messageBox(Question::newerProgram,
                              "The Corvane is out of date.\r\nDo you want to download and update it?\r\n\r\nThis is " +

@@ -2,12 +2,14 @@
 
 #include "platform/files/Files.h"
 #include "text/Cp1252.h"
+#include "text/RuntimeError.h"
 #include "text/Text.h"
 
 namespace corvane {
 namespace {
 
 constexpr std::int16_t kIdleSeconds = 180;
+constexpr char kListPath[] = "/firmware/firmware.inf";
 
 /// Sets a flag for as long as it lives.
 class Flag {
@@ -61,6 +63,16 @@ SiteFailure loginFailureOf(const ReadFailure& read, const std::string& server) {
     if (failure.kind == Kind::tooLong) return {Kind::tooLong, "the server's listing is too long: " + read.words};
     if (failure.kind == Kind::brokenOff) failure.words = "the dialogue with the server broke off: " + read.words;
     return failure;
+}
+
+/// Empty when the file was read, else why what was fetched is none.
+std::string readInto(std::string& content, const std::string& path) {
+    try {
+        content = readFile(path);
+        return {};
+    } catch (const RuntimeError&) {
+        return "what has come cannot be read";
+    }
 }
 
 }  // namespace
@@ -182,10 +194,53 @@ SiteFailure SiteAccess::fetch(const std::string& remote, const std::string& loca
 }
 
 bool SiteAccess::fetchInformation(InfReader& reader) {
+    if (auto* trust = reader.trust()) return fetchSigned(reader, *trust);
     const Check take = [&reader](const std::string& fetched, const std::string&) {
-        return reader.take(fetched) ? std::string() : "what has come cannot be read";
+        std::string list;
+        auto fault = readInto(list, fetched);
+        if (fault.empty()) reader.take(std::move(list), {});
+        return fault;
     };
-    return FTP_Download("/firmware/firmware.inf", reader.informationPath(), {.check = take, .keepsOld = true});
+    return FTP_Download(kListPath, reader.informationPath(), {.check = take, .keepsOld = true});
+}
+
+bool SiteAccess::fetchSigned(InfReader& reader, ListTrust& trust) {
+    std::string signature;
+    trust.settle();
+    if (!fetchSignature(trust, signature)) return false;
+    Judgement judgement;
+    const Check take = [&](const std::string& fetched, const std::string&) {
+        std::string list;
+        if (auto fault = readInto(list, fetched); !fault.empty()) return fault;
+        judgement =
+            choices_.acceptsOlderList ? trust.judge(list, signature) : trust.judge(list, signature, choices_.server);
+        if (judgement.voucher) reader.take(std::move(list), judgement.voucher);
+        return judgement.fault;
+    };
+    if (!FTP_Download(kListPath, reader.informationPath(), {.check = take, .keepsOld = true})) {
+        if (!judgement.fault.empty()) failure_.kind = Kind::notBelieved;
+        deleteFile(trust.incomingPath());
+        return false;
+    }
+    if (!judgement.voucher) return true;  // off line nothing was fetched
+    const auto problem = trust.keep(signature, *judgement.voucher, choices_.server);
+    if (!problem.empty()) remarks_.push_back(problem);
+    return true;
+}
+
+/// Into the place where it waits for its list.
+bool SiteAccess::fetchSignature(ListTrust& trust, std::string& signature) {
+    const Check read = [&signature](const std::string& fetched, const std::string&) {
+        return readInto(signature, fetched);
+    };
+    if (FTP_Download("/firmware/" + std::string(kSignatureName), trust.incomingPath(),
+                     {.mostBytes = kMostSignatureBytes, .check = read, .keepsOld = true})) {
+        return true;
+    }
+    if (failure_.kind == Kind::notGiven)
+        failure_ = {Kind::notBelieved,
+                    "it is not signed (" + std::string(kSignatureName) + ": " + failure_.words + ")"};
+    return false;
 }
 
 bool SiteAccess::fetchReference(const std::string& remote, const std::string& local) {

@@ -2,6 +2,8 @@
 
 #include <functional>
 #include <string>
+#include <utility>
+#include <vector>
 
 #include "face/Log.h"
 #include "face/Progress.h"
@@ -58,8 +60,9 @@ public:
         bool keepsOld = false;  ///< until the new one takes its place; else it goes before anything is asked
     };
 
-    static constexpr std::int64_t kMostBytes = 64 << 20;          ///< of a file
-    static constexpr std::int64_t kMostListingBytes = 1 << 20;    ///< that answers a login
+    static constexpr std::int64_t kMostBytes = 64 << 20;        ///< of a file
+    static constexpr std::int64_t kMostListingBytes = 1 << 20;  ///< that answers a login
+    static constexpr std::int64_t kMostSignatureBytes = 64 << 10;
     static constexpr std::int64_t kMostProgramBytes = 256 << 20;  ///< of a newer copy of this program
 
     /// Fetches one file to a local path (system's bytes), whole or not at all. The caller chooses that path and takes
@@ -75,8 +78,12 @@ public:
     /// that lies there, if it passes the check.
     [[nodiscard]] std::string FTP_DownloadFirmware(const std::string& UrlFile, const Check& check = nullptr);
 
-    /// Fetches firmware.inf, and has the reader take what came.
+    /// Fetches firmware.inf, and has the reader take what came. Where lists have to be signed, its signature comes
+    /// first; a list that is not to be believed changes nothing, on the disk or in the reader.
     [[nodiscard]] bool fetchInformation(InfReader& reader);
+
+    /// What is to be known of the last login or list beside how it went, a sentence each in UTF-8; told once.
+    std::vector<std::string> takeRemarks() { return std::exchange(remarks_, {}); }
 
     /// Fetches a file that has nothing to do with updates, off line, too, and logs in for it when there is no session.
     [[nodiscard]] bool fetchReference(const std::string& remote, const std::string& local);
@@ -90,6 +97,8 @@ public:
 private:
     void download(const std::string& remote, const std::string& local, const Terms& terms);
     SiteFailure fetch(const std::string& remote, const std::string& local, const Terms& terms);
+    bool fetchSignature(ListTrust& trust, std::string& signature);
+    bool fetchSigned(InfReader& reader, ListTrust& trust);
     void FtpTimer_Timer();
     void stopTimer();
 
@@ -107,6 +116,7 @@ private:
     bool transferActive_ = false;
     bool isClosedByWatch_ = false;  // the last session
     SiteFailure failure_;
+    std::vector<std::string> remarks_;
 };
 
 }  // namespace corvane

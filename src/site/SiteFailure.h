@@ -20,6 +20,7 @@ struct SiteFailure {
         notStored,       ///< the disk did not take the file
         tooLong,         ///< it has more bytes than its kind of file may have
         wrongContent,    ///< the file is not the one that the site announces
+        notBelieved,     ///< firmware.inf is signed by nobody who is trusted here
         notDownloaded,   ///< off line: it does not lie in the Download folder
         noSession,       ///< nobody is logged in
         sessionClosed,   ///< by the idle watch

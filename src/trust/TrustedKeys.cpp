@@ -16,6 +16,11 @@ constexpr std::string_view kEnding = ".pub";
 
 }  // namespace
 
+std::string signedText(const Voucher& voucher) {
+    const auto when = voucher.time ? ", on " + utcText(*voucher.time) : std::string();
+    return "Signed by " + voucher.name + ", key " + voucher.keyId + when + ".";
+}
+
 TrustedKeys TrustedKeys::load(const KeyPlaces& places) {
     TrustedKeys all;
     if (!places.makerKey.empty()) all.take("maker", places.makerKey, "the key that this program was built with");

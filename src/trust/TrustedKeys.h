@@ -1,28 +1,14 @@
 #pragma once
 
-#include <cstdint>
-#include <optional>
 #include <string>
 #include <string_view>
 #include <vector>
 
 #include "platform/SignatureCheck.h"
 #include "trust/PublicKey.h"
+#include "trust/Voucher.h"
 
 namespace corvane {
-
-/// Who answers for a file. Texts in UTF-8.
-struct Voucher {
-    std::string name;  ///< of the key, as this computer calls it
-    std::string keyId;
-    std::optional<std::int64_t> time{};  ///< when it was signed, in seconds since 1970, when the signer says so
-};
-
-/// Whether somebody who is trusted answers for a file: who does or, as a part of a sentence in UTF-8, why nobody.
-struct Judgement {
-    std::optional<Voucher> voucher{};
-    std::string fault{};
-};
 
 /// The public keys that this computer trusts: the one that the program was built with, called "maker", and one of each
 /// "*.pub" file in the folders, called like its file. A file that is no key is told of, and trusts nobody: with it in

@@ -100,9 +100,9 @@ void journal(std::string_view bytes) {
     folder.data.file("Corvane/jobs.csv", std::string(bytes));
     JobRecord record(folder, files);
     require(record.last(5).size() <= 5, "as many as were asked for");
-    const Job job{next(), next(), next(), next(), next(), next(), 7, "updated"};
+    const Job job{next(), next(), next(), next(), next(), next(), 7, "updated", next()};
     const auto fields = jobFields(csvLine(job));
-    require(fields.size() == 8 && fields[6] == "7" && fields[7] == "updated", "a line has its eight fields");
+    require(fields.size() == 9 && fields[6] == "7" && fields[7] == "updated", "a line has its nine fields");
     require(fields[0] == job.time || fields[0] == "'" + job.time, "a field is what it was");
     require(fields[5].find_first_of("=+-@") != 0, "no field is a formula");
 }

@@ -11,6 +11,7 @@
 #include "support/FakeSystem.h"
 #include "support/RecordingFace.h"
 #include "support/SerialBench.h"
+#include "support/SignedSite.h"
 
 namespace corvane::fakes {
 
@@ -87,6 +88,8 @@ struct AppBench {
     FakeInhibitor inhibitor;
     FakeFileStore files;
     FakeProcesses processes;
+    SodiumSignatures signatures;
+    ScratchFolder keys;  ///< of those who are trusted: nobody, from the start
     RecordingOperator face;
     std::vector<std::unique_ptr<models::Device>> devices;
 
@@ -97,8 +100,9 @@ struct AppBench {
     bool asksAfterwards() const { return settings.before.at("Corvane/Update/AskVersion") == "True"; }
 
     Platform platform() {
-        return {runtime,  serial.control, serial.map, modules,   reader, settings,  folder,
-                launcher, digest,         inspector,  inhibitor, files,  processes, folder.path() + "/VellIO.so"};
+        return {runtime,    serial.control, serial.map, modules,   reader, settings,  folder,
+                launcher,   digest,         inspector,  inhibitor, files,  processes, folder.path() + "/VellIO.so",
+                signatures, {{keys.path()}}};
     }
 
     models::Device& plug(models::DeviceOptions options = {}, std::int16_t number = 1) {

@@ -16,9 +16,9 @@ namespace {
 constexpr std::size_t kMostJobs = 200;
 
 QTableWidget* makeTable(const std::vector<std::string>& lines) {
-    const QStringList heads = {QObject::tr("Time"),         QObject::tr("Port"),   QObject::tr("Device before"),
-                               QObject::tr("Device after"), QObject::tr("Image"),  QObject::tr("SHA-256"),
-                               QObject::tr("Repeated"),     QObject::tr("Verdict")};
+    const QStringList heads = {QObject::tr("Time"),         QObject::tr("Port"),    QObject::tr("Device before"),
+                               QObject::tr("Device after"), QObject::tr("Image"),   QObject::tr("SHA-256"),
+                               QObject::tr("Repeated"),     QObject::tr("Verdict"), QObject::tr("Signed by")};
     auto* table = named(new QTableWidget(static_cast<int>(lines.size()), static_cast<int>(heads.size())), "tabJobs",
                         QObject::tr("Last jobs"), QObject::tr("A line for each run, the newest first"));
     table->setHorizontalHeaderLabels(heads);
