@@ -39,7 +39,7 @@ std::optional<std::int64_t> ListTimes::of(const std::string& server) const {
 
 std::string ListTimes::keep(const std::string& server, std::int64_t time) {
     if (of(server) == time) return {};
-    if (!makeFolder(folder_)) return "the folder " + folder_ + " cannot be made";
+    if (const auto why = files_.makeFolder(folder_); !why.empty()) return "no folder can be made: " + why;
     const auto lock = files_.lock(folder_);
     if (!lock) return "another program keeps it";
     std::string kept = std::to_string(time) + "\t" + server + "\n";
@@ -48,7 +48,7 @@ std::string ListTimes::keep(const std::string& server, std::int64_t time) {
     for (Lines lines(content); lines.next(line);) {
         if (!timeIn(line, server)) kept.append(line).append("\n");
     }
-    return files_.replace(path(), kept);
+    return files_.replace(path(), kept, FileStore::Named::byProgram);
 }
 
 }  // namespace corvane

@@ -67,7 +67,7 @@ void ListTrust::settle() {
 }
 
 std::string ListTrust::keep(const std::string& signature, const Voucher& voucher, const std::string& server) {
-    auto problem = files_.replace(storedPath(), signature);
+    auto problem = files_.replace(storedPath(), signature, FileStore::Named::byProgram);
     if (!problem.empty())
         return "The signature of firmware.inf could not be kept (" + problem + "): off line it will count as unsigned.";
     deleteFile(incomingPath());

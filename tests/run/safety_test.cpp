@@ -196,15 +196,16 @@ TEST_F(Safety, RecordsEveryJob) {
     EXPECT_EQ(updater.conclude(start()).kind, Verdict::Kind::updated);
     const auto sum = digest.sha256(kImage);
     const std::string line =
-        "2026-11-24 14:02:07,COM1,\"'=TARN-R200 \"\"A\"\", V5.1\",TARN-R200 V5.2R1,local.hex," + sum + ",0,updated";
-    EXPECT_EQ(fakes::ScratchFolder::content(folder.dataPath() + "/jobs.csv"),
-              "time,port,device before,device after,image,SHA-256,repeated records,verdict\r\n" + line + "\r\n");
+        "2026-11-24 14:02:07,COM1,\"'=TARN-R200 \"\"A\"\", V5.1\",TARN-R200 V5.2R1,local.hex," + sum + ",0,updated,";
+    EXPECT_EQ(
+        fakes::ScratchFolder::content(folder.dataPath() + "/jobs.csv"),
+        "time,port,device before,device after,image,SHA-256,repeated records,verdict,signed by\r\n" + line + "\r\n");
     EXPECT_EQ(joined(jobFields(line), "|"),
-              "2026-11-24 14:02:07|COM1|'=TARN-R200 \"A\", V5.1|TARN-R200 V5.2R1|local.hex|" + sum + "|0|updated");
+              "2026-11-24 14:02:07|COM1|'=TARN-R200 \"A\", V5.1|TARN-R200 V5.2R1|local.hex|" + sum + "|0|updated|");
     face.closesSelection = true;
     EXPECT_EQ(updater.conclude(start()).kind, Verdict::Kind::untouched);
     EXPECT_EQ(updater.jobs().last(1),
-              std::vector<std::string>{"2026-11-24 14:02:07,COM1,TARN-R200 V5.2R1,,,,0,untouched"});
+              std::vector<std::string>{"2026-11-24 14:02:07,COM1,TARN-R200 V5.2R1,,,,0,untouched,"});
     EXPECT_EQ(updater.jobs().last(9).size(), 2U);
     EXPECT_EQ(updater.jobs().updatedDevices(), 1);
 }

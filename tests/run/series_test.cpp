@@ -50,7 +50,7 @@ protected:
 
     std::string recorded() {
         std::string verdicts;
-        for (const auto& line : updater.jobs().last(20)) verdicts.insert(0, 1, jobFields(line).back().front());
+        for (const auto& line : updater.jobs().last(20)) verdicts.insert(0, 1, jobFields(line).at(7).front());
         return verdicts;
     }
 
