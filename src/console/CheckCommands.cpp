@@ -60,7 +60,8 @@ std::string jsonOf(const SiteReport& report) {
         findings.push_back("{\"section\":" + jsonString(finding.section) + ",\"text\":" + jsonString(finding.text) +
                            "}");
     }
-    return "{\"offered\":[" + joined(offered, ",") + "],\"findings\":[" + joined(findings, ",") + "]}\n";
+    return "{\"offered\":[" + joined(offered, ",") + "],\"findings\":[" + joined(findings, ",") + "]" +
+           (report.signer.empty() ? "" : ",\"signer\":" + jsonString(report.signer)) + "}\n";
 }
 
 std::string textOf(const SiteReport& report) {
@@ -70,6 +71,7 @@ std::string textOf(const SiteReport& report) {
             "offered: " + toUtf8(record.section + " - " + record.product + ", " + record.version + ", " + record.file) +
             "\n";
     }
+    if (!report.signer.empty()) text += report.signer + "\n";
     for (const auto& finding : report.findings) {
         text += (finding.section.empty() ? std::string("firmware.inf") : "[" + finding.section + "]") + " " +
                 finding.text + "\n";
@@ -127,7 +129,12 @@ int checkFolder(Console& console, const Arguments& arguments) {
         return kNoSite;
     }
     if (arguments.writeDigests && !writeDigests(console, place(kInformation), fetch)) return kNoSite;
-    return finish(console, arguments, SiteCheck(console.platform.digest, fetch).check(place(kInformation)));
+    const auto& platform = console.platform;
+    const ListTrust trust(platform.signatures, platform.keys, platform.folder, platform.files);
+    for (const auto& problem : trust.problems()) console.err.write("corvane-cli: " + problem + "\n");
+    SiteCheck check(platform.digest, fetch);
+    check.judgeBy(trust);
+    return finish(console, arguments, check.check(place(kInformation)));
 }
 
 /// What stands before the last "@" of an address as it was typed; nothing without one.
@@ -166,7 +173,9 @@ int checkServer(Console& console, const Arguments& arguments, const Address& add
         scope.face.say("The site could not be read: " + site.failure().words + ".");
         return scope.end(kNoSite);
     }
-    const auto report = SiteCheck(console.platform.digest, fetch).check(folder.information());
+    SiteCheck check(console.platform.digest, fetch);
+    check.judgeBy(scope.updater.trust());
+    const auto report = check.check(folder.information());
     if (cancelled) return scope.end(kCancelled);  // what could not be fetched any more is no finding
     return scope.end(finish(console, arguments, report));
 }

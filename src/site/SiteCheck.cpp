@@ -47,8 +47,22 @@ SiteReport SiteCheck::check(const std::string& informationFile) {
     for (const auto& record : report_.offered) checkRecord(record);
     checkVersions();
     checkProgram();
+    checkSignature(content);
     profile_ = nullptr;
     return std::move(report_);
+}
+
+void SiteCheck::checkSignature(const std::string& content) {
+    if (!trust_ || !trust_->isAsked()) return;
+    const auto judgement = trust_->judge(content, fetch_("/firmware/" + std::string(kSignatureName)).value_or(""));
+    if (!judgement.voucher) return find("", "is not to be believed: " + judgement.fault);
+    report_.signer = signedText(*judgement.voucher);
+    for (const auto& record : report_.offered) {
+        if (value(record.section, "SHA256").empty())
+            find(record.section, "is not offered to who knows a key: the signed list gives no SHA256 for it");
+    }
+    if (value("Corvane", "Version") > programVersion() && value("Corvane", "SHA256").empty())
+        find("Corvane", "is not offered to who knows a key: the signed list gives no SHA256 for it");
 }
 
 void SiteCheck::find(const std::string& section, const std::string& text) {

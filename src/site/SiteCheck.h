@@ -7,6 +7,7 @@
 
 #include "face/FirmwareRecord.h"
 #include "platform/Digest.h"
+#include "site/ListTrust.h"
 #include "text/Profile.h"
 
 namespace corvane {
@@ -21,9 +22,11 @@ struct SiteFinding {
 struct SiteReport {
     std::vector<FirmwareRecord> offered;  ///< as the selection lists it; texts in Windows-1252
     std::vector<SiteFinding> findings;
+    std::string signer;  ///< "Signed by ...", UTF-8; empty where nobody did, or no key is known
 };
 
-/// Reads firmware.inf the way both of its readers will, and the files that it names. It does not own the digest.
+/// Reads firmware.inf the way both of its readers will, and the files that it names. It owns neither the digest nor the
+/// trust.
 class SiteCheck {
 public:
     /// The content of a file of the site, by its path from the site's root (the bytes that firmware.inf holds); nothing
@@ -35,7 +38,11 @@ public:
     /// Checks a site whose firmware.inf lies in a local file.
     [[nodiscard]] SiteReport check(const std::string& informationFile);
 
+    /// Then also whether those who know a key would believe the list, and what they would not be offered of it.
+    void judgeBy(const ListTrust& trust) { trust_ = &trust; }
+
 private:
+    void checkSignature(const std::string& content);
     void checkHeads(std::string_view content);
     void checkKeys(std::string_view content);
     void checkRecord(const FirmwareRecord& record);
@@ -52,6 +59,7 @@ private:
 
     Digest& digest_;
     Fetch fetch_;
+    const ListTrust* trust_ = nullptr;
     const Profile* profile_ = nullptr;  // while a check is on
     SiteReport report_;
 };

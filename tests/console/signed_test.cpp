@@ -109,6 +109,22 @@ TEST_F(SignedSite, IsVerifiedAgainFromTheDisk) {
     EXPECT_EQ(devices.front()->log().erases, erases);
 }
 
+TEST_F(SignedSite, IsCheckedAsWhoKnowsTheKeyMeetsIt) {
+    folder.folder.file("site/f/r200.hex", signedFile("image.hex"));
+    const auto check = [this](const std::string& name, const std::string& signature) {
+        folder.folder.file("site/firmware/firmware.inf", signedFile(name + ".inf"));
+        folder.folder.file("site/firmware/firmware.inf.minisig", signedFile(signature + ".minisig"));
+        return run({"check-site", folder.folder.at("site")});
+    };
+    EXPECT_EQ(check("older", "older"), 0) << out.text;
+    EXPECT_TRUE(prints("Signed by ACME, key ")) << out.text;
+    EXPECT_EQ(check("firmware", "good"), 1);
+    EXPECT_TRUE(prints("[PGM_BARE] is not offered to who knows a key: the signed list gives no SHA256 for it\n"));
+    EXPECT_FALSE(prints("[PGM_R200] is not")) << out.text;
+    EXPECT_EQ(check("bare", "good"), 1);
+    EXPECT_TRUE(prints("firmware.inf is not to be believed: " + std::string(kChanged))) << out.text;
+}
+
 TEST_F(SignedSite, StartsNoOtherProgramThanTheSignedOne) {
     digest.known["new program"] = split(split(signedFile("program.inf"), '\n')[3], '=')[1];
     const std::tuple<const char*, const char*, const char*, const char*> cases[] = {
