@@ -133,7 +133,7 @@ class Interrupted(ProgramTest):
         self.assertEqual(self.unplug()[0], 0, self.report.read_text())
         jobs, = (self.folder / "data" / "Corvane").iterdir()
         lines = jobs.read_bytes().split(b"\r\n")
-        self.assertEqual((jobs.name, {line.count(b",") for line in lines[:-1]}, lines[-1]), ("jobs.csv", {7}, b""))
+        self.assertEqual((jobs.name, {line.count(b",") for line in lines[:-1]}, lines[-1]), ("jobs.csv", {8}, b""))
         self.assertEqual(list(self.folder.rglob("*.part")), [])
         self.assertEqual(self.elsewhere(), before)
 
