@@ -1,6 +1,7 @@
 #include "bench/BenchOptions.h"
 
 #include <algorithm>
+#include <filesystem>
 #include <optional>
 #include <set>
 #include <stdexcept>
@@ -91,7 +92,8 @@ BenchOptions benchOptions(const std::vector<std::string>& all) {
         options.wantsVersion = name == "--version";
         if (options.wantsHelp || options.wantsVersion) return options;
         if (name == "--config-dir") {
-            options.configFolder = arguments.value();
+            // The command may run elsewhere, and a relative folder is none for what reads XDG_CONFIG_HOME.
+            options.configFolder = std::filesystem::absolute(arguments.value());
         } else if (name == "--device") {
             options.devices.push_back(deviceSpec(arguments.value()));
         } else if (name == "--setting") {

@@ -74,7 +74,7 @@ void Device::hearByte(Micros now, std::uint8_t byte, std::uint32_t hostRate) {
         board_.isPlugged = false;
         return;
     }
-    if (!running_ || faults.strike(FaultKind::dropByte, number)) return;
+    if (!running_ || now < deafUntil_ || faults.strike(FaultKind::dropByte, number)) return;
     if (faults.strike(FaultKind::corruptByte, number)) byte ^= 0x40;
     if (hostRate != rate() || now - lastHeard_ > kForgetsAfter) running_->abandon();
     if (hostRate != rate()) return sayGarbage(now);
@@ -89,6 +89,7 @@ void Device::hearByte(Micros now, std::uint8_t byte, std::uint32_t hostRate) {
             run(&boot_, now);
             break;
         case Next::startApplication:
+            if (const auto* deaf = faults.strike(FaultKind::startDeaf)) deafUntil_ = now + deaf->amount * kMs;
             if (application_) run(application_.get(), now);
     }
 }

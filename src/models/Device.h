@@ -46,6 +46,7 @@ private:
     Program* running_ = nullptr;            // none for the kinds that never answer
     std::uint32_t hostRate_;
     Micros lastHeard_ = 0;
+    Micros deafUntil_ = 0;
     int garbageLeft_;
     std::optional<Micros> babbleAt_;
     std::size_t babbled_ = 0;

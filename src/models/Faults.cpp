@@ -60,6 +60,8 @@ constexpr std::array kRules{
     Rule{FaultKind::cut, "cut", Place::reply, may, Value::none, may, false, 0, "unplugged instead of a reply"},
     Rule{FaultKind::bootDeaf, "boot-deaf", Place::none, may, Value::ms, must, true, 0,
          "the boot loader hears nothing for MS after the switch"},
+    Rule{FaultKind::startDeaf, "start-deaf", Place::none, may, Value::ms, must, true, 0,
+         "the application hears nothing for MS after a restart"},
     Rule{FaultKind::banner, "banner", Place::none, may, Value::hex, must, true, 0,
          "the boot loader says these bytes when it starts"},
     Rule{FaultKind::babble, "babble", Place::rate, may, Value::none, may, true, 0, "never stops talking"},

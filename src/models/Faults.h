@@ -37,6 +37,7 @@ enum class FaultKind {
     delay,          ///< a reply is so many ms late; place: its number
     cut,            ///< unplugged instead of a reply; place: its number
     bootDeaf,       ///< the boot loader hears nothing for so many ms after the switch
+    startDeaf,      ///< the application hears nothing for so many ms after a restart
     banner,         ///< the boot loader says these bytes when it starts
     babble,         ///< talks without end; place: the only host rate at which it does
     tarn,           ///< another line answers a text command, which then does nothing; place: the command

@@ -1,11 +1,12 @@
 #include "run/RestartProof.h"
 
 #include <algorithm>
+#include <utility>
 
 namespace corvane {
 
 RestartProof::Found RestartProof::find(const DeviceScanner::Way& way, std::string& version) {
-    constexpr std::int32_t kLongest = 8000, kFirstQuestion = 300, kLastQuestion = 1000;  // ms
+    constexpr std::int32_t kLongest = 8000, kLastQuestion = 1000;  // ms
     constexpr int kRestarts = 2;
     const auto port = session_.comm->CommPort();
     const auto bootSettings = session_.comm->Settings();
@@ -28,10 +29,15 @@ RestartProof::Found RestartProof::find(const DeviceScanner::Way& way, std::strin
     strays.bytes = first.accepted;  // a boot loader may acknowledge it
     // Who refuses the restart did not understand it, and still writes whatever record comes late.
     if (first.refused > 0) restartAgain();
-    for (auto time = kFirstQuestion; !whole.IsTimeout(); time = std::min(2 * time, kLastQuestion)) {
+    // Its start may swallow part of the first question. A device forgets that part within half a second; then it is
+    // asked once more before the prompt is looked for, whose CRs would only spoil another frame.
+    const bool isKnown = !way.protocolName.empty();  // else each question is one at every setting
+    bool isFirst = true;
+    for (std::int32_t time = isKnown ? 550 : 300; !whole.IsTimeout(); time = std::min(2 * time, kLastQuestion)) {
         if (!isReachable(port, bootSettings)) continue;
         const bool runs = scanner_.askVersion(way, time, version);
         if (runs) return isInStep && !strays.hasAck ? Found::runs : Found::outOfStep;
+        if (isKnown && std::exchange(isFirst, false)) continue;
         if (!isReachable(port, bootSettings) || !scanner_.setSettings(bootSettings) || !isp_.isPrompting()) continue;
         if (restarts == kRestarts) return Found::waits;
         restartAgain();

@@ -38,6 +38,10 @@ struct Restart : RunTest {
 TEST_F(Restart, IsProven) {
     const Happening nothing = [] {}, unplugged = [this] { device().unplug(); },
                     deaf = [this] { device().faults().add("deaf@01"); },
+                    halfHeard =
+                        [this] {  // the question's first byte, behind the restart's three
+                            device().faults().add("drop-byte@" + std::to_string(device().log().bytesHeard + 4));
+                        },
                     slow =
                         [&] {
                             deaf();
@@ -55,6 +59,7 @@ TEST_F(Restart, IsProven) {
         const char* cause = "";
     } cases[] = {
         {"obeyed", nothing, DeviceState::application, 1, 300, 1000},
+        {"a question heard in part", halfHeard, DeviceState::application, 1, 600, 1000},
         {"refused", harmed("corrupt-byte"), DeviceState::application, 1, 600, 2500},
         {"lost", harmed("drop-byte"), DeviceState::application, 1, 600, 2500},
         {"a slow start", slow, DeviceState::application, 1, 3000, 4500},
