@@ -7,6 +7,7 @@
 #include <map>
 
 #include "report/Dialogue.h"
+#include "report/Findings.h"
 #include "text/Cp1252.h"
 #include "text/Json.h"
 #include "text/Text.h"
@@ -145,11 +146,12 @@ struct Section {
 std::vector<Section> sectionsOf(const RunReport& report) {
     const auto dialogue = dialogueOf(report.events, portOf(report.events));
     return {{"How it ended", "verdict", linesOf(report.verdict)},
+            {"Why", "causes", findingsOf(report)},
             {"About", "about", linesOf(report.about)},
             {"Where the time went", "phases", phasesOf(report)},
             {"What was asked", "questions", questionsOf(report)},
             {"Records", "records", histogramOf(dialogue)},
-            {"What went wrong", "mishaps", mishapsOf(report, dialogue)},
+            {"What was out of the ordinary", "mishaps", mishapsOf(report, dialogue)},
             {"The log", "log", linesOf(toUtf8(logOf(report.events)))}};
 }
 
