@@ -29,6 +29,7 @@ Updater::Updater(const Platform& platform, const Face& face)
       selfUpdate_(inf_, platform_.folder, site_, answers_, platform_.launcher, platform_.digest),
       selection_(choices, platform_.folder, inf_, platform_.settings, answers_, face_.log),
       journal_(platform_.folder, platform_.files, platform_.processes),
+      recordingFile_(platform_.files, recorder_.tape),
       jobs_(platform_.folder, platform_.files),
       online_(site_, selfUpdate_, inf_, {platform_.launcher, platform_.hidLibrary}, face_.log, face_.view),
       installation_(session_, {scanner_, isp_, programmer_}, journal_, platform_.inhibitor, face_.view),
@@ -40,6 +41,9 @@ Updater::Updater(const Platform& platform, const Face& face)
       reports_({platform_, choices, inf_, recorder_.tape}) {
     vellIO_.watch(
         [this](const char* what, const Bytes& bytes) { recorder_.tape.crossed(what, vellIO_.CommPort(), bytes); });
+    journal_.makeRecording = [this](const std::string& start, const std::string& end) {
+        return recordingFile_.begin(start, end);
+    };
     session_.veil = [this](const Bytes& secret) { recorder_.tape.veil(secret); };
     session_.hasLine = [this] { return session_.comm != &serialPort_ || platform_.serial.hasLine(); };
     serialPort_.Attach(&platform_.serial, &commEvent_);

@@ -8,6 +8,7 @@
 #include "ports/clsMSComm.h"
 #include "ports/clsVellComm.h"
 #include "record/Recorder.h"
+#include "record/RecordingFile.h"
 #include "run/JobRecord.h"
 #include "run/RememberedAnswers.h"
 #include "run/Series.h"
@@ -109,6 +110,7 @@ private:
     SelfUpdate selfUpdate_;
     FirmwareSelection selection_;
     RunJournal journal_;
+    RecordingFile recordingFile_;
     JobRecord jobs_;
     OnlinePart online_;
     Installation installation_;

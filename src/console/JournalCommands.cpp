@@ -23,6 +23,7 @@ void print(Console& console, const Arguments& arguments, const Runs& runs) {
             cells.push_back(withoutControls(value));
             pairs.push_back(jsonString(key) + ":" + jsonString(value));
         }
+        if (!run.recording.empty()) pairs.push_back("\"recording\":" + jsonString(run.recording));
         objects.push_back("{" + joined(pairs, ",") + "}");
         if (!arguments.json) writeHarmless(console.out, joined(cells, "\t") + "\n");
     }
@@ -43,7 +44,10 @@ int lostCommand(Console& console, const Arguments& arguments) {
     if (!isReadable(scope)) return scope.end(kNoJournal);
     const auto left = scope.updater.journal().left();
     print(console, arguments, left);
-    for (const auto& run : left) scope.face.say(run.text());
+    for (const auto& run : left) {
+        scope.face.say(run.text());
+        if (!run.recording.empty()) scope.face.say("What happened: corvane-cli explain " + run.recording);
+    }
     if (left.empty()) scope.face.say("No device was left in its boot loader.");
     return scope.end(0);
 }

@@ -26,6 +26,7 @@ void Tape::begin() {
 void Tape::end() {
     flush();
     isOn_ = false;
+    onLine = nullptr;
 }
 
 void Tape::note(const std::string& what, const std::string& where, std::string text) {
@@ -65,7 +66,7 @@ void Tape::veil(const Bytes& secret) {
 
 /// With a secret about, what comes is held until the next sending: an echo may come byte by byte.
 void Tape::add(RecordedEvent event) {
-    if (secrets_.empty() && held_.empty()) return recording_.add(event);
+    if (secrets_.empty() && held_.empty()) return write(event);
     held_.push_back(std::move(event));
     if (held_.size() > kMostHeld) flush();
 }
@@ -78,9 +79,14 @@ void Tape::flush() {
     const bool isBlanked = holdsSecret(all);
     for (auto& event : held_) {
         if (isBlanked && isFromLine(event)) event = {event.at, event.what + "-secret", event.where};
-        recording_.add(event);
+        write(event);
     }
     held_.clear();
+}
+
+void Tape::write(const RecordedEvent& event) {
+    const auto line = recording_.add(event);
+    if (onLine) onLine(event, line);
 }
 
 bool Tape::holdsSecret(const std::string& bytes) const {

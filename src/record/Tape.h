@@ -1,5 +1,7 @@
 #pragma once
 
+#include <functional>
+#include <string_view>
 #include <vector>
 
 #include "platform/Runtime.h"
@@ -44,8 +46,13 @@ public:
 
     std::string text() const { return recording_.text(); }
 
+    /// Who is given each line when it is written down, until the run ends: a copy that outlives a killed program. What
+    /// the event was says whether it is one of very many.
+    std::function<void(const RecordedEvent& event, std::string_view line)> onLine;
+
 private:
     void add(RecordedEvent event);
+    void write(const RecordedEvent& event);
     void flush();
     bool holdsSecret(const std::string& bytes) const;
 

@@ -69,7 +69,7 @@ void Recording::clear() {
     size_ = forgotten_ = 0;
 }
 
-void Recording::add(const RecordedEvent& event) {
+std::string_view Recording::add(const RecordedEvent& event) {
     auto where = event.where;
     std::replace(where.begin(), where.end(), ' ', '_');
     std::string line = std::to_string(event.at) + " " + event.what + " " + where;
@@ -86,6 +86,7 @@ void Recording::add(const RecordedEvent& event) {
         forgotten_ += chunks_.front().size();
         chunks_.pop_front();
     }
+    return std::string_view(chunks_.back()).substr(chunks_.back().size() - line.size());
 }
 
 std::string Recording::text() const {

@@ -29,7 +29,9 @@ public:
     explicit Recording(std::size_t most = kMost) : most_(most) {}
 
     void clear();
-    void add(const RecordedEvent& event);
+
+    /// The line that the event has become.
+    std::string_view add(const RecordedEvent& event);
 
     /// All of it, the line that names the format first.
     std::string text() const;

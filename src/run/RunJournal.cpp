@@ -16,6 +16,7 @@ namespace {
 using Firmware = InterruptedRun::Firmware;
 using Runs = std::vector<InterruptedRun>;
 
+constexpr char kRecording[] = "recording-", kText[] = ".txt";
 constexpr char kKept[] = "another program keeps it", kUnreadable[] = "it cannot be read";
 constexpr std::array<const char*, 4> kFirmware = {"old", "uncertain", "none", "whole"};
 
@@ -34,6 +35,7 @@ std::string entryOf(const InterruptedRun& run) {
         {"image", run.image},
         {"place", run.place},
         {"version", run.version},
+        {"recording", run.recording},
         {"firmware", nameOf(run.firmware)},
         {"process", run.process.number == 0 ? "" : std::to_string(run.process.number) + " " + run.process.start}};
     std::string lines;
@@ -47,6 +49,7 @@ InterruptedRun runOf(std::map<std::string, std::string, std::less<>>& values) {
         if (values["firmware"] == kFirmware[i]) run.firmware = static_cast<Firmware>(i);
     }
     run.version = values["version"];
+    run.recording = values["recording"];
     const auto& process = values["process"];
     if (const auto blank = process.find(' '); blank != std::string::npos)
         run.process = {static_cast<int>(leadingNumber(process.substr(0, 9))), process.substr(blank + 1)};
@@ -199,6 +202,7 @@ std::string RunJournal::begin(InterruptedRun run, bool isInBootLoader) {
         runs->erase(earlier);
     }
     if (runs->size() >= kMost) runs->erase(runs->begin());
+    if (makeRecording) run.recording = withoutLineEnds(makeRecording(folder_.dataPath() + "/" + kRecording, kText));
     runs->push_back(run);
     auto problem = write(*runs);
     if (problem.empty()) own_ = run;
@@ -259,10 +263,24 @@ std::string RunJournal::fault() const { return readJournal(path()) ? "" : kUnrea
 
 /// A journal without entries is no file.
 std::string RunJournal::write(const std::vector<InterruptedRun>& runs) const {
-    if (runs.empty()) return files_.remove(path());
     std::string content;
     for (const auto& run : runs) content += entryOf(run);
-    return files_.replace(path(), content, FileStore::Named::byProgram);
+    auto problem = runs.empty() ? files_.remove(path()) : files_.replace(path(), content, FileStore::Named::byProgram);
+    removeRecordings(runs);
+    return problem;
+}
+
+/// Those that no entry names: of devices that are well, and one that a killed program made and did not come to name.
+void RunJournal::removeRecordings(const std::vector<InterruptedRun>& runs) const {
+    std::error_code none;
+    for (std::filesystem::directory_iterator at(folder_.dataPath(), none), end; !none && at != end;
+         at.increment(none)) {
+        const auto file = at->path().string();
+        if (!at->path().filename().string().starts_with(kRecording)) continue;
+        const bool isNamed =
+            std::any_of(runs.begin(), runs.end(), [&file](const auto& run) { return run.recording == file; });
+        if (!isNamed) (void)files_.remove(file);  // the next change of the journal tries again
+    }
 }
 
 }  // namespace corvane

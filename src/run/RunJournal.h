@@ -1,5 +1,6 @@
 #pragma once
 
+#include <functional>
 #include <optional>
 #include <string>
 #include <vector>
@@ -26,8 +27,9 @@ struct InterruptedRun {
     std::string image;
     std::string place{};  ///< the adapter or reader at the port, by what tells it from others; empty when nothing does
     Firmware firmware = Firmware::none;
-    ProcessMark process{};  ///< that has it at work; none when its run has ended
-    std::string version{};  ///< of the image: the device calls itself so when it is well
+    ProcessMark process{};    ///< that has it at work; none when its run has ended
+    std::string version{};    ///< of the image: the device calls itself so when it is well
+    std::string recording{};  ///< the file that has taken the run down, in the system's bytes; empty for none
 
     bool operator==(const InterruptedRun&) const = default;
 
@@ -49,6 +51,10 @@ class RunJournal {
 public:
     RunJournal(const ProgramFolder& folder, FileStore& files, Processes& processes)
         : folder_(folder), files_(files), processes_(processes) {}
+
+    /// Makes the file that takes the run down, behind this path's beginning and before its end, and gives its path;
+    /// empty when there is to be none. Asked when a run begins; the file goes when its entry does.
+    std::function<std::string(const std::string& start, const std::string& end)> makeRecording;
 
     /// The devices that were left, the oldest first; not those that a living program works on.
     std::vector<InterruptedRun> left() const;
@@ -87,6 +93,7 @@ private:
     template <typename Change>
     std::string changeOwn(Change change);
     std::string write(const std::vector<InterruptedRun>& runs) const;
+    void removeRecordings(const std::vector<InterruptedRun>& runs) const;
     bool isAtWork(const InterruptedRun& run) const;
 
     const ProgramFolder& folder_;

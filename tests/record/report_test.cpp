@@ -1,3 +1,4 @@
+#include <filesystem>
 #include <gtest/gtest.h>
 
 #include "report/Explanation.h"
@@ -127,6 +128,25 @@ TEST(Report, NamesTheCause) {
     std::string account;
     reportOf(bench, false, &account);
     EXPECT_EQ(account.find("Why"), std::string::npos);
+}
+
+TEST(Report, OfARunThatWasCutOffIsInAFileUntilTheDeviceIsWell) {
+    fakes::AppBench bench;
+    bench.plug({.faults = {"unplug@2"}});
+    fakes::Program program(bench);
+    program.loadImage();
+    auto& journal = program.updater.journal();
+    const auto recorded = [&] { return readFile(journal.left().at(0).recording); };
+    EXPECT_EQ(program.start().device, DeviceState::bootLoaderEmpty);
+    std::string why;
+    const auto report = RunReport::read(recorded(), why);
+    ASSERT_TRUE(report) << why;
+    EXPECT_EQ(report->events.back().bytes, "idle");
+    EXPECT_NE(joined(accountOf(*report), "\n").find("COM1 vanished"), std::string::npos);
+    const auto files = [&] { return std::distance(std::filesystem::directory_iterator(bench.folder.dataPath()), {}); };
+    EXPECT_EQ(files(), 2);
+    EXPECT_EQ(journal.forget(journal.left()), "");
+    EXPECT_EQ(files(), 0);
 }
 
 TEST(Report, IsRefusedWhenItIsNone) {

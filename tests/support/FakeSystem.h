@@ -122,8 +122,16 @@ public:
         if (!file->stream) why = "no such folder";
         return file->stream ? std::move(file) : nullptr;
     }
+    std::unique_ptr<OutputFile> createOwn(const std::string& start, const std::string& end,
+                                          std::string& path) override {
+        path = start + std::to_string(++made_) + end;
+        std::string why;
+        return failure.empty() ? create(path, why) : nullptr;
+    }
 
 private:
+    int made_ = 0;
+
     struct Stream : OutputFile {
         std::ofstream stream;
         void write(std::string_view bytes) override { stream << bytes << std::flush; }

@@ -53,6 +53,12 @@ public:
 
     /// Opens a file that the operator has named and empties it; null with the reason.
     [[nodiscard]] virtual std::unique_ptr<OutputFile> create(const std::string& path, std::string& why) = 0;
+
+    /// Makes a new file of the program's own, for this user alone: START and END stand around what nobody can guess.
+    /// What is written is handed to the system at once, and not waited for. The path stands in the argument then; null
+    /// when it cannot be made.
+    [[nodiscard]] virtual std::unique_ptr<OutputFile> createOwn(const std::string& start, const std::string& end,
+                                                                std::string& path) = 0;
 };
 
 }  // namespace corvane

@@ -177,4 +177,13 @@ std::unique_ptr<OutputFile> LinuxFileStore::create(const std::string& path, std:
     return why.empty() ? std::make_unique<WrittenFile>(std::move(file)) : nullptr;
 }
 
+std::unique_ptr<OutputFile> LinuxFileStore::createOwn(const std::string& start, const std::string& end,
+                                                      std::string& path) {
+    auto name = start + "XXXXXX" + end;
+    Descriptor file(mkostemps(name.data(), static_cast<int>(end.size()), O_CLOEXEC));
+    if (!file.isOpen()) return nullptr;
+    path = name;
+    return std::make_unique<WrittenFile>(std::move(file));
+}
+
 }  // namespace corvane

@@ -13,6 +13,7 @@ public:
     std::string remove(const std::string& path) override;
     std::string append(const std::string& path, std::string_view head, std::string_view text, Named named) override;
     std::unique_ptr<OutputFile> create(const std::string& path, std::string& why) override;
+    std::unique_ptr<OutputFile> createOwn(const std::string& start, const std::string& end, std::string& path) override;
 };
 
 }  // namespace corvane
