@@ -27,7 +27,8 @@ public:
     /// dTimeout seconds pass in silence.
     std::uint8_t wait_comm(double dTimeout, const std::string& strEcho = {});
 
-    /// Answers that nobody waited for, and whether a boot loader's prompt was among what came in.
+    /// Answers that nobody waited for, and whether a boot loader's prompt, perhaps with a byte changed, was among what
+    /// came in.
     struct Strays {
         int accepted = 0;
         int refused = 0;
@@ -43,7 +44,7 @@ public:
     /// How many seconds ago its last byte came in. A prompt does not end a reply: silence does.
     double silence() const;
 
-    /// Whether the last reply, or what was read with it, holds a prompt.
+    /// Whether the last reply, or what was read with it, holds a prompt, or one with a byte changed.
     bool isPromptSeen() const;
 
     /// Takes what has come in.
