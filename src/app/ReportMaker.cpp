@@ -86,6 +86,17 @@ std::string ReportMaker::section() const {
     return {};
 }
 
+std::vector<std::string> ReportMaker::contents() const {
+    const auto& image = outcome_.facts.image;
+    std::vector<std::string> lines = {
+        "Every byte that was sent and received, with its time; what was asked and answered.",
+        "The log, what was said at the end, and the versions of program, kernel and adapter."};
+    if (!image.isNone()) lines.push_back("The name and the SHA-256 of " + image.name() + ".");
+    if (outcome_.facts.repeatedRecords) lines.push_back("The records of the image as they were sent to the device.");
+    lines.push_back("No password is in it.");
+    return lines;
+}
+
 std::vector<ArchivedFile> ReportMaker::files() const {
     std::string why;
     const auto recording = s_.tape.text();
@@ -108,11 +119,15 @@ std::string ReportMaker::save(const std::string& path) const {
     return zip.empty() ? why : s_.platform.files.replace(path, zip, FileStore::Named::byOperator);
 }
 
-std::string ReportMaker::saveIn(const std::string& folder, std::string& path) const {
+std::string ReportMaker::fileName() const {
     auto name = time_ + (outcome_.facts.portName.empty() ? "" : "-" + toUtf8(outcome_.facts.portName));
     std::replace_if(
         name.begin(), name.end(), [](char c) { return c == ' ' || c == ':' || c == '/'; }, '-');
-    path = folder + "/" + name + kExtension;
+    return name + kExtension;
+}
+
+std::string ReportMaker::saveIn(const std::string& folder, std::string& path) const {
+    path = folder + "/" + fileName();
     auto problem = s_.platform.files.makeFolder(folder);
     return problem.empty() ? save(path) : problem;
 }

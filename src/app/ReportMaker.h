@@ -33,7 +33,13 @@ public:
     /// Whether there was a run to report.
     bool isThere() const { return !verdict_.headline.empty(); }
 
-    /// The files of the report, for whoever wants to see them before they are saved.
+    /// What is in it and what is not, lines for whoever is about to pass it on.
+    std::vector<std::string> contents() const;
+
+    /// A name that tells when and where the run was.
+    std::string fileName() const;
+
+    /// The files of the report.
     std::vector<ArchivedFile> files() const;
 
     /// Writes them as one; the reason in words when that cannot be done.

@@ -94,8 +94,11 @@ void saveReports(CommandScope& scope, const Arguments& arguments, int code) {
                                        : "The report " + path + " could not be written: " + problem + ".");
     };
     const auto& maker = scope.updater.reports();
+    const bool isOnFailure = arguments.reportOnFailure && code != 0;
+    if (!arguments.report && !isOnFailure) return;
+    for (const auto& line : maker.contents()) scope.face.say("In the report: " + line);
     if (arguments.report) tell(*arguments.report, maker.save(*arguments.report));
-    if (!arguments.reportOnFailure || code == 0) return;
+    if (!isOnFailure) return;
     std::string path;
     const auto problem = maker.saveIn(*arguments.reportOnFailure, path);
     tell(path, problem);

@@ -13,6 +13,7 @@
 #include <QTextBrowser>
 #include <QVBoxLayout>
 
+#include "platform/ProgramInfo.h"
 #include "window/widgets/Naming.h"
 #include "window/widgets/Tones.h"
 
@@ -112,6 +113,8 @@ void MainControls::makeMenu(QMainWindow& window) {
     mnuSaveLog = file->addAction(tr("&Save log…"));
     mnuSaveLog->setObjectName("mnuSaveLog");
     mnuSaveLog->setShortcut(QKeySequence::Save);
+    mnuSaveReport = file->addAction(tr("Save &report of the last run…"));
+    mnuSaveReport->setObjectName("mnuSaveReport");
     mnuJobs = file->addAction(tr("Last &jobs…"));
     mnuJobs->setObjectName("mnuJobs");
     file->addSeparator();
@@ -119,8 +122,14 @@ void MainControls::makeMenu(QMainWindow& window) {
     mnuQuit->setObjectName("mnuQuit");
     mnuQuit->setShortcut(QKeySequence::Quit);
     auto* help = window.menuBar()->addMenu(tr("&Help"));
+    mnuManual = help->addAction(tr("&Manual"));
+    mnuManual->setObjectName("mnuManual");
+    mnuManual->setShortcut(QKeySequence::HelpContents);
     mnuRehearse = help->addAction(tr("&Rehearse an update…"));
     mnuRehearse->setObjectName("mnuRehearse");
+    help->addSeparator();
+    mnuAbout = help->addAction(tr("&About %1").arg(kProgramTitle));
+    mnuAbout->setObjectName("mnuAbout");
 }
 
 void MainControls::makeCard() {
@@ -136,7 +145,13 @@ void MainControls::makeCard() {
     card->body()->addWidget(labPhase);
     card->body()->addWidget(labStatus);
     cmdForget = new ForgetButton;
-    card->body()->addWidget(cmdForget);
+    cmdReport = named(new QPushButton(tr("Save re&port…")), "cmdReport", tr("Save report"),
+                      tr("One file with all that happened, for whoever has to find the cause"));
+    auto* more = new QHBoxLayout;
+    more->addWidget(cmdForget);
+    more->addWidget(cmdReport);
+    more->addStretch();
+    card->body()->addLayout(more);
 }
 
 void MainControls::makeChoices() {
@@ -278,6 +293,7 @@ void MainControls::setTabOrder() {
     QWidget* const order[] = {card->findChild<QLabel*>("labNotice"),
                               card->text(),
                               cmdForget,
+                              cmdReport,
                               source.optLine[0],
                               source.optLine[1],
                               source.cmdOption,

@@ -65,7 +65,12 @@ struct MainControls {
     QLabel* labJobs = nullptr;
     QLabel* labVersion = nullptr;
 
+    QPushButton* cmdReport = nullptr;  ///< on the card of a run that did not end well
+
     QAction* mnuSaveLog = nullptr;
+    QAction* mnuSaveReport = nullptr;
+    QAction* mnuManual = nullptr;
+    QAction* mnuAbout = nullptr;
     QAction* mnuJobs = nullptr;
     QAction* mnuQuit = nullptr;
     QAction* mnuRehearse = nullptr;

@@ -21,6 +21,8 @@
 #include <algorithm>
 
 #include "platform/ProgramInfo.h"
+#include "window/dialogs/Help.h"
+#include "window/dialogs/ReportSaver.h"
 #include "window/dialogs/frmConnection.h"
 #include "window/dialogs/frmJobs.h"
 #include "window/widgets/Naming.h"
@@ -151,6 +153,10 @@ void frmCorvane::connectDetails() {
     connect(ui_.cmdSaveLog, &QPushButton::clicked, this, [this] { saveLog(); });
     ui_.cmdForget->onForget = [this](const InterruptedRun& run) { presenter_.forget(run); };
     connect(ui_.mnuSaveLog, &QAction::triggered, this, [this] { saveLog(); });
+    connect(ui_.cmdReport, &QPushButton::clicked, this, [this] { saveReport(); });
+    connect(ui_.mnuSaveReport, &QAction::triggered, this, [this] { saveReport(); });
+    connect(ui_.mnuManual, &QAction::triggered, this, [this] { showManual(this); });
+    connect(ui_.mnuAbout, &QAction::triggered, this, [this] { showAbout(this); });
     connect(ui_.mnuJobs, &QAction::triggered, this, [this] { frmJobs(updater_.jobs(), this).exec(); });
     ui_.mnuRehearse->setEnabled(static_cast<bool>(options_.rehearse));
     connect(ui_.mnuRehearse, &QAction::triggered, this, [this] { mnuRehearse_Click(); });
@@ -347,6 +353,7 @@ void frmCorvane::showSituation() {
     showIn(ui_.cmdStartCheck, card.start);
     showIn(ui_.cmdForceISP, card.force);
     ui_.emphasize(card.callsForForce);
+    ui_.cmdReport->setVisible(card.offersReport);
     if (!card.isLarge && !presenter_.isBusy()) ui_.pbProgram->hide();
 }
 
@@ -368,7 +375,9 @@ void frmCorvane::refresh() {
                                  source.txtServer,  source.txtAccount[0], source.txtAccount[1],
                                  ui_.cmdCopyLog,    ui_.cmdSaveLog,       menuBar()};
     for (auto* control : choosing) control->setEnabled(enabled.choices);
-    ui_.mnuSaveLog->setEnabled(enabled.choices);  // its key works without the menu
+    for (auto* action : {ui_.mnuSaveLog, ui_.mnuManual})
+        action->setEnabled(enabled.choices);  // their keys work without the menu
+    ui_.mnuSaveReport->setEnabled(enabled.choices && updater_.reports().isThere());
     QWidget* const local[] = {source.optLast, source.optFile, source.cmdLoadFile, source.cmdRecent};
     for (auto* control : local) control->setEnabled(enabled.localFile);
     ui_.cmdStartCheck->setEnabled(enabled.start);
@@ -430,6 +439,12 @@ void frmCorvane::saveFetched(const std::string& file) {
 /// Some window managers leave the keyboard nowhere when a dialog has closed.
 void frmCorvane::backFromDialog() {
     if (isVisible()) activateWindow();
+}
+
+void frmCorvane::saveReport() {
+    const auto said = corvane::saveReport(*this, updater_.reports(), files_);
+    backFromDialog();
+    if (!said.isEmpty()) say(said);
 }
 
 void frmCorvane::saveLog() {

@@ -79,6 +79,7 @@ private:
     void cmdLoadFile_Click();
     void mnuRehearse_Click();
     void saveLog();
+    void saveReport();
     void backFromDialog();
 
     Platform platform_;

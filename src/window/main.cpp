@@ -18,6 +18,7 @@
 #include "window/frmCorvane.h"
 #include "window/rehearsal/Rehearsal.h"
 #include "window/rehearsal/frmRehearsal.h"
+#include "window/widgets/ProgramIcon.h"
 
 namespace {
 
@@ -143,7 +144,7 @@ int main(int argc, char** argv) try {
     QCoreApplication::setApplicationName(kProgramTitle);
     QCoreApplication::setApplicationVersion(QString::fromStdString(programVersion()));
     QGuiApplication::setDesktopFileName("corvane");
-    QApplication::setWindowIcon(QIcon::fromTheme("corvane"));
+    QApplication::setWindowIcon(QIcon::fromTheme("corvane", programIcon()));
     const auto arguments = parsed(QCoreApplication::arguments());
     if (!arguments.problem.empty()) {
         std::cerr << "corvane: " << arguments.problem << "\n\n" << usageText();

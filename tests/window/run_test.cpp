@@ -4,6 +4,7 @@
 #include <QTableWidget>
 
 #include "WindowTest.h"
+#include "text/Text.h"
 
 namespace corvane::tests {
 
@@ -42,6 +43,28 @@ TEST_F(WindowTest, CarriesADeviceThroughAWholeUpdate) {
     EXPECT_EQ(window->focusWidget()->objectName(), "labNotice");  // where a screen reader then reads
     EXPECT_EQ(text("labNotice"), "The device is updated.");
     EXPECT_NE(verdict().find("It is safe to unplug the device."), std::string::npos) << verdict();
+}
+
+TEST_F(WindowTest, SavesAReportOfARunThatFailed) {
+    auto& offer = control<QPushButton>("cmdReport");
+    EXPECT_FALSE(offer.isVisible() || control<QAction>("mnuSaveReport").isEnabled());
+    plug({.faults = {"erase-nakx*"}});
+    pickImage();
+    agree();
+    press("cmdStartCheck");
+    ASSERT_TRUE(offer.isVisible() && control<QAction>("mnuSaveReport").isEnabled());
+    const auto path = bench.folder.folder.at("failed.corvane-report");
+    answers.expect("frmReport", [](QDialog& box) {
+        EXPECT_NE(dynamic_cast<QMessageBox&>(box).informativeText().indexOf("No password is in it."), -1);
+        DialogAnswers::press(*box.findChild<QWidget*>("cmdOK"));
+    });
+    answers.expect("QFileDialog", DialogAnswers::picking(path));
+    press("cmdReport");
+    EXPECT_EQ(readFile(path).substr(0, 2), "PK");
+    EXPECT_NE(text("labStatus").find("The report lies in " + path), std::string::npos) << text("labStatus");
+    activate();
+    answers.expect("frmManual", DialogAnswers::pressing("cmdCancel"));
+    QTest::keyClick(window.get(), Qt::Key_F1);
 }
 
 TEST_F(WindowTest, EndsWhenOneOfItsQuestionsIsAnsweredWithCancel) {

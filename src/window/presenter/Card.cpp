@@ -186,6 +186,9 @@ Card cardFor(const WindowState& state, const Choices& choices) {
     }
     const bool isWaiting = state.phase == RunPhase::removal || state.phase == RunPhase::nextDevice;
     card.isLarge = state.isRunning ? isWaiting : state.verdict || !state.left.empty();
+    using Kind = Verdict::Kind;
+    card.offersReport = !state.isRunning && state.verdict && state.verdict->kind != Kind::updated &&
+                        state.verdict->kind != Kind::handedOver && !state.verdict->steps.empty();
     setButtons(card, state, choices);
     return card;
 }

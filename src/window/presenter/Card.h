@@ -29,6 +29,7 @@ struct Card {
     bool isLarge = false;           ///< an end, or an alarm
     std::string start{}, force{};   ///< what both buttons do
     bool callsForForce = false;     ///< then the second one is the large one
+    bool offersReport = false;      ///< of a run that did not end well
     bool callsForFile = false;      ///< a file is to be chosen before anything else
     std::string textBelow() const;  ///< everything but the headline, a line each, the steps numbered
 };
