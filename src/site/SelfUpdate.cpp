@@ -36,7 +36,7 @@ bool SelfUpdate::CheckNewVersion() {
 }
 
 std::string SelfUpdate::faultOf(const std::string& program, const std::string& digest) const {
-    if (const auto fault = launcher_.fault(program); !fault.empty()) return fault;
+    if (auto fault = launcher_.fault(program); !fault.empty()) return fault;
     const auto found = digest.empty() ? std::string() : digest_.sha256(readFile(program));
     if (found == digest) return {};
     return "its SHA-256 is " + found + ", but firmware.inf says " + toUtf8(digest);

@@ -13,7 +13,7 @@ namespace {
 
 constexpr std::size_t kSignature = 64, kWhole = 2 + 8 + kSignature;
 constexpr std::string_view kUntrusted = "untrusted comment:", kTrusted = "trusted comment: ";
-constexpr std::int64_t kDay = 24 * 60 * 60, kLatest = 253402300799;  // the year 9999
+constexpr std::int64_t kDay = 24LL * 60 * 60, kLatest = 253402300799;  // the year 9999
 
 }  // namespace
 

@@ -27,7 +27,7 @@ bool isInside(std::string_view file, std::uint64_t offset, std::uint64_t size) {
 template <typename Type>
 std::optional<Type> at(std::string_view file, std::uint64_t offset) {
     if (!isInside(file, offset, sizeof(Type))) return std::nullopt;
-    Type value;
+    Type value{};
     std::memcpy(&value, file.data() + offset, sizeof value);
     return value;
 }
@@ -49,7 +49,7 @@ std::string segmentFault(std::string_view file, const Header& header) {
         if (!segment || !isInside(file, segment->p_offset, segment->p_filesz)) return kCutOff;
         if (segment->p_type != PT_INTERP) continue;
         const auto name = file.substr(segment->p_offset, segment->p_filesz);
-        const auto fault = interpreterFault(std::string(name.substr(0, name.find('\0'))));
+        auto fault = interpreterFault(std::string(name.substr(0, name.find('\0'))));
         if (!fault.empty()) return fault;
     }
     return {};
@@ -77,7 +77,7 @@ std::string elfFault(std::string_view file) {
         (header->e_type == ET_EXEC || header->e_type == ET_DYN) && header->e_entry && header->e_phnum;
     if (!isProgram || header->e_phentsize != sizeof(Segment)) return "it is no program, but another kind of ELF file";
     if (header->e_shnum && header->e_shentsize != sizeof(Section)) return "its table of sections is none";
-    if (const auto fault = segmentFault(file, *header); !fault.empty()) return fault;
+    if (auto fault = segmentFault(file, *header); !fault.empty()) return fault;
     return areSectionsInside(file, *header) ? std::string() : kCutOff;
 }
 

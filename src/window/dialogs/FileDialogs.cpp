@@ -36,9 +36,8 @@ QString FileDialogs::placeFor(const QString& name) {
 }
 
 QString FileDialogs::placeForLog() {
-    const auto path =
-        QFileDialog::getSaveFileName(&window_, QObject::tr("Save Log"), "corvane.log",
-                                     QObject::tr("Text (*.log *.txt)"), nullptr, optionsFor(usesQtDialogs_));
+    auto path = QFileDialog::getSaveFileName(&window_, QObject::tr("Save Log"), "corvane.log",
+                                             QObject::tr("Text (*.log *.txt)"), nullptr, optionsFor(usesQtDialogs_));
     leadBackTo(window_);
     return path;
 }

@@ -12,16 +12,16 @@ constexpr double kSmoothing = 0.3;          // the weight of the latest window
 /// What a phase takes of an usual run, in any unit, and the seconds after which half of it is thought to be done while
 /// nothing can be measured (0: it waits for the operator).
 struct Share {
-    RunPhase phase;
-    double weight, halfTime;
+    double weight = 0, halfTime = 0;
+    RunPhase phase = RunPhase::idle;
     bool isOnLineOnly = false;
 };
 
 constexpr Share kShares[] = {
-    {RunPhase::login, 4, 2, true}, {RunPhase::information, 3, 1, true}, {RunPhase::scan, 12, 10},
-    {RunPhase::selection, 0, 0},   {RunPhase::image, 9, 5, true},       {RunPhase::bootLoader, 4, 2},
-    {RunPhase::erase, 8, 3},       {RunPhase::program, 52, 20},         {RunPhase::reset, 3, 1},
-    {RunPhase::proof, 5, 3},
+    {4, 2, RunPhase::login, true}, {3, 1, RunPhase::information, true}, {12, 10, RunPhase::scan},
+    {0, 0, RunPhase::selection},   {9, 5, RunPhase::image, true},       {4, 2, RunPhase::bootLoader},
+    {8, 3, RunPhase::erase},       {52, 20, RunPhase::program},         {3, 1, RunPhase::reset},
+    {5, 3, RunPhase::proof},
 };
 
 /// Seconds as people want to read them: exact when few, else in steps.

@@ -40,7 +40,7 @@ bool PortEvents::isAboutPort(std::string_view message) {
 
 /// Reads all that is there. Lost messages do not matter: whoever is told looks at everything anew.
 bool PortEvents::isPortNamed() {
-    std::array<char, 8192> message;
+    std::array<char, 8192> message{};
     bool isNamed = false;
     for (;;) {
         const auto length = recv(descriptor_, message.data(), message.size(), 0);
