@@ -3,6 +3,8 @@
 #include <algorithm>
 #include <functional>
 
+#include "settings/ConnectionSettings.h"
+
 namespace corvane {
 namespace {
 
@@ -28,6 +30,11 @@ const std::vector<Option>& options() {
         {"--file", {Command::update}, nullptr, value(&Arguments::file)},
         {"--server", {Command::update}, nullptr, value(&Arguments::server)},
         {"--user", {Command::update}, nullptr, value(&Arguments::user)},
+        {"--tls", {Command::update, Command::images, Command::checkSite}, nullptr, value(&Arguments::tls)},
+        {"--tls-ca",
+         {Command::update, Command::images, Command::checkSite},
+         nullptr,
+         value(&Arguments::tlsAuthorities)},
         {"--select", {Command::update}, nullptr, value(&Arguments::select)},
         {"--port", {Command::update}, nullptr, value(&Arguments::port)},
         {"--log", {Command::update}, nullptr, value(&Arguments::logFile)},
@@ -107,6 +114,10 @@ bool takeOption(const std::vector<std::string>& words, std::size_t& at, Argument
         problem = "the option --port needs the name of a port";  // an empty variable of a script must not mean any port
         return false;
     }
+    if (name == "--tls" && !encryptionNamed(*value)) {
+        problem = "the option --tls takes off, try or require";
+        return false;
+    }
     found->setValue(arguments, *value);
     return true;
 }
@@ -173,19 +184,21 @@ std::string usageText() {
 
   update [--offline|--online] [--file IMAGE.hex] [--server HOST[:PORT]] [--user NAME]
          [--select SECTION] [--force] [--yes] [--accept-unsound] [--self-update]
-         [--port COMn] [--verify|--no-verify] [--repeat] [--accept-older-list] [--log FILE]
-         [--record FILE] [--report FILE] [--report-on-failure FOLDER] [--json]
+         [--tls off|try|require] [--tls-ca FILE] [--accept-older-list] [--port COMn]
+         [--verify|--no-verify] [--repeat] [--log FILE] [--record FILE] [--report FILE]
+         [--report-on-failure FOLDER] [--json]
                                           updates the attached device, and asks it afterwards whether
                                           it runs; with --verify it must say the image's version;
                                           with --repeat the next one that is connected follows
   scan [--force] [--json]                 finds the device, prints its port and version
   ports [--json]                          lists serial and HID ports
-  images [--offline] [--accept-older-list] [--json]
+  images [--offline] [--tls off|try|require] [--tls-ca FILE] [--accept-older-list] [--json]
                                           lists what firmware.inf offers
   lost [--json]                           lists devices that an update left in their boot loaders
   forget PORT|all [--json]                takes devices off that list, because they are well
   check IMAGE.hex [--json]                says what is wrong with an image, and its memory map
   check-site FOLDER|ftp://... [--json]    says what an operator would get from a site
+             [--tls off|try|require] [--tls-ca FILE]
              [--write-sha256]             first writes the digests of a FOLDER's images into firmware.inf
   explain FILE [--bytes] [--timing] [--json]
                                           says what a report tells: an account, the whole dialogue, or

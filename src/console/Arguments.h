@@ -15,6 +15,8 @@ struct Arguments {
     std::optional<std::string> file;
     std::optional<std::string> server;
     std::optional<std::string> user;
+    std::optional<std::string> tls;  ///< off, try or require
+    std::optional<std::string> tlsAuthorities;
     std::optional<std::string> select;
     std::optional<std::string> port;
     std::optional<std::string> logFile;

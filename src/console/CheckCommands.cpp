@@ -173,6 +173,7 @@ int checkServer(Console& console, const Arguments& arguments, const Address& add
         scope.face.say("The site could not be read: " + site.failure().words + ".");
         return scope.end(kNoSite);
     }
+    for (const auto& text : site.takeRemarks()) scope.face.say(text);
     SiteCheck check(console.platform.digest, fetch);
     check.judgeBy(scope.updater.trust());
     const auto report = check.check(folder.information());

@@ -17,6 +17,8 @@ CommandScope::CommandScope(Console& console, const Arguments& arguments, TextSin
     if (arguments.offLine) choices.offLine = *arguments.offLine;
     if (arguments.server) choices.server = *arguments.server;
     if (arguments.user) choices.userName = *arguments.user;
+    if (arguments.tls) choices.encryption = encryptionNamed(*arguments.tls);
+    choices.authorities = arguments.tlsAuthorities;
     choices.acceptsOlderList = arguments.acceptOlderList;
     if (console.ftpPassword) choices.password = *console.ftpPassword;
     updater.selection().remembersEntry(false);

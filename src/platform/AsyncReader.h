@@ -22,15 +22,17 @@ struct AsyncResult {
 struct ReadFailure {
     enum class Kind {
         none,
-        noAddress,    ///< the address is none, or cannot be sent
-        noFile,       ///< its path is that of a folder
-        unreachable,  ///< there is no server, or no way to it
-        login,        ///< the server does not accept user name and password
-        refused,      ///< the server accepts the login and gives nothing
-        brokenOff,    ///< it began and did not come to its end
-        storage,      ///< what came could not be stored
-        oldStays,     ///< what lies at its place cannot be replaced
-        tooLong,      ///< it is longer than what was to be read
+        noAddress,     ///< the address is none, or cannot be sent
+        noFile,        ///< its path is that of a folder
+        unreachable,   ///< there is no server, or no way to it
+        login,         ///< the server does not accept user name and password
+        refused,       ///< the server accepts the login and gives nothing
+        brokenOff,     ///< it began and did not come to its end
+        storage,       ///< what came could not be stored
+        oldStays,      ///< what lies at its place cannot be replaced
+        tooLong,       ///< it is longer than what was to be read
+        notEncrypted,  ///< encryption is required, and there is none, or it does not work
+        notVouched,    ///< encryption is required, and nobody who is trusted vouches for the server
     };
     Kind kind = Kind::none;
     std::string words{};
@@ -38,11 +40,21 @@ struct ReadFailure {
     explicit operator bool() const { return kind != Kind::none; }
 };
 
-/// How the site is reached: as the environment says, without a proxy, or through the proxy named.
+/// How the site is reached: as the environment says, without a proxy, or through the proxy named; and whether the
+/// dialogue and the data are encrypted (AUTH TLS).
 struct SiteRoute {
     enum class Access { byDefault = 0, direct = 1, proxy = 2 };
+    enum class Encryption {
+        off,
+        whenOffered,  ///< whoever vouches for the server, and without it where it does not work
+        required      ///< with a certificate that is valid for the name; else no password is sent
+    };
     Access access = Access::byDefault;
-    std::string proxy;
+    std::string proxy{};
+    Encryption encryption = Encryption::whenOffered;
+    std::string authorities{};  ///< a file of certificates to trust, the system's bytes; empty for the system's own
+
+    bool operator==(const SiteRoute&) const = default;
 };
 
 /// Reads what lies at addresses into temporary files without blocking; one read at a time. Reports come from DoEvents
@@ -70,6 +82,9 @@ public:
 
     /// How many bytes a read may bring, in force from the next one on; one that brings or announces more fails.
     virtual void mostBytes(std::int64_t most) = 0;
+
+    /// What is to be known of the encryption of the present connection, a sentence in UTF-8; empty when nothing is.
+    virtual std::string remark() const { return {}; }
 
     /// Why the last read failed; none when it did not.
     virtual ReadFailure failure() const = 0;

@@ -19,6 +19,7 @@ public:
     void closeSession() override;
     void route(const SiteRoute& route) override { reader_.route(route); }
     void mostBytes(std::int64_t most) override { reader_.mostBytes(most); }
+    std::string remark() const override { return reader_.remark(); }
     ReadFailure failure() const override { return reader_.failure(); }
 
 private:

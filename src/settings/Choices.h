@@ -1,8 +1,10 @@
 #pragma once
 
+#include <optional>
 #include <string>
 
 #include "image/Image.h"
+#include "platform/AsyncReader.h"
 
 namespace corvane {
 
@@ -30,6 +32,8 @@ struct Choices {
     ImageProblem imageProblem;  ///< why the local file is no image, or none any more
     FileRefusal refusal;        ///< the file that was picked last, when it was no image
     std::size_t mostImageBytes = ImageReading::kMostBytes;  ///< of an image, a local one or a site's
+    std::optional<SiteRoute::Encryption> encryption;        ///< in place of the settings'
+    std::optional<std::string> authorities;
     bool acceptsOlderList = false;  ///< a signed list may be older than the last one from its server
     Promise promise = Promise::running;
 

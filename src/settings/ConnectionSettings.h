@@ -1,5 +1,6 @@
 #pragma once
 
+#include <optional>
 #include <string>
 
 #include "platform/AsyncReader.h"
@@ -10,11 +11,17 @@ namespace corvane {
 struct ConnectionSettings {
     int accessType = 0;  ///< 0 Default, 1 Direct, 2 Proxy; an index into the dialog's list
     std::string proxy;
+    SiteRoute::Encryption encryption = SiteRoute::Encryption::whenOffered;
+    std::string authorities;  ///< a file of certificates, the system's bytes; empty for the system's own
     bool asksVersion = true;  ///< an updated device is asked which version it runs now
 
     /// The proxy field counts, and can be edited, for the third entry alone.
     bool usesProxy() const { return accessType == 2; }
-    SiteRoute route() const { return {static_cast<SiteRoute::Access>(accessType), proxy}; }
+    SiteRoute route() const { return {static_cast<SiteRoute::Access>(accessType), proxy, encryption, authorities}; }
 };
+
+/// "off", "try" or "require", as settings and options have it; nothing for another word.
+const char* nameOf(SiteRoute::Encryption encryption);
+std::optional<SiteRoute::Encryption> encryptionNamed(const std::string& name);
 
 }  // namespace corvane

@@ -1,6 +1,7 @@
 #include "settings/StoredSettings.h"
 
 #include <algorithm>
+#include <array>
 
 #include "platform/ProgramInfo.h"
 #include "platform/files/Files.h"
@@ -18,12 +19,14 @@ struct StoredSettings::Key {
 struct StoredSettings::Keys {
     static inline const Key userName{"FTP", "UserName"}, password{"FTP", "Password"}, server{"FTP", "Server"},
         offLine{"FTP", "OffLine"}, accessType{"FTP", "AccessType"}, proxy{"FTP", "Proxy"},
-        askVersion{"Update", "AskVersion"}, imageLimit{"Update", "ImageLimit"},
-        handOverAddress{"FTP", "HandOverAddress"}, lastSection{"Query", "LastROM"};
+        encryption{"FTP", "Encryption"}, authorities{"FTP", "Authorities"}, askVersion{"Update", "AskVersion"},
+        imageLimit{"Update", "ImageLimit"}, handOverAddress{"FTP", "HandOverAddress"}, lastSection{"Query", "LastROM"};
     static Key recentFile(std::size_t place) { return {"Recent", "File" + std::to_string(place + 1)}; }
 };
 
 namespace {
+
+constexpr std::array<const char*, 3> kEncryptions = {"off", "try", "require"};
 
 /// "True" in any case, or a number other than 0.
 bool isTrue(const std::string& text) { return equalsNoCase(trimmed(text), "True") || leadingNumber(text) != 0; }
@@ -31,6 +34,15 @@ bool isTrue(const std::string& text) { return equalsNoCase(trimmed(text), "True"
 const char* textOf(bool value) { return value ? "True" : "False"; }
 
 }  // namespace
+
+const char* nameOf(SiteRoute::Encryption encryption) { return kEncryptions[static_cast<std::size_t>(encryption)]; }
+
+std::optional<SiteRoute::Encryption> encryptionNamed(const std::string& name) {
+    for (std::size_t i = 0; i < kEncryptions.size(); ++i) {
+        if (equalsNoCase(name, kEncryptions[i])) return static_cast<SiteRoute::Encryption>(i);
+    }
+    return std::nullopt;
+}
 
 std::string StoredSettings::read(const Key& key, const std::string& byDefault) const {
     return store_.GetSetting(kProgramTitle, key.section, key.name, byDefault);
@@ -77,6 +89,8 @@ ConnectionSettings StoredSettings::connection() const {
     const double type = leadingNumber(read(Keys::accessType, "0"));
     connection.accessType = type == 1 ? 1 : type == 2 ? 2 : 0;
     connection.proxy = read(Keys::proxy);
+    connection.encryption = encryptionNamed(read(Keys::encryption)).value_or(connection.encryption);
+    connection.authorities = read(Keys::authorities);
     connection.asksVersion = !equalsNoCase(read(Keys::askVersion, "True"), "False");
     return connection;
 }
@@ -85,6 +99,8 @@ bool StoredSettings::save(const ConnectionSettings& connection, const Connection
     bool saved =
         writeChanged(Keys::accessType, std::to_string(connection.accessType), std::to_string(loaded.accessType));
     saved = writeChanged(Keys::proxy, connection.proxy, loaded.proxy) && saved;
+    saved = writeChanged(Keys::encryption, nameOf(connection.encryption), nameOf(loaded.encryption)) && saved;
+    saved = writeChanged(Keys::authorities, connection.authorities, loaded.authorities) && saved;
     return writeChanged(Keys::askVersion, textOf(connection.asksVersion), textOf(loaded.asksVersion)) && saved;
 }
 

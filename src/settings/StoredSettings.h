@@ -17,7 +17,8 @@ namespace corvane {
 ///     FTP/OffLine                      True: local files instead of the site
 ///     FTP/HandOverAddress              True: a reference of the site is opened by its address, password included
 ///     FTP/AccessType, Proxy            0 the environment's proxy, 1 none, 2 the one that Proxy names
-///     Update/AskVersion                False: an updated device is not asked for its version
+///     FTP/Encryption, Authorities      off, try (the default) or require; a file of certificates in place of the
+///     system's Update/AskVersion                False: an updated device is not asked for its version
 ///     Update/ImageLimit                MiB that an image may have; 64 when it is missing
 ///     Query/LastROM                    the section that was chosen last, the next selection's proposal
 ///     Recent/File1 to File5            the local images that were chosen last, the newest first

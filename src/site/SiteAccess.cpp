@@ -39,6 +39,10 @@ SiteFailure failureOf(const ReadFailure& read, const std::string& server) {
             return {Kind::unreachable, "the server " + server + " cannot be reached: " + read.words};
         case ReadFailure::Kind::login:
             return {Kind::loginRefused, "the server did not accept user name and password: " + read.words};
+        case ReadFailure::Kind::notEncrypted:
+            return {Kind::notEncrypted, "encryption is required, and the server does not give it: " + read.words};
+        case ReadFailure::Kind::notVouched:
+            return {Kind::notEncrypted, "encryption is required, and nobody vouches for the server: " + read.words};
         case ReadFailure::Kind::refused:
             return {Kind::notGiven, "the server does not give it: " + read.words};
         case ReadFailure::Kind::brokenOff:
@@ -101,11 +105,18 @@ bool SiteAccess::resume() {
     isClosedByWatch_ = false;
     if (!ftp_.IsConnected()) return false;
     if (ftp_.HostName() == choices_.server && ftp_.Username() == choices_.userName &&
-        ftp_.Password() == choices_.password) {
+        ftp_.Password() == choices_.password && route_ == wantedRoute()) {
         return true;
     }
     disconnect();
     return false;
+}
+
+SiteRoute SiteAccess::wantedRoute() const {
+    auto route = StoredSettings(settings_).connection().route();
+    if (choices_.encryption) route.encryption = *choices_.encryption;
+    if (choices_.authorities) route.authorities = *choices_.authorities;
+    return route;
 }
 
 bool SiteAccess::login() {
@@ -115,7 +126,8 @@ bool SiteAccess::login() {
     ftp_.HostName(choices_.server);
     ftp_.Username(choices_.userName);
     ftp_.Password(choices_.password);
-    reader_.route(StoredSettings(settings_).connection().route());
+    route_ = wantedRoute();
+    reader_.route(route_);
     log_.ShowInfo("Login Server...");
     reader_.mostBytes(kMostListingBytes);
     bool connected = false;
@@ -130,6 +142,7 @@ bool SiteAccess::login() {
         disconnect();  // a server that accepted the login and gave no listing would be left logged in
         return false;
     }
+    if (auto remark = reader_.remark(); !remark.empty()) remarks_.push_back(std::move(remark));
     ftpIdleSeconds_ = kIdleSeconds;
     stopTimer();
     timer_ = runtime_.startTimer(1000, [this] { FtpTimer_Timer(); });

@@ -39,7 +39,8 @@ public:
 
     bool isConnected() const { return ftp_.IsConnected(); }
 
-    /// Whether the session that is open is one with the chosen server and account; one with another is closed.
+    /// Whether the session that is open is one with the chosen server and account, reached in the chosen way; another
+    /// one is closed.
     [[nodiscard]] bool resume();
 
     /// Logs in with the chosen account and starts the idle watch; logs how it went.
@@ -95,6 +96,7 @@ public:
     SiteFailure withoutSession() const;
 
 private:
+    SiteRoute wantedRoute() const;
     void download(const std::string& remote, const std::string& local, const Terms& terms);
     SiteFailure fetch(const std::string& remote, const std::string& local, const Terms& terms);
     bool fetchSignature(ListTrust& trust, std::string& signature);
@@ -110,6 +112,7 @@ private:
     const ProgramFolder& folder_;
     Log& log_;
     Progress& progress_;
+    SiteRoute route_;  // of the session
     int timer_ = 0;
     std::int16_t ftpIdleSeconds_ = 0;
     bool connecting_ = false;

@@ -12,6 +12,7 @@ struct SiteFailure {
         noServer,        ///< what stands for the server's name can be none, or the account cannot be sent
         unreachable,     ///< the server is not there, or no way leads to it
         loginRefused,    ///< user name or password
+        notEncrypted,    ///< encryption is required, and the server or its certificate does not give it
         listingRefused,  ///< the login was accepted, and then the server gave no listing
         brokenOff,       ///< the dialogue or the transfer began and did not come to its end
         notGiven,        ///< the server does not give the file

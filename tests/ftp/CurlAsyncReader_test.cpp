@@ -238,4 +238,75 @@ TEST_F(CurlAsyncReaderTest, RouteDecidesAboutTheProxy) {
     EXPECT_EQ(proxy.count(asked), expected + 1);
 }
 
+struct Encrypted : CurlAsyncReaderTest {
+    using Encryption = SiteRoute::Encryption;
+    using Kind = ReadFailure::Kind;
+
+    void route(Encryption encryption, const std::string& authorities) {
+        reader_->route({.encryption = encryption, .authorities = authorities});
+    }
+
+    const std::string certificate_ = local_.path() + ".pem";
+    const std::string tls_ = R"("tls": {"file": ")" + certificate_ + R"(", "name": "127.0.0.1", "days": 1)";
+};
+
+TEST_F(Encrypted, SessionsAreUsedAsFarAsTheyAreAskedForAndCanBeHad) {
+    const std::string wrongName = R"("tls": {"file": ")" + certificate_ + R"(", "name": "127.0.0.9", "days": 1})",
+                      expired = R"("tls": {"file": ")" + certificate_ + R"(", "name": "127.0.0.1", "days": -1})",
+                      good = tls_ + "}", breaks = tls_ + R"(, "breaks": true})",
+                      none = R"("auth": "530 Log in first.")", dropsOffer = R"("auth": "421 What?")",
+                      mute = R"("auth": "")";
+    constexpr auto kOff = Encryption::off, kTry = Encryption::whenOffered, kRequire = Encryption::required;
+    const struct {
+        const std::string& site;
+        Encryption encryption;
+        bool isTrusted;
+        Kind failure;
+        const char* remark;
+        int encrypted;
+    } cases[] = {
+        {good, kRequire, true, Kind::none, "", 1},
+        {good, kTry, true, Kind::none, "", 1},
+        {good, kTry, false, Kind::none, "The session is encrypted, but nobody vouches for this server (", 1},
+        {good, kOff, true, Kind::none, "", 0},
+        {good, kRequire, false, Kind::notVouched, "", 0},
+        {wrongName, kRequire, true, Kind::notVouched, "", 0},
+        {wrongName, kTry, true, Kind::none, "The session is encrypted, but nobody vouches for this server (", 1},
+        {expired, kRequire, true, Kind::notVouched, "", 0},
+        {breaks, kRequire, true, Kind::notEncrypted, "", 0},
+        {breaks, kTry, true, Kind::none, "The server offers encryption that does not work (", 0},
+        {none, kRequire, false, Kind::notEncrypted, "", 0},
+        {none, kTry, false, Kind::none, "", 0},
+        {dropsOffer, kTry, false, Kind::none, "", 0},
+        {mute, kTry, false, Kind::none, "", 0},
+        {mute, kRequire, false, Kind::notEncrypted, "", 0},
+    };
+    for (const auto& one : cases) {
+        SCOPED_TRACE(one.site + std::to_string(static_cast<int>(one.encryption)) + (one.isTrusted ? "trusted" : ""));
+        serve(one.site);
+        limit({.connectMs = 600, .silenceMs = 1000, .wholeMs = 10000, .offerMs = 200});
+        route(one.encryption, one.isTrusted && std::filesystem::exists(certificate_) ? certificate_ : "");
+        EXPECT_EQ(read(address(kImage)) == everyByte(), one.failure == Kind::none) << reader_->failure().words;
+        EXPECT_EQ(reader_->failure().kind, one.failure) << reader_->failure().words;
+        EXPECT_EQ(reader_->remark().substr(0, std::string(one.remark).size()), one.remark);
+        EXPECT_EQ(reader_->remark().empty(), !*one.remark);
+        EXPECT_EQ(read(address("/firmware/a b%20#1?+;\\\xE4.hex")) == "odd", one.failure == Kind::none);
+        EXPECT_EQ(site_->count("login upd"), one.failure == Kind::none) << "one login for both";
+        EXPECT_EQ(site_->count("PROT P"), one.encrypted);
+    }
+}
+
+TEST_F(Encrypted, SessionWithDataInTheClearIsNoneWhereItIsRequiredAndASilentServerHoldsNobodyUp) {
+    serve(tls_ + R"(, "control": true})");
+    route(Encryption::required, certificate_);
+    EXPECT_EQ(failure("image.hex").kind, Kind::notEncrypted);
+    serve(tls_ + "}");
+    EXPECT_TRUE(read(address(kImage)) == everyByte()) << reader_->failure().words;
+    site_->freeze();
+    const auto before = runtime_.tick();
+    reader_->closeSession();
+    EXPECT_LT(runtime_.tick() - before, 100U);
+    site_->thaw();
+}
+
 }  // namespace corvane::fakes::tests

@@ -10,6 +10,7 @@
 
 #include "settings/StoredSettings.h"
 #include "window/widgets/Naming.h"
+#include "window/widgets/QtText.h"
 
 namespace corvane {
 
@@ -20,6 +21,14 @@ frmConnection::frmConnection(SettingsStore& store, QWidget* owner) : QDialog(own
     cmbAccessType_->addItems({tr("Default"), tr("Direct"), tr("Proxy")});
     txtProxy_ = named(new QLineEdit, "txtProxy", tr("Proxy"), tr("Host and port of the proxy, as host:port"));
     txtProxy_->setPlaceholderText(tr("host:port"));
+    cmbEncryption_ =
+        named(new QComboBox, "cmbEncryption", tr("Encryption"),
+              tr("Whether the session with the site is encrypted; when it is required, a server without it "
+                 "gets no password"));
+    cmbEncryption_->addItems({tr("Off"), tr("When offered"), tr("Required")});
+    txtAuthorities_ = named(new QLineEdit, "txtAuthorities", tr("Certificates"),
+                            tr("A file of certificates that may vouch for the site, in place of the system's"));
+    txtAuthorities_->setPlaceholderText(tr("the system's own"));
     chkAskVersion_ = named(new QCheckBox(tr("&Ask an updated device for its version")), "chkAskVersion",
                            tr("Ask an updated device for its version"),
                            tr("After an update the port is opened once more, to show what the device runs now"));
@@ -34,6 +43,8 @@ frmConnection::frmConnection(SettingsStore& store, QWidget* owner) : QDialog(own
     auto* fields = new QFormLayout;
     fields->addRow(tr("&Link by"), cmbAccessType_);
     fields->addRow(tr("&Proxy"), txtProxy_);
+    fields->addRow(tr("&Encryption"), cmbEncryption_);
+    fields->addRow(tr("&Certificates"), txtAuthorities_);
     auto* layout = new QVBoxLayout(this);
     layout->addLayout(fields);
     layout->addWidget(chkAskVersion_);
@@ -45,6 +56,8 @@ frmConnection::frmConnection(SettingsStore& store, QWidget* owner) : QDialog(own
     loaded_ = StoredSettings(store_).connection();
     txtProxy_->setText(QString::fromStdString(loaded_.proxy));
     cmbAccessType_->setCurrentIndex(loaded_.accessType);
+    cmbEncryption_->setCurrentIndex(static_cast<int>(loaded_.encryption));
+    txtAuthorities_->setText(fromPath(loaded_.authorities));
     chkAskVersion_->setChecked(loaded_.asksVersion);
     cmbAccessType_Click();
     connect(cmbAccessType_, &QComboBox::currentIndexChanged, this, [this] { cmbAccessType_Click(); });
@@ -62,6 +75,8 @@ void frmConnection::cmdOK_Click() {
     ConnectionSettings settings;
     settings.accessType = cmbAccessType_->currentIndex();
     settings.proxy = txtProxy_->text().toStdString();
+    settings.encryption = static_cast<SiteRoute::Encryption>(cmbEncryption_->currentIndex());
+    settings.authorities = toPath(txtAuthorities_->text());
     settings.asksVersion = chkAskVersion_->isChecked();
     if (StoredSettings(store_).save(settings, loaded_)) return accept();
     labProblem_->setText(tr("The settings could not be saved. Is there room on the disk, and may you write them?"));

@@ -26,6 +26,8 @@ private:
     ConnectionSettings loaded_;
     QComboBox* cmbAccessType_;
     QLineEdit* txtProxy_;
+    QComboBox* cmbEncryption_;
+    QLineEdit* txtAuthorities_;
     QCheckBox* chkAskVersion_;
     QLabel* labProblem_;
 };

@@ -30,10 +30,12 @@ void CurlAsyncReader::start(const Address& address, const std::string& propertyN
     failure_ = {};
     read_ = std::make_unique<Read>();
     read_->propertyName = propertyName;
+    read_->address = address;
     read_->isFolder = address.isFolder();
     if (const auto fault = address.fault(); !fault.empty()) return onDone({ReadFailure::Kind::noAddress, fault});
     try {
-        begin(address);
+        read_->file = std::make_unique<DownloadFile>(propertyName);
+        begin();
     } catch (const std::system_error& error) {
         onDone({ReadFailure::Kind::storage, error.what()});
     } catch (const std::exception& error) {
@@ -41,22 +43,60 @@ void CurlAsyncReader::start(const Address& address, const std::string& propertyN
     }
 }
 
-void CurlAsyncReader::begin(const Address& address) {
-    read_->file = std::make_unique<DownloadFile>(read_->propertyName);
-    openSession(address);
-    session_->begin(address);
+void CurlAsyncReader::begin() {
+    openSession(read_->address);
+    session_->begin(read_->address);
     lastSign_ = read_->begun = runtime_.tick();
-    const int pause = std::min(limits_.silenceMs, limits_.wholeMs) / 2;
+    const int pause = std::min({limits_.silenceMs, limits_.wholeMs, limits_.offerMs}) / 2;
     timer_ = runtime_.startTimer(std::clamp(pause, 1, kLongestPause), [this] { checkTime(); });
 }
 
 void CurlAsyncReader::openSession(const Address& address) {
     if (session_ && session_->isFor(address) && session_->isOpen()) return;
     session_.reset();
-    session_ = std::make_unique<CurlSession>(runtime_, address, route_, limits_.connectMs);
+    if (std::exchange(tlsServer_, address.server()) != address.server()) route(route_);
+    session_ = std::make_unique<CurlSession>(runtime_, address, route_, tls_, limits_.connectMs);
     session_->onData = [this](std::string_view bytes) { onData(bytes); };
     session_->onReply = [this] { lastSign_ = runtime_.tick(); };
     session_->onDone = [this](const ReadFailure& failure) { onDone(failure); };
+}
+
+void CurlAsyncReader::route(const SiteRoute& route) {
+    using Encryption = SiteRoute::Encryption;
+    route_ = route;
+    tls_ = route.encryption == Encryption::off        ? CurlSession::Tls::none
+           : route.encryption == Encryption::required ? CurlSession::Tls::required
+                                                      : CurlSession::Tls::verified;
+    remark_.clear();
+}
+
+/// Where encryption is used when it is offered, nothing that comes of it ends a read: whoever could make it fail could
+/// also have kept the offer away.
+bool CurlAsyncReader::takesLess(const ReadFailure& failure) {
+    using Tls = CurlSession::Tls;
+    if (read_->bytes > 0 || tls_ == Tls::none || tls_ == Tls::required) return false;
+    if (failure.kind == ReadFailure::Kind::notVouched && tls_ == Tls::verified) {
+        tls_ = Tls::unverified;
+        remark_ = "The session is encrypted, but nobody vouches for this server (" + failure.words + ").";
+        return true;
+    }
+    const bool isDataLost = session_ && session_->isEncrypted() && failure.kind == ReadFailure::Kind::brokenOff;
+    if (failure.kind != ReadFailure::Kind::notEncrypted && !isDataLost) return false;
+    const bool hasAgreed = session_ && session_->isEncrypted();
+    tls_ = Tls::none;
+    remark_ = hasAgreed
+                  ? "The server offers encryption that does not work (" + failure.words + "); the session goes without."
+                  : "";
+    return true;
+}
+
+void CurlAsyncReader::beginAgain() {
+    session_.reset();
+    try {
+        begin();
+    } catch (const std::exception& error) {
+        onDone({ReadFailure::Kind::brokenOff, error.what()});
+    }
 }
 
 void CurlAsyncReader::cancel(const std::optional<std::string>& propertyName) {
@@ -92,6 +132,11 @@ void CurlAsyncReader::onData(std::string_view bytes) {
 
 void CurlAsyncReader::onDone(const ReadFailure& failure) {
     constexpr std::string_view kEmptyFolder = "total 0\r\n";
+    if (failure && !read_->fault && takesLess(failure)) {
+        stopTimer();
+        runtime_.post(this, [this] { beginAgain(); });  // not out of the session's own call
+        return;
+    }
     failure_ = read_->fault ? read_->fault : failure;
     read_->isOver = true;
     try {
@@ -108,6 +153,11 @@ void CurlAsyncReader::onDone(const ReadFailure& failure) {
 void CurlAsyncReader::checkTime() {
     const auto now = runtime_.tick();
     if (now - lastSign_ >= static_cast<std::uint32_t>(limits_.silenceMs)) return giveUp("the server has fallen silent");
+    if (session_ && session_->isTlsDue() && now - lastSign_ >= static_cast<std::uint32_t>(limits_.offerMs) &&
+        takesLess({ReadFailure::Kind::notEncrypted, "the server has fallen silent"})) {
+        stopTimer();
+        return runtime_.post(this, [this] { beginAgain(); });
+    }
     if (now - read_->begun >= static_cast<std::uint32_t>(limits_.wholeMs)) giveUp("it took too long");
 }
 

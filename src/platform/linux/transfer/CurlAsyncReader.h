@@ -20,6 +20,7 @@ public:
         int connectMs = 30000;  ///< until the server has accepted the login
         int silenceMs = 60000;  ///< without any byte from the server
         int wholeMs = 1800000;  ///< for one read, login included
+        int offerMs = 5000;     ///< until the server has answered the offer of encryption
     };
 
     explicit CurlAsyncReader(LinuxRuntime& runtime) : CurlAsyncReader(runtime, Limits()) {}
@@ -31,13 +32,15 @@ public:
     void start(const Address& address, const std::string& propertyName) override;
     void cancel(const std::optional<std::string>& propertyName) override;
     void closeSession() override;
-    void route(const SiteRoute& route) override { route_ = route; }
+    void route(const SiteRoute& route) override;
     void mostBytes(std::int64_t most) override { most_ = most; }
+    std::string remark() const override { return remark_; }
     ReadFailure failure() const override { return failure_; }
 
 private:
     struct Read {
         std::string propertyName;
+        Address address;
         std::unique_ptr<DownloadFile> file;
         bool isFolder = false;
         bool isOver = false;
@@ -47,8 +50,10 @@ private:
         std::uint32_t begun = 0;  // tick
     };
 
-    void begin(const Address& address);
+    void begin();
     void openSession(const Address& address);
+    bool takesLess(const ReadFailure& failure);
+    void beginAgain();
     void drop();
     void onData(std::string_view bytes);
     void onDone(const ReadFailure& failure);
@@ -61,6 +66,9 @@ private:
     LinuxRuntime& runtime_;
     Limits limits_;
     SiteRoute route_;
+    CurlSession::Tls tls_ = CurlSession::Tls::verified;  // what the next connection asks for
+    std::string tlsServer_;                              // ... of this server; every other one is asked for all
+    std::string remark_;
     std::int64_t most_ = std::numeric_limits<std::int64_t>::max();
     ReadFailure failure_;
     std::unique_ptr<CurlSession> session_;

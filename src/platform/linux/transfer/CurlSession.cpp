@@ -18,14 +18,20 @@ namespace corvane {
 namespace {
 
 constexpr long kReceiveBuffer = 256 * 1024L;
-constexpr std::size_t kMostPerTurn = 512 * 1024UL;  // bytes; then other events have theirs
-constexpr long kLongestIdle = 24 * 3600L;           // seconds; when a session ends is decided elsewhere
-constexpr std::uint32_t kLongestBlock = 500;        // ms that the library may wait by itself
-constexpr int kMostUnread = 16;                     // pieces of a talkative server's words
+constexpr std::size_t kMostPerTurn = 512 * 1024UL;      // bytes; then other events have theirs
+constexpr long kLongestIdle = 24 * 3600L;               // seconds; when a session ends is decided elsewhere
+constexpr std::uint32_t kLongestBlock = 500;            // ms that the library may wait by itself
+constexpr std::uint32_t kLongestEncryptedBlock = 3000;  // ... for a last word that only it can read
+constexpr int kMostUnread = 16;                         // pieces of a talkative server's words
 constexpr char kGoodbye[] = "QUIT\r\n";
 
 bool isReadable(int socket) {
     pollfd entry{socket, POLLIN, 0};
+    return ::poll(&entry, 1, 0) > 0;
+}
+
+bool isHungUp(int socket) {
+    pollfd entry{socket, POLLRDHUP, 0};
     return ::poll(&entry, 1, 0) > 0;
 }
 
@@ -59,8 +65,10 @@ CurlSession::CurlSession(LinuxRuntime& runtime, const Address& address)
       timer_(::timerfd_create(CLOCK_MONOTONIC, TFD_NONBLOCK | TFD_CLOEXEC)) {}
 
 // The constructor above has finished when this one throws, so the destructor cleans up.
-CurlSession::CurlSession(LinuxRuntime& runtime, const Address& address, const SiteRoute& route, int connectLimitMs)
+CurlSession::CurlSession(LinuxRuntime& runtime, const Address& address, const SiteRoute& route, Tls tls,
+                         int connectLimitMs)
     : CurlSession(runtime, address) {
+    tls_ = tls;
     if (timer_ < 0 || !multi_ || !easy_) throw std::runtime_error("The transfer library cannot be started");
     runtime_.watch(timer_, EPOLLIN, [this](std::uint32_t) { onTimer(); });
     curl_multi_setopt(multi_, CURLMOPT_SOCKETFUNCTION, &onSocketChange);
@@ -95,6 +103,7 @@ CurlSession::CurlSession(LinuxRuntime& runtime, const Address& address, const Si
         set(CURLOPT_PASSWORD, address.password.c_str());
     }
     applyRoute(route);
+    applyTls(route);
 }
 
 CurlSession::~CurlSession() {
@@ -124,6 +133,16 @@ void CurlSession::applyRoute(const SiteRoute& route) {
     set(CURLOPT_NOPROXY, "");  // the operator's choice counts whatever the environment excepts
 }
 
+void CurlSession::applyTls(const SiteRoute& route) {
+    if (tls_ == Tls::none) return;
+    set(CURLOPT_USE_SSL, long{tls_ == Tls::required ? CURLUSESSL_ALL : CURLUSESSL_TRY});
+    set(CURLOPT_FTPSSLAUTH, long{CURLFTPAUTH_TLS});
+    set(CURLOPT_SSLVERSION, long{CURL_SSLVERSION_TLSv1_2});
+    set(CURLOPT_SSL_VERIFYPEER, long{tls_ != Tls::unverified});
+    set(CURLOPT_SSL_VERIFYHOST, tls_ == Tls::unverified ? 0L : 2L);
+    if (!route.authorities.empty()) set(CURLOPT_CAINFO, route.authorities.c_str());
+}
+
 void CurlSession::begin(const Address& address) {
     curl_multi_remove_handle(multi_, easy_);
     received_ = announced_ = 0;
@@ -140,18 +159,25 @@ void CurlSession::begin(const Address& address) {
 /// is told to ask without heeding the answer, which is compared here with what comes.
 void CurlSession::askForSize(const Address& address) {
     curl_slist_free_all(std::exchange(question_, nullptr));
-    if (!address.isFolder())
-        question_ = curl_slist_append(
-            nullptr, ("*SIZE " + std::string(address.path[0] == '/' ? "" : "/") + address.path).c_str());
-    set(CURLOPT_PREQUOTE, question_);
+    if (!address.isFolder()) {
+        const auto question = "*SIZE " + std::string(address.path[0] == '/' ? "" : "/") + address.path;
+        // Where the data is encrypted, a server may wait for the request of the file before it goes on with the data's
+        // connection, and the library for that connection before it says anything else.
+        if (tls_ != Tls::none) question_ = curl_slist_append(nullptr, "*TYPE I");
+        question_ = curl_slist_append(question_, question.c_str());
+    }
+    set(tls_ == Tls::none ? CURLOPT_PREQUOTE : CURLOPT_QUOTE, question_);
     set(CURLOPT_IGNORE_CONTENT_LENGTH, 1L);
 }
 
 /// A proxy keeps its connection: only the length that it names ends what it sends.
 int CurlSession::onConnected(void* self, char*, char*, int, int) {
     auto& that = session(self);
-    if (that.isOverHttp()) that.set(CURLOPT_IGNORE_CONTENT_LENGTH, 0L);
-    return CURL_PREREQFUNC_OK;
+    if (!that.isOverHttp()) return CURL_PREREQFUNC_OK;
+    that.set(CURLOPT_IGNORE_CONTENT_LENGTH, 0L);
+    if (that.tls_ != Tls::required) return CURL_PREREQFUNC_OK;
+    that.ownFailure_ = {ReadFailure::Kind::notEncrypted, "the proxy in between would get everything as it is"};
+    return CURL_PREREQFUNC_ABORT;
 }
 
 bool CurlSession::isFor(const Address& address) const {
@@ -161,6 +187,7 @@ bool CurlSession::isFor(const Address& address) const {
 
 bool CurlSession::isOpen() const {
     const int socket = controlSocket();
+    if (isEncrypted_) return socket >= 0 && !isHungUp(socket);  // what else there is may be the encryption's own
     return socket >= 0 && !isReadable(socket);  // a server that speaks unasked says that it ends the session
 }
 
@@ -234,6 +261,8 @@ std::size_t CurlSession::onHeader(char* bytes, std::size_t size, std::size_t cou
 /// The answer to the question for the size, or what some servers say of it when the file begins to come.
 void CurlSession::takeReply(std::string_view line) {
     const auto code = line.substr(0, 4);
+    replies_ += code.size() == 4 && code[0] >= '1' && code[0] <= '5' && code[3] == ' ';
+    isEncrypted_ = isEncrypted_ || (replies_ == 2 && code == "234 ");
     if (code == "213 ") announced_ = numberAt(line.substr(code.size()));
     const auto place = line.rfind('(');
     const bool namesSize = place != std::string_view::npos && line.find(" bytes)", place) != std::string_view::npos;
@@ -245,7 +274,11 @@ curl_socket_t CurlSession::onOpen(void* self, curlsocktype, curl_sockaddr* addre
     const int socket = ::socket(address->family, address->socktype | SOCK_CLOEXEC, address->protocol);
     if (socket < 0) return CURL_SOCKET_BAD;
     auto& that = session(self);
-    if (that.sockets_.empty()) that.replied_ = 0;
+    if (that.sockets_.empty()) {
+        that.replied_ = 0;
+        that.replies_ = 0;
+        that.isEncrypted_ = false;
+    }
     that.sockets_.push_back(socket);
     return socket;
 }
@@ -263,7 +296,8 @@ int CurlSession::onClose(void* self, curl_socket_t socket) {
 /// in which nothing else happens. Once a second it asks here.
 int CurlSession::onProgress(void* self, curl_off_t, curl_off_t, curl_off_t, curl_off_t) {
     auto& that = session(self);
-    if (!that.isDataOver_ || that.runtime_.tick() - that.lastCall_ < kLongestBlock) return 0;
+    const auto longest = that.isEncrypted_ ? kLongestEncryptedBlock : kLongestBlock;
+    if (!that.isDataOver_ || that.runtime_.tick() - that.lastCall_ < longest) return 0;
     that.ownFailure_ = {ReadFailure::Kind::brokenOff, "the server did not confirm the transfer"};
     return 1;
 }
@@ -334,6 +368,7 @@ bool CurlSession::isReplyMissing(std::size_t coming) const {
 
 /// Whether the server has said more than the library has shown: it may have read a reply already and kept it.
 bool CurlSession::hasReply() const {
+    if (isEncrypted_) return true;  // its bytes cannot be told from those of the encryption
     tcp_info info{};
     socklen_t length = sizeof info;
     constexpr std::size_t kNeeded = offsetof(tcp_info, tcpi_bytes_received) + sizeof info.tcpi_bytes_received;
@@ -370,6 +405,9 @@ ReadFailure CurlSession::failureOf(CURLcode code) const {
 }
 
 ReadFailure::Kind CurlSession::kindOf(CURLcode code) const {
+    // Nothing but the offer of encryption has been answered by then.
+    const bool isAtOffer = tls_ != Tls::none && (replies_ == 1 || replies_ == 2);
+    if (isAtOffer && code != CURLE_PEER_FAILED_VERIFICATION) return ReadFailure::Kind::notEncrypted;
     switch (code) {
         case CURLE_COULDNT_RESOLVE_PROXY:
         case CURLE_COULDNT_RESOLVE_HOST:
@@ -379,6 +417,13 @@ ReadFailure::Kind CurlSession::kindOf(CURLcode code) const {
             return replied_ == 0 ? ReadFailure::Kind::unreachable : ReadFailure::Kind::brokenOff;
         case CURLE_LOGIN_DENIED:
             return ReadFailure::Kind::login;
+        case CURLE_USE_SSL_FAILED:
+        case CURLE_SSL_CONNECT_ERROR:
+        case CURLE_SSL_CACERT_BADFILE:
+        case CURLE_SSL_ENGINE_INITFAILED:
+            return ReadFailure::Kind::notEncrypted;
+        case CURLE_PEER_FAILED_VERIFICATION:
+            return ReadFailure::Kind::notVouched;
         case CURLE_REMOTE_ACCESS_DENIED:
         case CURLE_REMOTE_FILE_NOT_FOUND:
         case CURLE_FTP_COULDNT_RETR_FILE:
@@ -408,7 +453,7 @@ void CurlSession::sayGoodbye() {
     for (int i = 0; i < kMostUnread; ++i) {
         if (::recv(control, unread.data(), unread.size(), MSG_DONTWAIT) <= 0) break;
     }
-    if (!isOverHttp()) ::send(control, kGoodbye, sizeof kGoodbye - 1, MSG_DONTWAIT | MSG_NOSIGNAL);
+    if (!isOverHttp() && !isEncrypted_) ::send(control, kGoodbye, sizeof kGoodbye - 1, MSG_DONTWAIT | MSG_NOSIGNAL);
     ::shutdown(control, SHUT_RDWR);
 }
 

@@ -26,9 +26,17 @@ public:
     std::function<void()> onReply;                           ///< the server has said something
     std::function<void(const ReadFailure& failure)> onDone;  ///< none when everything has come
 
-    CurlSession(LinuxRuntime& runtime, const Address& address, const SiteRoute& route, int connectLimitMs);
+    /// What of the encryption is asked for.
+    enum class Tls {
+        none,
+        unverified,  ///< where the server offers it, whoever it is
+        verified,    ///< where the server offers it, with a valid certificate
+        required     ///< always, with a valid certificate
+    };
 
-    /// Says QUIT and leaves at once, in the middle of a read too.
+    CurlSession(LinuxRuntime& runtime, const Address& address, const SiteRoute& route, Tls tls, int connectLimitMs);
+
+    /// Says QUIT, where nothing is encrypted, and leaves at once, in the middle of a read too.
     ~CurlSession();
     CurlSession(const CurlSession&) = delete;
     CurlSession& operator=(const CurlSession&) = delete;
@@ -41,6 +49,12 @@ public:
 
     /// False when there is no connection, or the server has ended it.
     bool isOpen() const;
+
+    /// Whether the server has been asked for encryption, and it is not there yet: the server has not answered, or has
+    /// agreed and the rest is under way.
+    bool isTlsDue() const { return tls_ != Tls::none && (replies_ == 1 || isTlsBegun()); }
+    bool isTlsBegun() const { return isEncrypted_ && replies_ == 2; }
+    bool isEncrypted() const { return isEncrypted_; }
 
     /// Bytes that the running read will bring, as the server announces; 0 when it does not. A file that turns out
     /// to have more or fewer is none.
@@ -61,6 +75,7 @@ private:
     template <class Value>
     void set(CURLoption option, Value value);
     void applyRoute(const SiteRoute& route);
+    void applyTls(const SiteRoute& route);
     void askForSize(const Address& address);
     void takeReply(std::string_view line);
     void onSocket(int socket, std::uint32_t events);
@@ -81,6 +96,7 @@ private:
 
     LinuxRuntime& runtime_;
     Address address_;
+    Tls tls_ = Tls::none;
     CURLM* multi_;
     CURL* easy_;
     int timer_;
@@ -90,6 +106,8 @@ private:
     curl_slist* question_ = nullptr;  // for the size, as the library sends it
     std::uint64_t replied_ = 0;       // bytes of the dialogue that the library has shown
     bool hasReplied_ = false;
+    int replies_ = 0;  // of the dialogue, whole ones
+    bool isEncrypted_ = false;
     bool isReplyAwaited_ = false;  // a held read goes on with the server's next words
     bool isTurnOver_ = false;      // ... or after the other events that are due
     std::size_t turn_ = 0;         // bytes of this turn
