@@ -36,11 +36,12 @@ const std::vector<Option>& options() {
          nullptr,
          value(&Arguments::tlsAuthorities)},
         {"--select", {Command::update}, nullptr, value(&Arguments::select)},
-        {"--port", {Command::update}, nullptr, value(&Arguments::port)},
+        {"--port", {Command::update, Command::selftest}, nullptr, value(&Arguments::port)},
         {"--log", {Command::update}, nullptr, value(&Arguments::logFile)},
         {"--record", {Command::update}, nullptr, value(&Arguments::record)},
         {"--report", {Command::update}, nullptr, value(&Arguments::report)},
         {"--report-on-failure", {Command::update}, nullptr, value(&Arguments::reportOnFailure)},
+        {"--loopback", {Command::selftest}, flag(&Arguments::loopback), nullptr},
         {"--bytes", {Command::explain}, flag(&Arguments::bytes), nullptr},
         {"--timing", {Command::explain}, flag(&Arguments::timing), nullptr},
         {"--force", {Command::update, Command::scan}, flag(&Arguments::force), nullptr},
@@ -54,7 +55,7 @@ const std::vector<Option>& options() {
         {"--self-update", {Command::update}, flag(&Arguments::selfUpdate), nullptr},
         {"--json",
          {Command::update, Command::scan, Command::ports, Command::images, Command::lost, Command::forget,
-          Command::check, Command::checkSite, Command::explain},
+          Command::check, Command::checkSite, Command::explain, Command::selftest},
          flag(&Arguments::json),
          nullptr},
     };
@@ -63,12 +64,13 @@ const std::vector<Option>& options() {
 
 std::optional<Command> commandOf(const std::string& word) {
     static const std::vector<std::pair<const char*, Command>> names = {
-        {"update", Command::update},   {"scan", Command::scan},
-        {"ports", Command::ports},     {"lost", Command::lost},
-        {"forget", Command::forget},   {"images", Command::images},
-        {"check", Command::check},     {"check-site", Command::checkSite},
-        {"explain", Command::explain}, {"--version", Command::version},
-        {"--help", Command::help},     {"-h", Command::help},
+        {"update", Command::update},     {"scan", Command::scan},
+        {"ports", Command::ports},       {"lost", Command::lost},
+        {"forget", Command::forget},     {"images", Command::images},
+        {"check", Command::check},       {"check-site", Command::checkSite},
+        {"explain", Command::explain},   {"selftest", Command::selftest},
+        {"--version", Command::version}, {"--help", Command::help},
+        {"-h", Command::help},
     };
     for (const auto& [name, command] : names) {
         if (word == name) return command;
@@ -133,6 +135,10 @@ bool settleMode(Arguments& arguments, std::string& problem) {
     }
     if (arguments.verify && arguments.noVerify) {
         problem = "--verify does not go with --no-verify";
+        return false;
+    }
+    if (arguments.command == Command::selftest && (!arguments.port || !arguments.loopback)) {
+        problem = "selftest needs --port COMn and --loopback: the port's own output has to be wired to its input";
         return false;
     }
     if (arguments.repeat && !arguments.yes) {
@@ -203,6 +209,8 @@ std::string usageText() {
   explain FILE [--bytes] [--timing] [--json]
                                           says what a report tells: an account, the whole dialogue, or
                                           how long each record took
+  selftest --port COMn --loopback [--json]
+                                          tries out an adapter whose output is wired to its input
   --version | --help
 
 The FTP password comes from CORVANE_FTP_PASSWORD or the stored settings, the device's

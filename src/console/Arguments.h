@@ -8,7 +8,20 @@ namespace corvane {
 
 /// What the command line asks for; texts in the system's bytes, which are UTF-8.
 struct Arguments {
-    enum class Command { update, scan, ports, images, lost, forget, check, checkSite, explain, version, help };
+    enum class Command {
+        update,
+        scan,
+        ports,
+        images,
+        lost,
+        forget,
+        check,
+        checkSite,
+        explain,
+        selftest,
+        version,
+        help
+    };
 
     Command command = Command::help;
     std::string subject;  ///< what check, check-site and explain look at, and forget forgets
@@ -38,6 +51,7 @@ struct Arguments {
     bool bytes = false;
     bool timing = false;
     bool repeat = false;
+    bool loopback = false;
 };
 
 /// Reads the words behind the program's name. Nothing when they are wrong, with a sentence about it in problem.

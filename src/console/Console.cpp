@@ -60,6 +60,8 @@ int Console::run(const Arguments& arguments) {
             return checkSiteCommand(*this, arguments);
         case Arguments::Command::explain:
             return explainCommand(*this, arguments);
+        case Arguments::Command::selftest:
+            return selftestCommand(*this, arguments);
         case Arguments::Command::version:
         case Arguments::Command::help:
             break;

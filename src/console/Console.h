@@ -55,6 +55,7 @@ int lostCommand(Console& console, const Arguments& arguments);
 int forgetCommand(Console& console, const Arguments& arguments);
 int checkCommand(Console& console, const Arguments& arguments);
 int explainCommand(Console& console, const Arguments& arguments);
+int selftestCommand(Console& console, const Arguments& arguments);
 int checkSiteCommand(Console& console, const Arguments& arguments);
 
 /// Answers --version and --help, for which nothing needs to be set up; False for any other command.

@@ -7,7 +7,8 @@ TEST(ArgumentWords, AreTakenOrRefused) {
     const auto wrong = split(
         ";frobnicate;update --frobnicate;update --file;update x;scan --yes;scan --file=x;update --yes=1;"
         "update --file a --online;update --file a --server h;update --server h --offline;"
-        "update --online --offline --file a;update --offline --online;update --port ;update --port=;update --repeat;"
+        "update --online --offline --file a;update --offline --online;update --port ;update --port=;update "
+        "--repeat;selftest --port COM1;"
         "check;check a b;images --online;ports --json -x",
         ';');
     for (const auto& words : wrong) {
@@ -255,6 +256,36 @@ TEST_F(ConsoleTest, ScansAndListsPorts) {
     EXPECT_EQ(err.text,
               "corvane-cli: line 3: no port\ncorvane-cli: There is no port.\ncorvane-cli: There are no HID readers: " +
                   platform().hidLibrary + ": cannot open shared object file\n");
+}
+
+/// Gives back what it hears, but for what it swallows.
+struct LoopbackPlug : models::Peer {
+    bool isPlugged() const override { return true; }
+    void hear(models::Micros now, const Bytes& bytes, std::uint32_t rate) override {
+        if (rate == swallowsAt) return;
+        said.insert(said.end(), bytes.begin(), bytes.end());
+        at = now + 16000;
+    }
+    std::optional<models::Micros> nextAt() const override { return said.empty() ? std::nullopt : std::optional(at); }
+    Bytes speak(models::Micros now) override { return now < at ? Bytes() : std::exchange(said, {}); }
+
+    std::uint32_t swallowsAt = 0;
+    Bytes said;
+    models::Micros at = 0;
+};
+
+TEST_F(ConsoleTest, TriesOutAnAdapterThatIsWiredToItself) {
+    LoopbackPlug plug;
+    serial.plug(1, plug);
+    EXPECT_EQ(run({"selftest", "--port", "COM1", "--loopback"}), 0);
+    EXPECT_TRUE(prints("115200,E,8,1\tright\t")) << out.text;
+    EXPECT_TRUE(prints("a lone byte comes 16.0 ms late\n")) << out.text;
+    EXPECT_TRUE(says("DTR does not reach DSR") && says("Every byte came back right at every setting."));
+    plug.swallowsAt = 57600;
+    EXPECT_EQ(run({"selftest", "--port", "COM1", "--loopback", "--json"}), 1);
+    EXPECT_TRUE(prints("{\"settings\":\"57600,N,8,1\",\"outcome\":\"0 of 256 bytes came back\",\"sent\":256,"));
+    EXPECT_TRUE(out.text.starts_with("{\"right\":false,\"rtsReachesCts\":"));
+    EXPECT_EQ(run({"selftest", "--port", "COM2", "--loopback"}), 3);
 }
 
 TEST_F(ConsoleTest, ListsLeftDevicesAndForgetsThem) {
