@@ -49,10 +49,6 @@ class Data(TLS_DTPHandler if TLS else DTPHandler):
         drop = SITE.get("drop", {}).get(path)
         return drop[0] if drop else SITE.get("stall", {}).get(path)
 
-    def readable(self):
-        """An encrypted connection is spoken on before its transfer; the library would close it then."""
-        return TLS and not self._initialized or super().readable()
-
     def use_sendfile(self):
         return self.limit() is None and super().use_sendfile()
 

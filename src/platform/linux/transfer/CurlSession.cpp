@@ -264,6 +264,7 @@ void CurlSession::takeReply(std::string_view line) {
     replies_ += code.size() == 4 && code[0] >= '1' && code[0] <= '5' && code[3] == ' ';
     isEncrypted_ = isEncrypted_ || (replies_ == 2 && code == "234 ");
     if (code == "213 ") announced_ = numberAt(line.substr(code.size()));
+    if (code == "150 " || code == "125 ") holdData(dataSocket(), false);
     const auto place = line.rfind('(');
     const bool namesSize = place != std::string_view::npos && line.find(" bytes)", place) != std::string_view::npos;
     if (announced_ == 0 && question_ && namesSize && (code == "150 " || code == "125 "))
@@ -279,8 +280,17 @@ curl_socket_t CurlSession::onOpen(void* self, curlsocktype, curl_sockaddr* addre
         that.replies_ = 0;
         that.isEncrypted_ = false;
     }
+    if (!that.sockets_.empty() && that.isEncrypted_) that.holdData(socket, true);
     that.sockets_.push_back(socket);
     return socket;
+}
+
+/// Some servers close a data connection on which they hear anything before the file was asked for, and the library
+/// greets as soon as it is connected. So the system keeps that back until the server has said that the file comes, or
+/// for the 0.2 s that it keeps anything back.
+void CurlSession::holdData(int socket, bool isHeld) {
+    const int value = isHeld ? 1 : 0;
+    if (socket >= 0) static_cast<void>(::setsockopt(socket, IPPROTO_TCP, TCP_CORK, &value, sizeof value));
 }
 
 int CurlSession::onClose(void* self, curl_socket_t socket) {

@@ -78,6 +78,7 @@ private:
     void applyTls(const SiteRoute& route);
     void askForSize(const Address& address);
     void takeReply(std::string_view line);
+    void holdData(int socket, bool isHeld);
     void onSocket(int socket, std::uint32_t events);
     void setTimer(long ms);
     void onTimer();
