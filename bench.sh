@@ -8,7 +8,7 @@ set -eu
 cd "$(dirname "$0")"
 . tools/packages.sh
 # shellcheck disable=SC2086
-need $BUILD_PACKAGES $RUN_PACKAGES libgtest-dev libumockdev-dev curl
+need $BUILD_PACKAGES $RUN_PACKAGES libgtest-dev libumockdev-dev curl python3-openssl
 cmake --preset release -DBUILD_TESTING=ON >/dev/null
 cmake --build --preset release --target corvane corvane-cli corvane-bench VellIO VellIO_bench corvane-windowrun \
     bench_ftp_rate

@@ -31,10 +31,11 @@ long peakKiB() {
     return usage.ru_maxrss;
 }
 
-double curlSeconds(const std::string& host, const std::string& target) {
-    std::string url = "ftp://upd:pw@" + host + "/big", output = target;
-    char name[] = "curl", quiet[] = "-s", option[] = "-o";
-    char* arguments[] = {name, quiet, option, output.data(), url.data(), nullptr};
+double curlSeconds(const std::string& host, const std::string& target, const std::string& authorities = {}) {
+    std::string url = "ftp://upd:pw@" + host + "/big", output = target, file = authorities;
+    char name[] = "curl", quiet[] = "-s", option[] = "-o", tls[] = "--ssl-reqd", vouching[] = "--cacert";
+    char* arguments[] = {name,     quiet,       option, output.data(), url.data(), authorities.empty() ? nullptr : tls,
+                         vouching, file.data(), nullptr};
     const auto start = Clock::now();
     pid_t process = 0;
     int status = 0;
@@ -46,6 +47,34 @@ double curlSeconds(const std::string& host, const std::string& target) {
 double median(std::vector<double> values) {
     std::sort(values.begin(), values.end());
     return values[values.size() / 2];
+}
+
+/// Both rates of an encrypted session, this program's beside the command's.
+bool printEncrypted(const fakes::ScratchFolder& root, const fakes::ScratchFolder& local, int mib) {
+    constexpr int kFew = 3;
+    const auto certificate = local.path() + ".pem";
+    fakes::SiteProcess site("ftp_site.py", R"({"root": ")" + root.path() +
+                                               R"(", "accounts": {"upd": "pw"}, "tls": {"file": ")" + certificate +
+                                               R"(", "name": "127.0.0.1", "days": 1, "patient": true}})");
+    LinuxRuntime runtime;
+    CurlAsyncReader reader(runtime);
+    reader.route({.encryption = SiteRoute::Encryption::required, .authorities = certificate});
+    FTPDownload ftp(reader, runtime);
+    ftp.HostName(site.address());
+    ftp.Username("upd");
+    ftp.Password("pw");
+    if (!ftp.Connect()) return false;
+    std::vector<double> own, command;
+    for (int round = 0; round < kFew; ++round) {
+        command.push_back(curlSeconds(site.address(), local.at("curl"), certificate));
+        const auto start = Clock::now();
+        if (!ftp.GetFile("/big", local.at("own"))) return false;
+        own.push_back(secondsSince(start));
+    }
+    std::filesystem::remove(certificate);
+    std::printf("encrypted      %8.1f MiB/s\n", mib / median(own));
+    std::printf("encrypted ratio %8.2f\n", median(command) / median(own));
+    return true;
 }
 
 }  // namespace
@@ -91,6 +120,7 @@ int main(int argc, char** argv) {
     std::printf("ratio          %8.2f\n", median(command) / median(own));
     std::printf("memory         %8ld KiB more at its peak than before\n", peakKiB() - before);
     std::printf("longest wait   %8.1f ms between two pumps of the face's events\n", longestDispatch * 1000);
+    if (!printEncrypted(root, local, mib)) return 1;
     site.freeze();
     const auto start = Clock::now();
     ftp.Disconnect();

@@ -19,7 +19,8 @@ def ftp(table, build):
     def figure(pattern):
         return median([run.number(pattern) for run in runs])
 
-    table.row("download, rate / that of the curl command", figure(r"ratio +([\d.]+)"), 0.9, at_least=True, digits=2)
+    table.row("download, rate / that of the curl command", figure(r"\nratio +([\d.]+)"), 0.9, at_least=True, digits=2)
+    table.row("the same, encrypted", figure(r"encrypted ratio +([\d.]+)"), 0.9, at_least=True, digits=2)
     table.row("memory at its peak, more than before", figure(r"memory +(\d+)") / 1024, 4, "MiB", digits=1)
     table.row("longest time without a turn for other events", figure(r"longest wait +([\d.]+)"), 100, "ms", digits=1)
     table.row("Disconnect with a silent server", figure(r"closing +([\d.]+)"), 100, "ms", digits=2)

@@ -5,8 +5,8 @@
 #include <filesystem>
 #include <gtest/gtest.h>
 
-#include "SiteProcess.h"
 #include "support/ScratchFolder.h"
+#include "support/SiteProcess.h"
 
 namespace corvane::fakes::tests {
 

@@ -12,7 +12,8 @@ The one argument is a JSON object:
   announces path -> bytes: what the server says that the file has
   anonymous true: a login without an account is accepted
   tls       a dialogue can be encrypted, with a certificate that is written to "file" for a "name", valid for so many "days";
-            "breaks": it fails behind the offer; "control": the data cannot be
+            "breaks": it fails behind the offer; "control": the data cannot be; "patient": the data's connection may be spoken on
+            before the file is asked for
   auth      what is said of AUTH where it cannot; empty for nothing
 
 The first line of output is "port " and its number, every further one an event: "login NAME", "refused NAME",
@@ -48,6 +49,9 @@ class Data(TLS_DTPHandler if TLS else DTPHandler):
         path = self.cmd_channel.path
         drop = SITE.get("drop", {}).get(path)
         return drop[0] if drop else SITE.get("stall", {}).get(path)
+
+    def readable(self):
+        return TLS and TLS.get("patient") and not self._initialized or super().readable()
 
     def use_sendfile(self):
         return self.limit() is None and super().use_sendfile()
