@@ -14,6 +14,9 @@ Run addresses, inf_list, inf_profile, site, hex;  ///< what a site names and hol
 /// What the user's own files and the command line hold.
 Run settings_text, settings_file, port_map, journal, arguments, texts;
 
+/// What is to prove whose a site's list is.
+Run signature, public_key;
+
 /// What somebody sends as a report, or as a recording that a bench is to replay.
 Run report, recording;
 
