@@ -5,6 +5,7 @@
 #include <QPushButton>
 
 #include "WindowTest.h"
+#include "support/SignedSite.h"
 
 namespace corvane::tests {
 
@@ -151,6 +152,19 @@ TEST_F(WindowTest, LogsAtTheEndAndCopiesAndSavesTheLog) {
     EXPECT_TRUE(text("labStatus").starts_with("The log could not be saved: ")) << text("labStatus");
 }
 
+TEST_F(WindowTest, SaysWhoVouchesForAnImage) {
+    bench.keys.file("maker.pub", fakes::signedFile("maker.pub"));
+    plug();
+    offer();
+    bench.reader.answers[site + "/firmware/firmware.inf"].content = fakes::signedFile("firmware.inf");
+    bench.reader.answers[site + "/firmware/firmware.inf.minisig"].content = fakes::signedFile("good.minisig");
+    answers.expect("frmQuery", [](QDialog& dialog) {
+        EXPECT_EQ(dialog.findChild<QLabel*>("labVouched")->text(), "Signed by maker.");
+        dialog.reject();
+    });
+    press("cmdStartCheck");
+}
+
 TEST_F(WindowTest, AsksHowTheSiteIsReached) {
     bench.asksAfterwards(true);
     answers.expect("frmConnection", [](QDialog& dialog) {
@@ -163,12 +177,14 @@ TEST_F(WindowTest, AsksHowTheSiteIsReached) {
         }
         EXPECT_EQ(links, "Default- Direct- Proxy+ ");
         QTest::keyClicks(proxy, "proxy:3128");
+        QTest::keyClick(dialog.findChild<QComboBox*>("cmbEncryption"), Qt::Key_End);
         DialogAnswers::press(*dialog.findChild<QWidget*>("chkAskVersion"));
         DialogAnswers::press(*dialog.findChild<QWidget*>("cmdOK"));
     });
     press("cmdOption");
     const auto chosen = bench.settings.values;
     EXPECT_EQ(chosen, (std::map<std::string, std::string>{{"Corvane/FTP/AccessType", "2"},
+                                                          {"Corvane/FTP/Encryption", "require"},
                                                           {"Corvane/FTP/Proxy", "proxy:3128"},
                                                           {"Corvane/Update/AskVersion", "False"}}));
     answers.expect("frmConnection", [this](QDialog& dialog) {

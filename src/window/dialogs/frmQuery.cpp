@@ -107,6 +107,16 @@ void frmQuery::arrange() {
     fields->addRow(tr("&Image"), cboROMs_);
     fields->addRow(tr("C&omparison"), txtCheckVersion_);
     fields->addRow(tr("Made for"), labMadeFor_);
+    auto* labVouched =
+        namedLabel(new QLabel(fromDevice(dialog_.vouching())), "labVouched", tr("Who vouches for the image"));
+    labVouched->setTextFormat(Qt::PlainText);
+    labVouched->setWordWrap(true);
+    if (dialog_.vouching().empty()) {
+        labVouched->setParent(this);
+        labVouched->hide();
+    } else {
+        fields->addRow(tr("Proof"), labVouched);
+    }
 
     auto* buttons = new QDialogButtonBox;
     cmdOK_ =
