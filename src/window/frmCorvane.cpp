@@ -200,6 +200,10 @@ void frmCorvane::conclude(const Outcome& outcome) {
         ui_.labJobs->setText(devices == 1 ? tr("1 device updated") : tr("%1 devices updated").arg(devices));
     ui_.card->takeFocus();
     ui_.column->ensureWidgetVisible(ui_.card);
+    if (!options_.notify || isActiveWindow() || presenter_.isWaiting()) return;
+    const auto card = presenter_.situation().card();
+    options_.notify(QString::fromStdString(card.headline), QString::fromStdString(card.textBelow()),
+                    card.tone == Card::Tone::danger);
 }
 
 /// The newer program has been started and takes over; what was typed here is not saved over its settings.

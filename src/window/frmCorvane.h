@@ -22,6 +22,9 @@ struct WindowOptions {
 
     FaceWitness witness = {};
 
+    /// Tells an operator who looks elsewhere how a run has ended, with what is to be done where that is not nothing.
+    std::function<void(const QString& headline, const QString& text, bool asksForHelp)> notify = {};
+
     /// Starts a rehearsal beside this window: why it did not work, or an empty text. Without it none is offered.
     std::function<QString()> rehearse = {};
 };

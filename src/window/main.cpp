@@ -12,6 +12,7 @@
 #include "platform/ProgramInfo.h"
 #include "platform/linux/LinuxPlatform.h"
 #include "platform/linux/Signals.h"
+#include "platform/linux/desktop/DesktopNotifier.h"
 #include "platform/linux/desktop/LogindInhibitor.h"
 #include "platform/linux/events/PortEvents.h"
 #include "platform/linux/files/StandardDescriptors.h"
@@ -74,6 +75,9 @@ int showWindow(LinuxPlatform& system, SleepInhibitor& inhibitor, const WindowOpt
 WindowOptions options() {
     WindowOptions options;
     options.usesQtDialogs = qEnvironmentVariableIsSet("CORVANE_QT_DIALOGS");
+    options.notify = [](const QString& headline, const QString& text, bool asksForHelp) {
+        DesktopNotifier().tell(headline, text, asksForHelp);
+    };
     options.rehearse = [] {
         QProcess other;
         other.setProgram(QCoreApplication::applicationFilePath());

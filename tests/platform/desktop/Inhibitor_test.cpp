@@ -10,6 +10,7 @@
 #include <poll.h>
 #include <unistd.h>
 
+#include "platform/linux/desktop/DesktopNotifier.h"
 #include "platform/linux/desktop/LogindInhibitor.h"
 
 namespace corvane::tests {
@@ -17,11 +18,14 @@ namespace corvane::tests {
 constexpr char kConnection[] = "stand-in";
 constexpr int kPatience = 20000;  // turns of 1 ms
 
-/// Stands in for logind on the bus: hands out descriptors and sees when they are closed.
+/// Stands in for logind and for whoever shows notifications on the bus: hands out descriptors and sees when they are
+/// closed.
 struct Logind : QDBusVirtualObject {
     Logind() {
         auto connection = QDBusConnection::connectToBus(QDBusConnection::SessionBus, kConnection);
         connection.registerVirtualObject("/org/freedesktop/login1", this);
+        connection.registerVirtualObject("/org/freedesktop/Notifications", this);
+        EXPECT_TRUE(connection.registerService("org.freedesktop.Notifications"));
         EXPECT_TRUE(connection.registerService("org.freedesktop.login1")) << "run it under dbus-run-session";
     }
     ~Logind() override { QDBusConnection::disconnectFromBus(kConnection); }
@@ -41,6 +45,11 @@ struct Logind : QDBusVirtualObject {
     QString introspect(const QString& /*path*/) const override { return {}; }
 
     bool handleMessage(const QDBusMessage& message, const QDBusConnection& connection) override {
+        if (message.member() == "Notify") {
+            const auto told = message.arguments();
+            asked.append(told.value(3).toString() + "|" + told.value(4).toString() + "|" + told.value(7).toString());
+            return connection.send(message.createReply(1U));
+        }
         if (message.interface() != "org.freedesktop.login1.Manager" || message.member() != "Inhibit") return false;
         asked.append(QVariant(message.arguments()).toStringList().join('|'));
         if (refuses) return connection.send(message.createErrorReply(QDBusError::AccessDenied, "no"));
@@ -92,6 +101,15 @@ TEST(LogindInhibitor, HoldsUntilItIsReleasedAndIsSilentlyAbsentWithoutABusALogin
     EXPECT_TRUE(logind.comesTo(4, 1));
     inhibitor.reset();
     EXPECT_TRUE(logind.comesTo(4, 0)) << "released with the program";
+}
+
+TEST(DesktopNotifier, TellsWhoeverShowsNotificationsAndNobodyWithoutABus) {
+    DesktopNotifier("unix:path=/nowhere/bus").tell("no", "bus", true);
+    Logind desktop;
+    DesktopNotifier(kBus).tell("The device is updated.", "a < b", false);
+    DesktopNotifier(kBus).tell("A device waits.", "", true);
+    EXPECT_TRUE(desktop.comesTo(2, 0));
+    EXPECT_EQ(desktop.asked, (QStringList{"The device is updated.|a &lt; b|-1", "A device waits.||0"}));
 }
 
 }  // namespace corvane::tests
