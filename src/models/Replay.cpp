@@ -47,9 +47,9 @@ Replay::Replay(const std::vector<RecordedEvent>& events, const std::string& port
             }
             sightings.clear();
             if (said < event.bytes.size()) add(Step::Kind::says, event.at, std::string_view(event.bytes).substr(said));
-        } else if (event.what == "lost") {
+        } else if (event.isLoss()) {
             add(Step::Kind::vanishes, event.at);
-        } else if (event.what == "open") {
+        } else if (event.isReturn()) {
             add(Step::Kind::returns, event.at);
         }
     }

@@ -18,6 +18,10 @@ struct RecordedEvent {
     std::string bytes{};
 
     bool operator==(const RecordedEvent&) const = default;
+
+    /// Whether a serial port was found gone, or a reader was unplugged; or came back.
+    bool isLoss() const { return what == "lost" || (what == "event" && bytes.starts_with("17 ")); }
+    bool isReturn() const { return what == "open" || (what == "event" && bytes.starts_with("16 ")); }
 };
 
 /// What crossed the seams of a run, as lines of text. It is bounded: of a run that is longer than that the beginning is

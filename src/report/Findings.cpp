@@ -55,7 +55,7 @@ void findInEvents(const std::vector<RecordedEvent>& events, const Dialogue& dial
         if (what == "answered" && (words == "Cancel" || words == "nothing"))
             list.add(event.at, "declined", "The operator said no to: \"" + question + "\"");
         if (what == "refused") list.add(event.at, "port", event.where + " could not be opened: " + words + ".");
-        if (what == "lost")
+        if (event.isLoss())
             list.add(event.at, "loss",
                      event.where + " vanished in the phase \"" + phase + "\"" + placeAmongRecords(dialogue, event.at) +
                          ": the device, its adapter or the cable was unplugged or lost its power.");

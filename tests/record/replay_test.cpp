@@ -128,6 +128,16 @@ TEST(Replay, ARunWithAnyFaultEndsInTheSameWay) {
     RecordProperty("equal", equal);
 }
 
+TEST(Replay, ATakenOffReaderIsTakenOffAgain) {
+    Replay replay({{0, "open", "HID1"}, {5, "sent", "HID1", "a"}, {9, "event", "HID1", "17 0"}}, "HID1",
+                  Replay::Timing::recorded);
+    replay.speak(0);
+    EXPECT_TRUE(replay.isPlugged());
+    replay.hear(100, {'a'}, 0);
+    replay.speak(104);
+    EXPECT_FALSE(replay.isPlugged());
+}
+
 /// Runs that were recorded earlier: the program must still do the same. CORVANE_RECORD in the environment makes the
 /// recordings anew, for a change of the dialogue that is meant.
 TEST(Replay, TheKeptRecordingsAreStillRight) {
