@@ -109,6 +109,7 @@ MainControls::MainControls(QMainWindow& window) {
 }
 
 void MainControls::makeMenu(QMainWindow& window) {
+    menu = window.menuBar();
     auto* file = window.menuBar()->addMenu(tr("&File"));
     mnuSaveLog = file->addAction(tr("&Save log…"));
     mnuSaveLog->setObjectName("mnuSaveLog");
@@ -180,12 +181,7 @@ void MainControls::showScan(bool isScanning) {
 
 void MainControls::makeReferences() {
     references = new QWidget;
-    lstRefer = named(new QListWidget, "lstRefer", tr("Reference links"), tr("Documents about the installed firmware"));
-    // Else some styles activate a link at a click and others at a second one.
-    lstRefer->setStyleSheet("QListWidget { activate-on-singleclick: 1; }");
-    lstRefer->setVerticalScrollMode(QAbstractItemView::ScrollPerPixel);
-    lstRefer->setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
-    lstRefer->setTextElideMode(Qt::ElideRight);
+    lstRefer = new ReferenceList;
     section(references, headingFor(tr("Reference lin&ks"), lstRefer))->addWidget(lstRefer);
     references->hide();
 }
@@ -267,6 +263,20 @@ void MainControls::applyPalette(QWidget& window) {
                 "QFrame#frameButtons QPushButton:default:disabled { background: palette(button); color: %1; "
                 "border-color: %1; }")
             .arg(line));
+}
+
+void MainControls::enable(const Controls& controls, bool hasReport) {
+    QWidget* const choosing[] = {source.optLine[0], source.optLine[1],    source.cmdOption,
+                                 source.txtServer,  source.txtAccount[0], source.txtAccount[1],
+                                 cmdCopyLog,        cmdSaveLog,           menu};
+    for (auto* control : choosing) control->setEnabled(controls.choices);
+    for (auto* action : {mnuSaveLog, mnuManual}) action->setEnabled(controls.choices);  // their keys need no menu
+    mnuSaveReport->setEnabled(controls.choices && hasReport);
+    QWidget* const local[] = {source.optLast, source.optFile, source.cmdLoadFile, source.cmdRecent};
+    for (auto* control : local) control->setEnabled(controls.localFile);
+    cmdStartCheck->setEnabled(controls.start);
+    cmdForceISP->setEnabled(controls.start);
+    cmdCancel->setEnabled(controls.cancel);
 }
 
 void MainControls::emphasize(bool force) {

@@ -4,12 +4,14 @@
 
 #include "window/SourceControls.h"
 #include "window/dialogs/ForgetButton.h"
+#include "window/presenter/MainPresenter.h"
 #include "window/widgets/CardView.h"
 #include "window/widgets/LinkPicture.h"
 #include "window/widgets/LogPane.h"
 #include "window/widgets/MemoryView.h"
 #include "window/widgets/PortFrame.h"
 #include "window/widgets/PortsView.h"
+#include "window/widgets/ReferenceList.h"
 
 class QAction;
 class QCheckBox;
@@ -47,7 +49,7 @@ struct MainControls {
     PortFrame* frameComport = nullptr;
 
     QWidget* references = nullptr;
-    QListWidget* lstRefer = nullptr;
+    ReferenceList* lstRefer = nullptr;
 
     // Details.
     QPushButton* cmdDetails = nullptr;
@@ -67,6 +69,7 @@ struct MainControls {
 
     QPushButton* cmdReport = nullptr;  ///< on the card of a run that did not end well
 
+    QWidget* menu = nullptr;
     QAction* mnuSaveLog = nullptr;
     QAction* mnuSaveReport = nullptr;
     QAction* mnuManual = nullptr;
@@ -74,6 +77,9 @@ struct MainControls {
     QAction* mnuJobs = nullptr;
     QAction* mnuQuit = nullptr;
     QAction* mnuRehearse = nullptr;
+
+    /// What can be used just now; a report only when there is a run to report.
+    void enable(const Controls& controls, bool hasReport);
 
     /// Makes one of both buttons that start a run the large one.
     void emphasize(bool force);

@@ -44,6 +44,12 @@ protected:
     }
 };
 
+/// A long name with its middle left out.
+QString shortened(const QString& name) {
+    constexpr qsizetype kEnd = 18;
+    return name.size() <= 2 * kEnd + 1 ? name : name.left(kEnd) + "\u2026" + name.right(kEnd);
+}
+
 }  // namespace
 
 class WalkedButton : public QRadioButton {
@@ -164,6 +170,21 @@ QWidget* SourceControls::makeDropTarget() {
     form->addRow(tr("Version"), version);
     form->addRow(labFileStep);
     return dropTarget;
+}
+
+void SourceControls::fillRecent(const std::vector<std::string>& files,
+                                const std::function<void(const std::string& file)>& load) {
+    mnuRecent->clear();
+    for (const auto& file : files) {
+        const auto path = fromPath(file);
+        const auto name = shortened(QFileInfo(path).fileName()), folder = shortened(QFileInfo(path).path());
+        const auto number = mnuRecent->actions().size() + 1;
+        auto* action = mnuRecent->addAction(
+            QString("&%1 ").arg(number) + QObject::tr("%1 in %2").arg(name, folder).replace('&', "&&"), mnuRecent,
+            [load, file] { load(file); });
+        action->setToolTip(plainToolTip(path));
+    }
+    if (mnuRecent->isEmpty()) mnuRecent->addAction(QObject::tr("No file has been chosen yet"))->setEnabled(false);
 }
 
 }  // namespace corvane

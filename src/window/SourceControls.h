@@ -1,5 +1,9 @@
 #pragma once
 
+#include <functional>
+#include <string>
+#include <vector>
+
 #include "settings/Choices.h"
 #include "window/widgets/ElidedLabel.h"
 
@@ -40,6 +44,9 @@ struct SourceControls {
 
     /// What is chosen; the step (Windows-1252) leads from the device's version to the local file's.
     void show(const Choices& choices, const std::string& step);
+
+    /// These files (paths, the system's bytes) in the list that opens, each with its number as a key.
+    void fillRecent(const std::vector<std::string>& files, const std::function<void(const std::string& file)>& load);
 
     /// Whether the operator is walking through the two file options with the arrow keys just now.
     bool isWalking() const;

@@ -31,12 +31,6 @@
 namespace corvane {
 namespace {
 
-/// A long name with its middle left out.
-QString shortened(const QString& name) {
-    constexpr qsizetype kEnd = 18;
-    return name.size() <= 2 * kEnd + 1 ? name : name.left(kEnd) + "\u2026" + name.right(kEnd);
-}
-
 /// A label that takes no room while it has nothing to say.
 void showIn(QLabel* label, const QString& text) {
     label->setText(text);
@@ -103,7 +97,9 @@ void frmCorvane::connectChoices() {
     connect(source.optFile, &QRadioButton::clicked, this,
             [this] { ui_.source.isWalking() ? presenter_.optFile_Walked() : presenter_.optFile_Click(); });
     connect(source.cmdLoadFile, &QPushButton::clicked, this, [this] { cmdLoadFile_Click(); });
-    connect(source.mnuRecent, &QMenu::aboutToShow, this, [this] { fillRecent(); });
+    connect(source.mnuRecent, &QMenu::aboutToShow, this, [this] {
+        ui_.source.fillRecent(presenter_.recentFiles(), [this](const std::string& file) { presenter_.loadFile(file); });
+    });
     connect(source.cmdOption, &QPushButton::clicked, this, [this] { cmdOption_Click(); });
     for (auto* field : {source.txtServer, source.txtAccount[0], source.txtAccount[1]}) {
         field->setAcceptDrops(false);  // a file that is dropped here is an image, too
@@ -134,8 +130,7 @@ void frmCorvane::connectRun() {
         for (const auto& advice : updater_.advisor().beforeScan(ports)) say(QString::fromStdString(advice));
     };
     ui_.frameComport->onEnd = [this] { ui_.showScan(false); };
-    connect(ui_.lstRefer, &QListWidget::itemActivated, this,
-            [this](QListWidgetItem* item) { lstRefer_Click(item->data(Qt::UserRole).toInt()); });
+    ui_.lstRefer->onOpen = [this](int index) { lstRefer_Click(index); };
     updater_.onReader = [this](const std::string& text, bool isPluggedIn) {
         presenter_.readerChanged(text, isPluggedIn);
         showSituation();
@@ -313,20 +308,7 @@ void frmCorvane::showProgress() {
 }
 
 void frmCorvane::links(const std::vector<ReferenceLink>& links) {
-    ui_.lstRefer->clear();
-    for (const auto& link : links) {
-        auto* item = new QListWidgetItem(fromDevice(link.title), ui_.lstRefer);
-        item->setData(Qt::UserRole, link.index);
-        item->setToolTip(plainToolTip(item->text()));
-        if (!link.leads) continue;
-        item->setForeground(palette().link());
-        auto font = item->font();
-        font.setUnderline(true);
-        item->setFont(font);
-    }
-    constexpr int kRows = 4;
-    const int rows = std::clamp(ui_.lstRefer->count(), 1, kRows);
-    ui_.lstRefer->setFixedHeight(rows * ui_.lstRefer->sizeHintForRow(0) + 2 * ui_.lstRefer->frameWidth());
+    ui_.lstRefer->show(links);
     ui_.references->setVisible(!links.empty());
 }
 
@@ -373,36 +355,7 @@ void frmCorvane::showChoices() {
 void frmCorvane::refresh() {
     showChoices();
     showSituation();
-    const auto enabled = presenter_.controls();
-    const auto& source = ui_.source;
-    QWidget* const choosing[] = {source.optLine[0], source.optLine[1],    source.cmdOption,
-                                 source.txtServer,  source.txtAccount[0], source.txtAccount[1],
-                                 ui_.cmdCopyLog,    ui_.cmdSaveLog,       menuBar()};
-    for (auto* control : choosing) control->setEnabled(enabled.choices);
-    for (auto* action : {ui_.mnuSaveLog, ui_.mnuManual})
-        action->setEnabled(enabled.choices);  // their keys work without the menu
-    ui_.mnuSaveReport->setEnabled(enabled.choices && updater_.reports().isThere());
-    QWidget* const local[] = {source.optLast, source.optFile, source.cmdLoadFile, source.cmdRecent};
-    for (auto* control : local) control->setEnabled(enabled.localFile);
-    ui_.cmdStartCheck->setEnabled(enabled.start);
-    ui_.cmdForceISP->setEnabled(enabled.start);
-    ui_.cmdCancel->setEnabled(enabled.cancel);
-}
-
-/// The files as they are when the list opens; each has its number as a key.
-void frmCorvane::fillRecent() {
-    auto* menu = ui_.source.mnuRecent;
-    menu->clear();
-    for (const auto& file : presenter_.recentFiles()) {
-        const auto path = fromPath(file);
-        const auto name = shortened(QFileInfo(path).fileName()), folder = shortened(QFileInfo(path).path());
-        const auto number = menu->actions().size() + 1;
-        auto* action =
-            menu->addAction(QString("&%1 ").arg(number) + tr("%1 in %2").arg(name, folder).replace('&', "&&"), this,
-                            [this, file] { presenter_.loadFile(file); });
-        action->setToolTip(plainToolTip(path));
-    }
-    if (menu->isEmpty()) menu->addAction(tr("No file has been chosen yet"))->setEnabled(false);
+    ui_.enable(presenter_.controls(), updater_.reports().isThere());
 }
 
 /// A file has been chosen: the next thing is to install it.

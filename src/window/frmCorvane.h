@@ -78,7 +78,6 @@ private:
     void cmdOption_Click();
     void lstRefer_Click(int index);
     void saveFetched(const std::string& file);
-    void fillRecent();
     void cmdLoadFile_Click();
     void mnuRehearse_Click();
     void saveLog();
