@@ -13,6 +13,9 @@ constexpr char kHead[] = "corvane-recording 1";
 constexpr std::size_t kChunk = 65536;
 constexpr std::int64_t kLongest = 1000000000000000;  // microseconds, some thirty years
 
+/// What and where are words of these, so that nothing in them commands a terminal.
+bool isOfWords(char c) { return c > 0x20 && c < 0x7F; }
+
 std::optional<std::string> unescaped(std::string_view text) {
     std::string bytes;
     for (std::size_t i = 0; i < text.size(); ++i) {
@@ -39,7 +42,7 @@ std::optional<RecordedEvent> eventOf(std::string_view line) {
     for (auto* word : {&event.what, &event.where}) {
         const auto blank = std::min(rest.find(' '), rest.size());
         *word = rest.substr(0, blank);
-        if (word->empty()) return std::nullopt;
+        if (word->empty() || !std::all_of(word->begin(), word->end(), isOfWords)) return std::nullopt;
         rest.remove_prefix(std::min(blank + 1, rest.size()));
     }
     auto bytes = unescaped(rest);
@@ -71,7 +74,8 @@ void Recording::clear() {
 
 std::string_view Recording::add(const RecordedEvent& event) {
     auto where = event.where;
-    std::replace(where.begin(), where.end(), ' ', '_');
+    std::replace_if(
+        where.begin(), where.end(), [](char c) { return !isOfWords(c); }, '_');
     std::string line = std::to_string(event.at) + " " + event.what + " " + where;
     if (!event.bytes.empty()) line += " " + escapedBytes(event.bytes);
     line += '\n';
