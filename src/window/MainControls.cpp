@@ -146,7 +146,7 @@ void MainControls::makeCard() {
     card->body()->addWidget(labPhase);
     card->body()->addWidget(labStatus);
     cmdForget = new ForgetButton;
-    cmdReport = named(new QPushButton(tr("S&ave report…")), "cmdReport", tr("Save report"),
+    cmdReport = named(new QPushButton(tr("Save report…")), "cmdReport", tr("Save report"),
                       tr("One file with all that happened, for whoever has to find the cause"));
     auto* more = new QHBoxLayout;
     more->addWidget(cmdForget);
