@@ -93,6 +93,7 @@ std::vector<std::string> ReportMaker::contents() const {
         "The log, what was said at the end, and the versions of program, kernel and adapter."};
     if (!image.isNone()) lines.push_back("The name and the SHA-256 of " + image.name() + ".");
     if (outcome_.facts.repeatedRecords) lines.push_back("The records of the image as they were sent to the device.");
+    if (withImage && !image.isNone()) lines.push_back("The file " + image.name() + " itself.");
     lines.push_back("No password is in it.");
     return lines;
 }
@@ -110,6 +111,8 @@ std::vector<ArchivedFile> ReportMaker::files() const {
     for (auto& file : files) file.content = s_.tape.withoutSecrets(std::move(file.content));
     std::erase_if(files, [](const ArchivedFile& file) { return file.content.empty(); });
     files.push_back({"recording.txt", recording});
+    const auto& image = outcome_.facts.image;
+    if (withImage && !image.isNone()) files.push_back({"image.hex", image.bytes()});
     return files;
 }
 

@@ -20,7 +20,8 @@ struct ReportSources {
 };
 
 /// Makes the file that somebody who was not there can read: the last run's recording, log and verdict, and what is
-/// known of program, system, adapter, image and settings. No password is in it, and no content of an image.
+/// known of program, system, adapter, image and settings. No password is in it, and the image's file only where that is
+/// asked for.
 class ReportMaker {
 public:
     static constexpr char kExtension[] = ".corvane-report";
@@ -29,6 +30,9 @@ public:
 
     /// A run has ended so.
     void concluded(const Outcome& outcome, const Verdict& verdict);
+
+    /// Whether the image's file is to be in it, too.
+    bool withImage = false;
 
     /// Whether there was a run to report.
     bool isThere() const { return !verdict_.headline.empty(); }

@@ -41,6 +41,7 @@ const std::vector<Option>& options() {
         {"--record", {Command::update}, nullptr, value(&Arguments::record)},
         {"--report", {Command::update}, nullptr, value(&Arguments::report)},
         {"--report-on-failure", {Command::update}, nullptr, value(&Arguments::reportOnFailure)},
+        {"--report-with-image", {Command::update}, flag(&Arguments::reportWithImage), nullptr},
         {"--loopback", {Command::selftest}, flag(&Arguments::loopback), nullptr},
         {"--bytes", {Command::explain}, flag(&Arguments::bytes), nullptr},
         {"--timing", {Command::explain}, flag(&Arguments::timing), nullptr},
@@ -141,6 +142,10 @@ bool settleMode(Arguments& arguments, std::string& problem) {
         problem = "selftest needs --port COMn and --loopback: the port's own output has to be wired to its input";
         return false;
     }
+    if (arguments.reportWithImage && !arguments.report && !arguments.reportOnFailure) {
+        problem = "--report-with-image needs a --report or --report-on-failure to be put into";
+        return false;
+    }
     if (arguments.repeat && !arguments.yes) {
         problem = "--repeat needs --yes: from the second device on nobody is asked";
         return false;
@@ -192,7 +197,7 @@ std::string usageText() {
          [--select SECTION] [--force] [--yes] [--accept-unsound] [--self-update]
          [--tls off|try|require] [--tls-ca FILE] [--accept-older-list] [--port COMn]
          [--verify|--no-verify] [--repeat] [--log FILE] [--record FILE] [--report FILE]
-         [--report-on-failure FOLDER] [--json]
+         [--report-on-failure FOLDER] [--report-with-image] [--json]
                                           updates the attached device, and asks it afterwards whether
                                           it runs; with --verify it must say the image's version;
                                           with --repeat the next one that is connected follows

@@ -36,6 +36,7 @@ struct Arguments {
     std::optional<std::string> record;
     std::optional<std::string> report;           ///< where a report of the run goes
     std::optional<std::string> reportOnFailure;  ///< the folder of those of runs that did not update
+    bool reportWithImage = false;
     std::optional<bool> offLine;  ///< as --offline, --online, --file or --server say; nothing when none does
     bool offLineWanted = false;   ///< --offline stood there
     bool onLineWanted = false;    ///< --online

@@ -93,7 +93,8 @@ void saveReports(CommandScope& scope, const Arguments& arguments, int code) {
         scope.face.say(problem.empty() ? "A report of this run lies in " + path + "; corvane-cli explain reads it."
                                        : "The report " + path + " could not be written: " + problem + ".");
     };
-    const auto& maker = scope.updater.reports();
+    auto& maker = scope.updater.reports();
+    maker.withImage = arguments.reportWithImage;
     const bool isOnFailure = arguments.reportOnFailure && code != 0;
     if (!arguments.report && !isOnFailure) return;
     for (const auto& line : maker.contents()) scope.face.say("In the report: " + line);

@@ -1,4 +1,5 @@
 #include "ConsoleBench.h"
+#include "archive/Archive.h"
 #include "text/Text.h"
 
 namespace corvane::tests {
@@ -8,7 +9,7 @@ TEST(ArgumentWords, AreTakenOrRefused) {
         ";frobnicate;update --frobnicate;update --file;update x;scan --yes;scan --file=x;update --yes=1;"
         "update --file a --online;update --file a --server h;update --server h --offline;"
         "update --online --offline --file a;update --offline --online;update --port ;update --port=;update "
-        "--repeat;selftest --port COM1;"
+        "--repeat;selftest --port COM1;update --report-with-image;"
         "check;check a b;images --online;ports --json -x",
         ';');
     for (const auto& words : wrong) {
@@ -41,6 +42,22 @@ TEST_F(ConsoleTest, KeepsACopyOfTheLog) {
     EXPECT_EQ(devices[0]->log().erases, 1);
     EXPECT_EQ(update({"--yes", "--log", "/dev/full"}), 0);
     EXPECT_TRUE(says("The log file /dev/full is not complete"));
+}
+
+TEST_F(ConsoleTest, SavesAReportAndSaysWhatIsInIt) {
+    plug();
+    const auto path = folder.folder.at("run.corvane-report");
+    for (const bool isWithImage : {false, true}) {
+        std::vector<std::string> words = {"--yes", "--report", path};
+        if (isWithImage) words.push_back("--report-with-image");
+        EXPECT_EQ(update(words), 0);
+        EXPECT_TRUE(says("In the report: No password is in it."));
+        EXPECT_EQ(says("In the report: The file local.hex itself."), isWithImage);
+        std::string why;
+        const auto files = unpacked(readFile(path), why);
+        ASSERT_TRUE(files) << why;
+        EXPECT_EQ(files->back().name == "image.hex" && files->back().content == fakes::kImage, isWithImage);
+    }
 }
 
 TEST_F(ConsoleTest, ADevicesVersionStaysInItsLineAndCommandsNoTerminal) {
