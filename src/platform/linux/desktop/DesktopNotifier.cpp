@@ -12,7 +12,7 @@ constexpr char kConnection[] = "corvane-notifier";
 
 /// Without an address the library would start a bus of its own, for nobody.
 QString sessionBus() {
-    const auto address = qEnvironmentVariable("DBUS_SESSION_BUS_ADDRESS");
+    auto address = qEnvironmentVariable("DBUS_SESSION_BUS_ADDRESS");
     if (!address.isEmpty()) return address;
     const auto socket = qEnvironmentVariable("XDG_RUNTIME_DIR") + "/bus";
     return QFile::exists(socket) ? "unix:path=" + socket : QString();
