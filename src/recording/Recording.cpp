@@ -19,6 +19,7 @@ bool isOfWords(char c) { return c > 0x20 && c < 0x7F; }
 std::optional<std::string> unescaped(std::string_view text) {
     std::string bytes;
     for (std::size_t i = 0; i < text.size(); ++i) {
+        if (text[i] != ' ' && !isOfWords(text[i])) return std::nullopt;
         if (text[i] != '\\') {
             bytes += text[i];
             continue;

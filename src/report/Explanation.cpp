@@ -51,10 +51,10 @@ std::vector<std::string> phasesOf(const RunReport& report) {
     const RecordedEvent* latest = nullptr;
     for (const auto& event : report.events) {
         if (event.what != "phase") continue;
-        if (latest) lines.push_back(latest->bytes + ": " + milliseconds(event.at - latest->at));
+        if (latest) lines.push_back(shown(latest->bytes) + ": " + milliseconds(event.at - latest->at));
         latest = &event;
     }
-    if (latest && latest->bytes != "idle") lines.push_back(latest->bytes + ": the recording ends in it");
+    if (latest && latest->bytes != "idle") lines.push_back(shown(latest->bytes) + ": the recording ends in it");
     return lines;
 }
 

@@ -164,7 +164,8 @@ TEST(Report, IsRefusedWhenItIsNone) {
           packed({{"../recording.txt", recording}}, why), packed({{"/etc/recording.txt", recording}}, why),
           packed({{"about.txt", "x"}}, why), packed(std::vector<ArchivedFile>(33, {"a", ""}), why),
           std::string("corvane-recording 2\n"), recording + "x", recording + "13 sent COM1 \\x0G\n",
-          recording + "-1 sent COM1\n", recording + "14 lost C\x1B[2J\n", recording + "14 sent\n"}) {
+          recording + "-1 sent COM1\n", recording + "14 lost C\x1B[2J\n", recording + "14 phase run \x1B[2J\n",
+          recording + "14 sent\n"}) {
         why.clear();
         EXPECT_FALSE(RunReport::read(bytes, why)) << bytes.substr(0, 60);
         EXPECT_NE(why, "");
