@@ -3,6 +3,7 @@
 #include <algorithm>
 
 #include "platform/SerialControl.h"
+#include "text/Text.h"
 
 namespace corvane {
 namespace {
@@ -13,7 +14,8 @@ constexpr std::uint32_t kRates[] = {9600, 19200, 38400, 57600, 115200, 230400, 4
 constexpr std::size_t kValues = 256, kLoneBytes = 15;
 constexpr std::int64_t kPatience = 300000;  // microseconds beyond what the line needs
 
-/// Every value once, neighbours in different bits.
+/// Every value once, neighbours in different bits, and none that begin a command: a device that is there against all
+/// advice does nothing.
 Bytes everyValue() {
     Bytes bytes;
     for (std::size_t i = 0; i < kValues; ++i) bytes.push_back(static_cast<std::uint8_t>(i * 151));
@@ -49,10 +51,15 @@ LoopbackTest::Result LoopbackTest::run(const std::string& port) {
     constexpr std::uint32_t kPlain = 10, kWithParity = 11;  // bits of a byte on the line
     Result result;
     port_.CommPort(port);
+    if (!equalsNoCase(port_.CommPort(), port)) {  // it would be another one's bytes
+        result.problem = port + " is no serial port";
+        return result;
+    }
     port_.Settings("9600,N,8,1");
     port_.PortOpen(true);
     if (!port_.PortOpen()) {
         result.problem = port + " could not be opened";
+        result.isRefused = true;
         return result;
     }
     try {

@@ -29,7 +29,8 @@ public:
     };
 
     struct Result {
-        std::string problem{};  ///< why the port did not open or was lost; empty when neither happened
+        std::string problem{};   ///< why nothing could be tried, or not all of it; empty when all was
+        bool isRefused = false;  ///< the port did not open
         std::vector<Row> rows{};
         bool rtsReachesCts = false, dtrReachesDsr = false, breakComesBack = false;
 

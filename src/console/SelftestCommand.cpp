@@ -51,7 +51,7 @@ int selftestCommand(Console& console, const Arguments& arguments) {
     const auto result = test.run(*arguments.port);
     if (arguments.json) console.out.write(jsonOf(result));
     if (!result.problem.empty()) {
-        const auto reason = scope.updater.refusal(*arguments.port);
+        const auto reason = result.isRefused ? scope.updater.refusal(*arguments.port) : std::string();
         scope.face.say(reason.empty() ? result.problem + "." : reason);
         return scope.end(kNoPort);
     }

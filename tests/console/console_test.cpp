@@ -302,7 +302,8 @@ TEST_F(ConsoleTest, TriesOutAnAdapterThatIsWiredToItself) {
     EXPECT_EQ(run({"selftest", "--port", "COM1", "--loopback", "--json"}), 1);
     EXPECT_TRUE(prints("{\"settings\":\"57600,N,8,1\",\"outcome\":\"0 of 256 bytes came back\",\"sent\":256,"));
     EXPECT_TRUE(out.text.starts_with("{\"right\":false,\"rtsReachesCts\":"));
-    EXPECT_EQ(run({"selftest", "--port", "COM2", "--loopback"}), 3);
+    for (const char* other : {"COM2", "HID1"}) EXPECT_EQ(run({"selftest", "--port", other, "--loopback"}), 3);
+    EXPECT_TRUE(says("HID1 is no serial port."));
 }
 
 TEST_F(ConsoleTest, ListsLeftDevicesAndForgetsThem) {

@@ -80,7 +80,9 @@ bool CurlAsyncReader::takesLess(const ReadFailure& failure) {
         remark_ = "The session is encrypted, but nobody vouches for this server (" + failure.words + ").";
         return true;
     }
-    const bool isDataLost = session_ && session_->isEncrypted() && failure.kind == ReadFailure::Kind::brokenOff;
+    // Of a login, whose data may not be had encrypted; later it would be another fault, and no reason to take less.
+    const bool isDataLost =
+        read_->isFolder && session_ && session_->isEncrypted() && failure.kind == ReadFailure::Kind::brokenOff;
     if (failure.kind != ReadFailure::Kind::notEncrypted && !isDataLost) return false;
     const bool hasAgreed = session_ && session_->isEncrypted();
     tls_ = Tls::none;
