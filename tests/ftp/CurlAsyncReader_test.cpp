@@ -247,11 +247,13 @@ struct Encrypted : CurlAsyncReaderTest {
     }
 
     const std::string certificate_ = local_.path() + ".pem";
-    const std::string tls_ = R"("tls": {"file": ")" + certificate_ + R"(", "name": "127.0.0.1", "days": 1)";
+    const std::string tls_ =
+        R"("tls": {"file": ")" + certificate_ + R"(", "patient": true, "name": "127.0.0.1", "days": 1)";
 };
 
 TEST_F(Encrypted, SessionsAreUsedAsFarAsTheyAreAskedForAndCanBeHad) {
-    const std::string wrongName = R"("tls": {"file": ")" + certificate_ + R"(", "name": "127.0.0.9", "days": 1})",
+    const std::string wrongName = R"("tls": {"file": ")" + certificate_ +
+                                  R"(", "patient": true, "name": "127.0.0.9", "days": 1})",
                       expired = R"("tls": {"file": ")" + certificate_ + R"(", "name": "127.0.0.1", "days": -1})",
                       good = tls_ + "}", breaks = tls_ + R"(, "breaks": true})",
                       none = R"("auth": "530 Log in first.")", dropsOffer = R"("auth": "421 What?")",
@@ -284,11 +286,8 @@ TEST_F(Encrypted, SessionsAreUsedAsFarAsTheyAreAskedForAndCanBeHad) {
     for (const auto& one : cases) {
         SCOPED_TRACE(one.site + std::to_string(static_cast<int>(one.encryption)) + (one.isTrusted ? "trusted" : ""));
         serve(one.site);
-        const bool isSilent = &one.site == &breaks || &one.site == &mute;
-        limit({.connectMs = isSilent && one.encryption == kRequire ? 600 : 10000,
-               .silenceMs = 10000,
-               .wholeMs = 20000,
-               .offerMs = isSilent ? 200 : 10000});
+        const bool isSilent = &one.site == &breaks || &one.site == &mute || &one.site == &dropsOffer;
+        limit({.offerMs = isSilent ? 200 : 10000});
         route(one.encryption, one.isTrusted && std::filesystem::exists(certificate_) ? certificate_ : "");
         EXPECT_EQ(read(address(kImage)) == everyByte(), one.failure == Kind::none) << reader_->failure().words;
         EXPECT_EQ(reader_->failure().kind, one.failure) << reader_->failure().words;

@@ -55,7 +55,8 @@ void CurlAsyncReader::openSession(const Address& address) {
     if (session_ && session_->isFor(address) && session_->isOpen()) return;
     session_.reset();
     if (std::exchange(tlsServer_, address.server()) != address.server()) route(route_);
-    session_ = std::make_unique<CurlSession>(runtime_, address, route_, tls_, limits_.connectMs);
+    session_ = std::make_unique<CurlSession>(runtime_, address, route_, tls_,
+                                             CurlSession::Limits{limits_.connectMs, limits_.offerMs});
     session_->onData = [this](std::string_view bytes) { onData(bytes); };
     session_->onReply = [this] { lastSign_ = runtime_.tick(); };
     session_->onDone = [this](const ReadFailure& failure) { onDone(failure); };
@@ -155,8 +156,11 @@ void CurlAsyncReader::onDone(const ReadFailure& failure) {
 void CurlAsyncReader::checkTime() {
     const auto now = runtime_.tick();
     if (now - lastSign_ >= static_cast<std::uint32_t>(limits_.silenceMs)) return giveUp("the server has fallen silent");
-    if (session_ && session_->isTlsDue() && now - lastSign_ >= static_cast<std::uint32_t>(limits_.offerMs) &&
-        takesLess({ReadFailure::Kind::notEncrypted, "the server has fallen silent"})) {
+    if (session_ && session_->isTlsDue() && now - lastSign_ >= static_cast<std::uint32_t>(limits_.offerMs)) {
+        const ReadFailure silence{ReadFailure::Kind::notEncrypted, "the server has fallen silent"};
+        const bool goesOn = takesLess(silence);
+        session_.reset();
+        if (!goesOn) return onDone(silence);
         stopTimer();
         return runtime_.post(this, [this] { beginAgain(); });
     }

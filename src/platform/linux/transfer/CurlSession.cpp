@@ -65,10 +65,10 @@ CurlSession::CurlSession(LinuxRuntime& runtime, const Address& address)
       timer_(::timerfd_create(CLOCK_MONOTONIC, TFD_NONBLOCK | TFD_CLOEXEC)) {}
 
 // The constructor above has finished when this one throws, so the destructor cleans up.
-CurlSession::CurlSession(LinuxRuntime& runtime, const Address& address, const SiteRoute& route, Tls tls,
-                         int connectLimitMs)
+CurlSession::CurlSession(LinuxRuntime& runtime, const Address& address, const SiteRoute& route, Tls tls, Limits limits)
     : CurlSession(runtime, address) {
     tls_ = tls;
+    limits_ = limits;
     if (timer_ < 0 || !multi_ || !easy_) throw std::runtime_error("The transfer library cannot be started");
     runtime_.watch(timer_, EPOLLIN, [this](std::uint32_t) { onTimer(); });
     curl_multi_setopt(multi_, CURLMOPT_SOCKETFUNCTION, &onSocketChange);
@@ -94,7 +94,7 @@ CurlSession::CurlSession(LinuxRuntime& runtime, const Address& address, const Si
     set(CURLOPT_FTP_FILEMETHOD, long{CURLFTPMETHOD_NOCWD});  // the path goes out as it is, in one command
     set(CURLOPT_FAILONERROR, 1L);
     set(CURLOPT_BUFFERSIZE, kReceiveBuffer);
-    set(CURLOPT_CONNECTTIMEOUT_MS, long{connectLimitMs});
+    set(CURLOPT_CONNECTTIMEOUT_MS, long{limits.connect});
     set(CURLOPT_MAXAGE_CONN, kLongestIdle);
     set(CURLOPT_QUICK_EXIT, 1L);  // a name that is still being looked up holds nobody up
     set(CURLOPT_NOSIGNAL, 1L);
@@ -148,6 +148,7 @@ void CurlSession::begin(const Address& address) {
     received_ = announced_ = 0;
     isReplyAwaited_ = isTurnOver_ = hasReplied_ = isDataOver_ = false;
     ownFailure_ = {};
+    begun_ = runtime_.tick();
     error_.fill(0);
     set(CURLOPT_URL, curlUrl(address).c_str());
     askForSize(address);
@@ -263,6 +264,7 @@ void CurlSession::takeReply(std::string_view line) {
     const auto code = line.substr(0, 4);
     replies_ += code.size() == 4 && code[0] >= '1' && code[0] <= '5' && code[3] == ' ';
     isEncrypted_ = isEncrypted_ || (replies_ == 2 && code == "234 ");
+    limitOffer();
     if (code == "213 ") announced_ = numberAt(line.substr(code.size()));
     if (code == "150 " || code == "125 ") holdData(dataSocket(), false);
     const auto place = line.rfind('(');
@@ -283,6 +285,13 @@ curl_socket_t CurlSession::onOpen(void* self, curlsocktype, curl_sockaddr* addre
     if (!that.sockets_.empty() && that.isEncrypted_) that.holdData(socket, true);
     that.sockets_.push_back(socket);
     return socket;
+}
+
+/// From the greeting on, until something has come of the offer of encryption.
+void CurlSession::limitOffer() {
+    if (tls_ == Tls::none || replies_ == 0 || replies_ > 3) return;
+    const auto untilOffer = static_cast<long>(runtime_.tick() - begun_) + limits_.offer;
+    set(CURLOPT_CONNECTTIMEOUT_MS, isTlsDue() ? std::min(untilOffer, long{limits_.connect}) : long{limits_.connect});
 }
 
 /// Some servers close a data connection on which they hear anything before the file was asked for, and the library
@@ -416,8 +425,7 @@ ReadFailure CurlSession::failureOf(CURLcode code) const {
 
 ReadFailure::Kind CurlSession::kindOf(CURLcode code) const {
     // Nothing but the offer of encryption has been answered by then.
-    const bool isAtOffer = tls_ != Tls::none && (replies_ == 1 || replies_ == 2);
-    if (isAtOffer && code != CURLE_PEER_FAILED_VERIFICATION) return ReadFailure::Kind::notEncrypted;
+    if (isTlsDue() && code != CURLE_PEER_FAILED_VERIFICATION) return ReadFailure::Kind::notEncrypted;
     switch (code) {
         case CURLE_COULDNT_RESOLVE_PROXY:
         case CURLE_COULDNT_RESOLVE_HOST:

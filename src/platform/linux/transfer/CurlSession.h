@@ -34,7 +34,13 @@ public:
         required     ///< always, with a valid certificate
     };
 
-    CurlSession(LinuxRuntime& runtime, const Address& address, const SiteRoute& route, Tls tls, int connectLimitMs);
+    /// How long, in ms, until the login is accepted, and of that until an offer of encryption has led to something. The
+    /// library lets nothing else happen while the encryption begins.
+    struct Limits {
+        int connect, offer;
+    };
+
+    CurlSession(LinuxRuntime& runtime, const Address& address, const SiteRoute& route, Tls tls, Limits limits);
 
     /// Says QUIT, where nothing is encrypted, and leaves at once, in the middle of a read too.
     ~CurlSession();
@@ -50,10 +56,9 @@ public:
     /// False when there is no connection, or the server has ended it.
     bool isOpen() const;
 
-    /// Whether the server has been asked for encryption, and it is not there yet: the server has not answered, or has
-    /// agreed and the rest is under way.
-    bool isTlsDue() const { return tls_ != Tls::none && (replies_ == 1 || isTlsBegun()); }
-    bool isTlsBegun() const { return isEncrypted_ && replies_ == 2; }
+    /// Whether the server has been asked for encryption, and nothing has come of it yet: it has not answered, or has
+    /// answered, and nothing follows.
+    bool isTlsDue() const { return tls_ != Tls::none && (replies_ == 1 || replies_ == 2); }
     bool isEncrypted() const { return isEncrypted_; }
 
     /// Bytes that the running read will bring, as the server announces; 0 when it does not. A file that turns out
@@ -78,6 +83,7 @@ private:
     void applyTls(const SiteRoute& route);
     void askForSize(const Address& address);
     void takeReply(std::string_view line);
+    void limitOffer();
     void holdData(int socket, bool isHeld);
     void onSocket(int socket, std::uint32_t events);
     void setTimer(long ms);
@@ -98,6 +104,8 @@ private:
     LinuxRuntime& runtime_;
     Address address_;
     Tls tls_ = Tls::none;
+    Limits limits_{};
+    std::uint32_t begun_ = 0;  // tick
     CURLM* multi_;
     CURL* easy_;
     int timer_;
