@@ -83,6 +83,7 @@ public:
     double secondsOfDay() override { return runtime_.secondsOfDay(); }
     std::string timestamp() override { return runtime_.timestamp(); }
     void WaitActivity(int ms) override { runtime_.WaitActivity(ms); }
+    void expectNews(std::int64_t micros) override { runtime_.expectNews(micros); }
     void DoEvents() override { runtime_.DoEvents(); }
     void setPump(std::function<void()> pump) override { runtime_.setPump(std::move(pump)); }
     void setIdle(std::function<void()> idle) override { runtime_.setIdle(std::move(idle)); }

@@ -1,6 +1,8 @@
 #include "bench/Loop.h"
 
 #include <algorithm>
+#include <sched.h>
+#include <sys/prctl.h>
 #include <time.h>
 
 namespace corvane::bench {
@@ -8,9 +10,10 @@ namespace {
 
 // The longer a sleep, the later the processor comes out of it; so the last part of a long one is slept apart, and
 // shortly before the moment the clock is watched.
-constexpr Micros kWatches = 50;
-constexpr Micros kLastSleep = 250;
-constexpr Micros kShortSleep = 400;
+constexpr Micros kWatches = 100;
+constexpr Micros kLastSleep = 300;
+constexpr Micros kShortSleep = 450;
+constexpr Micros kListens = 500;  // after it has acted, for what a program answers at once: a real device is not asleep
 
 Micros monotonic() {
     timespec now{};
@@ -20,7 +23,10 @@ Micros monotonic() {
 
 }  // namespace
 
-Loop::Loop() : start_(monotonic()) {}
+Loop::Loop() : start_(monotonic()) {
+    constexpr unsigned long kSlack = 1000;  // ns by which the system may lengthen a sleep, instead of 50 us
+    ::prctl(PR_SET_TIMERSLACK, kSlack, 0, 0, 0);
+}
 
 Micros Loop::now() const { return monotonic() - start_; }
 
@@ -60,7 +66,9 @@ void Loop::step(std::optional<Micros> until) {
     const auto due = timed_;
     for (auto* timed : due) {
         const auto moment = timed->nextAt();
-        if (moment && *moment <= now()) timed->act(now());
+        if (!moment || *moment > now()) continue;
+        timed->act(now());
+        listensUntil_ = now() + kListens;
     }
 }
 
@@ -68,12 +76,14 @@ void Loop::step(std::optional<Micros> until) {
 void Loop::wait(std::optional<Micros> until) {
     for (;;) {
         timespec span{};
-        if (until) {
+        const bool listens = now() < listensUntil_;
+        if (listens) ::sched_yield();  // to the program, when there is one processor for both
+        if (until && !listens) {
             const Micros left = *until - now() - kWatches;
             const Micros sleep = std::max<Micros>(0, left > kShortSleep ? left - kLastSleep : left);
             span = {sleep / 1000000, sleep % 1000000 * 1000};
         }
-        const int stirred = ppoll(polled_.data(), polled_.size(), until ? &span : nullptr, nullptr);
+        const int stirred = ppoll(polled_.data(), polled_.size(), until || listens ? &span : nullptr, nullptr);
         if (stirred != 0 || (until && now() >= *until)) return;
     }
 }

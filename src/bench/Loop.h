@@ -47,6 +47,7 @@ private:
     std::optional<Micros> nextAt() const;
 
     Micros start_;
+    Micros listensUntil_ = 0;
     std::map<int, std::shared_ptr<std::function<void()>>> watches_;
     std::vector<Timed*> timed_;
     std::vector<pollfd> polled_;

@@ -62,8 +62,9 @@ bool HidCommandChannel::run(Kind kind, const Bytes& frame, Bytes& bResults) {
     cancel_ = false;
     Reply reply;
     while (!timer().IsTimeout() && !cancel_) {
-        if (turn(reply, kind, bResults) == Turn::stop) break;
-        runtime_.WaitActivity(1);
+        const auto next = turn(reply, kind, bResults);
+        if (next == Turn::stop) break;
+        if (next == Turn::wait) runtime_.WaitActivity(1);
         runtime_.DoEvents();
     }
     return reply.result;
@@ -94,7 +95,7 @@ HidCommandChannel::Turn HidCommandChannel::readStatus(Reply& reply) {
         nakSeen_ = true;
         reply.result = false;
     }
-    return reply.length == 0 ? Turn::stop : Turn::wait;
+    return reply.length == 0 ? Turn::stop : Turn::again;
 }
 
 HidCommandChannel::Turn HidCommandChannel::readResults(Reply& reply, Kind kind, Bytes& bResults) {

@@ -42,7 +42,7 @@ public:
 
 private:
     enum class Kind { command, raw };
-    enum class Turn { wait, stop };
+    enum class Turn { wait, again, stop };
     struct Reply {
         bool statusRead = false;
         std::uint8_t status = 0;

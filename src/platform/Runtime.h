@@ -47,6 +47,11 @@ public:
     /// stretch to 10 ms when nothing stirs. For the polling loops: never shorter without news.
     virtual void WaitActivity(int ms) = 0;
 
+    /// Something is likely to come in after so many microseconds, an answer to what has just been sent. It makes no
+    /// wait shorter or longer; but a processor takes longer to wake up than a fast line to carry an answer, so the next
+    /// wait for activity may look without sleeping for a moment then. Holds for what comes in next, or until told anew.
+    virtual void expectNews(std::int64_t micros) = 0;
+
     /// Runs the handlers that are due, then the face's pump.
     virtual void DoEvents() = 0;
 

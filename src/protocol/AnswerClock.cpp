@@ -18,6 +18,7 @@ constexpr double kCrossed = 7.0 / 8;  // of a record's time on the line; the res
 void AnswerClock::beginDevice(bool hasLine) {
     pace_ = hasLine ? Pace::unknown : Pace::free;
     slowest_ = slow_ = 0;
+    lately_.fill(0);
 }
 
 void AnswerClock::settings(const std::string& text) {
@@ -45,6 +46,13 @@ double AnswerClock::patience(bool isNothingOwed) const {
     if (isNothingOwed) return kLongestOwed;
     return std::clamp(1.5 * slow_, kAnswerTime, kLongestOwed);
 }
+
+/// By the fastest of the last ones: a device that writes a page now and then is slower just then.
+double AnswerClock::untilAnswer() const {
+    return onLine_ - sinceSent() + *std::min_element(lately_.begin(), lately_.end());
+}
+
+void AnswerClock::answered() { lately_[answers_++ % lately_.size()] = sinceSent() - onLine_; }
 
 bool AnswerClock::isTooEarly(double ago) const { return sinceSent() - ago < kCrossed * onLine_; }
 

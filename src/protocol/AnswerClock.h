@@ -1,5 +1,6 @@
 #pragma once
 
+#include <array>
 #include <cstddef>
 #include <string>
 
@@ -29,10 +30,16 @@ public:
     /// How long after that to wait for an answer, when nothing is owed and when something may be.
     double patience(bool isNothingOwed) const;
 
+    /// How long from now an answer that comes as the last ones did takes to come.
+    double untilAnswer() const;
+
     enum class Arrival { usual, early, late };
 
     /// What to think of an answer that came so many seconds ago.
     Arrival arrival(double ago = 0) const;
+
+    /// An answer has come now, whosever it is.
+    void answered();
 
     /// An answer has come now and was taken for the last record's. A proven one, with nothing else owed, teaches how
     /// slow this device is and whether the rate says anything.
@@ -46,11 +53,13 @@ private:
 
     Runtime& runtime_;
     Pace pace_ = Pace::unknown;
-    double byteTime_ = 0;  // on the line
-    double sentAt_ = 0;    // s of the day
-    double onLine_ = 0;    // how long after that the last byte has crossed
-    double slowest_ = 0;   // proven answer of this device, from the crossing on
-    double slow_ = 0;      // the slowest but one: a single one may have been held back on the way
+    double byteTime_ = 0;             // on the line
+    double sentAt_ = 0;               // s of the day
+    double onLine_ = 0;               // how long after that the last byte has crossed
+    double slowest_ = 0;              // proven answer of this device, from the crossing on
+    std::array<double, 8> lately_{};  // how long the last answers took, from the crossing on
+    std::size_t answers_ = 0;
+    double slow_ = 0;  // the slowest but one: a single one may have been held back on the way
 };
 
 }  // namespace corvane

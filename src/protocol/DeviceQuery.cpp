@@ -31,8 +31,7 @@ bool DeviceQuery::exchange(const Bytes& frame, std::int32_t timeout, Variant& re
     ReplyFrame received;
     while (!received.isComplete()) {
         if (silence.IsTimeout() || whole.IsTimeout() || session_.cancel.isRequested()) return false;
-        session_.runtime.WaitActivity(1);
-        session_.runtime.DoEvents();
+        session_.awaitInput();
         if (session_.comm->InBufferCount() < 1) {
             if (!session_.comm->PortOpen()) return false;
             continue;

@@ -59,6 +59,12 @@ struct DeviceSession {
         }
     }
 
+    /// Lets a moment pass in which something may come in, unless something is there.
+    void awaitInput() const {
+        if (comm->InBufferCount() < 1) runtime.WaitActivity(1);
+        runtime.DoEvents();
+    }
+
     /// Takes what has come in, and remembers that something has.
     Bytes takeInput() {
         auto bytes = bytesOf(comm->CommInput());

@@ -1,6 +1,7 @@
 #include "protocol/HexProgrammer.h"
 
 #include <algorithm>
+#include <cmath>
 
 #include "text/RuntimeError.h"
 #include "text/Text.h"
@@ -78,14 +79,32 @@ HexProgrammer::Found HexProgrammer::attempt(const std::string& code) {
     // The clock first: this program may be kept waiting behind the other call for longer than an answer takes.
     clock_.sent(code.size() + 1);
     session_.comm->CommOutput(code + "\r");
+    expectAnswer();
+    showProgress();  // whatever that takes, this record is on the line meanwhile
     const auto answer = lines_.wait_comm(clock_.untilCrossed() + clock_.patience(isSettled_));
     wasSettled_ = isSettled_;
     if (lines_.isPromptSeen()) return isAskedFor() ? Found::prompted : Found::restarted;
     if (answer != kAck && answer != kNak) return Found::silent;
     isAnswered_ = true;
+    clock_.answered();
     const auto found = isSettled_ ? judgeSettled(answer) : judge(answer);
     if (found == Found::taken) isSettled_ = false;
     return found;
+}
+
+/// Of the record before the one at hand, and lets events run twice for it.
+void HexProgrammer::showProgress() {
+    if (!progressed_) return;
+    if (*progressed_ > shown_) progress_.progress(shown_ = *progressed_, size_);
+    progressed_.reset();
+    session_.runtime.DoEvents();
+    session_.runtime.DoEvents();
+}
+
+void HexProgrammer::expectAnswer() {
+    constexpr double kMicros = 1e6;
+    const auto expected = clock_.untilAnswer() * kMicros;
+    if (expected > 0) session_.runtime.expectNews(std::llround(expected));
 }
 
 /// A record that loses its ":" leaves a bare carriage return, which asks for the prompt. A prompt at any time but that
@@ -170,6 +189,7 @@ bool HexProgrammer::ISP_Program(const Image& image) {
     } catch (const RuntimeError& error) {
         reason = "(" + error.description() + ")";
     }
+    showProgress();
     session_.log.ShowInfo(sent ? " < OK\r\n" : " < NG" + reason + "\r\n");
     progress_.progress(0, 0);
     return sent;
@@ -182,7 +202,8 @@ bool HexProgrammer::sendImage(std::string_view content) {
     doubts_ = 0;
     clock_.settings(session_.comm->Settings());
     progress_.progress(0, size);
-    std::int64_t shown = 0;
+    size_ = size;
+    shown_ = 0;
     std::size_t before = 0;  // the record that was sent before the one at hand
     const auto end = plan.steps.size();
     for (std::size_t at = 0;; ++at) {
@@ -203,9 +224,8 @@ bool HexProgrammer::sendImage(std::string_view content) {
             continue;
         }
         if (!step.record.empty()) before = at;
-        if (step.consumed > shown) progress_.progress(shown = step.consumed, size);
-        session_.runtime.DoEvents();
-        session_.runtime.DoEvents();
+        showProgress();
+        progressed_ = step.consumed;
     }
     if (plan.isMalformed) throw RuntimeError::typeMismatch();
     return true;

@@ -101,6 +101,8 @@ private:
     bool mayGoOn();
     bool startOver();
     Found attempt(const std::string& code);
+    void expectAnswer();
+    void showProgress();
     bool isAskedFor() const;
     Found judge(std::uint8_t answer);
     Found judgeSettled(std::uint8_t answer);
@@ -127,7 +129,9 @@ private:
     bool isUneven_ = false;   // a record did not go well the first time
     bool isSecond_ = false;   // the image is being sent once more
     int doubts_ = 0;
-    int lateTries_ = 0;  // that ended with an answer that came late, behind the first segment
+    std::int64_t size_ = 0, shown_ = 0;       // of the image, and of that what the progress shows
+    std::optional<std::int64_t> progressed_;  // what it does not show yet
+    int lateTries_ = 0;                       // that ended with an answer that came late, behind the first segment
     Found last_ = Found::taken;
 };
 

@@ -36,8 +36,7 @@ void LineReader::wait_comm_empty() {
     whole.Timeout(kLongestDrain);
     while (!silence.IsTimeout() && !whole.IsTimeout() && !session_.cancel.isRequested()) {
         if (!session_.comm->PortOpen()) return;
-        session_.runtime.WaitActivity(1);
-        session_.runtime.DoEvents();
+        session_.awaitInput();
         if (session_.comm->InBufferCount() < 1) continue;
         session_.takeInput();
         silence.Reset();
@@ -51,8 +50,7 @@ std::uint8_t LineReader::wait_comm(double dTimeout, const std::string& strEcho) 
     heardAt_ = session_.runtime.secondsOfDay();
     while (taken < kLongestLine && !session_.cancel.isRequested()) {
         if (silence() >= dTimeout) return 0;
-        session_.runtime.WaitActivity(1);
-        session_.runtime.DoEvents();
+        session_.awaitInput();
         if (session_.comm->InBufferCount() < 1) {
             if (!session_.comm->PortOpen()) return 0;
             continue;
@@ -100,8 +98,7 @@ LineReader::Strays LineReader::settle(std::int32_t silence) {
     const auto before = seen.size();
     session_.receivedLine.clear();
     while (!quiet.IsTimeout() && !whole.IsTimeout() && session_.comm->PortOpen()) {
-        session_.runtime.WaitActivity(1);
-        session_.runtime.DoEvents();
+        session_.awaitInput();
         if (session_.comm->InBufferCount() < 1) continue;
         const auto more = bytesOf(session_.comm->CommInput());
         seen.insert(seen.end(), more.begin(), more.end());

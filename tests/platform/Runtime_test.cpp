@@ -5,6 +5,7 @@
 #include <unistd.h>
 
 #include "platform/linux/events/LinuxRuntime.h"
+#include "support/FakeRuntime.h"
 
 namespace corvane::tests {
 
@@ -36,6 +37,30 @@ TEST_F(LinuxRuntimeTest, TimersEndWaitsAndRunInDoEventsUntilStopped) {
     runtime.stopTimer(timer);
     runtime.Sleep(6);
     EXPECT_EQ(events(), Log());
+}
+
+/// Both sides: an expectation that is wrong in either direction costs nobody his news, and no wait its time.
+template <typename Any>
+void expectingChangesNoWait() {
+    Any runtime;
+    int came = 0;
+    for (const std::int64_t expected : {0, 1000, 3000, 50000, 10000000}) {
+        const int timer = runtime.startTimer(3, [&] { ++came; });
+        runtime.expectNews(expected);
+        runtime.WaitActivity(kForEver);
+        runtime.DoEvents();
+        runtime.stopTimer(timer);
+        const auto before = runtime.micros();
+        runtime.expectNews(expected);
+        runtime.WaitActivity(10);
+        EXPECT_GE(runtime.micros() - before, 10000) << expected;
+    }
+    EXPECT_EQ(came, 5);
+}
+
+TEST(Runtimes, ExpectingNewsChangesNoWait) {
+    expectingChangesNoWait<LinuxRuntime>();
+    expectingChangesNoWait<fakes::FakeRuntime>();
 }
 
 TEST_F(LinuxRuntimeTest, PostedHandlersRunInOrderAndCanBeForgotten) {

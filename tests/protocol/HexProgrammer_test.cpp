@@ -100,6 +100,15 @@ TEST_P(Programmer, WaitsHalfASecondForEachAnswer) {
     EXPECT_EQ(face.log, kAt16 + " < NG\r\n" + kAt16 + " < OK\r\n");
 }
 
+TEST_P(Programmer, KnowsWhenAnAnswerIsDueOnceItHasSeenSome) {
+    for (const auto* delay : {"delay=40", "delay=25"}) {
+        connect(bootLoader({delay}));
+        programmer.beginDevice();
+        EXPECT_TRUE(program(Records(20, kAt16)));
+        EXPECT_EQ(bench.runtime.expected(), bench.runtime.micros()) << delay;  // the last one came just now
+    }
+}
+
 TEST_P(Programmer, LogsWhyItCouldNotGoOn) {
     connect(bootLoader());
     for (const char* line : {":", ":zz000000", ":0400zz00", ":040010", ":04001 00", ":02000004", ":02000004zzzz"}) {

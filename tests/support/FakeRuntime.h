@@ -58,6 +58,11 @@ public:
         if (bringsNewsAtOnce()) return;
         while (now_ < end && !advance(end)) continue;
     }
+    void expectNews(Micros micros) override { expected_ = now_ + micros; }
+
+    /// When the next answer was said to come in.
+    Micros expected() const { return expected_; }
+
     void DoEvents() override {
         if (++callsWithoutWaiting_ > kMostCallsWithoutWaiting) throw std::runtime_error("the code under test spins");
         EventRuntime::DoEvents();
@@ -140,6 +145,7 @@ private:
     std::uint32_t tickOffset_ = 1000;
     double dayOffset_ = 36000;
     int stretch_ = 0;
+    Micros expected_ = 0;
     int callsWithoutWaiting_ = 0;
     int newsInOneMoment_ = 0;
     int lastTimer_ = 0;

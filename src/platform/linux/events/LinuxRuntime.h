@@ -33,6 +33,7 @@ public:
     std::string timestamp() override;
     void Sleep(int ms) override;
     void WaitActivity(int ms) override;
+    void expectNews(std::int64_t micros) override;
     int startTimer(int ms, std::function<void()> due) override;
     void stopTimer(int timer) override;
     void add(PolledSource& source) override;
@@ -44,14 +45,25 @@ private:
         Io io;
     };
 
+    /// A span of time in which to look without sleeping.
+    struct Watchful {
+        std::int64_t from = 0, until = 0;
+    };
+
     bool moveIo() override { return moveIo(0); }
     bool moveIo(std::int64_t untilMicros);
+    bool sleep(std::int64_t untilMicros);
+    bool lookWithoutSleeping(std::int64_t untilMicros);
+    bool awaitExpected(std::int64_t untilMicros);
+    void learnLateness(std::int64_t micros);
     bool step(std::int64_t untilMicros);
 
     int epoll_;
     std::uint32_t generation_ = 0;
     std::unordered_map<int, std::shared_ptr<Watch>> watches_;
     std::unordered_map<int, std::shared_ptr<std::function<void()>>> timers_;  // by their descriptor
+    Watchful watchful_;
+    double lateness_ = 60;  // us that waking up takes here
     int sourceTimer_ = -1;
     std::int64_t nextService_ = 0;  // of busy sources during waits
     int quietServices_ = 0;         // of those in a row

@@ -127,6 +127,7 @@ bool TermiosSerialControl::receive() {
         if (count < 0 && errno == EAGAIN) break;
         if (count <= 0) return false;
         take(chunk_.data(), static_cast<std::size_t>(count));
+        if (static_cast<std::size_t>(count) < chunk_.size()) break;
     }
     if (line_.newFramingErrors() > 0) raise(kFramingError);
     return true;
