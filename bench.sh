@@ -11,5 +11,5 @@ cd "$(dirname "$0")"
 need $BUILD_PACKAGES $RUN_PACKAGES libgtest-dev libumockdev-dev curl python3-openssl
 cmake --preset release -DBUILD_TESTING=ON >/dev/null
 cmake --build --preset release --target corvane corvane-cli corvane-bench VellIO VellIO_bench corvane-windowrun \
-    bench_ftp_rate
+    bench_ftp_rate bench_line_floor
 exec /usr/bin/python3 -B benchmarks/bench.py build/bin "$@"

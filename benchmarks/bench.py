@@ -17,7 +17,7 @@ from programs import Failure, Programs
 from table import Table
 
 ROUNDS = {19200: 1, 57600: 1, 115200: 3, 921600: 5}
-ROUNDS_ANYWHERE = {115200: 1, 921600: 3}
+ROUNDS_ON_ONE = {115200: 1, 921600: 3}
 
 
 def main(build, wanted):
@@ -30,7 +30,7 @@ def main(build, wanted):
             "ftp": lambda: libraries.ftp(table, build),
             "hid": lambda: libraries.hid(table, programs),
             "files": lambda: files.measure(table, programs),
-            "program": lambda: programming.measure(table, programs, ROUNDS, ROUNDS_ANYWHERE),
+            "program": lambda: programming.measure(table, programs, build, ROUNDS, ROUNDS_ON_ONE),
         }
         if not set(wanted) <= set(groups):
             sys.exit(__doc__)

@@ -2,6 +2,7 @@
 
 import socket
 import time
+import zipfile
 
 import programming
 from programs import Bench, checked
@@ -34,7 +35,8 @@ def echoed(path, baud, count):
 
     with socket.socket(socket.AF_UNIX, socket.SOCK_SEQPACKET) as line:
         line.connect(path)
-        exchange(b"Obench:1")
+        if exchange(b"O" + (path + ".1").encode()) != b"Y":
+            raise programming.Failure("the bench's reader does not open")
         exchange(b"R", b"\x02\x06\x01\x04" + baud.to_bytes(4, "big"))
         record = programming.record(0, bytes(range(16))).encode() + b"\r"
         start = time.monotonic()
@@ -43,17 +45,34 @@ def echoed(path, baud, count):
         return count / (time.monotonic() - start)
 
 
+def exchanges(report, command):
+    """Microseconds from each such command to the last piece of its reply, as the recording in a report has them."""
+    sent = last = None
+    for line in zipfile.ZipFile(report).read("recording.txt").decode("latin-1").splitlines():
+        moment, kind, rest = (line.split(" ", 2) + ["", ""])[:3]
+        if kind == "reply":
+            last = int(moment)
+            continue
+        if sent is not None and last is not None:
+            yield last - sent
+        sent = int(moment) if kind == "command" and rest.endswith(" " + command) else None
+        last = None
+
+
 def hid(table, programs):
     """Records that are programmed through a reader of the bench, each in a report of its own. The rate is so high that the
     reports and not the line behind them set the pace."""
     table.head("Programming through a HID reader")
     work = programming.Programming(programs, HID_BAUD)
     update = [programs.path("corvane-cli"), "update", "--offline", "--yes"]
-    rates, bare = [], []
+    report = programs.folder / "hid.corvane-report"
+    rates, bare, commands = [], [], []
     for _ in range(ROUNDS):
-        work.once(update, "hid=yes,kind=TarnPlus,baud=19200,boot-baud=%d")
+        work.once([*update, "--report", report], "hid=yes,kind=TarnPlus,baud=19200,boot-baud=%d")
         rates.append(programming.rate(programs.folder / "transcript"))
+        commands += exchanges(report, "\\x04\\x00")
         with Bench(programs, "hid=yes,kind=boot,baud=%d" % HID_BAUD) as bench:
             bare.append(echoed(bench.variables["CORVANE_BENCH_SOCKET"], HID_BAUD, 2000))
     table.row("reports a second / those of the bare exchange", median(rates) / median(bare), 0.8, at_least=True, digits=2)
     table.row("reports a second", median(rates), None, digits=0)
+    table.row("a command with results (the reader's version)", median(commands) / 1000, 3, "ms", digits=1)
