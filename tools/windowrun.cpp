@@ -202,8 +202,8 @@ int showWindow(corvane::LinuxPlatform& system, const Script& script, const corva
     PauseCounter runtime(system.runtime());
     const auto real = system.seams();
     corvane::frmCorvane window({runtime, real.serial, real.ports, real.modules, real.reader, real.settings, real.folder,
-                                real.launcher, real.digest, real.inspector, real.inhibitor, real.files, real.processes,
-                                real.hidLibrary, real.signatures, real.keys},
+                                real.launcher, real.digest, real.inspector, real.inhibitor, real.power, real.files,
+                                real.processes, real.hidLibrary, real.signatures, real.keys},
                                options);
     QSocketNotifier due(system.runtime().descriptor(), QSocketNotifier::Read);
     QObject::connect(&due, &QSocketNotifier::activated, &due, [&system] { system.runtime().dispatch(); });

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 
+#include "settings/StoredSettings.h"
 #include "text/Number.h"
 #include "text/Text.h"
 
@@ -46,6 +47,9 @@ Updater::Updater(const Platform& platform, const Face& face)
     };
     session_.veil = [this](const Bytes& secret) { recorder_.tape.veil(secret); };
     session_.hasLine = [this] { return session_.comm != &serialPort_ || platform_.serial.hasLine(); };
+    session_.mayLookAwake = [this] {
+        return !StoredSettings(platform_.settings).connection().sparesBattery || !platform_.power.isOnBattery();
+    };
     serialPort_.Attach(&platform_.serial, &commEvent_);
     serialPort_.InputMode(1);
     serialPort_.CommPort("COM1");

@@ -8,6 +8,7 @@
 #include "platform/ModuleLoader.h"
 #include "platform/PortInspector.h"
 #include "platform/PortMap.h"
+#include "platform/PowerSupply.h"
 #include "platform/Processes.h"
 #include "platform/Runtime.h"
 #include "platform/SerialControl.h"
@@ -32,6 +33,7 @@ struct Platform {
     Digest& digest;
     PortInspector& inspector;
     SleepInhibitor& inhibitor;
+    PowerSupply& power;
     FileStore& files;
     Processes& processes;
     std::string hidLibrary;  ///< path of the HID transport library, which need not exist

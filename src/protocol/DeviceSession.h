@@ -33,6 +33,9 @@ struct DeviceSession {
     /// False behind a port without a line of its own, whose rate says nothing about time; not set is True.
     std::function<bool()> hasLine;
 
+    /// False where the processor is to sleep through every wait; not set is True.
+    std::function<bool()> mayLookAwake;
+
     /// Told what is sent next when that is a secret, and nothing once it is over; not set where nobody takes anything
     /// down.
     std::function<void(const Bytes& secret)> veil;

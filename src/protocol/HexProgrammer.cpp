@@ -31,6 +31,7 @@ std::size_t pageBefore(const SendPlan& plan, std::size_t at) {
 
 void HexProgrammer::beginDevice(bool hasLine) {
     clock_.beginDevice(hasLine);
+    looksAwake_ = !session_.mayLookAwake || session_.mayLookAwake();
     repeated_ = 0;
     place_ = "";
     isSettled_ = mustErase_ = hasStrays_ = isUneven_ = false;
@@ -104,7 +105,7 @@ void HexProgrammer::showProgress() {
 void HexProgrammer::expectAnswer() {
     constexpr double kMicros = 1e6;
     const auto expected = clock_.untilAnswer() * kMicros;
-    if (expected > 0) session_.runtime.expectNews(std::llround(expected));
+    if (looksAwake_ && expected > 0) session_.runtime.expectNews(std::llround(expected));
 }
 
 /// A record that loses its ":" leaves a bare carriage return, which asks for the prompt. A prompt at any time but that

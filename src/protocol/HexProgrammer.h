@@ -125,6 +125,7 @@ private:
     bool isEchoPossible_ = false;  // the last record was sent while a second erase might have been going on
     bool countsUnsent_ = true;     // unless the port reports bytes as unsent whose answer is there
     bool mustErase_ = false;
+    bool looksAwake_ = true;  // for answers that are due
     bool hasStrays_ = false;  // this line has been seen to double answers or to hold them back
     bool isUneven_ = false;   // a record did not go well the first time
     bool isSecond_ = false;   // the image is being sent once more

@@ -20,8 +20,9 @@ public:
 
     Platform platform() {
         const auto& p = platform_;
-        return {p.runtime, serial_,     p.ports,     p.modules, reader_,     p.settings,   p.folder,     p.launcher,
-                p.digest,  p.inspector, p.inhibitor, p.files,   p.processes, p.hidLibrary, p.signatures, p.keys};
+        return {p.runtime, serial_,     p.ports,      p.modules,    reader_,     p.settings,
+                p.folder,  p.launcher,  p.digest,     p.inspector,  p.inhibitor, p.power,
+                p.files,   p.processes, p.hidLibrary, p.signatures, p.keys};
     }
     Face face() { return face_.face(); }
 

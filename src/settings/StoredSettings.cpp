@@ -20,7 +20,8 @@ struct StoredSettings::Keys {
     static inline const Key userName{"FTP", "UserName"}, password{"FTP", "Password"}, server{"FTP", "Server"},
         offLine{"FTP", "OffLine"}, accessType{"FTP", "AccessType"}, proxy{"FTP", "Proxy"},
         encryption{"FTP", "Encryption"}, authorities{"FTP", "Authorities"}, askVersion{"Update", "AskVersion"},
-        imageLimit{"Update", "ImageLimit"}, handOverAddress{"FTP", "HandOverAddress"}, lastSection{"Query", "LastROM"};
+        spareBattery{"Update", "SpareBattery"}, imageLimit{"Update", "ImageLimit"},
+        handOverAddress{"FTP", "HandOverAddress"}, lastSection{"Query", "LastROM"};
     static Key recentFile(std::size_t place) { return {"Recent", "File" + std::to_string(place + 1)}; }
 };
 
@@ -92,6 +93,7 @@ ConnectionSettings StoredSettings::connection() const {
     connection.encryption = encryptionNamed(read(Keys::encryption)).value_or(connection.encryption);
     connection.authorities = read(Keys::authorities);
     connection.asksVersion = !equalsNoCase(read(Keys::askVersion, "True"), "False");
+    connection.sparesBattery = !equalsNoCase(read(Keys::spareBattery, "True"), "False");
     return connection;
 }
 
@@ -101,7 +103,8 @@ bool StoredSettings::save(const ConnectionSettings& connection, const Connection
     saved = writeChanged(Keys::proxy, connection.proxy, loaded.proxy) && saved;
     saved = writeChanged(Keys::encryption, nameOf(connection.encryption), nameOf(loaded.encryption)) && saved;
     saved = writeChanged(Keys::authorities, connection.authorities, loaded.authorities) && saved;
-    return writeChanged(Keys::askVersion, textOf(connection.asksVersion), textOf(loaded.asksVersion)) && saved;
+    saved = writeChanged(Keys::askVersion, textOf(connection.asksVersion), textOf(loaded.asksVersion)) && saved;
+    return writeChanged(Keys::spareBattery, textOf(connection.sparesBattery), textOf(loaded.sparesBattery)) && saved;
 }
 
 bool StoredSettings::handsOverAddresses() const { return isTrue(read(Keys::handOverAddress, "False")); }

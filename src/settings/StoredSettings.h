@@ -17,8 +17,10 @@ namespace corvane {
 ///     FTP/OffLine                      True: local files instead of the site
 ///     FTP/HandOverAddress              True: a reference of the site is opened by its address, password included
 ///     FTP/AccessType, Proxy            0 the environment's proxy, 1 none, 2 the one that Proxy names
-///     FTP/Encryption, Authorities      off, try (the default) or require; a file of certificates in place of the
-///     system's Update/AskVersion                False: an updated device is not asked for its version
+///     FTP/Encryption                   off, try (the default) or require
+///     FTP/Authorities                  a file of certificates in place of the system's
+///     Update/AskVersion                False: an updated device is not asked for its version
+///     Update/SpareBattery              False: programming is as fast on battery as it is on mains
 ///     Update/ImageLimit                MiB that an image may have; 64 when it is missing
 ///     Query/LastROM                    the section that was chosen last, the next selection's proposal
 ///     Recent/File1 to File5            the local images that were chosen last, the newest first

@@ -16,6 +16,7 @@
 #include "platform/linux/LinuxConsole.h"
 #include "platform/linux/LinuxLauncher.h"
 #include "platform/linux/Signals.h"
+#include "platform/linux/SysfsPowerSupply.h"
 #include "platform/linux/events/PortEvents.h"
 #include "platform/linux/files/StandardDescriptors.h"
 #include "platform/linux/serial/ProcPortInspector.h"
@@ -100,6 +101,29 @@ TEST(DlModuleLoader, OpensLooksUpAndReleases) {
     }
     EXPECT_EQ(loader.lookUp(nullptr, "answer"), nullptr);
     loader.release(nullptr);
+}
+
+TEST(PowerSupply, IsTheBatteryWhenThatDischargesAndNoMainsIsOn) {
+    const fakes::ScratchFolder folder;
+    SysfsPowerSupply power(folder.path());
+    const auto supply = [&folder](const std::string& name, const std::string& attribute, const std::string& value) {
+        folder.file(name + "/" + attribute, value + "\n");
+    };
+    EXPECT_FALSE(SysfsPowerSupply("/nowhere").isOnBattery());
+    supply("mouse", "type", "Battery");
+    supply("mouse", "scope", "Device");
+    supply("mouse", "status", "Discharging");
+    EXPECT_FALSE(power.isOnBattery());
+    supply("BAT0", "type", "Battery");
+    supply("BAT0", "status", "Discharging");
+    EXPECT_TRUE(power.isOnBattery());
+    supply("AC", "type", "Mains");
+    supply("AC", "online", "1");
+    EXPECT_FALSE(power.isOnBattery());
+    supply("AC", "online", "0");
+    EXPECT_TRUE(power.isOnBattery());
+    supply("BAT0", "status", "Charging");
+    EXPECT_FALSE(power.isOnBattery());
 }
 
 TEST(PortInspector, KnowsWhichAdaptersTheModemServiceProbes) {

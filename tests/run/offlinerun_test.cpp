@@ -32,6 +32,20 @@ TEST_F(OfflineRun, CarriesADeviceThroughAWholeUpdate) {
     EXPECT_FALSE(updater.serialPort().PortOpen());
 }
 
+TEST_F(OfflineRun, LooksForAnswersAwakeUnlessTheBatteryIsToBeSpared) {
+    for (const auto& [isOnBattery, spares, looks] :
+         {std::tuple(false, "True", true), {true, "True", false}, {true, "False", true}}) {
+        power.onBattery = isOnBattery;
+        settings.before["Corvane/Update/SpareBattery"] = spares;
+        plugOnly({});
+        loadImage();
+        runtime.expectNews(0);
+        const auto before = runtime.expected();
+        EXPECT_EQ(start().end, RunEnd::updated);
+        EXPECT_EQ(runtime.expected() != before, looks) << isOnBattery << spares;
+    }
+}
+
 TEST_F(OfflineRun, RepeatsWhatFailedAndNothingElse) {
     const std::string eraseFails = "Erase Firmware... < NG\r\n", fails = "Programming... < NG\r\n",
                       first = "\r\niTry:1\r\n", second = "\r\niTry:2\r\n", third = "\r\niTry:3\r\n",

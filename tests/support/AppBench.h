@@ -86,6 +86,7 @@ struct AppBench {
     FakeDigest digest;
     FakePortInspector inspector;
     FakeInhibitor inhibitor;
+    FakePowerSupply power;
     FakeFileStore files;
     FakeProcesses processes;
     SodiumSignatures signatures;
@@ -100,8 +101,9 @@ struct AppBench {
     bool asksAfterwards() const { return settings.before.at("Corvane/Update/AskVersion") == "True"; }
 
     Platform platform() {
-        return {runtime,    serial.control, serial.map, modules,   reader, settings,  folder,
-                launcher,   digest,         inspector,  inhibitor, files,  processes, folder.path() + "/VellIO.so",
+        return {runtime,    serial.control, serial.map, modules,   reader,
+                settings,   folder,         launcher,   digest,    inspector,
+                inhibitor,  power,          files,      processes, folder.path() + "/VellIO.so",
                 signatures, {{keys.path()}}};
     }
 

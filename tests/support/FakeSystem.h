@@ -11,6 +11,7 @@
 #include "platform/Digest.h"
 #include "platform/Launcher.h"
 #include "platform/PortInspector.h"
+#include "platform/PowerSupply.h"
 #include "platform/Processes.h"
 #include "platform/SettingsStore.h"
 #include "platform/SleepInhibitor.h"
@@ -44,6 +45,12 @@ public:
         isHeld = true;
     }
     void release() override { isHeld = false; }
+};
+
+class FakePowerSupply : public PowerSupply {
+public:
+    bool onBattery = false;
+    bool isOnBattery() override { return onBattery; }
 };
 
 /// Notes what would have been started and shown. While a failure is set, that is the answer and nothing is noted.

@@ -179,6 +179,7 @@ TEST_F(WindowTest, AsksHowTheSiteIsReached) {
         QTest::keyClicks(proxy, "proxy:3128");
         QTest::keyClick(dialog.findChild<QComboBox*>("cmbEncryption"), Qt::Key_End);
         DialogAnswers::press(*dialog.findChild<QWidget*>("chkAskVersion"));
+        DialogAnswers::press(*dialog.findChild<QWidget*>("chkSpareBattery"));
         DialogAnswers::press(*dialog.findChild<QWidget*>("cmdOK"));
     });
     press("cmdOption");
@@ -186,7 +187,8 @@ TEST_F(WindowTest, AsksHowTheSiteIsReached) {
     EXPECT_EQ(chosen, (std::map<std::string, std::string>{{"Corvane/FTP/AccessType", "2"},
                                                           {"Corvane/FTP/Encryption", "require"},
                                                           {"Corvane/FTP/Proxy", "proxy:3128"},
-                                                          {"Corvane/Update/AskVersion", "False"}}));
+                                                          {"Corvane/Update/AskVersion", "False"},
+                                                          {"Corvane/Update/SpareBattery", "False"}}));
     answers.expect("frmConnection", [this](QDialog& dialog) {
         EXPECT_EQ(dialog.findChild<QLineEdit*>("txtProxy")->text(), "proxy:3128");
         dialog.findChild<QComboBox*>("cmbAccessType")->setCurrentIndex(1);

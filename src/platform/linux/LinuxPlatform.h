@@ -8,6 +8,7 @@
 #include "platform/linux/LinuxProgramFolder.h"
 #include "platform/linux/QtDigest.h"
 #include "platform/linux/QtSettingsStore.h"
+#include "platform/linux/SysfsPowerSupply.h"
 #include "platform/linux/UserFolders.h"
 #include "platform/linux/events/LinuxRuntime.h"
 #include "platform/linux/files/LinuxFileStore.h"
@@ -34,8 +35,9 @@ public:
     /// D-Bus, which the console does without. The window hands over its own.
     Platform seams() { return seams(noInhibitor_); }
     Platform seams(SleepInhibitor& inhibitor) {
-        return {runtime_,    serial_, ports_,     modules_,  reader_, settings_,  folder_,
-                launcher_,   digest_, inspector_, inhibitor, files_,  processes_, folder_.transportLibrary(),
+        return {runtime_,    serial_, ports_,    modules_,   reader_,
+                settings_,   folder_, launcher_, digest_,    inspector_,
+                inhibitor,   power_,  files_,    processes_, folder_.transportLibrary(),
                 signatures_, keys_};
     }
 
@@ -51,6 +53,7 @@ private:
     QtDigest digest_;
     ProcPortInspector inspector_;
     NoInhibitor noInhibitor_;
+    SysfsPowerSupply power_;
     LinuxFileStore files_;
     ProcProcesses processes_;
     SodiumSignatures signatures_;

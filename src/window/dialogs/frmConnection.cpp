@@ -32,6 +32,9 @@ frmConnection::frmConnection(SettingsStore& store, QWidget* owner) : QDialog(own
     chkAskVersion_ = named(new QCheckBox(tr("&Ask an updated device for its version")), "chkAskVersion",
                            tr("Ask an updated device for its version"),
                            tr("After an update the port is opened once more, to show what the device runs now"));
+    chkSpareBattery_ =
+        named(new QCheckBox(tr("&Spare the battery")), "chkSpareBattery", tr("Spare the battery"),
+              tr("On battery an update takes up to a quarter longer on fast lines, and less of the processor"));
     labProblem_ = new QLabel;
     labProblem_->setWordWrap(true);
     labProblem_->hide();
@@ -48,6 +51,7 @@ frmConnection::frmConnection(SettingsStore& store, QWidget* owner) : QDialog(own
     auto* layout = new QVBoxLayout(this);
     layout->addLayout(fields);
     layout->addWidget(chkAskVersion_);
+    layout->addWidget(chkSpareBattery_);
     layout->addWidget(labProblem_);
     layout->addStretch();
     layout->addWidget(buttons);
@@ -59,6 +63,7 @@ frmConnection::frmConnection(SettingsStore& store, QWidget* owner) : QDialog(own
     cmbEncryption_->setCurrentIndex(static_cast<int>(loaded_.encryption));
     txtAuthorities_->setText(fromPath(loaded_.authorities));
     chkAskVersion_->setChecked(loaded_.asksVersion);
+    chkSpareBattery_->setChecked(loaded_.sparesBattery);
     cmbAccessType_Click();
     connect(cmbAccessType_, &QComboBox::currentIndexChanged, this, [this] { cmbAccessType_Click(); });
     connect(buttons, &QDialogButtonBox::accepted, this, [this] { cmdOK_Click(); });
@@ -78,6 +83,7 @@ void frmConnection::cmdOK_Click() {
     settings.encryption = static_cast<SiteRoute::Encryption>(cmbEncryption_->currentIndex());
     settings.authorities = toPath(txtAuthorities_->text());
     settings.asksVersion = chkAskVersion_->isChecked();
+    settings.sparesBattery = chkSpareBattery_->isChecked();
     if (StoredSettings(store_).save(settings, loaded_)) return accept();
     labProblem_->setText(tr("The settings could not be saved. Is there room on the disk, and may you write them?"));
     labProblem_->show();

@@ -29,6 +29,7 @@ private:
     QComboBox* cmbEncryption_;
     QLineEdit* txtAuthorities_;
     QCheckBox* chkAskVersion_;
+    QCheckBox* chkSpareBattery_;
     QLabel* labProblem_;
 };
 

@@ -85,8 +85,8 @@ struct Attempt : fakes::AppBench {
         } else {
             serial.list(1);
         }
-        const Platform platform{runtime, port,      serial.map, modules, reader,    settings, shared,    launcher,
-                                digest,  inspector, inhibitor,  files,   processes, kLibrary, signatures};
+        const Platform platform{runtime, port,      serial.map, modules, reader, settings,  shared,   launcher,
+                                digest,  inspector, inhibitor,  power,   files,  processes, kLibrary, signatures};
         Updater updater(platform, face.face());
         updater.choices.offLine = updater.choices.useFile = true;
         updater.choices.image = subject.image;
