@@ -78,6 +78,8 @@ TEST_P(OutOfStep, AnAnswerThatMayBeAnotherRecordsIsNotBelieved) {
         {"late, and the next one lost", {"delay@2=600"}, {3}, "aabb0ab0e", "aabb0ab0e"},
         {"late twice, and the next one lost", {"delay@2=600", "delay@3=700"}, {3}, "aabb0e", "aabb0e"},
         {"late within its time, its repetition lost", {"delay@2=300"}, {2}, "aaab0e", "aaab0e"},
+        {"just late enough", {"delay@2=110"}, {}, "aab0ab0e", "aab0ab0e"},
+        {"just not", {"delay@2=90"}, {}, "ab0e", "ab0e"},
         // A HID reader may hand over the second copy later than the first.
         {"twice at once, and the next one lost", {"noise@2=06"}, {2}, "aaab0ab0e", "abab0ab0e"},
         {"twice, and the next one lost", {"noise@3=06", "pieces@3=2/5"}, {3}, "ab0b0ab0e", "ab0b0ab0e"},
