@@ -19,8 +19,10 @@ public:
     /// when it can. In UTF-8.
     virtual std::string fault(const std::string& path) = 0;
 
-    /// Runs a program file; the owner's execute bit is set first.
-    virtual std::string start(const std::string& path, const std::vector<Variable>& variables) = 0;
+    /// Runs a program file that was checked before, if it is the same still: its SHA-256 in 64 digits. The owner's
+    /// execute bit is set first; nobody else may write to it from then on.
+    virtual std::string start(const std::string& path, const std::string& sha256,
+                              const std::vector<Variable>& variables) = 0;
 
     /// Shows an address with the desktop's program for it.
     virtual std::string open(const std::string& address) = 0;

@@ -51,8 +51,8 @@ Ending OnlinePart::handOver() {
     log_.ShowInfo(" Install New Corvane...\r\n");
     // The newer program starts in the Download folder, where no HID library lies beside it: it is told where this
     // program's is.
-    const auto problem =
-        successor_.launcher.start(selfUpdate_.newProgram(), {{kHidLibraryVariable, successor_.hidLibrary}});
+    const auto problem = successor_.launcher.start(selfUpdate_.newProgram(), selfUpdate_.digestOfIt(),
+                                                   {{kHidLibraryVariable, successor_.hidLibrary}});
     return problem.empty() ? Ending{RunEnd::handedOver} : Ending{RunEnd::handOverFailed, problem};
 }
 

@@ -35,11 +35,11 @@ bool SelfUpdate::CheckNewVersion() {
     return false;
 }
 
-std::string SelfUpdate::faultOf(const std::string& program, const std::string& digest) const {
+std::string SelfUpdate::faultOf(const std::string& program, const std::string& digest) {
     if (auto fault = launcher_.fault(program); !fault.empty()) return fault;
-    const auto found = digest.empty() ? std::string() : digest_.sha256(readFile(program));
-    if (found == digest) return {};
-    return "its SHA-256 is " + found + ", but firmware.inf says " + toUtf8(digest);
+    found_ = digest_.sha256(readFile(program));
+    if (digest.empty() || found_ == digest) return {};
+    return "its SHA-256 is " + found_ + ", but firmware.inf says " + toUtf8(digest);
 }
 
 }  // namespace corvane

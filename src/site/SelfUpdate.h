@@ -26,8 +26,11 @@ public:
     /// and started as "/download/corvane.exe". On a system that tells upper from lower case, both mean the stored file.
     const std::string& newProgram() const { return path_; }
 
+    /// SHA-256 of that copy when it was checked.
+    const std::string& digestOfIt() const { return found_; }
+
 private:
-    std::string faultOf(const std::string& program, const std::string& digest) const;
+    std::string faultOf(const std::string& program, const std::string& digest);
 
     InfReader& reader_;
     const ProgramFolder& folder_;
@@ -35,7 +38,7 @@ private:
     OperatorPrompts& prompts_;
     Launcher& launcher_;
     Digest& digest_;
-    std::string path_;
+    std::string path_, found_;
     SiteFailure failure_;
 };
 

@@ -15,6 +15,7 @@
 #include "platform/linux/DlModuleLoader.h"
 #include "platform/linux/LinuxConsole.h"
 #include "platform/linux/LinuxLauncher.h"
+#include "platform/linux/QtDigest.h"
 #include "platform/linux/Signals.h"
 #include "platform/linux/SysfsPowerSupply.h"
 #include "platform/linux/events/PortEvents.h"
@@ -215,6 +216,10 @@ struct Launching : testing::Test {
         EXPECT_TRUE(noChild()) << "a zombie is left";
     }
 
+    static std::string digestOf(const std::string& path) {
+        return QtDigest().sha256(fakes::ScratchFolder::content(path));
+    }
+
     fakes::ScratchFolder folder;
     LinuxRuntime runtime;
     LinuxLauncher launcher{runtime};
@@ -237,7 +242,7 @@ TEST_F(Launching, StartedProgramStandsOnItsOwnAndAddressesArriveWhole) {
     const int input = dup(STDIN_FILENO);
     ASSERT_TRUE(std::freopen(program.c_str(), "r", stdin));
     setenv("GIVEN", "old", 1);
-    EXPECT_EQ(launcher.start(program, {{"GIVEN", "new one"}}), "");
+    EXPECT_EQ(launcher.start(program, digestOf(program), {{"GIVEN", "new one"}}), "");
     unsetenv("GIVEN");
     dup2(input, STDIN_FILENO);
     ::close(input);
@@ -251,10 +256,22 @@ TEST_F(Launching, StartedProgramStandsOnItsOwnAndAddressesArriveWhole) {
     EXPECT_EQ(fakes::ScratchFolder::content(folder.at("bin/xdg-open.out")), "https://corvane.example/?a=b c&d\n");
 }
 
+TEST_F(Launching, WhatWasReplacedSinceItWasCheckedIsNotStarted) {
+    const auto checked = digestOf(program);
+    fs::permissions(program, fs::perms(0666));
+    std::ofstream(program, std::ios::app) << "echo more\n";
+    EXPECT_EQ(launcher.start(program, checked, {}), program + ": it was changed after it was checked");
+    EXPECT_EQ(fs::status(program).permissions(), fs::perms(0744)) << "nobody else may change it while it is looked at";
+    fs::rename(folder.file("other", "#!/bin/sh\n"), program);
+    EXPECT_EQ(launcher.start(program, checked, {}), program + ": it was changed after it was checked");
+    EXPECT_FALSE(fs::exists(report));
+}
+
 TEST_F(Launching, WhatCannotRunIsTold) {
     const auto lost = folder.file("lost", "#!/no/such/interpreter\n");
-    EXPECT_EQ(launcher.start(lost, {}), lost + ": No such file or directory");
-    EXPECT_EQ(launcher.start(folder.path(), {}), folder.path() + ": Permission denied");
+    EXPECT_EQ(launcher.start(lost, digestOf(lost), {}), lost + ": No such file or directory");
+    EXPECT_EQ(launcher.start(folder.path(), "", {}), folder.path() + ": Permission denied");
+    EXPECT_EQ(launcher.start(folder.at("none"), "", {}), folder.at("none") + ": No such file or directory");
     EXPECT_NE(launcher.open("--help"), "");
     setenv("PATH", folder.at("nothing").c_str(), 1);
     EXPECT_EQ(launcher.open("https://corvane.example/"), "xdg-open: No such file or directory");

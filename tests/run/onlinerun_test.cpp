@@ -182,8 +182,8 @@ TEST_F(OnlineRun, StartsANewerProgramOrGoesOn) {
                                                          " CORVANE_VELLIO=" + folder.path() + "/VellIO.so"});
     EXPECT_FALSE(isSessionOpen());
     EXPECT_EQ(device().log().bytesHeard, 0U);
-
     const auto sum = digest.sha256("#!program");
+    EXPECT_EQ(launcher.digest, sum);
     const std::tuple<std::string, std::string, std::string> kRefused[] = {
         {"SHA256=" + upperCase(sum), "it is no program", "it is no program"},
         {"SHA256=AB", "", "its SHA-256 is " + sum + ", but firmware.inf says ab"}};

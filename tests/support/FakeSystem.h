@@ -58,12 +58,15 @@ class FakeLauncher : public Launcher {
 public:
     std::vector<std::string> started;  ///< a path, and behind it each variable that it was given, " NAME=value"
     std::vector<std::string> shown;
+    std::string digest;  ///< of what was to be started last
     std::string failure;
     std::string faultOfAll;  ///< of each program that somebody wants to start
 
     std::string fault(const std::string&) override { return faultOfAll; }
 
-    std::string start(const std::string& path, const std::vector<Variable>& variables) override {
+    std::string start(const std::string& path, const std::string& sha256,
+                      const std::vector<Variable>& variables) override {
+        digest = sha256;
         std::string text = path;
         for (const auto& [name, value] : variables) text.append(" ").append(name).append("=").append(value);
         if (failure.empty()) started.push_back(text);

@@ -13,6 +13,9 @@
 #include <unistd.h>
 
 #include "platform/linux/ProgramFile.h"
+#include "platform/linux/QtDigest.h"
+#include "text/RuntimeError.h"
+#include "text/Text.h"
 
 namespace corvane {
 namespace {
@@ -59,6 +62,22 @@ public:
     posix_spawn_file_actions_t actions{};
 };
 
+/// A file for reading, which a process that is started meanwhile inherits.
+class Opened {
+public:
+    explicit Opened(const std::string& path) : descriptor_(::open(path.c_str(), O_RDONLY | O_NONBLOCK)) {}
+    ~Opened() {
+        if (descriptor_ >= 0) ::close(descriptor_);
+    }
+    Opened(const Opened&) = delete;
+    Opened& operator=(const Opened&) = delete;
+
+    int descriptor() const { return descriptor_; }
+
+private:
+    int descriptor_;
+};
+
 }  // namespace
 
 LinuxLauncher::~LinuxLauncher() {
@@ -70,23 +89,32 @@ LinuxLauncher::~LinuxLauncher() {
 
 std::string LinuxLauncher::fault(const std::string& path) { return programFault(path); }
 
-std::string LinuxLauncher::start(const std::string& path, const std::vector<Variable>& variables) {
-    struct stat file {};
-    if (stat(path.c_str(), &file) < 0) return reason(path, errno);
-    const bool executable = file.st_mode & S_IXUSR;
-    if (!executable && chmod(path.c_str(), (file.st_mode & 07777) | S_IXUSR) < 0) return reason(path, errno);
-    return spawn(path.find('/') == std::string::npos ? "./" + path : path, nullptr, variables);
+std::string LinuxLauncher::start(const std::string& path, const std::string& sha256,
+                                 const std::vector<Variable>& variables) try {
+    // What is looked at is what is started, whatever the path leads to by then. A script's interpreter opens it, too.
+    const Opened file(path);
+    if (file.descriptor() < 0) return reason(path, errno);
+    struct stat found {};
+    if (fstat(file.descriptor(), &found) < 0) return reason(path, errno);
+    if (!S_ISREG(found.st_mode)) return reason(path, EACCES);
+    const auto wanted = (found.st_mode & 07777 & ~(S_IWGRP | S_IWOTH)) | S_IXUSR;
+    if (wanted != (found.st_mode & 07777) && fchmod(file.descriptor(), wanted) < 0) return reason(path, errno);
+    const auto program = "/proc/self/fd/" + std::to_string(file.descriptor());
+    if (QtDigest().sha256(readFile(program)) != sha256) return path + ": it was changed after it was checked";
+    return spawn(program, path, nullptr, variables);
+} catch (const RuntimeError& error) {
+    return path + ": " + error.description();
 }
 
 std::string LinuxLauncher::open(const std::string& address) {
     if (address.empty() || address.front() == '-') return "\"" + address + "\" is no address";
-    return spawn("xdg-open", &address, {});
+    return spawn("xdg-open", "xdg-open", &address, {});
 }
 
-std::string LinuxLauncher::spawn(const std::string& program, const std::string* argument,
+std::string LinuxLauncher::spawn(const std::string& program, const std::string& givenName, const std::string* argument,
                                  const std::vector<Variable>& variables) {
     const Detached how;
-    std::string name = program;
+    std::string name = givenName;
     std::string first = argument ? *argument : std::string();
     char* arguments[] = {name.data(), argument ? first.data() : nullptr, nullptr};
     auto texts = environmentWith(variables);
@@ -95,8 +123,8 @@ std::string LinuxLauncher::spawn(const std::string& program, const std::string* 
     environment.push_back(nullptr);
     pid_t process = 0;
     const int error =
-        posix_spawnp(&process, name.c_str(), &how.actions, &how.attributes, arguments, environment.data());
-    if (error) return reason(program, error);
+        posix_spawnp(&process, program.c_str(), &how.actions, &how.attributes, arguments, environment.data());
+    if (error) return reason(name, error);
     awaitEnd(process);
     return {};
 }

@@ -17,13 +17,15 @@ public:
     LinuxLauncher& operator=(const LinuxLauncher&) = delete;
 
     std::string fault(const std::string& path) override;
-    std::string start(const std::string& path, const std::vector<Variable>& variables) override;
+    std::string start(const std::string& path, const std::string& sha256,
+                      const std::vector<Variable>& variables) override;
 
     /// Through xdg-open; an address that it would take for an option is refused.
     std::string open(const std::string& address) override;
 
 private:
-    std::string spawn(const std::string& program, const std::string* argument, const std::vector<Variable>& variables);
+    std::string spawn(const std::string& program, const std::string& name, const std::string* argument,
+                      const std::vector<Variable>& variables);
     void awaitEnd(int process);
 
     LinuxRuntime& runtime_;
