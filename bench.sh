@@ -3,7 +3,7 @@
 # status 1 when a budget is missed. Other work on the machine shows in the figures, most in those of fast lines.
 #
 #   ./bench.sh            everything
-#   ./bench.sh GROUP...   some of it: start wait ftp hid files program
+#   ./bench.sh GROUP...   some of it: start wait ftp hid files peer program
 set -eu
 cd "$(dirname "$0")"
 . tools/packages.sh

@@ -1,7 +1,7 @@
 #!/usr/bin/python3
 """Measures the programs of a release build against their budgets and prints a table. Exit status 1 when one is missed.
 
-    benchmarks/bench.py FOLDER [GROUP...]     FOLDER holds the programs; groups: start wait ftp hid files program
+    benchmarks/bench.py FOLDER [GROUP...]     FOLDER holds the programs; groups: start wait ftp hid files peer program
 """
 
 import os
@@ -10,6 +10,7 @@ import sys
 
 import files
 import libraries
+import peer
 import programming
 import starting
 import waiting
@@ -30,6 +31,7 @@ def main(build, wanted):
             "ftp": lambda: libraries.ftp(table, build),
             "hid": lambda: libraries.hid(table, programs),
             "files": lambda: files.measure(table, programs),
+            "peer": lambda: peer.measure(table, programs),
             "program": lambda: programming.measure(table, programs, build, ROUNDS, ROUNDS_ON_ONE),
         }
         if not set(wanted) <= set(groups):
