@@ -37,8 +37,10 @@ namespace corvane {
 /// a page in a buffer (the record lost in it is repeated, the rest of the page is not); a record that the device hears
 /// twice in a row while it never hears the next one; a second copy of a record or an answer, the first stray of the
 /// run, that comes so late that its answer falls, by chance, into the 0.1 s behind another record whose own answer does
-/// not come; and such a copy of a record that is heard behind an address record while its answer is lost, when nothing
-/// has gone wrong before. Each looks like an answer that took a little longer, or like nothing at all.
+/// not come; such a copy of a record that is heard behind an address record while its answer is lost, when nothing
+/// has gone wrong before; and one that is heard behind the end record while the restart is held back or spoilt, when
+/// its answer is damaged too: one odd byte is what many devices say as they start. Each looks like an answer that took
+/// a little longer, or like nothing at all.
 class HexProgrammer {
 public:
     HexProgrammer(DeviceSession& session, Progress& progress, Digest& digest)
