@@ -54,10 +54,10 @@ class Interrupted(ProgramTest):
         return command[:1] + [word for setting in settings for word in ("--setting", setting)] + command[1:]
 
     def display(self):
-        """An X server without a window manager; its name."""
+        """An X server without a window manager, which does not begin anew when its last client leaves; its name."""
         near, far = os.pipe()
-        server = subprocess.Popen(["Xvfb", "-displayfd", str(far), "-nolisten", "tcp", "-screen", "0", "1280x800x24"],
-                                  pass_fds=[far], stderr=subprocess.DEVNULL)
+        server = subprocess.Popen(["Xvfb", "-noreset", "-displayfd", str(far), "-nolisten", "tcp", "-screen", "0",
+                                   "1280x800x24"], pass_fds=[far], stderr=subprocess.DEVNULL)
         self.addCleanup(server.wait)
         self.addCleanup(server.terminate)
         os.close(far)

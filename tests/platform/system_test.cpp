@@ -69,6 +69,13 @@ TEST(SignalSource, TurnsSignalsThatAreNotIgnoredIntoCallsWhileItLives) {
     }
     runtime.DoEvents();
     EXPECT_EQ(calls, 3);
+    holdEndingSignals();
+    {
+        const SignalSource source(runtime, [] {});
+    }
+    raise(SIGTERM);  // a program that held it back puts its things away undisturbed
+    std::signal(SIGTERM, SIG_IGN);
+    releaseSignals();
     for (int one = 1; one <= SIGRTMAX; ++one) std::signal(one, SIG_DFL);
 }
 

@@ -41,7 +41,7 @@ sigset_t cancelSignals() {
 SignalSource::SignalSource(LinuxRuntime& runtime, std::function<void()> handler)
     : runtime_(runtime), handler_(std::move(handler)) {
     const sigset_t signals = cancelSignals();
-    sigprocmask(SIG_BLOCK, &signals, nullptr);
+    sigprocmask(SIG_BLOCK, &signals, &heldBefore_);
     descriptor_ = signalfd(-1, &signals, SFD_NONBLOCK | SFD_CLOEXEC);
     if (descriptor_ < 0) throw std::system_error(errno, std::generic_category(), "signalfd");
     runtime_.watch(descriptor_, EPOLLIN, [this](std::uint32_t) {
@@ -61,8 +61,7 @@ SignalSource::~SignalSource() {
         // One that came too late to change anything must not kill a program that has done its work.
     }
     ::close(descriptor_);
-    const sigset_t signals = cancelSignals();
-    sigprocmask(SIG_UNBLOCK, &signals, nullptr);
+    sigprocmask(SIG_SETMASK, &heldBefore_, nullptr);
 }
 
 void ignoreIdleSignals() { setIdleSignals(SIG_IGN); }

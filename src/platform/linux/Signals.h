@@ -1,5 +1,6 @@
 #pragma once
 
+#include <csignal>
 #include <functional>
 
 #include "platform/linux/events/LinuxRuntime.h"
@@ -7,7 +8,8 @@
 namespace corvane {
 
 /// Turns SIGINT, SIGTERM, SIGHUP and SIGQUIT, as far as they are not ignored, into calls of a handler from DoEvents
-/// while it lives. In a program with several threads they must have been held back before the second one began.
+/// while it lives; afterwards those are held back again that were before. In a program with several threads they must
+/// have been held back before the second one began.
 class SignalSource {
 public:
     SignalSource(LinuxRuntime& runtime, std::function<void()> handler);
@@ -20,6 +22,7 @@ private:
 
     LinuxRuntime& runtime_;
     std::function<void()> handler_;
+    sigset_t heldBefore_{};
     int descriptor_;
 };
 
@@ -32,8 +35,8 @@ void ignoreIdleSignals();
 /// which signals are held back, and a SignalSource there holds back those that it takes.
 void releaseSignals();
 
-/// Keeps the four for the SignalSource that is made next, so that nothing is left half done; in this thread and in
-/// those that it begins.
+/// Keeps the four for the SignalSource that is made next, and from the end of its life on, so that nothing is left half
+/// done; in this thread and in those that it begins.
 void holdEndingSignals();
 
 /// What a child process calls before it becomes another program: it takes signals as a fresh one does and gets SIGTERM
