@@ -30,7 +30,7 @@ need() {
     $as_root env DEBIAN_FRONTEND=noninteractive apt-get install -y -qq --no-install-recommends $missing >/dev/null
 }
 
-BUILD_PACKAGES="g++ cmake ninja-build pkgconf qt6-base-dev libcurl4-openssl-dev libhidapi-dev libudev-dev libzip-dev libsodium-dev"
+BUILD_PACKAGES="g++ cmake ninja-build pkgconf qt6-base-dev libcurl4-openssl-dev libhidapi-dev libudev-dev libzip-dev libsodium-dev libsecret-1-dev"
 PACK_PACKAGES="dpkg-dev file"
 RUN_PACKAGES="python3 python3-pyftpdlib fonts-dejavu-core"
-TEST_PACKAGES="clang python3-openssl libclang-rt-14-dev clang-format libgtest-dev libumockdev-dev umockdev dbus-daemon curl minisign xvfb xdotool $PACK_PACKAGES lintian appstream desktop-file-utils"
+TEST_PACKAGES="clang python3-openssl libclang-rt-14-dev clang-format libgtest-dev libumockdev-dev umockdev dbus-daemon curl gnome-keyring minisign xvfb xdotool $PACK_PACKAGES lintian appstream desktop-file-utils"

@@ -53,7 +53,7 @@ Bench::Bench(const BenchOptions& options)
     if (!options_.replay.empty()) replay();
     recordTo(options_.transcript);
     writePorts();
-    if (!options_.settings.empty()) config_.writeSettings(options_.settings);
+    config_.writeSettings(options_.settings);
 }
 
 void Bench::plugIn(const DeviceSpec& spec, std::unique_ptr<models::ReplayThen> recorded) {

@@ -78,7 +78,9 @@ void ConfigFolder::writePorts(const std::map<int, std::string>& paths) const {
 }
 
 void ConfigFolder::writeSettings(const std::vector<Setting>& settings) const {
-    std::map<std::string, std::string> sections;
+    if (settings.empty() && fs::exists(settingsFile(path_))) return;  // what a program has kept there
+    std::map<std::string, std::string> sections = {
+        {"FTP", "Keyring=False\n"}};  // the operator's own is not for practice
     for (const auto& setting : settings) sections[setting.section] += setting.key + "=" + setting.value + "\n";
     std::string text;
     for (const auto& [section, lines] : sections) text.append("[").append(section).append("]\n").append(lines);

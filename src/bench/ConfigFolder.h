@@ -28,7 +28,7 @@ public:
     /// Which port of the bench is where, replacing what was written before.
     void writePorts(const std::map<int, std::string>& paths) const;
 
-    /// Writes the settings file anew.
+    /// Writes the settings file anew; without settings only where there is none. The operator's keyring is left alone.
     void writeSettings(const std::vector<Setting>& settings) const;
 
 private:

@@ -3,6 +3,8 @@
 #include <string>
 #include <vector>
 
+#include "platform/SecretStore.h"
+
 namespace corvane {
 
 /// The operator's settings between two starts; texts in UTF-8.
@@ -24,6 +26,9 @@ public:
 
     /// An application's file, in the system's bytes; empty where there is none.
     virtual std::string file(const std::string& /*application*/) const { return {}; }
+
+    /// Where what nobody may read is kept, rather than in that file.
+    virtual SecretStore& secrets() = 0;
 };
 
 }  // namespace corvane

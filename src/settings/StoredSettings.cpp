@@ -17,8 +17,8 @@ struct StoredSettings::Key {
 };
 
 struct StoredSettings::Keys {
-    static inline const Key userName{"FTP", "UserName"}, password{"FTP", "Password"}, server{"FTP", "Server"},
-        offLine{"FTP", "OffLine"}, accessType{"FTP", "AccessType"}, proxy{"FTP", "Proxy"},
+    static inline const Key userName{"FTP", "UserName"}, password{"FTP", "Password"}, keyring{"FTP", "Keyring"},
+        server{"FTP", "Server"}, offLine{"FTP", "OffLine"}, accessType{"FTP", "AccessType"}, proxy{"FTP", "Proxy"},
         encryption{"FTP", "Encryption"}, authorities{"FTP", "Authorities"}, askVersion{"Update", "AskVersion"},
         spareBattery{"Update", "SpareBattery"}, imageLimit{"Update", "ImageLimit"},
         handOverAddress{"FTP", "HandOverAddress"}, lastSection{"Query", "LastROM"};
@@ -56,6 +56,7 @@ bool StoredSettings::write(const Key& key, const std::string& value) {
 void StoredSettings::load(Choices& choices) const {
     choices.userName = read(Keys::userName);
     choices.password = read(Keys::password);
+    if (choices.password.empty() && usesKeyring()) choices.password = store_.secrets().load(store_.file(kProgramTitle));
     choices.offLine = isTrue(read(Keys::offLine, "False"));
     choices.server = read(Keys::server, defaultServer());
     choices.mostImageBytes = imageLimit();
@@ -74,9 +75,20 @@ bool StoredSettings::writeChanged(const Key& key, const std::string& value, cons
 
 bool StoredSettings::save(const Choices& choices, const Choices& loaded) {
     bool saved = writeChanged(Keys::userName, choices.userName, loaded.userName);
-    saved = writeChanged(Keys::password, choices.password, loaded.password) && saved;
+    saved = savePassword(choices.password, loaded.password) && saved;
     saved = writeChanged(Keys::offLine, textOf(choices.offLine), textOf(loaded.offLine)) && saved;
     return writeChanged(Keys::server, choices.server, loaded.server) && saved;
+}
+
+bool StoredSettings::usesKeyring() const { return !equalsNoCase(read(Keys::keyring, "True"), "False"); }
+
+bool StoredSettings::savePassword(const std::string& password, const std::string& loaded) {
+    const auto inFile = read(Keys::password);
+    const auto& wanted = password == loaded ? inFile : password;
+    if (password == loaded && inFile.empty()) return true;
+    if (usesKeyring() && store_.secrets().save(store_.file(kProgramTitle), wanted))
+        return inFile.empty() || write(Keys::password, "");
+    return wanted == inFile || write(Keys::password, wanted);
 }
 
 /// A proxy's address may hold a password, too.

@@ -13,7 +13,8 @@ namespace corvane {
 /// and nothing is held in memory, so that what a dialog writes counts from then on. The store is not owned. Each
 /// function that writes returns False when something could not be written.
 ///
-///     FTP/UserName, Password, Server   the account and the site
+///     FTP/UserName, Password, Server   the account and the site; the password stands here where there is no keyring
+///     FTP/Keyring                      False: the password stands here though the desktop has a keyring
 ///     FTP/OffLine                      True: local files instead of the site
 ///     FTP/HandOverAddress              True: a reference of the site is opened by its address, password included
 ///     FTP/AccessType, Proxy            0 the environment's proxy, 1 none, 2 the one that Proxy names
@@ -30,11 +31,12 @@ public:
 
     explicit StoredSettings(SettingsStore& store) : store_(store) {}
 
-    /// The operator's account, server and mode; what else was chosen stays as it is.
+    /// The operator's account, server and mode; what else was chosen stays as it is. A password that stands in the file
+    /// counts before that of the keyring.
     void load(Choices& choices) const;
 
     /// Writes what is another now than it was when it was loaded: a copy of the program that closes later does not undo
-    /// what another one has stored meanwhile.
+    /// what another one has stored meanwhile. A password that stands in the file moves to the keyring that takes it.
     [[nodiscard]] bool save(const Choices& choices, const Choices& loaded);
 
     /// What is wrong with the store, and what was done about it, a sentence each, in UTF-8.
@@ -63,6 +65,8 @@ private:
     std::string read(const Key& key, const std::string& byDefault = {}) const;
     bool write(const Key& key, const std::string& value);
     bool writeChanged(const Key& key, const std::string& value, const std::string& loaded);
+    bool savePassword(const std::string& password, const std::string& loaded);
+    bool usesKeyring() const;
     std::vector<std::string> storedFiles() const;
 
     SettingsStore& store_;

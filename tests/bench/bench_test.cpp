@@ -158,7 +158,7 @@ TEST(ConfigFolder, ShowsTheBenchAloneAndLeavesSomebodysOwnConfigurationAlone) {
     folder.writePorts({{12, "/dev/pts/9"}});
     folder.writeSettings({{"FTP", "OffLine", "True"}, {"Query", "LastROM", "a;b"}, {"FTP", "Proxy", ""}});
     EXPECT_TRUE(ScratchFolder::content(map).ends_with(" only.\nauto=off\nCOM12=/dev/pts/9\n"));
-    EXPECT_EQ(ScratchFolder::content(settings), "[FTP]\nOffLine=True\nProxy=\n[Query]\nLastROM=a;b\n");
+    EXPECT_EQ(ScratchFolder::content(settings), "[FTP]\nKeyring=False\nOffLine=True\nProxy=\n[Query]\nLastROM=a;b\n");
     EXPECT_EQ(modeOf(scratch.at("config")) + modeOf(map) + modeOf(settings), 0700U + 0600 + 0600);
     const ConfigFolder again(scratch.at("config"));  // which is its own, so nothing is thrown
     auto temporary = std::make_unique<ConfigFolder>("");

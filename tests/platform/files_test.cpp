@@ -217,7 +217,8 @@ struct QtSettingsStoreTest : testing::Test {
     }
 
     fakes::ScratchFolder folder;
-    QtSettingsStore store{folder.path()};
+    NoSecretStore noKeyring;
+    QtSettingsStore store{folder.path(), noKeyring};
     const std::string file = folder.at("Corvane/Corvane.conf");
 };
 
@@ -267,7 +268,7 @@ TEST_F(QtSettingsStoreTest, WhatCannotBeWrittenIsReportedAndNotKept) {
     }
     EXPECT_EQ(content(file), "[FTP]\nServer=old\n");
     folder.file("blocked", "");
-    EXPECT_FALSE(QtSettingsStore(folder.at("blocked")).SaveSetting("Corvane", "FTP", "Server", "x"));
+    EXPECT_FALSE(QtSettingsStore(folder.at("blocked"), noKeyring).SaveSetting("Corvane", "FTP", "Server", "x"));
 }
 
 TEST_F(QtSettingsStoreTest, SaysWhatOthersMayReadAndWhatIsNoFile) {

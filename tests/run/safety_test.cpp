@@ -189,6 +189,35 @@ TEST_F(Safety, RemembersTheLastFilesThatExist) {
     EXPECT_EQ(recent.recentFiles(), (std::vector<std::string>{paths[2], paths[5], paths[3], paths[1]}));
 }
 
+TEST_F(Safety, ThePasswordMovesIntoTheKeyringThatTakesIt) {
+    StoredSettings stored(settings);
+    const auto inFile = [this] { return settings.values["Corvane/FTP/Password"]; };
+    const auto inKeyring = [this] { return settings.keyring.values[settings.file("Corvane")]; };
+    const auto saves = [&](const std::string& password, bool isTyped = true) {
+        Choices choices, loaded;
+        stored.load(loaded);
+        choices = loaded;
+        if (isTyped) choices.password = password;
+        EXPECT_TRUE(stored.save(choices, loaded));
+        stored.load(loaded);
+        EXPECT_EQ(loaded.password, password);
+        return std::make_pair(inFile(), inKeyring());
+    };
+    using Places = std::pair<std::string, std::string>;
+    EXPECT_EQ(saves("plain"), (Places{"plain", ""}));
+    settings.keyring.isLocked = false;
+    EXPECT_EQ(saves("plain", false), (Places{"", "plain"}));
+    EXPECT_EQ(saves("other"), (Places{"", "other"}));
+    settings.keyring.isLocked = true;
+    EXPECT_EQ(saves("", false), (Places{"", "other"})) << "what cannot be read now is not forgotten";
+    EXPECT_EQ(saves("newest"), (Places{"newest", "other"}));
+    settings.keyring.isLocked = false;
+    EXPECT_EQ(saves("newest", false), (Places{"", "newest"}));
+    EXPECT_EQ(saves(""), (Places{"", ""}));
+    settings.values["Corvane/FTP/Keyring"] = "False";
+    EXPECT_EQ(saves("kept"), (Places{"kept", ""}));
+}
+
 TEST_F(Safety, RecordsEveryJob) {
     asksAfterwards(true);
     plug({.version = "=TARN-R200 \"A\", V5.1", .nextVersion = "TARN-R200 V5.2R1"});

@@ -161,12 +161,30 @@ public:
     }
 };
 
+/// A keyring in memory, by the settings' file.
+class FakeSecretStore : public SecretStore {
+public:
+    explicit FakeSecretStore(bool locked) : isLocked(locked) {}
+
+    std::map<std::string, std::string> values;
+    bool isLocked;
+
+    std::string load(const std::string& settingsFile) override { return isLocked ? "" : values[settingsFile]; }
+    bool save(const std::string& settingsFile, const std::string& secret) override {
+        if (!isLocked) values[settingsFile] = secret;
+        return !isLocked;
+    }
+};
+
 /// Settings in memory, by "application/section/key". As long as isReadOnly is set nothing can be saved.
 class FakeSettingsStore : public SettingsStore {
 public:
     std::map<std::string, std::string> values;
     std::map<std::string, std::string> before;  ///< what counts as long as nothing else is saved
     bool isReadOnly = false;
+    FakeSecretStore keyring{true};
+
+    SecretStore& secrets() override { return keyring; }
 
     std::string GetSetting(const std::string& application, const std::string& section, const std::string& key,
                            const std::string& byDefault) override {

@@ -13,6 +13,7 @@
 #include "platform/linux/events/LinuxRuntime.h"
 #include "platform/linux/files/LinuxFileStore.h"
 #include "platform/linux/files/ProcProcesses.h"
+#include "platform/linux/keyring/LibsecretStore.h"
 #include "platform/linux/serial/ProcPortInspector.h"
 #include "platform/linux/serial/TermiosSerialControl.h"
 #include "platform/linux/transfer/CurlAsyncReader.h"
@@ -31,8 +32,8 @@ public:
     LinuxRuntime& runtime() { return runtime_; }
     const LinuxProgramFolder& folder() const { return folder_; }
 
-    /// Without an inhibitor the computer may fall asleep during a run: the real one talks to the desktop's session over
-    /// D-Bus, which the console does without. The window hands over its own.
+    /// Without an inhibitor the computer may fall asleep during a run: the real one needs Qt's D-Bus,
+    /// which the console does without. The window hands over its own.
     Platform seams() { return seams(noInhibitor_); }
     Platform seams(SleepInhibitor& inhibitor) {
         return {runtime_,    serial_, ports_,    modules_,   reader_,
@@ -47,7 +48,8 @@ private:
     TermiosSerialControl serial_{runtime_, ports_};
     DlModuleLoader modules_;
     CurlAsyncReader reader_{runtime_};
-    QtSettingsStore settings_;
+    LibsecretStore secrets_;
+    QtSettingsStore settings_{secrets_};
     LinuxProgramFolder folder_;
     LinuxLauncher launcher_{runtime_};
     QtDigest digest_;

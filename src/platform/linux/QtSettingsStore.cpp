@@ -65,7 +65,7 @@ bool isUsable(const std::string& path) {
 
 }  // namespace
 
-QtSettingsStore::QtSettingsStore() : QtSettingsStore(userConfigFolder()) {}
+QtSettingsStore::QtSettingsStore(SecretStore& secrets) : QtSettingsStore(userConfigFolder(), secrets) {}
 
 std::string QtSettingsStore::file(const std::string& application) const {
     return folder_ + "/" + application + "/" + application + ".conf";

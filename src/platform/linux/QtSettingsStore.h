@@ -10,9 +10,9 @@ namespace corvane {
 /// that cannot be written.
 class QtSettingsStore : public SettingsStore {
 public:
-    /// In this user's configuration folder.
-    QtSettingsStore();
-    explicit QtSettingsStore(std::string folder) : folder_(std::move(folder)) {}
+    /// In this user's configuration folder. It does not own the keyring.
+    explicit QtSettingsStore(SecretStore& secrets);
+    QtSettingsStore(std::string folder, SecretStore& secrets) : folder_(std::move(folder)), secrets_(secrets) {}
 
     std::string GetSetting(const std::string& application, const std::string& section, const std::string& key,
                            const std::string& byDefault) override;
@@ -20,9 +20,11 @@ public:
                      const std::string& value) override;
     std::vector<std::string> problems(const std::string& application, bool holdsSecret) override;
     std::string file(const std::string& application) const override;
+    SecretStore& secrets() override { return secrets_; }
 
 private:
     std::string folder_;
+    SecretStore& secrets_;
 };
 
 }  // namespace corvane

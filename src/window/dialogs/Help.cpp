@@ -82,7 +82,8 @@ void showAbout(QWidget* owner) {
                  tr("Updates the firmware of small devices on serial ports and behind USB readers."),
                  tr("Copyright 2026 the Corvane authors. MIT license: everybody may use, change and pass it on; there "
                     "is no warranty."),
-                 tr("It stands on Qt %1, libcurl, hidapi, libudev, libzip and libsodium, each under its own license.")
+                 tr("It stands on Qt %1, libcurl, hidapi, libudev, libzip, libsodium and libsecret, each under its own "
+                    "license.")
                      .arg(qVersion()));
     showPage(owner, "frmAbout", tr("About %1").arg(kProgramTitle), html, {460, 260});
 }
