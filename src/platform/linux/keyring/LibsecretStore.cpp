@@ -56,6 +56,8 @@ public:
     }
     ~Call() {
         secret_service_disconnect();  // what it keeps would wait for news in this context
+        while (g_main_context_iteration(context_, FALSE)) {
+        }  // and is put away there
         g_main_context_pop_thread_default(context_);
         g_main_context_unref(context_);
         pthread_sigmask(SIG_SETMASK, &signals_, nullptr);
