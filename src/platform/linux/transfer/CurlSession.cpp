@@ -14,11 +14,14 @@
 #include <unistd.h>
 #include <utility>
 
+#include "platform/linux/transfer/CurlFailure.h"
+
 namespace corvane {
 namespace {
 
 constexpr long kReceiveBuffer = 256 * 1024L;
-constexpr std::size_t kMostPerTurn = 512 * 1024UL;      // bytes; then other events have theirs
+// ms; then other events have theirs. A pause makes the library copy what it has just read.
+constexpr std::uint32_t kLongestTurn = 10;
 constexpr long kLongestIdle = 24 * 3600L;               // seconds; when a session ends is decided elsewhere
 constexpr std::uint32_t kLongestBlock = 500;            // ms that the library may wait by itself
 constexpr std::uint32_t kLongestEncryptedBlock = 3000;  // ... for a last word that only it can read
@@ -140,13 +143,16 @@ void CurlSession::applyTls(const SiteRoute& route) {
     set(CURLOPT_SSLVERSION, long{CURL_SSLVERSION_TLSv1_2});
     set(CURLOPT_SSL_VERIFYPEER, long{tls_ != Tls::unverified});
     set(CURLOPT_SSL_VERIFYHOST, tls_ == Tls::unverified ? 0L : 2L);
+    set(CURLOPT_DEBUGFUNCTION, &onDebug);
+    set(CURLOPT_DEBUGDATA, this);
+    set(CURLOPT_VERBOSE, 1L);
     if (!route.authorities.empty()) set(CURLOPT_CAINFO, route.authorities.c_str());
 }
 
 void CurlSession::begin(const Address& address) {
     curl_multi_remove_handle(multi_, easy_);
     received_ = announced_ = 0;
-    isReplyAwaited_ = isTurnOver_ = hasReplied_ = isDataOver_ = false;
+    isReplyAwaited_ = isTurnOver_ = hasReplied_ = isDataHeld_ = isDataOver_ = false;
     ownFailure_ = {};
     begun_ = runtime_.tick();
     error_.fill(0);
@@ -201,6 +207,7 @@ std::int64_t CurlSession::size() const {
 
 int CurlSession::onSocketChange(CURL*, curl_socket_t socket, int what, void* self, void*) {
     auto& that = session(self);
+    if (socket == that.controlSocket()) that.isHeard_ = what != CURL_POLL_REMOVE;
     try {
         if (what == CURL_POLL_REMOVE) {
             that.runtime_.unwatch(socket);
@@ -235,12 +242,11 @@ std::size_t CurlSession::onBody(char* bytes, std::size_t size, std::size_t count
             that.isReplyAwaited_ = true;
             return CURL_WRITEFUNC_PAUSE;
         }
-        if (that.turn_ >= kMostPerTurn) {
+        if (that.runtime_.tick() - that.turn_ >= kLongestTurn) {
             that.isTurnOver_ = true;
             return CURL_WRITEFUNC_PAUSE;
         }
         that.onData(body);
-        that.turn_ += body.size();
         that.received_ += static_cast<std::int64_t>(body.size());
         return body.size();
     } catch (const std::exception& error) {
@@ -266,7 +272,7 @@ void CurlSession::takeReply(std::string_view line) {
     isEncrypted_ = isEncrypted_ || (replies_ == 2 && code == "234 ");
     limitOffer();
     if (code == "213 ") announced_ = numberAt(line.substr(code.size()));
-    if (code == "150 " || code == "125 ") holdData(dataSocket(), false);
+    if (code == "150 " || code == "125 ") releaseData();
     const auto place = line.rfind('(');
     const bool namesSize = place != std::string_view::npos && line.find(" bytes)", place) != std::string_view::npos;
     if (announced_ == 0 && question_ && namesSize && (code == "150 " || code == "125 "))
@@ -282,9 +288,15 @@ curl_socket_t CurlSession::onOpen(void* self, curlsocktype, curl_sockaddr* addre
         that.replies_ = 0;
         that.isEncrypted_ = false;
     }
-    if (!that.sockets_.empty() && that.isEncrypted_) that.holdData(socket, true);
+    if (!that.sockets_.empty() && that.isEncrypted_) that.holdData(socket);
     that.sockets_.push_back(socket);
     return socket;
+}
+
+int CurlSession::onDebug(CURL*, curl_infotype kind, char* text, std::size_t size, void* self) {
+    const auto command = std::string_view(text, size).substr(0, 4);
+    if (kind == CURLINFO_HEADER_OUT) session(self).isFileAsked_ = command == "RETR" || command == "LIST";
+    return 0;
 }
 
 /// From the greeting on, until something has come of the offer of encryption.
@@ -297,9 +309,25 @@ void CurlSession::limitOffer() {
 /// Some servers close a data connection on which they hear anything before the file was asked for, and the library
 /// greets as soon as it is connected. So the system keeps that back until the server has said that the file comes, or
 /// for the 0.2 s that it keeps anything back.
-void CurlSession::holdData(int socket, bool isHeld) {
-    const int value = isHeld ? 1 : 0;
-    if (socket >= 0) static_cast<void>(::setsockopt(socket, IPPROTO_TCP, TCP_CORK, &value, sizeof value));
+void CurlSession::holdData(int socket) {
+    const int isHeld = 1;
+    isDataHeld_ = ::setsockopt(socket, IPPROTO_TCP, TCP_CORK, &isHeld, sizeof isHeld) == 0;
+}
+
+void CurlSession::releaseData() {
+    const int isHeld = 0;
+    if (std::exchange(isDataHeld_, false) && dataSocket() >= 0)
+        static_cast<void>(::setsockopt(dataSocket(), IPPROTO_TCP, TCP_CORK, &isHeld, sizeof isHeld));
+}
+
+/// While it greets on the data connection the library does not listen to the server. The answer to the request of the
+/// file lets the greeting go; any other one is the library's.
+void CurlSession::awaitStart() {
+    const int control = controlSocket();
+    runtime_.watch(control, EPOLLIN, [this, control](std::uint32_t) {
+        runtime_.unwatch(control);
+        isFileAsked_ ? releaseData() : act(dataSocket(), 0);
+    });
 }
 
 int CurlSession::onClose(void* self, curl_socket_t socket) {
@@ -351,16 +379,16 @@ void CurlSession::onTimer() {
 }
 
 void CurlSession::goOn() {
-    turn_ = 0;
+    turn_ = runtime_.tick();
     curl_easy_pause(easy_, CURLPAUSE_CONT);
 }
 
 void CurlSession::act(int socket, int events) {
     int running = 0;
-    turn_ = 0;
-    lastCall_ = runtime_.tick();
+    turn_ = lastCall_ = runtime_.tick();
     curl_multi_socket_action(multi_, socket, events, &running);
     if (std::exchange(hasReplied_, false) && dataSocket() < 0 && !isOverHttp()) nudge();
+    if (isDataHeld_ && !isHeard_) awaitStart();
     if (isReplyAwaited_) awaitReply();
     if (isTurnOver_) setTimer(0);
     int left = 0;
@@ -379,15 +407,16 @@ void CurlSession::nudge() {
 /// At the end of the data the library waits for the server's last word, up to a minute, and lets nothing else happen
 /// meanwhile. So it is not shown the end before that word is there.
 bool CurlSession::isReplyMissing(std::size_t coming) const {
-    if (dataSocket() < 0) return false;
+    if (dataSocket() < 0 || isEncrypted_) return false;  // whose bytes cannot be told from those of the encryption
     const auto whole = size();
     const bool isWhole = whole > 0 && received_ + static_cast<std::int64_t>(coming) >= whole;
-    return (isWhole || isAtEnd(dataSocket())) && !hasReply();
+    // Whole pieces come out of one that was read, and a file that ends here is broken off anyway: no reason to look.
+    const bool isInside = coming == CURL_MAX_WRITE_SIZE && whole - received_ > kReceiveBuffer;
+    return (isWhole || (!isInside && isAtEnd(dataSocket()))) && !hasReply();
 }
 
 /// Whether the server has said more than the library has shown: it may have read a reply already and kept it.
 bool CurlSession::hasReply() const {
-    if (isEncrypted_) return true;  // its bytes cannot be told from those of the encryption
     tcp_info info{};
     socklen_t length = sizeof info;
     constexpr std::size_t kNeeded = offsetof(tcp_info, tcpi_bytes_received) + sizeof info.tcpi_bytes_received;
@@ -426,29 +455,7 @@ ReadFailure CurlSession::failureOf(CURLcode code) const {
 ReadFailure::Kind CurlSession::kindOf(CURLcode code) const {
     // Nothing but the offer of encryption has been answered by then.
     if (isTlsDue() && code != CURLE_PEER_FAILED_VERIFICATION) return ReadFailure::Kind::notEncrypted;
-    switch (code) {
-        case CURLE_COULDNT_RESOLVE_PROXY:
-        case CURLE_COULDNT_RESOLVE_HOST:
-        case CURLE_COULDNT_CONNECT:
-            return ReadFailure::Kind::unreachable;
-        case CURLE_OPERATION_TIMEDOUT:
-            return replied_ == 0 ? ReadFailure::Kind::unreachable : ReadFailure::Kind::brokenOff;
-        case CURLE_LOGIN_DENIED:
-            return ReadFailure::Kind::login;
-        case CURLE_USE_SSL_FAILED:
-        case CURLE_SSL_CONNECT_ERROR:
-        case CURLE_SSL_CACERT_BADFILE:
-        case CURLE_SSL_ENGINE_INITFAILED:
-            return ReadFailure::Kind::notEncrypted;
-        case CURLE_PEER_FAILED_VERIFICATION:
-            return ReadFailure::Kind::notVouched;
-        case CURLE_REMOTE_ACCESS_DENIED:
-        case CURLE_REMOTE_FILE_NOT_FOUND:
-        case CURLE_FTP_COULDNT_RETR_FILE:
-            return ReadFailure::Kind::refused;
-        default:
-            return ReadFailure::Kind::brokenOff;
-    }
+    return failureKind(code, replied_ > 0);
 }
 
 bool CurlSession::isOverHttp() const {

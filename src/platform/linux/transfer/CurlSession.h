@@ -75,6 +75,7 @@ private:
     static int onConnected(void* self, char*, char*, int, int);
     static curl_socket_t onOpen(void* self, curlsocktype, curl_sockaddr* address);
     static int onClose(void* self, curl_socket_t socket);
+    static int onDebug(CURL*, curl_infotype kind, char* text, std::size_t size, void* self);
     static int onProgress(void* self, curl_off_t, curl_off_t, curl_off_t, curl_off_t);
 
     template <class Value>
@@ -84,7 +85,9 @@ private:
     void askForSize(const Address& address);
     void takeReply(std::string_view line);
     void limitOffer();
-    void holdData(int socket, bool isHeld);
+    void holdData(int socket);
+    void releaseData();
+    void awaitStart();
     void onSocket(int socket, std::uint32_t events);
     void setTimer(long ms);
     void onTimer();
@@ -119,7 +122,10 @@ private:
     bool isEncrypted_ = false;
     bool isReplyAwaited_ = false;  // a held read goes on with the server's next words
     bool isTurnOver_ = false;      // ... or after the other events that are due
-    std::size_t turn_ = 0;         // bytes of this turn
+    std::uint32_t turn_ = 0;       // when this one began
+    bool isHeard_ = false;         // the library waits for the server's words
+    bool isFileAsked_ = false;     // where the session is encrypted: by the last command
+    bool isDataHeld_ = false;      // until the server has said that the file comes
     bool isDataOver_ = false;      // of the running read: only the server's last word is missing
     std::uint32_t lastCall_ = 0;   // tick of the last sign that the library goes on
     ReadFailure ownFailure_;       // what went wrong in a callback, where the library only learns that something did
