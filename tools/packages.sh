@@ -33,4 +33,4 @@ need() {
 BUILD_PACKAGES="g++ cmake ninja-build pkgconf qt6-base-dev libcurl4-openssl-dev libhidapi-dev libudev-dev libzip-dev libsodium-dev libsecret-1-dev"
 PACK_PACKAGES="dpkg-dev file"
 RUN_PACKAGES="python3 python3-pyftpdlib fonts-dejavu-core"
-TEST_PACKAGES="clang python3-openssl libclang-rt-14-dev clang-format libgtest-dev libumockdev-dev umockdev dbus-daemon curl gnome-keyring minisign xvfb xdotool $PACK_PACKAGES lintian appstream desktop-file-utils"
+TEST_PACKAGES="clang python3-openssl libclang-rt-14-dev clang-format libgtest-dev libssl-dev libumockdev-dev umockdev dbus-daemon curl gnome-keyring minisign xvfb xdotool $PACK_PACKAGES lintian appstream desktop-file-utils"
