@@ -6,7 +6,6 @@
 #include <exception>
 #include <linux/tcp.h>
 #include <netinet/in.h>
-#include <poll.h>
 #include <stdexcept>
 #include <sys/epoll.h>
 #include <sys/socket.h>
@@ -15,6 +14,7 @@
 #include <utility>
 
 #include "platform/linux/transfer/CurlFailure.h"
+#include "platform/linux/transfer/SocketState.h"
 
 namespace corvane {
 namespace {
@@ -25,23 +25,9 @@ constexpr std::uint32_t kLongestTurn = 10;
 constexpr long kLongestIdle = 24 * 3600L;               // seconds; when a session ends is decided elsewhere
 constexpr std::uint32_t kLongestBlock = 500;            // ms that the library may wait by itself
 constexpr std::uint32_t kLongestEncryptedBlock = 3000;  // ... for a last word that only it can read
+constexpr std::uint32_t kGreetingPause = 500;           // ms that a greeting may take before the library looks again
 constexpr int kMostUnread = 16;                         // pieces of a talkative server's words
 constexpr char kGoodbye[] = "QUIT\r\n";
-
-bool isReadable(int socket) {
-    pollfd entry{socket, POLLIN, 0};
-    return ::poll(&entry, 1, 0) > 0;
-}
-
-bool isHungUp(int socket) {
-    pollfd entry{socket, POLLRDHUP, 0};
-    return ::poll(&entry, 1, 0) > 0;
-}
-
-bool isAtEnd(int socket) {
-    char next = 0;
-    return ::recv(socket, &next, 1, MSG_PEEK | MSG_DONTWAIT) == 0;
-}
 
 /// The number at the front of a text; 0 when none stands there.
 std::int64_t numberAt(std::string_view text) {
@@ -97,7 +83,6 @@ CurlSession::CurlSession(LinuxRuntime& runtime, const Address& address, const Si
     set(CURLOPT_FTP_FILEMETHOD, long{CURLFTPMETHOD_NOCWD});  // the path goes out as it is, in one command
     set(CURLOPT_FAILONERROR, 1L);
     set(CURLOPT_BUFFERSIZE, kReceiveBuffer);
-    set(CURLOPT_CONNECTTIMEOUT_MS, long{limits.connect});
     set(CURLOPT_MAXAGE_CONN, kLongestIdle);
     set(CURLOPT_QUICK_EXIT, 1L);  // a name that is still being looked up holds nobody up
     set(CURLOPT_NOSIGNAL, 1L);
@@ -156,6 +141,7 @@ void CurlSession::begin(const Address& address) {
     ownFailure_ = {};
     begun_ = runtime_.tick();
     error_.fill(0);
+    limitConnect(false);
     set(CURLOPT_URL, curlUrl(address).c_str());
     askForSize(address);
     const CURLMcode code = curl_multi_add_handle(multi_, easy_);
@@ -224,7 +210,9 @@ int CurlSession::onSocketChange(CURL*, curl_socket_t socket, int what, void* sel
 }
 
 int CurlSession::onTimeChange(CURLM*, long ms, void* self) {
-    session(self).setTimer(ms);
+    auto& that = session(self);
+    that.isPatient_ = ms > 1;
+    that.setTimer(ms);
     return 0;
 }
 
@@ -272,7 +260,10 @@ void CurlSession::takeReply(std::string_view line) {
     isEncrypted_ = isEncrypted_ || (replies_ == 2 && code == "234 ");
     limitOffer();
     if (code == "213 ") announced_ = numberAt(line.substr(code.size()));
-    if (code == "150 " || code == "125 ") releaseData();
+    if (code == "150 " || code == "125 ") {
+        releaseData();
+        if (isEncrypted_) limitConnect(true);
+    }
     const auto place = line.rfind('(');
     const bool namesSize = place != std::string_view::npos && line.find(" bytes)", place) != std::string_view::npos;
     if (announced_ == 0 && question_ && namesSize && (code == "150 " || code == "125 "))
@@ -302,8 +293,13 @@ int CurlSession::onDebug(CURL*, curl_infotype kind, char* text, std::size_t size
 /// From the greeting on, until something has come of the offer of encryption.
 void CurlSession::limitOffer() {
     if (tls_ == Tls::none || replies_ == 0 || replies_ > 3) return;
+    limitConnect(isTlsDue());
+}
+
+/// The library counts from the begin of the read.
+void CurlSession::limitConnect(bool isOfferDue) {
     const auto untilOffer = static_cast<long>(runtime_.tick() - begun_) + limits_.offer;
-    set(CURLOPT_CONNECTTIMEOUT_MS, isTlsDue() ? std::min(untilOffer, long{limits_.connect}) : long{limits_.connect});
+    set(CURLOPT_CONNECTTIMEOUT_MS, isOfferDue ? std::min(untilOffer, long{limits_.connect}) : long{limits_.connect});
 }
 
 /// Some servers close a data connection on which they hear anything before the file was asked for, and the library
@@ -312,6 +308,7 @@ void CurlSession::limitOffer() {
 void CurlSession::holdData(int socket) {
     const int isHeld = 1;
     isDataHeld_ = ::setsockopt(socket, IPPROTO_TCP, TCP_CORK, &isHeld, sizeof isHeld) == 0;
+    isFileAsked_ = false;
 }
 
 void CurlSession::releaseData() {
@@ -326,8 +323,18 @@ void CurlSession::awaitStart() {
     const int control = controlSocket();
     runtime_.watch(control, EPOLLIN, [this, control](std::uint32_t) {
         runtime_.unwatch(control);
-        isFileAsked_ ? releaseData() : act(dataSocket(), 0);
+        if (!isFileAsked_) return act(dataSocket(), 0);
+        releaseData();
+        released_ = runtime_.tick();
     });
+}
+
+/// Would the library hear that the file comes, it would wait by itself until its greeting is answered. So it is only to
+/// look when there is no answer: what it hears may be that the file does not come.
+long CurlSession::greetingPause() const {
+    if (!isFileAsked_ || isHeard_ || !isPatient_ || received_ > 0) return 0;
+    const auto passed = runtime_.tick() - released_;
+    return passed < kGreetingPause ? static_cast<long>(kGreetingPause - passed) : 0;
 }
 
 int CurlSession::onClose(void* self, curl_socket_t socket) {
@@ -374,6 +381,7 @@ void CurlSession::setTimer(long ms) {
 void CurlSession::onTimer() {
     std::uint64_t expirations = 0;
     if (::read(timer_, &expirations, sizeof expirations) < 0 || isReplyAwaited_) return;
+    if (const auto pause = greetingPause(); pause > 0) return setTimer(pause);
     if (std::exchange(isTurnOver_, false)) goOn();
     act(CURL_SOCKET_TIMEOUT, 0);
 }

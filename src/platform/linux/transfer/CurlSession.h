@@ -88,6 +88,8 @@ private:
     void holdData(int socket);
     void releaseData();
     void awaitStart();
+    long greetingPause() const;
+    void limitConnect(bool isOfferDue);
     void onSocket(int socket, std::uint32_t events);
     void setTimer(long ms);
     void onTimer();
@@ -125,6 +127,8 @@ private:
     std::uint32_t turn_ = 0;       // when this one began
     bool isHeard_ = false;         // the library waits for the server's words
     bool isFileAsked_ = false;     // where the session is encrypted: by the last command
+    bool isPatient_ = false;       // what the library waits for is not its own next step
+    std::uint32_t released_ = 0;   // tick at which the greeting on the data connection was let go
     bool isDataHeld_ = false;      // until the server has said that the file comes
     bool isDataOver_ = false;      // of the running read: only the server's last word is missing
     std::uint32_t lastCall_ = 0;   // tick of the last sign that the library goes on
