@@ -1,6 +1,7 @@
 // Writes the pictures of the documentation: the real window over simulated devices, in virtual time, without a display.
 //
-//     corvane-screenshots FOLDER
+//     corvane-screenshots FOLDER                     those of the documentation
+//     corvane-screenshots FOLDER WIDTH HEIGHT [dark]  every state in that size, to look at
 
 #include <QComboBox>
 #include <QProgressBar>
@@ -29,15 +30,20 @@ std::string informationOf(int sections) {
     return text;
 }
 
+struct Target {
+    QString folder;
+    QSize size = {};  ///< for all windows; none: each has its own
+};
+
 /// One picture: what is plugged in, what is pressed, when it is taken.
 class Scene : public WindowBench {
 public:
-    Scene(QString folder, QSize size) : folder_(std::move(folder)) {
+    Scene(Target target, QSize size) : target_(std::move(target)) {
         answers.onUnexpected = [](const std::string& name) { std::cerr << "unexpected dialog " << name << "\n"; };
         bench.settings.values["Corvane/FTP/UserName"] = "field";
         bench.settings.values["Corvane/FTP/Password"] = "secret";
         bench.settings.values["Corvane/FTP/Server"] = "ftp.corvane.example";
-        open().resize(size);
+        open().resize(target_.size.isValid() ? target_.size : size);
     }
 
     void take(const QString& name) { take(*window, name); }
@@ -45,7 +51,7 @@ public:
     void take(QWidget& widget, const QString& name) {
         for (int i = 0; i < 3; ++i) QCoreApplication::processEvents();  // one layout asks for the next
         const auto picture = widget.grab().toImage().convertToFormat(QImage::Format_RGB888);
-        if (!picture.save(folder_ + "/" + name + ".png", "PNG", 0))
+        if (!picture.save(target_.folder + "/" + name + ".png", "PNG", 0))
             throw std::runtime_error("cannot write " + name.toStdString());
     }
 
@@ -77,19 +83,19 @@ public:
     }
 
 private:
-    QString folder_;
+    Target target_;
 };
 
-void takeIdle(const QString& folder, QSize size, const QString& name) { Scene(folder, size).take(name); }
+void takeIdle(const Target& target, QSize size, const QString& name) { Scene(target, size).take(name); }
 
-void takeOffline(const QString& folder) {
-    Scene scene(folder, {720, 640});
+void takeOffline(const Target& target) {
+    Scene scene(target, {720, 640});
     scene.pickImage(WindowBench::imageOf(300));
     scene.take("offline");
 }
 
-void takeScan(const QString& folder) {
-    Scene scene(folder, {720, 640});
+void takeScan(const Target& target) {
+    Scene scene(target, {720, 640});
     DeviceOptions silent;
     silent.kind = corvane::models::Kind::silent;
     for (const int port : {1, 3, 4, 5, 7, 12}) scene.plug(silent, static_cast<std::int16_t>(port));
@@ -100,8 +106,8 @@ void takeScan(const QString& folder) {
     scene.press("cmdStartCheck");
 }
 
-void takeOnline(const QString& folder) {
-    Scene scene(folder, {720, 640});
+void takeOnline(const Target& target) {
+    Scene scene(target, {720, 640});
     scene.plug(Scene::reader());
     scene.site();
     scene.answers.expect("frmQuery", [&](QDialog& dialog) {
@@ -112,14 +118,14 @@ void takeOnline(const QString& folder) {
         scene.take(dialog, "question");
         DialogAnswers::press(*dialog.findChild<QWidget*>("cmdOK"));
     });
-    scene.takeWhen("off.\n\nDownloading File...", 40, "downloading");
+    scene.takeWhen("off.\n\nDownloading File...", 1, "downloading");
     scene.takeWhen("Programming...", 55, "programming");
     scene.press("cmdStartCheck");
     scene.take("updated");
 }
 
-void takeFailure(const QString& folder, const QString& name) {
-    Scene scene(folder, {720, 640});
+void takeFailure(const Target& target, const QString& name) {
+    Scene scene(target, {720, 640});
     auto options = Scene::reader();
     options.faults.add("nak@20x*");
     scene.plug(options);
@@ -129,8 +135,8 @@ void takeFailure(const QString& folder, const QString& name) {
     scene.take(name);
 }
 
-void takeRefused(const QString& folder, const QString& name, bool isBusy) {
-    Scene scene(folder, {720, 640});
+void takeRefused(const Target& target, const QString& name, bool isBusy) {
+    Scene scene(target, {720, 640});
     scene.bench.serial.list(3);
     if (isBusy) {
         scene.bench.serial.control.markBusy(3);
@@ -143,8 +149,8 @@ void takeRefused(const QString& folder, const QString& name, bool isBusy) {
     scene.take(name);
 }
 
-void takeConnection(const QString& folder) {
-    Scene scene(folder, {720, 640});
+void takeConnection(const Target& target) {
+    Scene scene(target, {720, 640});
     scene.answers.expect("frmConnection", [&](QDialog& dialog) {
         dialog.findChild<QComboBox*>("cmbAccessType")->setCurrentIndex(2);
         scene.take(dialog, "connection");
@@ -154,8 +160,8 @@ void takeConnection(const QString& folder) {
 }
 
 /// A small screen and texts that are longer than anybody wants.
-void takeLong(const QString& folder) {
-    Scene scene(folder, {800, 600});
+void takeLong(const Target& target) {
+    Scene scene(target, {800, 600});
     auto options = Scene::reader();
     options.version = "TARN-R200 V5.1R23 with the extended reader head, built for the east wing of the second terminal";
     scene.plug(options);
@@ -182,29 +188,32 @@ void useDarkPalette() {
 }  // namespace
 
 int main(int argc, char** argv) try {
-    qputenv("QT_QPA_PLATFORM", "offscreen");
+    if (qEnvironmentVariableIsEmpty("QT_QPA_PLATFORM")) qputenv("QT_QPA_PLATFORM", "offscreen");
     const QApplication application(argc, argv);
     std::setlocale(LC_NUMERIC, "C");
     QApplication::setStyle("Fusion");
     QApplication::setFont(QFont("DejaVu Sans", 9));
-    if (argc != 2) {
-        std::cerr << "corvane-screenshots FOLDER\n";
+    const bool isOneSize = argc == 4 || argc == 5;
+    if (argc != 2 && !isOneSize) {
+        std::cerr << "corvane-screenshots FOLDER [WIDTH HEIGHT [dark]]\n";
         return 2;
     }
-    const QString folder = argv[1];
-    takeIdle(folder, {720, 640}, "idle");
-    takeIdle(folder, {640, 360}, "small");
-    takeOffline(folder);
-    takeScan(folder);
-    takeOnline(folder);
-    takeFailure(folder, "failed");
-    takeRefused(folder, "forbidden", false);
-    takeRefused(folder, "busy", true);
-    takeConnection(folder);
-    takeLong(folder);
+    const Target target{argv[1], isOneSize ? QSize(std::atoi(argv[2]), std::atoi(argv[3])) : QSize()};
+    if (argc == 5) useDarkPalette();
+    takeIdle(target, {720, 640}, "idle");
+    takeOffline(target);
+    takeScan(target);
+    takeOnline(target);
+    takeFailure(target, "failed");
+    takeRefused(target, "forbidden", false);
+    takeRefused(target, "busy", true);
+    takeConnection(target);
+    takeLong(target);
+    if (isOneSize) return 0;
+    takeIdle(target, {640, 360}, "small");
     useDarkPalette();
-    takeIdle(folder, {720, 640}, "dark-idle");
-    takeFailure(folder, "dark");
+    takeIdle(target, {720, 640}, "dark-idle");
+    takeFailure(target, "dark");
     return 0;
 } catch (const std::exception& error) {
     std::cerr << error.what() << "\n";

@@ -37,7 +37,9 @@ struct Access : WindowTest {
 
     /// Each control has a name for a screen reader, and Tab leads to it (to one button of a group, whose others the
     /// arrows lead to).
+    /// By keyboard, by screen reader and on a small screen.
     static void check(QWidget& form) {
+        EXPECT_EQ(form.minimumSizeHint().expandedTo({632, 320}), QSize(632, 320)) << form.objectName().toStdString();
         if (!form.focusWidget()) QTest::keyClick(&form, Qt::Key_Tab);
         const auto reached = reachedByTab(form);
         for (const auto* widget : form.findChildren<QWidget*>()) {

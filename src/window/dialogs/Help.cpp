@@ -8,6 +8,7 @@
 #include <QVBoxLayout>
 
 #include "platform/ProgramInfo.h"
+#include "window/widgets/DialogLayout.h"
 #include "window/widgets/Naming.h"
 #include "window/widgets/ProgramIcon.h"
 
@@ -67,7 +68,7 @@ void showPage(QWidget* owner, const char* name, const QString& title, const QStr
     auto* layout = new QVBoxLayout(&page);
     layout->addWidget(text, 1);
     layout->addWidget(buttons);
-    page.resize(size);
+    resizeOnScreen(page, size);
     page.exec();
 }
 

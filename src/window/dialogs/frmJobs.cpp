@@ -7,6 +7,7 @@
 #include <QTableWidget>
 #include <QVBoxLayout>
 
+#include "window/widgets/DialogLayout.h"
 #include "window/widgets/Naming.h"
 #include "window/widgets/QtText.h"
 
@@ -61,7 +62,7 @@ frmJobs::frmJobs(const JobRecord& jobs, QWidget* owner) : QDialog(owner) {
     layout->addWidget(makeTable(jobs.last(kMostJobs)), 1);
     layout->addWidget(labRecord);
     layout->addWidget(buttons);
-    resize(760, 360);
+    resizeOnScreen(*this, {760, 360});
 }
 
 }  // namespace corvane

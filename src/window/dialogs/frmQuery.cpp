@@ -13,6 +13,7 @@
 #include <QStringListModel>
 
 #include "text/Text.h"
+#include "window/widgets/DialogLayout.h"
 #include "window/widgets/Naming.h"
 #include "window/widgets/QtText.h"
 #include "window/widgets/Tones.h"
@@ -129,7 +130,7 @@ void frmQuery::arrange() {
     cmdCancel->setAutoDefault(false);  // Return is for what is to be done, wherever the focus has been
     connect(cmdCancel, &QPushButton::clicked, this, &QDialog::reject);
 
-    auto* layout = new QVBoxLayout(this);
+    auto* layout = new QVBoxLayout;
     layout->addWidget(makeVersions());
     layout->addWidget(labCaution_);
     layout->addLayout(fields);
@@ -137,8 +138,7 @@ void frmQuery::arrange() {
     layout->addWidget(txtView_, 1);
     layout->addWidget(labMemory_);
     layout->addWidget(picMemory_);
-    layout->addWidget(buttons);
-    resize(560, 480);
+    arrangeDialog(*this, layout, buttons, {560, 480});
 }
 
 /// From version to version, in large letters, and how they compare.

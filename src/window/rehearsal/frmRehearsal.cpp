@@ -6,6 +6,7 @@
 #include <QRadioButton>
 #include <QVBoxLayout>
 
+#include "window/widgets/DialogLayout.h"
 #include "window/widgets/Naming.h"
 
 namespace corvane {
@@ -13,7 +14,7 @@ namespace corvane {
 frmRehearsal::frmRehearsal(QWidget* owner) : QDialog(owner) {
     named(this, "frmRehearsal");
     setWindowTitle(tr("Rehearse an Update"));
-    auto* layout = new QVBoxLayout(this);
+    auto* layout = new QVBoxLayout;
     auto* labIntroduction =
         new QLabel(tr("What do you want to practise? The device is simulated, and nothing of the "
                       "rehearsal is kept."));
@@ -45,8 +46,7 @@ frmRehearsal::frmRehearsal(QWidget* owner) : QDialog(owner) {
     connect(buttons, &QDialogButtonBox::accepted, this, &QDialog::accept);
     connect(buttons, &QDialogButtonBox::rejected, this, &QDialog::reject);
     layout->addStretch();
-    layout->addWidget(buttons);
-    setMinimumWidth(420);
+    arrangeDialog(*this, layout, buttons, {420, 0});
 }
 
 }  // namespace corvane
