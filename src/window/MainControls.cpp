@@ -53,6 +53,16 @@ QVBoxLayout* section(QWidget* box, QLabel* heading) {
     return layout;
 }
 
+/// No wider than people like to read, however wide the window is.
+void placeInTheMiddle(QWidget& owner, QWidget* part) {
+    part->setMaximumWidth(kWidestColumn);
+    auto* layout = new QHBoxLayout(&owner);
+    layout->setContentsMargins(0, 0, 0, 0);
+    layout->addStretch(1);
+    layout->addWidget(part, 1000);
+    layout->addStretch(1);
+}
+
 }  // namespace
 
 MainControls::MainControls(QMainWindow& window) {
@@ -72,7 +82,6 @@ MainControls::MainControls(QMainWindow& window) {
     makeDetails();
 
     auto* inner = new QWidget;
-    inner->setMaximumWidth(kWidestColumn);
     auto* layout = new QVBoxLayout(inner);
     layout->setContentsMargins(2 * kGrid, kGrid, 2 * kGrid, kGrid);
     layout->setSpacing(kGrid);
@@ -85,11 +94,7 @@ MainControls::MainControls(QMainWindow& window) {
     layout->addStretch();
 
     auto* middle = new QWidget;
-    auto* centred = new QHBoxLayout(middle);
-    centred->setContentsMargins(0, 0, 0, 0);
-    centred->addStretch(1);
-    centred->addWidget(inner, 1000);
-    centred->addStretch(1);
+    placeInTheMiddle(*middle, inner);
     column = new QScrollArea;
     column->setObjectName("frameColumn");
     column->setWidget(middle);
@@ -231,7 +236,9 @@ QWidget* MainControls::makeButtons() {
     cmdCancel->hide();
     auto* bar = named(new QFrame, "frameButtons");
     bar->setFrameShape(QFrame::StyledPanel);
-    buttons_ = new QHBoxLayout(bar);
+    auto* row = new QWidget;
+    placeInTheMiddle(*bar, row);
+    buttons_ = new QHBoxLayout(row);
     buttons_->setContentsMargins(2 * kGrid, kGrid, 2 * kGrid, kGrid);
     buttons_->addWidget(labVersion);
     buttons_->addWidget(labJobs);
