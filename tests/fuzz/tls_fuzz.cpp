@@ -182,7 +182,7 @@ void tls_dialogue(std::string_view bytes) {
     const bool isRequired = choice & 4;
     LinuxRuntime runtime;
     Server server(input, kIdentity.context, choice & 3);
-    CurlAsyncReader reader(runtime, {150, 200, 300, 100});
+    CurlAsyncReader reader(runtime, {60, 60, 150, 40});
     reader.route({.encryption = isRequired ? SiteRoute::Encryption::required : SiteRoute::Encryption::whenOffered,
                   .authorities = choice & 8 ? "" : kIdentity.file});
     reader.mostBytes(kMost);

@@ -340,6 +340,7 @@ long CurlSession::greetingPause() const {
 int CurlSession::onClose(void* self, curl_socket_t socket) {
     auto& that = session(self);
     that.isDataOver_ = socket == that.dataSocket();
+    that.isDataHeld_ = that.isDataHeld_ && !that.isDataOver_;
     that.lastCall_ = that.runtime_.tick();
     std::erase(that.sockets_, socket);
     that.runtime_.unwatch(socket);
@@ -396,8 +397,9 @@ void CurlSession::act(int socket, int events) {
     turn_ = lastCall_ = runtime_.tick();
     curl_multi_socket_action(multi_, socket, events, &running);
     if (std::exchange(hasReplied_, false) && dataSocket() < 0 && !isOverHttp()) nudge();
-    if (isDataHeld_ && !isHeard_) awaitStart();
-    if (isReplyAwaited_) awaitReply();
+    const bool isWhole = dataSocket() >= 0;  // else there may be no dialogue any more to wait for
+    if (isWhole && isDataHeld_ && !isHeard_) awaitStart();
+    if (isWhole && isReplyAwaited_) awaitReply();
     if (isTurnOver_) setTimer(0);
     int left = 0;
     while (const CURLMsg* message = curl_multi_info_read(multi_, &left)) {
