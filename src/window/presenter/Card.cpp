@@ -152,7 +152,8 @@ Card readyCard(const WindowState& state, const Choices& choices) {
                 cable,
                 "Plug in your device.",
                 {"There is no serial port and no reader on this computer. An adapter shows here as soon as it is "
-                 "plugged in."}};
+                 "plugged in.",
+                 "To practise without one: rehearse an update (Help)."}};
     if (state.asksForAccount && !choices.offLine) {
         return {Tone::plain,
                 cable,
