@@ -67,7 +67,9 @@ Updater::Updater(const Platform& platform, const Face& face)
 Outcome Updater::start(bool force, bool keepsAnswers) {
     answers_.begin(keepsAnswers);
     const auto kept = scanner_.onlyPort();
-    if (const auto port = series_.takePort(); !port.empty()) scanner_.onlyPort(port);
+    const auto next = series_.takePlace();
+    if (!next.port.empty()) scanner_.onlyPort(next.port);
+    scanner_.firstSettings(next.settings);
     if (force) lookFirstWhereItIsMissed();
     auto outcome = run_.run(force);
     scanner_.onlyPort(kept);

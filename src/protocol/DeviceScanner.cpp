@@ -49,11 +49,19 @@ std::vector<std::string> DeviceScanner::scanOrder() {
     return names;
 }
 
+std::vector<std::string> DeviceScanner::settingsOrder() const {
+    std::vector<std::string> order(kSettings.begin(), kSettings.end());
+    const auto first = std::find(order.begin(), order.end(), firstSettings_);
+    if (first != order.end()) std::rotate(order.begin(), first, first + 1);
+    return order;
+}
+
 std::string DeviceScanner::DeviceScan(bool& bInISP, bool bAcceptISP) {
     session_.manualPort = false;
     bootLoaderPort_.clear();
     unreadable_.clear();
     order_ = scanOrder();
+    settings_ = settingsOrder();
     portCount_ = {static_cast<int>(std::count_if(order_.begin(), order_.end(),
                                                  [](const std::string& name) { return !name.empty(); })),
                   0};
@@ -141,8 +149,8 @@ bool DeviceScanner::askVersion(const Way& way, std::int32_t timeout, std::string
 /// Goes through the settings that this port has not seen yet; True when a device answered.
 bool DeviceScanner::tryPort(int index, bool& bInISP, bool bAcceptISP, std::string& version) {
     auto& next = nextSetting_[static_cast<std::size_t>(index)];
-    while (next < kSettings.size()) {
-        const std::string settings = kSettings[next++];
+    while (next < settings_.size()) {
+        const auto settings = settings_[next++];
         panel_.trying(order_[static_cast<std::size_t>(index)], settings);
         const auto outcome = trySettings(settings, bInISP, bAcceptISP, version);
         if (outcome == Outcome::inBootLoader) {

@@ -57,6 +57,9 @@ public:
     void onlyPort(const std::string& name) { onlyPort_ = name; }
     const std::string& onlyPort() const { return onlyPort_; }
 
+    /// Tries these settings first, if they are among those that a scan tries; empty for the usual order.
+    void firstSettings(const std::string& settings) { firstSettings_ = settings; }
+
     /// The names of all ports as a scan would find them, serial ports first.
     std::vector<std::string> portNames();
 
@@ -64,6 +67,7 @@ private:
     enum class Outcome { nothing, inBootLoader, bootLoaderAccepted, found };
 
     std::vector<std::string> scanOrder();
+    std::vector<std::string> settingsOrder() const;
     bool selectPortObject(const std::string& name);
     bool openPort(const std::string& name);
     bool tryPort(int index, bool& bInISP, bool bAcceptISP, std::string& version);
@@ -78,10 +82,12 @@ private:
     LineReader lines_;
     PortPanel& panel_;
     std::string onlyPort_;
+    std::string firstSettings_;
     std::string bootLoaderPort_;
     std::vector<std::string> unreadable_;  // "COM1 at 19200"
     PortCount portCount_;
     std::vector<std::string> order_;
+    std::vector<std::string> settings_;     // in the order in which each port sees them
     std::vector<std::size_t> nextSetting_;  // by the order's index; a port that is returned to goes on there
 };
 

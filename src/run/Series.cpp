@@ -10,7 +10,7 @@ constexpr char kBootLoader[] = "boot loader";  // what a device says that has no
 }  // namespace
 
 bool Series::next(const Outcome& outcome) {
-    port_.clear();
+    place_ = {};
     if (outcome.end != RunEnd::updated || isEnded_) return false;
     const auto& last = outcome.facts;
     lastVersion_ = last.versionNow;
@@ -38,7 +38,7 @@ bool Series::next(const Outcome& outcome) {
     isWaiting_ = false;
     view_.phase(RunPhase::idle);
     view_.running(false);
-    if (isThere) port_ = last.portName;
+    if (isThere) place_ = {last.portName, last.settings};
     return isThere;
 }
 

@@ -30,7 +30,11 @@ public:
     bool isWaiting() const { return isWaiting_; }
 
     /// Where the next device is, for one run; empty when none was waited for.
-    std::string takePort() { return std::exchange(port_, {}); }
+    struct Place {
+        std::string port;
+        std::string settings;
+    };
+    Place takePlace() { return std::exchange(place_, {}); }
 
 private:
     bool hasGone(const std::string& answer, bool hasPort);
@@ -45,7 +49,7 @@ private:
     RunView& view_;
     bool isEnded_ = false;
     bool isWaiting_ = false;
-    std::string port_;
+    Place place_;
     std::string lastVersion_;  // what the device that was updated says now; empty as long as nobody knows
     int silent_ = 0;           // questions in a row that it has not answered
     int looks_ = 0;

@@ -6,7 +6,6 @@
 #include <map>
 #include <netinet/in.h>
 #include <openssl/ssl.h>
-#include <openssl/x509v3.h>
 #include <sys/epoll.h>
 #include <sys/socket.h>
 #include <thread>
@@ -20,40 +19,16 @@
 namespace corvane::fuzz {
 namespace {
 
-/// Of a server that this computer's clients believe to be 127.0.0.1.
-struct Identity {
-    Identity() {
-        X509_set_version(certificate, 2);
-        ASN1_INTEGER_set(X509_get_serialNumber(certificate), 1);
-        X509_gmtime_adj(X509_getm_notBefore(certificate), -3600);
-        X509_gmtime_adj(X509_getm_notAfter(certificate), 3600L * 24 * 365);
-        X509_set_pubkey(certificate, key);
-        X509_NAME* owner = X509_get_subject_name(certificate);
-        X509_NAME_add_entry_by_txt(owner, "CN", MBSTRING_ASC, reinterpret_cast<const unsigned char*>("a"), -1, -1, 0);
-        X509_set_issuer_name(certificate, owner);
-        X509_EXTENSION* name = X509V3_EXT_conf_nid(nullptr, nullptr, NID_subject_alt_name, "IP:127.0.0.1");
-        X509_add_ext(certificate, name, -1);
-        X509_EXTENSION_free(name);
-        X509_sign(certificate, key, EVP_sha256());
-        std::FILE* pem = std::fopen(file.c_str(), "w");
-        PEM_write_X509(pem, certificate);
-        std::fclose(pem);
-        SSL_CTX_use_certificate(context, certificate);
-        SSL_CTX_use_PrivateKey(context, key);
-        std::signal(SIGPIPE, SIG_IGN);  // which this library knows no way around
-    }
-    ~Identity() {
-        X509_free(certificate);
-        EVP_PKEY_free(key);
-        SSL_CTX_free(context);
-    }
+constexpr char kIdentity[] = CORVANE_TEST_SUPPORT "/loopback.pem";  // of 127.0.0.1, for a hundred years
 
-    fakes::ScratchFolder folder;
-    const std::string file = folder.at("ca.pem");
-    EVP_PKEY* key = EVP_EC_gen("P-256");
-    X509* certificate = X509_new();
+SSL_CTX* serverContext() {
+    std::signal(SIGPIPE, SIG_IGN);  // which this library knows no way around
     SSL_CTX* context = SSL_CTX_new(TLS_server_method());
-};
+    require(SSL_CTX_use_certificate_file(context, kIdentity, SSL_FILETYPE_PEM) == 1 &&
+                SSL_CTX_use_PrivateKey_file(context, kIdentity, SSL_FILETYPE_PEM) == 1,
+            "there is an identity");
+    return context;
+}
 
 int listeningSocket(int& port) {
     const int socket = ::socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC | SOCK_NONBLOCK, 0);
@@ -175,16 +150,16 @@ private:
 /// The first byte says what is asked for, and where the server fails to encrypt. Every read ends; and where encryption
 /// is required nobody hears the password in the clear.
 void tls_dialogue(std::string_view bytes) {
-    static const Identity kIdentity;
+    static SSL_CTX* const kContext = serverContext();
     constexpr std::int64_t kMost = 1000;
     Input input(bytes);
     const int choice = input.byte();
     const bool isRequired = choice & 4;
     LinuxRuntime runtime;
-    Server server(input, kIdentity.context, choice & 3);
+    Server server(input, kContext, choice & 3);
     CurlAsyncReader reader(runtime, {60, 60, 150, 40});
     reader.route({.encryption = isRequired ? SiteRoute::Encryption::required : SiteRoute::Encryption::whenOffered,
-                  .authorities = choice & 8 ? "" : kIdentity.file});
+                  .authorities = choice & 8 ? "" : kIdentity});
     reader.mostBytes(kMost);
     const fakes::ScratchFolder folder;
     for (const char* path : {"", "big"}) {

@@ -126,4 +126,20 @@ TEST_P(Programmer, LogsWhyItCouldNotGoOn) {
 
 CORVANE_OVER_EACH_PORT(Programmer);
 
+TEST(SendPlan, KnowsWhichAddressGovernsARecord) {
+    const auto content = kAt16 + "\n" + kToSecond + "\n" + kAt16 + "\n" + kToFirst + "\n" + kAt32;
+    std::string places;
+    for (const auto& step : SendPlan::of(content).steps) places += std::string(step.place) + " ";
+    EXPECT_EQ(places, " " + kToSecond + " " + kToSecond + "   ") << "none in the first segment";
+}
+
+TEST(AnswerClock, CountsWhatIsStillOnTheLine) {
+    fakes::FakeRuntime runtime;
+    AnswerClock clock(runtime);
+    clock.beginDevice(true);
+    clock.settings("9600,N,8,1");
+    for (int i = 0; i < 2; ++i) clock.sent(96);
+    EXPECT_NEAR(clock.untilCrossed(), 0.2, 0.001);
+}
+
 }  // namespace corvane::tests

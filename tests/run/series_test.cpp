@@ -71,6 +71,17 @@ TEST_F(Series, UpdatesTenDevicesButForTheOneThatFailsAndStopsThere) {
     for (const auto& device : devices) EXPECT_EQ(device->isInBoot(), device == devices[3]);
 }
 
+TEST_F(Series, LooksFirstWhereTheLastOneWasFound) {
+    last = 2, failing = 0;
+    change = [](auto& options) { options.baud = 38400; };
+    std::string tried;
+    face.onText = [&tried](const std::string& text) {
+        if (text.starts_with("   Scan by ")) tried += text.substr(11);
+    };
+    EXPECT_EQ(updateAll(), "uu");
+    EXPECT_EQ(tried, "19200,N,8,1115200,N,8,138400,N,8,138400,N,8,1");
+}
+
 TEST_F(Series, AsksWhatIsNewAboutADeviceAndNothingElse) {
     last = 4, failing = 0;
     face.answers = {"sesame"};

@@ -17,6 +17,14 @@ namespace corvane {
 frmConnection::frmConnection(SettingsStore& store, QWidget* owner) : QDialog(owner), store_(store) {
     named(this, "frmConnection");
     setWindowTitle(tr("Options"));
+    makeControls();
+    arrange();
+    load();
+    cmbAccessType_Click();
+    connect(cmbAccessType_, &QComboBox::currentIndexChanged, this, [this] { cmbAccessType_Click(); });
+}
+
+void frmConnection::makeControls() {
     cmbAccessType_ = named(new QComboBox, "cmbAccessType", tr("Link by"), tr("How the site is reached"));
     cmbAccessType_->addItems({tr("Default"), tr("Direct"), tr("Proxy")});
     txtProxy_ = named(new QLineEdit, "txtProxy", tr("Proxy"), tr("Host and port of the proxy, as host:port"));
@@ -38,10 +46,14 @@ frmConnection::frmConnection(SettingsStore& store, QWidget* owner) : QDialog(own
     labProblem_ = new QLabel;
     labProblem_->setWordWrap(true);
     labProblem_->hide();
+}
 
+void frmConnection::arrange() {
     auto* buttons = new QDialogButtonBox(QDialogButtonBox::Ok | QDialogButtonBox::Cancel);
     named(buttons->button(QDialogButtonBox::Ok), "cmdOK", tr("OK"), tr("Keeps these settings"));
     named(buttons->button(QDialogButtonBox::Cancel), "cmdCancel", tr("Cancel"), tr("Leaves the settings as they were"));
+    connect(buttons, &QDialogButtonBox::accepted, this, [this] { cmdOK_Click(); });
+    connect(buttons, &QDialogButtonBox::rejected, this, &QDialog::reject);
 
     auto* fields = new QFormLayout;
     fields->addRow(tr("&Link by"), cmbAccessType_);
@@ -56,7 +68,9 @@ frmConnection::frmConnection(SettingsStore& store, QWidget* owner) : QDialog(own
     layout->addStretch();
     layout->addWidget(buttons);
     setMinimumWidth(380);
+}
 
+void frmConnection::load() {
     loaded_ = StoredSettings(store_).connection();
     txtProxy_->setText(QString::fromStdString(loaded_.proxy));
     cmbAccessType_->setCurrentIndex(loaded_.accessType);
@@ -64,10 +78,6 @@ frmConnection::frmConnection(SettingsStore& store, QWidget* owner) : QDialog(own
     txtAuthorities_->setText(fromPath(loaded_.authorities));
     chkAskVersion_->setChecked(loaded_.asksVersion);
     chkSpareBattery_->setChecked(loaded_.sparesBattery);
-    cmbAccessType_Click();
-    connect(cmbAccessType_, &QComboBox::currentIndexChanged, this, [this] { cmbAccessType_Click(); });
-    connect(buttons, &QDialogButtonBox::accepted, this, [this] { cmdOK_Click(); });
-    connect(buttons, &QDialogButtonBox::rejected, this, &QDialog::reject);
 }
 
 void frmConnection::cmbAccessType_Click() {

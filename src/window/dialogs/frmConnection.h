@@ -19,18 +19,21 @@ public:
     frmConnection(SettingsStore& store, QWidget* owner);
 
 private:
+    void makeControls();
+    void arrange();
+    void load();
     void cmbAccessType_Click();
     void cmdOK_Click();
 
     SettingsStore& store_;
     ConnectionSettings loaded_;
-    QComboBox* cmbAccessType_;
-    QLineEdit* txtProxy_;
-    QComboBox* cmbEncryption_;
-    QLineEdit* txtAuthorities_;
-    QCheckBox* chkAskVersion_;
-    QCheckBox* chkSpareBattery_;
-    QLabel* labProblem_;
+    QComboBox* cmbAccessType_ = nullptr;
+    QLineEdit* txtProxy_ = nullptr;
+    QComboBox* cmbEncryption_ = nullptr;
+    QLineEdit* txtAuthorities_ = nullptr;
+    QCheckBox* chkAskVersion_ = nullptr;
+    QCheckBox* chkSpareBattery_ = nullptr;
+    QLabel* labProblem_ = nullptr;
 };
 
 }  // namespace corvane

@@ -70,7 +70,22 @@ void frmQuery::arrange() {
     labDevice->setFont(fixed);
     labDevice->setWordWrap(true);
     labDevice->setTextInteractionFlags(Qt::TextSelectableByMouse);
+    makeControls();
+    txtView_->setFont(fixed);
+    makeLabels();
 
+    auto* layout = new QVBoxLayout;
+    layout->addWidget(makeVersions());
+    layout->addWidget(labCaution_);
+    layout->addLayout(makeForm());
+    layout->addWidget(labDevice);
+    layout->addWidget(txtView_, 1);
+    layout->addWidget(labMemory_);
+    layout->addWidget(picMemory_);
+    arrangeDialog(*this, layout, makeButtons(), {560, 480});
+}
+
+void frmQuery::makeControls() {
     txtFind_ = named(new QLineEdit, "txtFind", tr("Find"), tr("Lists only the images whose entry holds this text"));
     txtFind_->setClearButtonEnabled(true);
     cboROMs_ =
@@ -84,8 +99,9 @@ void frmQuery::arrange() {
     txtView_ = named(new QPlainTextEdit, "txtView", tr("Details of the image"));
     txtView_->setReadOnly(true);
     txtView_->setTabChangesFocus(true);
-    txtView_->setFont(fixed);
+}
 
+void frmQuery::makeLabels() {
     labStep_ = namedLabel(new QLabel, "labStep", tr("How the versions compare"));
     labFrom_ = namedLabel(new QLabel, "labFrom", tr("The device's version"));
     labTo_ = namedLabel(new QLabel, "labTo", tr("The image's version"));
@@ -97,7 +113,9 @@ void frmQuery::arrange() {
     labMemory_ = named(new ElidedLabel(Qt::ElideMiddle), "labMemory");
     labMemory_->setTextFormat(Qt::PlainText);
     picMemory_ = new MemoryView;
+}
 
+QLayout* frmQuery::makeForm() {
     auto* fields = new QFormLayout;
     fields->setFieldGrowthPolicy(QFormLayout::AllNonFixedFieldsGrow);
     const bool isLong = dialog_.entries().size() > kShortList;
@@ -118,7 +136,10 @@ void frmQuery::arrange() {
     } else {
         fields->addRow(tr("Proof"), labVouched);
     }
+    return fields;
+}
 
+QWidget* frmQuery::makeButtons() {
     auto* buttons = new QDialogButtonBox;
     cmdOK_ =
         named(new QPushButton(tr("&Update…")), "cmdOK", tr("Update"), tr("Asks once more, then installs this image"));
@@ -129,16 +150,7 @@ void frmQuery::arrange() {
     cmdOK_->setDefault(true);
     cmdCancel->setAutoDefault(false);  // Return is for what is to be done, wherever the focus has been
     connect(cmdCancel, &QPushButton::clicked, this, &QDialog::reject);
-
-    auto* layout = new QVBoxLayout;
-    layout->addWidget(makeVersions());
-    layout->addWidget(labCaution_);
-    layout->addLayout(fields);
-    layout->addWidget(labDevice);
-    layout->addWidget(txtView_, 1);
-    layout->addWidget(labMemory_);
-    layout->addWidget(picMemory_);
-    arrangeDialog(*this, layout, buttons, {560, 480});
+    return buttons;
 }
 
 /// From version to version, in large letters, and how they compare.

@@ -34,7 +34,11 @@ private:
     void showSelected();
     void showComparison();
     void showMemory();
+    void makeControls();
+    void makeLabels();
     QWidget* makeVersions();
+    QLayout* makeForm();
+    QWidget* makeButtons();
 
     FirmwareDialog& dialog_;
     OperatorPrompts& prompts_;
