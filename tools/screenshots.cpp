@@ -1,9 +1,10 @@
 // Writes the pictures of the documentation: the real window over simulated devices, in virtual time, without a display.
 //
 //     corvane-screenshots FOLDER                     those of the documentation
-//     corvane-screenshots FOLDER WIDTH HEIGHT [dark]  every state in that size, to look at
+//     corvane-screenshots FOLDER WIDTH HEIGHT [dark]  every state in that size, and all of them in all.png
 
 #include <QComboBox>
+#include <QPainter>
 #include <QProgressBar>
 #include <clocale>
 #include <iostream>
@@ -32,8 +33,27 @@ std::string informationOf(int sections) {
 
 struct Target {
     QString folder;
-    QSize size = {};  ///< for all windows; none: each has its own
+    QSize size = {};                 ///< for all windows; none: each has its own
+    QList<QImage>* sheet = nullptr;  ///< takes a small copy of each
 };
+
+/// All pictures on one, three in a row.
+QImage sheetOf(const QList<QImage>& pictures) {
+    constexpr int kColumns = 3, kGap = 4;
+    const int width = pictures[0].width() + kGap;
+    QList<int> tops = {0};  // of each row, and the end of the last one
+    for (qsizetype i = 0; i < pictures.size(); i += kColumns) {
+        int height = 0;
+        for (const auto& picture : pictures.mid(i, kColumns)) height = std::max(height, picture.height());
+        tops.append(tops.back() + height + kGap);
+    }
+    QImage sheet(width * kColumns, tops.back(), QImage::Format_RGB888);
+    sheet.fill(Qt::gray);
+    QPainter painter(&sheet);
+    for (qsizetype i = 0; i < pictures.size(); ++i)
+        painter.drawImage(static_cast<int>(i % kColumns) * width, tops[i / kColumns], pictures[i]);
+    return sheet;
+}
 
 /// One picture: what is plugged in, what is pressed, when it is taken.
 class Scene : public WindowBench {
@@ -50,9 +70,12 @@ public:
 
     void take(QWidget& widget, const QString& name) {
         for (int i = 0; i < 3; ++i) QCoreApplication::processEvents();  // one layout asks for the next
-        const auto picture = widget.grab().toImage().convertToFormat(QImage::Format_RGB888);
+        auto picture = widget.grab().toImage().convertToFormat(QImage::Format_RGB888);
+        picture.setDevicePixelRatio(1);
         if (!picture.save(target_.folder + "/" + name + ".png", "PNG", 0))
             throw std::runtime_error("cannot write " + name.toStdString());
+        constexpr int kSmall = 560;  // pixels
+        if (target_.sheet) target_.sheet->append(picture.scaledToWidth(kSmall, Qt::SmoothTransformation));
     }
 
     /// Takes the picture once the log holds a text, or the bar has come so far.
@@ -198,7 +221,8 @@ int main(int argc, char** argv) try {
         std::cerr << "corvane-screenshots FOLDER [WIDTH HEIGHT [dark]]\n";
         return 2;
     }
-    const Target target{argv[1], isOneSize ? QSize(std::atoi(argv[2]), std::atoi(argv[3])) : QSize()};
+    QList<QImage> sheet;
+    const Target target{argv[1], isOneSize ? QSize(std::atoi(argv[2]), std::atoi(argv[3])) : QSize(), &sheet};
     if (argc == 5) useDarkPalette();
     takeIdle(target, {720, 640}, "idle");
     takeOffline(target);
@@ -209,7 +233,7 @@ int main(int argc, char** argv) try {
     takeRefused(target, "busy", true);
     takeConnection(target);
     takeLong(target);
-    if (isOneSize) return 0;
+    if (isOneSize) return sheetOf(sheet).save(target.folder + "/all.png", "PNG", 0) ? 0 : 1;
     takeIdle(target, {640, 360}, "small");
     useDarkPalette();
     takeIdle(target, {720, 640}, "dark-idle");
